@@ -1,0 +1,30 @@
+# What a host finds after installation: library, headers, membership functions, find_package, pkg-config.
+include(CMakePackageConfigHelpers)
+
+install(TARGETS clutterclassifier EXPORT clutterclassifier-targets
+        LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
+install(DIRECTORY include/clutterclassifier DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+install(DIRECTORY share/membership/ DESTINATION ${CLUTTERCLASSIFIER_MEMBERSHIP_DIR}
+        FILES_MATCHING PATTERN "*.dat" PATTERN "README.md")
+install(EXPORT clutterclassifier-targets NAMESPACE clutterclassifier::
+        DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/clutterclassifier)
+
+configure_package_config_file(
+  cmake/clutterclassifier-config.cmake.in clutterclassifier-config.cmake
+  INSTALL_DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/clutterclassifier
+  PATH_VARS CLUTTERCLASSIFIER_MEMBERSHIP_DIR)
+write_basic_package_version_file(clutterclassifier-config-version.cmake COMPATIBILITY SameMajorVersion)
+install(FILES ${PROJECT_BINARY_DIR}/clutterclassifier-config.cmake
+              ${PROJECT_BINARY_DIR}/clutterclassifier-config-version.cmake
+        DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/clutterclassifier)
+
+configure_file(cmake/clutterclassifier.pc.in clutterclassifier.pc @ONLY)
+install(FILES ${PROJECT_BINARY_DIR}/clutterclassifier.pc
+        DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+
+set(CPACK_GENERATOR DEB)
+set(CPACK_PACKAGE_CONTACT "the clutterclassifier authors")
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+set(CPACK_RESOURCE_FILE_LICENSE ${PROJECT_SOURCE_DIR}/LICENSE)
+include(CPack)

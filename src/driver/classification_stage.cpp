@@ -1,0 +1,167 @@
+/*
+ * The classification stage of the processing context: signal-to-noise ratio, noise flags, textures,
+ * fuzzy verdicts, isolated pixels.
+ */
+#include <cstddef>
+#include <cstring>
+#include <memory>
+#include <utility>
+#include <vector>
+
+#include "base/array.h"
+#include "base/file.h"
+#include "base/text.h"
+#include "clutterclassifier/Crres.h"
+#include "driver/echo_class.h"
+#include "driver/gate_kernels.h"
+#include "driver/scan_classifier.h"
+#include "dsp/row_source.h"
+
+using namespace clutter;
+using namespace clutter::driver;
+
+namespace {
+
+std::size_t cells(const Cpluvek& record) {
+    return base::cellCount(record.ngates, record.nrays);
+}
+
+/* The values of a record, or null when it holds fewer than a scan needs. */
+float* valuesOf(const Cpluvek& record, std::size_t needed) {
+    return record.data != nullptr && cells(record) >= needed ? record.data : nullptr;
+}
+
+void copyScan(Cpluvek& scan, Cpluvek& record, const char* name, const char* units) {
+    scan.CopyPointerToObject(0, record);
+    record.nrecords = 1;
+    base::copyText(record.name, name);
+    base::copyText(record.units, units);
+}
+
+/* Calls visit(offset, count) for each ray's worth of a scan. */
+template <class Visit>
+void forEachRay(const Cpluvek& scan, Visit visit) {
+    for (int r = 0; r < scan.nrays; ++r) {
+        visit(static_cast<std::ptrdiff_t>(r) * scan.ngates, scan.ngates);
+    }
+}
+
+/* The context's fields as rows; a record with fewer values than the scan is absent. */
+class RecordRows {
+  public:
+    RecordRows(const Crres& context, std::size_t cellsOfScan)
+        : shape_{context.zhh.ngates, context.zhh.nrays}, cells_(cellsOfScan) {
+        fields_.zhh = add(context.zhh);
+        fields_.zdr = add(context.zdr);
+        fields_.pdp = add(context.pdp);
+        fields_.rhv = add(context.rhv);
+        fields_.vel = add(context.vel);
+        fields_.ldr = add(context.ldr);
+        fields_.pdf = add(context.pdf);
+        fields_.wid = add(context.wid);
+    }
+
+    dsp::PolarShape shape() const { return shape_; }
+    const ScanFields& fields() const { return fields_; }
+
+  private:
+    dsp::RowSource* add(const Cpluvek& record) {
+        const float* values = valuesOf(record, cells_);
+        if (values == nullptr) return nullptr;
+        rows_.push_back(std::make_unique<dsp::FieldRows>(values, shape_));
+        return rows_.back().get();
+    }
+
+    dsp::PolarShape shape_;
+    std::size_t cells_;
+    std::vector<std::unique_ptr<dsp::FieldRows>> rows_;
+    ScanFields fields_;
+};
+
+/* Gates flagged by a finder become ground clutter. */
+void turnIntoClutter(const Cpluvek& flags, Cpluvek& classes, std::size_t n) {
+    for (std::size_t i = 0; i < n; ++i) {
+        if (!(flags.data[i] == 0.0f)) classes.data[i] = kGroundClutterClass;
+    }
+}
+
+}  // namespace
+
+void Crres::PrecipitationClutterClassification(short mask) {
+    const std::size_t n = cells(zhh);
+    if (zhh.data == nullptr || n == 0) return;
+    copyScan(zhh, ccl, "CCl", "-");
+    computeSNR();
+    classifyNoisewithSNR();
+
+    std::size_t echoes = 0;
+    forEachRay(zhh, [&](std::ptrdiff_t at, int count) {
+        echoes += static_cast<std::size_t>(countEchoes(ccl.data + at, count));
+    });
+    RecordRows rows(*this, n);
+    dsp::FieldRows noise(ccl.data, rows.shape());
+    ScanClassifier classifier(rows.fields(), mask, noise, rows.shape(), {texgates, texrays});
+    if (!classifier.prepare({mfdir, strnlen(mfdir, sizeof mfdir)}, echoes)) return;
+
+    // The noise flags stay the mask of every ray's texture: verdicts go to a new array.
+    std::unique_ptr<float[]> classes(new float[n]);
+    for (int r = 0; r < zhh.nrays; ++r) {
+        classifier.classifyRay(r, classes.get() + rows.shape().offset(r));
+    }
+    base::adopt(ccl.data, std::move(classes));
+}
+
+void Crres::computeSNR() {
+    if (zhh.data == nullptr) return;
+    copyScan(zhh, snr, "SNR", "dB");
+    if (cells(zhh) == 0) return;
+    const std::vector<float> losses = rangeLossesDb(zhh.ngates, zhh.gatesize);
+    forEachRay(zhh, [&](std::ptrdiff_t at, int count) {
+        signalToNoise(zhh.data + at, losses.data(), zhh.radarconst, snr.data + at, count);
+    });
+}
+
+int Crres::classifyNoisewithSNR() {
+    const std::size_t n = cells(zhh);
+    if (zhh.data == nullptr || valuesOf(snr, n) == nullptr) return 0;
+    if (valuesOf(ccl, n) == nullptr) copyScan(zhh, ccl, "CCl", "-");
+    if (n == 0) return 1;
+    forEachRay(zhh, [&](std::ptrdiff_t at, int count) {
+        markNoise(snr.data + at, minsnr, ccl.data + at, count);
+    });
+    return 1;
+}
+
+void Crres::RemoveIsolatedPixels() {
+    const std::size_t n = cells(zhh);
+    if (valuesOf(ccl, n) == nullptr) return;
+    struct Search {
+        int window;
+        int most;
+    };
+    Cpluvek scratch;
+    ccl.CopyPointerToObject(0, scratch);
+    for (const Search& search : {Search{5, 1}, Search{10, 2}}) {
+        radarpro.GetIsolatedPixels(ccl.data, scratch.data, zhh.ngates, zhh.nrays, search.window,
+                                   search.window, search.most);
+        turnIntoClutter(scratch, ccl, n);
+    }
+}
+
+void Crres::ReadRangeAngleLocations(char* file, float** ranges, float** angles, int& n) {
+    const auto bytes = base::readWholeFile(file);
+    if (!bytes || ranges == nullptr || angles == nullptr) return;
+    std::vector<float> pairs[2];
+    base::TokenReader tokens({reinterpret_cast<const char*>(bytes->data()), bytes->size()});
+    for (;;) {
+        const auto range = tokens.next();
+        const auto angle = range ? tokens.next() : std::nullopt;
+        if (!angle) break;
+        pairs[0].push_back(static_cast<float>(base::parseNumber(*range)));
+        pairs[1].push_back(static_cast<float>(base::parseNumber(*angle)));
+    }
+    if (pairs[0].empty()) return;
+    n = static_cast<int>(pairs[0].size());
+    *ranges = base::duplicate(pairs[0]).release();
+    *angles = base::duplicate(pairs[1]).release();
+}

@@ -1,0 +1,251 @@
+/*
+ * Field record files (docs/formats/field-record.md): whole arrays of records. The records of an
+ * array share the first one's grid, so the first one's sizes serve for every block.
+ */
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
+#include <cstring>
+#include <memory>
+#include <optional>
+#include <span>
+#include <vector>
+
+#include "base/array.h"
+#include "base/byte_cursor.h"
+#include "base/file.h"
+#include "clutterclassifier/Cpluvek.h"
+#include "model/field_record_layout.h"
+
+using clutter::base::ByteCursor;
+using clutter::base::Bytes;
+using clutter::base::bytesFrom;
+using namespace clutter::model;
+
+namespace {
+
+using OwnedFloats = std::unique_ptr<float[]>;
+
+/* Rays and gates of a block or of a whole array of records; products never overflow 64 bits. */
+struct Grid {
+    int ngates;
+    int nrays;
+
+    bool negative() const { return ngates < 0 || nrays < 0; }
+    std::size_t angleCount() const { return static_cast<std::size_t>(std::max(nrays, 0)) + 1; }
+    std::size_t valueCount() const { return clutter::base::cellCount(ngates, nrays); }
+};
+
+/* --- values as they are stored --- */
+
+/* Rounds to the nearest step and wraps to the storage width: whoever sets scale and offset chooses
+ * them to fit. What is no number or leaves 64 bits is 0. */
+template <class Raw>
+Raw encode(float value, double scale, double offset) {
+    constexpr double kTwoTo63 = 9223372036854775808.0;
+    const double raw = std::floor((value - offset) / scale + 0.5);
+    if (!(raw >= -kTwoTo63 && raw < kTwoTo63)) return 0;
+    return static_cast<Raw>(static_cast<std::int64_t>(raw));
+}
+
+template <class Raw>
+void encodeAll(std::span<const float> values, const Cpluvek& record, unsigned char* out) {
+    for (const float value : values) {
+        const Raw raw = encode<Raw>(value, record.scale, record.offset);
+        std::memcpy(out, &raw, sizeof raw);
+        out += sizeof raw;
+    }
+}
+
+void storeValues(std::span<const float> values, const Cpluvek& record, unsigned char* out) {
+    if (record.datatype == kUint8) return encodeAll<std::uint8_t>(values, record, out);
+    if (record.datatype == kUint16) return encodeAll<std::uint16_t>(values, record, out);
+    if (!values.empty()) std::memcpy(out, values.data(), values.size_bytes());
+}
+
+template <class Raw>
+void decodeAll(Bytes stored, const Cpluvek& record, float* out) {
+    for (ByteCursor cursor(stored); cursor.remaining() > 0;) {
+        *out++ = static_cast<float>(cursor.native<Raw>() * record.scale + record.offset);
+    }
+}
+
+void loadFloats(Bytes stored, float* out) {
+    if (!stored.empty()) std::memcpy(out, stored.data(), stored.size());
+}
+
+void loadValues(Bytes stored, const Cpluvek& record, float* out) {
+    if (record.datatype == kUint8) return decodeAll<std::uint8_t>(stored, record, out);
+    if (record.datatype == kUint16) return decodeAll<std::uint16_t>(stored, record, out);
+    loadFloats(stored, out);
+}
+
+/* --- writing --- */
+
+struct HeaderWriter {
+    unsigned char* header;
+
+    template <class T>
+    void number(std::size_t offset, const T& value) {
+        std::memcpy(header + offset, &value, sizeof value);
+    }
+    void text(std::size_t offset, const char* buffer, std::size_t width) {
+        std::copy_n(buffer, strnlen(buffer, width), header + offset);
+    }
+};
+
+/* As many values of an array as a block takes; the block keeps zeros for those it lacks. */
+std::span<const float> upTo(std::size_t wanted, const float* values, std::size_t held) {
+    return {values, values == nullptr ? 0 : std::min(wanted, held)};
+}
+
+unsigned char* storeCounts(int first, int second, unsigned char* out) {
+    const int counts[2] = {first, second};
+    std::memcpy(out, counts, sizeof counts);
+    return out + sizeof counts;
+}
+
+std::vector<unsigned char> buildBlock(const Cpluvek& record, const Grid& grid) {
+    const Grid own{record.ngates, record.nrays};
+    const std::size_t angleBytes = grid.angleCount() * sizeof(float);
+    const std::size_t valueBytes = grid.valueCount() * storedValueBytes(record.datatype);
+    std::vector<unsigned char> block(kSmallestBlockBytes + angleBytes + valueBytes);
+    unsigned char* out = block.data();
+    std::memcpy(out, kIdentification, sizeof kIdentification);
+    visitHeader(record, HeaderWriter{out});
+    out = storeCounts(static_cast<int>(static_cast<unsigned>(grid.nrays) + 1u), 1,
+                      out + kHeaderBytes);
+    const auto angles = upTo(grid.angleCount(), record.angles, own.angleCount());
+    std::copy_n(std::as_bytes(angles).data(), angles.size_bytes(),
+                reinterpret_cast<std::byte*>(out));
+    out = storeCounts(grid.ngates, grid.nrays, out + angleBytes);
+    storeValues(upTo(grid.valueCount(), record.data, own.valueCount()), record, out);
+    return block;
+}
+
+/* --- reading --- */
+
+struct HeaderReader {
+    Bytes header;
+
+    template <class T>
+    void number(std::size_t offset, T& value) {
+        std::memcpy(&value, header.data() + offset, sizeof value);
+    }
+    /* A narrower text of the file leaves the rest of the buffer alone but for a terminator. */
+    template <std::size_t N>
+    void text(std::size_t offset, char (&buffer)[N], std::size_t width) {
+        std::memcpy(buffer, header.data() + offset, width);
+        if (width < N && std::memchr(buffer, '\0', width) == nullptr) buffer[width] = '\0';
+        buffer[N - 1] = '\0';
+    }
+};
+
+int intAt(Bytes bytes, std::size_t offset) {
+    return ByteCursor(bytesFrom(bytes, offset)).native<int>();
+}
+
+/* A block whose counts have been judged: nothing of it reaches beyond the file. */
+struct Block {
+    Bytes header;
+    Grid own;    /* as its header says */
+    Grid shared; /* of the whole array: what its arrays hold */
+    Bytes angles;
+    Bytes values;
+};
+
+enum class Verdict { kSound, kCutShort, kContradiction };
+
+/* Whether a grid of values can be in the bytes that are left, by division: no product overflows. */
+bool fits(const Grid& grid, std::size_t valueBytes, std::size_t remaining) {
+    return grid.angleCount() <= remaining / sizeof(float) &&
+           grid.valueCount() <= remaining / valueBytes;
+}
+
+Verdict judgeCounts(ByteCursor& cursor, std::size_t expected) {
+    const std::int64_t first = cursor.native<int>();
+    const std::int64_t second = cursor.native<int>();
+    if (cursor.failed()) return Verdict::kCutShort;
+    const bool agrees = first * second == static_cast<std::int64_t>(expected);
+    return agrees ? Verdict::kSound : Verdict::kContradiction;
+}
+
+/* Takes one block off the cursor. The first block's grid is the one of all blocks after it. */
+Verdict parseBlock(ByteCursor& cursor, const std::optional<Grid>& firstGrid, Block& block) {
+    block.header = cursor.skip(kHeaderBytes);
+    if (cursor.failed()) return Verdict::kCutShort;
+    block.own = {intAt(block.header, kGatesOffset), intAt(block.header, kRaysOffset)};
+    block.shared = firstGrid.value_or(block.own);
+    if (block.own.negative()) return Verdict::kContradiction;
+    const std::size_t valueBytes = storedValueBytes(intAt(block.header, kDatatypeOffset));
+    if (!fits(block.own, valueBytes, cursor.remaining())) return Verdict::kCutShort;
+
+    const Verdict angleCounts = judgeCounts(cursor, block.shared.angleCount());
+    if (angleCounts != Verdict::kSound) return angleCounts;
+    block.angles = cursor.skipArray(block.shared.angleCount(), sizeof(float));
+    const Verdict valueCounts = judgeCounts(cursor, block.shared.valueCount());
+    if (valueCounts != Verdict::kSound) return valueCounts;
+    block.values = cursor.skipArray(block.shared.valueCount(), valueBytes);
+    return cursor.failed() ? Verdict::kCutShort : Verdict::kSound;
+}
+
+OwnedFloats zeros(std::size_t atLeast, std::size_t orElse) {
+    return std::make_unique<float[]>(std::max(atLeast, orElse));
+}
+
+/* Fills a record. Where its own header asks for more than the shared grid, zeros follow: whoever
+ * trusts its sizes must not read beyond its arrays. */
+void unpackBlock(const Block& block, Cpluvek& record) {
+    auto angles = zeros(block.shared.angleCount(), block.own.angleCount());
+    auto values = zeros(block.shared.valueCount(), block.own.valueCount());
+    visitHeader(record, HeaderReader{block.header});
+    loadFloats(block.angles, angles.get());
+    loadValues(block.values, record, values.get());
+    clutter::base::adopt(record.angles, std::move(angles));
+    clutter::base::adopt(record.data, std::move(values));
+    std::copy_n(record.axislimits, 6, record.axislimits0);
+    record.valid = 1;
+}
+
+/* Number of blocks that a file declares; 0 when it is no field record file or cannot hold them. */
+int declaredBlocks(Bytes file) {
+    if (file.size() < kSmallestBlockBytes) return 0;
+    if (std::memcmp(file.data(), kIdentification, sizeof kIdentification) != 0) return 0;
+    const int declared = intAt(file, kRecordsOffset);
+    const std::size_t possible = file.size() / kSmallestBlockBytes;
+    return declared > 0 && static_cast<std::size_t>(declared) <= possible ? declared : 0;
+}
+
+}  // namespace
+
+int Cpluvek::WriteDataToFile(const char* file) {
+    if (this == nullptr) return 0;
+    clutter::base::File stream = clutter::base::openFile(file, "wb");
+    if (!stream) return 0;
+    const Grid grid{ngates, nrays};
+    for (int i = 0; i < nrecords; ++i) {
+        const auto block = buildBlock(this[i], grid);
+        if (std::fwrite(block.data(), 1, block.size(), stream.get()) != block.size()) return 0;
+    }
+    return clutter::base::closeChecked(std::move(stream)) ? 1 : 0;
+}
+
+int Cpluvek::ReadDataFromFile(const char* file) {
+    if (this == nullptr) return 0;
+    const auto bytes = clutter::base::readWholeFile(file);
+    const int blocks = bytes ? declaredBlocks(*bytes) : 0;
+    if (blocks == 0) return 0;
+    ByteCursor cursor(*bytes);
+    std::optional<Grid> grid;
+    for (int i = 0; i < blocks; ++i) {
+        Block block;
+        const Verdict verdict = parseBlock(cursor, grid, block);
+        if (verdict == Verdict::kContradiction) std::puts("Error in Cpluvek!");
+        if (verdict != Verdict::kSound) return 0;
+        unpackBlock(block, this[i]);
+        grid = block.shared;
+    }
+    return 1;
+}
