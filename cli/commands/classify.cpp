@@ -1,0 +1,318 @@
+#include "commands/classify.h"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <cstdio>
+#include <filesystem>
+#include <memory>
+#include <set>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "class_output.h"
+#include "classify_sweep.h"
+#include "clutterclassifier/clutterclassifier.h"
+#include "exit_code.h"
+#include "membership_dir.h"
+#include "picture.h"
+#include "progress.h"
+#include "read_scan.h"
+#include "summary.h"
+
+namespace cli {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr char kFooter[] =
+    "Examples:\n"
+    "  clutterclassifier classify scan.uf\n"
+    "  clutterclassifier classify scan.uf -o classes.uf --plot classes.png\n"
+    "  clutterclassifier classify *.uf -o results/ --format csv\n"
+    "  clutterclassifier classify scan.uf --inputs textures --window 7x3\n"
+    "  clutterclassifier classify scan.uf --map Z1=zhh,D1=zdr --radar-constant 36.5 --min-snr 10\n"
+    "\n"
+    "OUT by its ending: .uf Universal Format with the classes as one more field (CC), .csv a "
+    "table\n"
+    "with one line a gate, anything else a field record file. Codes: 0 precipitation, 3 noise,\n"
+    "5 ground clutter.";
+
+struct Arguments {
+    std::vector<std::string> inputs;
+    std::string output, plot, format, membership, inputNames, map, window = "5x3";
+    double minSnrDb = 0, radarConstantDb = 0;
+    bool hasMinSnr = false, hasRadarConstant = false;
+    int sweep = 0;
+    bool hasSweep = false;
+    bool removeIsolated = false, quiet = false;
+};
+
+/* One input's part of the work. */
+struct Job {
+    std::string input, output, plot; /* empty: not wanted */
+};
+
+bool isDirectoryName(const std::string& path) {
+    std::error_code ignored;
+    return !path.empty() && (path.back() == '/' || fs::is_directory(path, ignored));
+}
+
+/* "5x3": gates x rays, both odd, more than one gate in all. */
+void parseWindow(const std::string& text, ClassifyOptions& options) {
+    int used = 0;
+    const int found =
+        std::sscanf(text.c_str(), "%dx%d%n", &options.textureGates, &options.textureRays, &used);
+    constexpr int kWidest = 999;
+    const auto fits = [](int size) { return size >= 1 && size <= kWidest && size % 2 == 1; };
+    if (found != 2 || used != static_cast<int>(text.size()) || !fits(options.textureGates) ||
+        !fits(options.textureRays) || options.textureGates * options.textureRays < 2)
+        throw CLI::ValidationError("--window",
+                                   "expected two odd sizes, GATESxRAYS, as in 5x3: " + text);
+}
+
+ClassifyOptions optionsFrom(const Arguments& arguments) {
+    ClassifyOptions options;
+    parseWindow(arguments.window, options);
+    try {
+        if (!arguments.inputNames.empty()) options.mask = parseInputs(arguments.inputNames);
+        options.map = parseFieldMap(arguments.map);
+        if (!arguments.plot.empty() && !isDirectoryName(arguments.plot))
+            checkPictureEnding(arguments.plot);
+    } catch (const std::invalid_argument& error) {
+        throw CLI::ValidationError(error.what());
+    }
+    if (arguments.hasMinSnr) options.minSnrDb = arguments.minSnrDb;
+    if (arguments.hasRadarConstant) options.radarConstantDb = arguments.radarConstantDb;
+    options.removeIsolated = arguments.removeIsolated;
+    return options;
+}
+
+/* The name for one input: the given one, or in a directory one after the input. */
+std::string targetFor(const std::string& given, const std::string& input,
+                      const std::string& ending) {
+    if (given.empty() || !isDirectoryName(given)) return given;
+    return (fs::path(given) / (fs::path(input).stem().string() + ending)).string();
+}
+
+/* The form of outputs in a directory: as asked for, else that of the input. */
+std::string endingFor(const Arguments& arguments, const std::string& input) {
+    if (!arguments.format.empty()) return "." + arguments.format;
+    try {
+        return recognise(input) == FileFormat::kUniversalFormat ? ".uf" : ".plv";
+    } catch (const std::exception&) {
+        return ".plv"; /* the input will be complained about when it is read */
+    }
+}
+
+void requireDistinct(const Job& job, std::set<std::string>& taken) {
+    for (const std::string& target : {job.output, job.plot}) {
+        if (target.empty()) continue;
+        if (!taken.insert(target).second)
+            throw CLI::ValidationError("two results would be written to " + target);
+        std::error_code ignored;
+        if (fs::equivalent(target, job.input, ignored))
+            throw CLI::ValidationError(target + " would overwrite its input");
+    }
+}
+
+std::vector<Job> planJobs(const Arguments& arguments) {
+    for (const std::string& target : {arguments.output, arguments.plot}) {
+        if (arguments.inputs.size() > 1 && !target.empty() && !isDirectoryName(target))
+            throw CLI::ValidationError("with several inputs " + target +
+                                       " must be a directory (end it in /)");
+    }
+    std::vector<Job> jobs;
+    std::set<std::string> taken;
+    for (const std::string& input : arguments.inputs) {
+        jobs.push_back({input, targetFor(arguments.output, input, endingFor(arguments, input)),
+                        targetFor(arguments.plot, input, ".png")});
+        requireDistinct(jobs.back(), taken);
+    }
+    return jobs;
+}
+
+/* Directories that were named with a trailing separator are made. */
+void makeDirectories(const Arguments& arguments) {
+    for (const std::string& target : {arguments.output, arguments.plot}) {
+        if (target.empty() || target.back() != '/') continue;
+        std::error_code error;
+        fs::create_directories(target, error);
+        if (error) throw std::runtime_error(target + ": " + error.message());
+    }
+}
+
+std::vector<const Sweep*> chooseSweeps(const Scan& scan, const Arguments& arguments) {
+    std::vector<const Sweep*> chosen;
+    for (const Sweep& sweep : scan.sweeps)
+        if (!arguments.hasSweep || sweep.number == arguments.sweep) chosen.push_back(&sweep);
+    if (chosen.empty())
+        throw std::runtime_error("has no sweep number " + std::to_string(arguments.sweep));
+    return chosen;
+}
+
+class Run {
+  public:
+    explicit Run(const Arguments& arguments)
+        : arguments_(arguments),
+          options_(optionsFrom(arguments)),
+          jobs_(planJobs(arguments)),
+          progress_(!arguments.quiet) {}
+
+    /* Works through all inputs; one that fails does not keep the others from being done. */
+    bool perform() {
+        makeDirectories(arguments_);
+        options_.membership = membershipDirectory(arguments_.membership);
+        bool good = true;
+        for (size_t i = 0; i < jobs_.size(); ++i) good &= attempt(i);
+        progress_.clear();
+        if (!arguments_.quiet) printTotals(totals_);
+        return good;
+    }
+
+  private:
+    bool attempt(size_t i) {
+        try {
+            classifyFile(i);
+            ++totals_.files;
+            return true;
+        } catch (const std::bad_alloc&) {
+            progress_.clear();
+            reportError(jobs_[i].input, "not enough memory");
+        } catch (const std::exception& error) {
+            progress_.clear();
+            reportError(jobs_[i].input, error.what());
+        }
+        return false;
+    }
+
+    void classifyFile(size_t i) {
+        const Job& job = jobs_[i];
+        showFile(i);
+        std::unique_ptr<Cufrw> words;
+        const Scan scan = readScan(job.input, words);
+        const std::vector<const Sweep*> sweeps = chooseSweeps(scan, arguments_);
+        std::vector<ClassifiedSweep> results;
+        for (const Sweep* sweep : sweeps) {
+            showSweep(job, sweeps.size(), results.size());
+            results.push_back(classifySweep(scan, *sweep, options_));
+        }
+        progress_.clear();
+        report(scan, sweeps, results);
+        write(job, scan, words.get(), sweeps, results);
+    }
+
+    void showFile(size_t i) {
+        progress_.show(static_cast<int>(i), static_cast<int>(jobs_.size()), jobs_[i].input);
+    }
+
+    void showSweep(const Job& job, size_t count, size_t done) {
+        if (jobs_.size() < 2)
+            progress_.show(static_cast<int>(done), static_cast<int>(count),
+                           job.input + " sweep " + std::to_string(done + 1));
+    }
+
+    void report(const Scan& scan, const std::vector<const Sweep*>& sweeps,
+                const std::vector<ClassifiedSweep>& results) {
+        for (const ClassifiedSweep& result : results) totals_.add(result);
+        if (arguments_.quiet) return;
+        printScanLine(scan);
+        for (size_t s = 0; s < sweeps.size(); ++s) printSweep(*sweeps[s], results[s]);
+    }
+
+    void write(const Job& job, const Scan& scan, Cufrw* words,
+               const std::vector<const Sweep*>& sweeps,
+               const std::vector<ClassifiedSweep>& results) {
+        std::vector<SweepClasses> classes;
+        for (size_t s = 0; s < sweeps.size(); ++s)
+            classes.push_back({sweeps[s], &results[s].classes});
+        if (!job.plot.empty()) draw(job, scan, classes, results);
+        if (job.output.empty()) return;
+        noteLostElevations(job, sweeps);
+        for (const std::string& path : writeClasses(job.output, scan, words, classes))
+            announce(path);
+    }
+
+    void draw(const Job& job, const Scan& scan, const std::vector<SweepClasses>& classes,
+              const std::vector<ClassifiedSweep>& results) {
+        const std::vector<std::string> paths = sweepPaths(job.plot, scan, classes);
+        for (size_t s = 0; s < paths.size(); ++s) {
+            drawClasses(scan, *classes[s].sweep, *results[s].fields[Role::kZhh], results[s].classes,
+                        {}, paths[s]);
+            announce(paths[s]);
+        }
+    }
+
+    /* A field record keeps one elevation. */
+    void noteLostElevations(const Job& job, const std::vector<const Sweep*>& sweeps) const {
+        const std::string ending = lowerCase(fs::path(job.output).extension().string());
+        const bool rhi = std::any_of(sweeps.begin(), sweeps.end(),
+                                     [](const Sweep* sweep) { return sweep->rhi; });
+        if (rhi && ending != ".uf" && ending != ".csv" && !arguments_.quiet)
+            std::printf(
+                "  note: a field record file cannot hold the elevations of a range-height "
+                "scan; .uf and .csv can\n");
+    }
+
+    void announce(const std::string& path) const {
+        if (!arguments_.quiet) std::printf("  wrote %s\n", path.c_str());
+    }
+
+    const Arguments& arguments_;
+    ClassifyOptions options_;
+    std::vector<Job> jobs_;
+    Progress progress_;
+    Totals totals_;
+};
+
+void addOptions(CLI::App& command, Arguments& arguments) {
+    command.add_option("INPUT", arguments.inputs, "Universal Format or field record files")
+        ->required();
+    command.add_option("-o,--output", arguments.output,
+                       "Write the classes: a file, or a directory (existing, or ending in /)");
+    command
+        .add_option("--format", arguments.format,
+                    "Form of the files in an output directory (default: that of the input)")
+        ->check(CLI::IsMember({"uf", "csv", "plv"}));
+    command.add_option("--plot", arguments.plot,
+                       "Draw reflectivity beside classes: PNG, SVG or PDF, or a directory");
+    command.add_option("--inputs", arguments.inputNames,
+                       "Inputs of the classifier: zhh-texture, zdr-texture, pdp-texture, "
+                       "rhv-texture, vel, ldr, pdf, rhv, wid; or textures, all (default: what the "
+                       "file has, but not wid)");
+    command.add_option("--map", arguments.map,
+                       "What fields are: ZD=zdr,ZT=zhh,CM=pdf,XX=none; overrides their names");
+    command.add_option("--min-snr", arguments.minSnrDb,
+                       "Lowest signal-to-noise ratio of an echo, dB (default: 10; 0 where noise "
+                       "seems removed already)");
+    command.add_option("--radar-constant", arguments.radarConstantDb,
+                       "Calibration constant C of SNR = Z - 20 log10(range in km) + C, dB "
+                       "(default: from the file, else estimated)");
+    command.add_option("--window", arguments.window, "Texture window, GATESxRAYS, odd sizes")
+        ->capture_default_str();
+    command.add_flag("--remove-isolated", arguments.removeIsolated,
+                     "Turn isolated precipitation gates into clutter");
+    command.add_option("--sweep", arguments.sweep, "Only the sweep of this number");
+    command.add_option("--membership", arguments.membership,
+                       "Directory of membership functions (default: CLUTTERCLASSIFIER_MEMBERSHIP, "
+                       "else the set that came with the program)");
+    command.add_flag("-q,--quiet", arguments.quiet, "Print errors only");
+}
+
+}  // namespace
+
+void addClassifyCommand(CLI::App& app) {
+    CLI::App* command =
+        app.add_subcommand("classify", "Tell precipitation, ground clutter and noise apart");
+    command->footer(kFooter);
+    const auto arguments = std::make_shared<Arguments>();
+    addOptions(*command, *arguments);
+    command->callback([arguments, command] {
+        arguments->hasMinSnr = command->count("--min-snr") > 0;
+        arguments->hasRadarConstant = command->count("--radar-constant") > 0;
+        arguments->hasSweep = command->count("--sweep") > 0;
+        if (!Run(*arguments).perform()) throw CommandFailed{};
+    });
+}
+
+}  // namespace cli

@@ -1,0 +1,160 @@
+/* demo.cpp - the command `demo`. */
+#include "commands/demo.h"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <memory>
+#include <stdexcept>
+
+#include "classify_sweep.h"
+#include "clutterclassifier/clutterclassifier.h"
+#include "membership_dir.h"
+#include "picture.h"
+#include "scores.h"
+#include "synthetic.h"
+
+namespace cli {
+
+namespace {
+
+constexpr int kAllInputs = 255, kTextures = 15;
+constexpr int kRuns = 5;
+constexpr int kPanels = 3, kNarrowestPx = kPanels * 240;
+
+struct DemoArguments {
+    std::string output = "clutterclassifier-demo.png";
+    std::string membership;
+    std::string inputs;
+    std::uint64_t seed = 5;
+    int widthPx = 2160;
+};
+
+struct Verdict {
+    std::vector<double> classes;
+    double seconds; /* median of kRuns */
+};
+
+double classifyOnce(SyntheticScan& scan, const std::string& directory, int mask,
+                    std::vector<double>& classes) {
+    double params[3] = {scan.radarConstantDb, scan.minSnrDb, static_cast<double>(mask)};
+    const auto start = std::chrono::steady_clock::now();
+    clutterclassifier(directory.c_str(), scan.nrays, scan.ngates, scan.zhh.data(), scan.zdr.data(),
+                      scan.phidp.data(), scan.rhohv.data(), scan.velocity.data(), scan.ldr.data(),
+                      scan.likelihood.data(), scan.rangeM.data(), scan.azimuthDeg.data(),
+                      &scan.elevationDeg, params, classes.data());
+    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+}
+
+Verdict classify(SyntheticScan& scan, const std::string& directory, int mask) {
+    requireMembershipFiles(directory, mask);
+    Verdict verdict{std::vector<double>(scan.truth.size()), 0.0};
+    std::vector<double> seconds;
+    for (int run = 0; run < kRuns; ++run) {
+        seconds.push_back(classifyOnce(scan, directory, mask, verdict.classes));
+    }
+    std::sort(seconds.begin(), seconds.end());
+    verdict.seconds = seconds[kRuns / 2];
+    return verdict;
+}
+
+void printConfusion(const Confusion& confusion) {
+    constexpr const char* kNames[] = {"precipitation", "ground clutter", "noise"};
+    std::printf("  %-18s%15s%15s%15s\n", "truth \\ result", kNames[0], kNames[1], kNames[2]);
+    for (int row = 0; row < 3; ++row) {
+        std::printf("  %-18s", kNames[row]);
+        for (const std::int64_t count : confusion[row]) {
+            std::printf("%15lld", static_cast<long long>(count));
+        }
+        std::printf("\n");
+    }
+}
+
+void printVerdict(const SyntheticScan& scan, int mask, const Verdict& verdict) {
+    const Confusion confusion = compare(scan.truth, verdict.classes);
+    const Scores scores = scoresOf(confusion);
+    std::printf("\n%s\n", describeInputs(mask).c_str());
+    printConfusion(confusion);
+    std::printf("  POD %.3f   FAR %.3f   CSI %.3f   HSS %.3f   precipitation kept %.1f %%\n",
+                scores.pod, scores.far, scores.csi, scores.hss, 100.0 * scores.kept);
+    std::printf("  %.1f ms a scan (median of %d), %.1f million gates a second\n",
+                1e3 * verdict.seconds, kRuns, 1e-6 * scan.truth.size() / verdict.seconds);
+}
+
+Field asField(const char* name, const std::vector<double>& values) {
+    return {name, "", {values.begin(), values.end()}};
+}
+
+void drawDemo(const SyntheticScan& synthetic, const Verdict& verdict,
+              const DemoArguments& arguments) {
+    Scan scan;
+    scan.radarName = "Synthetic scan, seed " + std::to_string(arguments.seed);
+    Sweep sweep;
+    sweep.fixedAngleDeg = synthetic.elevationDeg;
+    sweep.azimuthDeg = synthetic.azimuthDeg;
+    sweep.nrays = synthetic.nrays;
+    sweep.ngates = synthetic.ngates;
+    sweep.gateSpacingM = synthetic.gateSpacingM;
+    sweep.nyquist = synthetic.nyquist;
+    PictureOptions options;
+    options.widthPx = arguments.widthPx;
+    options.headings = {"Horizontal reflectivity", "Classified", "Truth"};
+    drawPanels(scan, sweep,
+               {asField("DBZH", synthetic.zhh), asField("CCl", verdict.classes),
+                Field{"CCl", "", synthetic.truth}},
+               options, arguments.output);
+}
+
+/* Two sets unless the user asks for one. The entry point takes no spectrum width. */
+std::vector<int> masksOf(const DemoArguments& arguments) {
+    try {
+        checkPictureEnding(arguments.output);
+        if (arguments.inputs.empty()) return {kAllInputs, kTextures};
+        return {parseInputs(arguments.inputs) & kAllInputs};
+    } catch (const std::invalid_argument& error) {
+        throw CLI::ValidationError(error.what());
+    }
+}
+
+void runDemo(const DemoArguments& arguments) {
+    const std::vector<int> masks = masksOf(arguments);
+    const std::string directory = membershipDirectory(arguments.membership);
+    SyntheticScan scan = makeSyntheticScan(arguments.seed);
+    std::printf("Synthetic scan, seed %llu: %d rays x %d gates of %.0f m, 0.5 deg elevation\n",
+                static_cast<unsigned long long>(arguments.seed), scan.nrays, scan.ngates,
+                scan.gateSpacingM);
+    std::vector<Verdict> verdicts;
+    for (const int mask : masks) {
+        verdicts.push_back(classify(scan, directory, mask));
+        printVerdict(scan, mask, verdicts.back());
+    }
+    drawDemo(scan, verdicts.front(), arguments);
+    std::printf("\nPicture (%s): %s\n", describeInputs(masks.front()).c_str(),
+                arguments.output.c_str());
+}
+
+}  // namespace
+
+void addDemoCommand(CLI::App& app) {
+    auto arguments = std::make_shared<DemoArguments>();
+    CLI::App* command = app.add_subcommand(
+        "demo", "Classify a synthetic scan and compare the result with its known truth");
+    command->add_option("-o,--output", arguments->output, "Picture: FILE.png, FILE.svg or FILE.pdf")
+        ->capture_default_str();
+    command->add_option("--seed", arguments->seed, "Another seed, another scan")
+        ->capture_default_str();
+    command->add_option("--width", arguments->widthPx, "Width of the picture in pixels")
+        ->check(CLI::Range(kNarrowestPx, 10000))
+        ->capture_default_str();
+    command->add_option("--inputs", arguments->inputs,
+                        "Inputs to use, as for classify (default: all, then the textures alone)");
+    command->add_option("--membership", arguments->membership,
+                        "Directory of the membership functions");
+    command->footer(
+        "The event is ground clutter: POD is the share of it that was found, FAR the share of the\n"
+        "gates called clutter that are rain, HSS the skill beyond chance (1 is perfect).");
+    command->callback([arguments] { runDemo(*arguments); });
+}
+
+}  // namespace cli

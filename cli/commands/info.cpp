@@ -1,0 +1,162 @@
+#include "commands/info.h"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <cstdio>
+#include <exception>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "exit_code.h"
+#include "oddities.h"
+#include "read_scan.h"
+#include "roles.h"
+
+namespace cli {
+namespace {
+
+void printLine(const char* label, const std::string& text) {
+    std::printf("  %-12s %s\n", label, text.c_str());
+}
+
+template <class... Values>
+std::string format(const char* pattern, Values... values) {
+    char text[256];
+    std::snprintf(text, sizeof text, pattern, values...);
+    return text;
+}
+
+std::string describeSite(const Scan& scan) {
+    if (scan.latitudeDeg == 0 && scan.longitudeDeg == 0 && scan.altitudeM == 0) return "not given";
+    return format("%.4f %c, %.4f %c, %.0f m", std::abs(scan.latitudeDeg),
+                  scan.latitudeDeg < 0 ? 'S' : 'N', std::abs(scan.longitudeDeg),
+                  scan.longitudeDeg < 0 ? 'W' : 'E', scan.altitudeM);
+}
+
+std::string describeTime(const DateTime& t) {
+    return format("%04d-%02d-%02d %02d:%02d:%02d", t.year, t.month, t.day, t.hour, t.minute,
+                  t.second);
+}
+
+std::string describeRadar(const Scan& scan) {
+    std::string text = scan.radarName;
+    if (!scan.siteName.empty() && scan.siteName != scan.radarName)
+        text += (text.empty() ? "" : ", ") + scan.siteName;
+    if (text.empty()) text = "not named";
+    if (scan.wavelengthM > 0) text += format(", wavelength %.1f cm", 100 * scan.wavelengthM);
+    if (scan.beamWidthDeg > 0) text += format(", beam %.2f deg", scan.beamWidthDeg);
+    return text;
+}
+
+void printHead(const Scan& scan) {
+    std::printf("%s\n", scan.path.c_str());
+    printLine("format", scan.format);
+    printLine("radar", describeRadar(scan));
+    printLine("site", describeSite(scan));
+    printLine("time", describeTime(scan.time));
+    printLine("calibration", scan.hasRadarConstant
+                                 ? format("%.1f dB", scan.radarConstantDb)
+                                 : std::string("no constant in the file (estimated by classify)"));
+}
+
+std::string describeCoverage(const Sweep& sweep) {
+    const std::vector<double>& moving = sweep.rhi ? sweep.elevationDeg : sweep.azimuthDeg;
+    if (!sweep.rhi && closesCircle(sweep)) return "full circle";
+    const auto ends = std::minmax_element(moving.begin(), moving.end());
+    return format(sweep.rhi ? "el %.1f..%.1f" : "az %.1f..%.1f", *ends.first, *ends.second);
+}
+
+void printSweeps(const Scan& scan) {
+    std::printf("\n  %-5s %-4s %8s %6s %6s %9s %10s %9s  %s\n", "sweep", "mode", "fixed", "rays",
+                "gates", "spacing", "first gate", "Nyquist", "covers");
+    for (const Sweep& sweep : scan.sweeps) {
+        const std::string nyquist =
+            sweep.nyquist > 0 ? format("%.1f m/s", sweep.nyquist) : std::string("-");
+        std::printf("  %-5d %-4s %4.1f deg %6d %6d %7.0f m %8.0f m %9s  %s\n", sweep.number,
+                    sweep.rhi ? "RHI" : "PPI", sweep.fixedAngleDeg, sweep.nrays, sweep.ngates,
+                    sweep.gateSpacingM, sweep.firstGateM, nyquist.c_str(),
+                    describeCoverage(sweep).c_str());
+    }
+}
+
+/* The values of a field in all sweeps. */
+std::vector<float> gather(const Scan& scan, const std::string& name, size_t& gates) {
+    std::vector<float> values;
+    gates = 0;
+    for (const Sweep& sweep : scan.sweeps) {
+        for (int r = 0; r < sweep.nrays; ++r)
+            gates += static_cast<size_t>(
+                sweep.rayGates.empty() ? sweep.ngates : sweep.rayGates[static_cast<size_t>(r)]);
+        for (const Field& field : sweep.fields)
+            if (field.name == name)
+                values.insert(values.end(), field.values.begin(), field.values.end());
+    }
+    return values;
+}
+
+void printField(const Scan& scan, const Field& field) {
+    size_t gates = 0;
+    const Role role = roleOfName(field.name);
+    const ValueSummary summary = summarise(gather(scan, field.name, gates), role);
+    const double share =
+        gates > 0 ? 100.0 * static_cast<double>(summary.count) / static_cast<double>(gates) : 0.0;
+    std::printf("  %-6s %-4s %-7s", field.name.c_str(), roleInfo(role).key, field.units.c_str());
+    if (summary.count > 0)
+        std::printf(" %9.2f %9.2f %9.2f", summary.lowest, summary.median, summary.highest);
+    else
+        std::printf(" %9s %9s %9s", "-", "-", "-");
+    std::printf(" %7.1f %%  %s\n", share, roleInfo(role).text);
+}
+
+void printFields(const Scan& scan) {
+    std::printf("\n  %-6s %-4s %-7s %9s %9s %9s %9s\n", "field", "part", "units", "lowest",
+                "median", "highest", "present");
+    std::vector<std::string> seen;
+    for (const Sweep& sweep : scan.sweeps) {
+        for (const Field& field : sweep.fields) {
+            if (std::find(seen.begin(), seen.end(), field.name) != seen.end()) continue;
+            seen.push_back(field.name);
+            printField(scan, field);
+        }
+    }
+}
+
+void printOddities(const Scan& scan) {
+    if (scan.oddities.empty()) return;
+    std::printf("\n  Worth knowing:\n");
+    for (const std::string& oddity : scan.oddities) std::printf("  - %s\n", oddity.c_str());
+}
+
+void printInfo(const std::string& path) {
+    const Scan scan = readScan(path);
+    printHead(scan);
+    printSweeps(scan);
+    printFields(scan);
+    printOddities(scan);
+}
+
+void runInfo(const std::vector<std::string>& paths) {
+    bool failed = false;
+    for (const std::string& path : paths) {
+        try {
+            if (&path != &paths.front()) std::printf("\n");
+            printInfo(path);
+        } catch (const std::exception& error) {
+            reportError(path, error.what());
+            failed = true;
+        }
+    }
+    if (failed) throw CommandFailed{};
+}
+
+}  // namespace
+
+void addInfoCommand(CLI::App& app) {
+    CLI::App* command = app.add_subcommand("info", "Show what a file holds, and what is odd in it");
+    const auto paths = std::make_shared<std::vector<std::string>>();
+    command->add_option("INPUT", *paths, "Universal Format or field record files")->required();
+    command->callback([paths] { runInfo(*paths); });
+}
+
+}  // namespace cli

@@ -1,0 +1,116 @@
+/* plot.cpp - the command `plot`. */
+#include "commands/plot.h"
+
+#include <CLI/CLI.hpp>
+#include <filesystem>
+#include <memory>
+#include <new>
+#include <optional>
+#include <stdexcept>
+
+#include "picture.h"
+#include "read_scan.h"
+#include "roles.h"
+
+namespace cli {
+
+namespace {
+
+struct PlotArguments {
+    std::string input, output;
+    std::vector<std::string> fields;
+    std::optional<int> sweep;
+    PictureOptions picture;
+};
+
+const Sweep& findSweep(const Scan& scan, std::optional<int> number) {
+    if (scan.sweeps.empty()) throw std::runtime_error("holds no sweep");
+    if (!number) return scan.sweeps.front();
+    for (const Sweep& sweep : scan.sweeps) {
+        if (sweep.number == *number) return sweep;
+    }
+    throw std::runtime_error("has no sweep " + std::to_string(*number));
+}
+
+/* As the file writes it, or else in another case. */
+const Field& findField(const Sweep& sweep, const std::string& name) {
+    for (const Field& field : sweep.fields) {
+        if (field.name == name) return field;
+    }
+    std::string names;
+    for (const Field& field : sweep.fields) {
+        if (lowerCase(field.name) == lowerCase(name)) return field;
+        names += " " + field.name;
+    }
+    throw std::runtime_error("has no field " + name + " among:" + names);
+}
+
+/* The reflectivity, or else whatever comes first. */
+const Field& defaultField(const Sweep& sweep) {
+    if (sweep.fields.empty()) throw std::runtime_error("holds no field");
+    const FieldChoice choice = chooseFields(sweep, {});
+    const Field* reflectivity = choice[Role::kZhh];
+    return reflectivity != nullptr ? *reflectivity : sweep.fields.front();
+}
+
+void drawFile(const PlotArguments& arguments) {
+    const Scan scan = readScan(arguments.input);
+    const Sweep& sweep = findSweep(scan, arguments.sweep);
+    std::vector<Field> fields;
+    for (const std::string& name : arguments.fields) fields.push_back(findField(sweep, name));
+    if (fields.empty()) fields.push_back(defaultField(sweep));
+    drawPanels(scan, sweep, fields, arguments.picture, arguments.output);
+}
+
+void requireSoundArguments(const PlotArguments& arguments) {
+    try {
+        checkPictureEnding(arguments.output);
+    } catch (const std::invalid_argument& error) {
+        throw CLI::ValidationError("--output", error.what());
+    }
+    std::error_code ignored;
+    if (std::filesystem::equivalent(arguments.input, arguments.output, ignored)) {
+        throw CLI::ValidationError("--output", "would overwrite the input");
+    }
+    if (arguments.picture.displayMin >= arguments.picture.displayMax) {
+        throw CLI::ValidationError("--vmax", "must be above --vmin");
+    }
+}
+
+void runPlot(const PlotArguments& arguments) {
+    requireSoundArguments(arguments);
+    try {
+        drawFile(arguments);
+    } catch (const std::bad_alloc&) {
+        throw;
+    } catch (const std::exception& error) {
+        throw std::runtime_error(arguments.input + ": " + error.what());
+    }
+}
+
+}  // namespace
+
+void addPlotCommand(CLI::App& app) {
+    auto arguments = std::make_shared<PlotArguments>();
+    CLI::App* command = app.add_subcommand("plot", "Draw fields of a scan as a picture");
+    command->add_option("INPUT", arguments->input, "Universal Format or field record file")
+        ->required();
+    command->add_option("-o,--output", arguments->output, "Picture: FILE.png, FILE.svg or FILE.pdf")
+        ->required();
+    command
+        ->add_option("--field", arguments->fields,
+                     "Field to draw (default: the reflectivity); several give panels")
+        ->delimiter(',');
+    command->add_option("--sweep", arguments->sweep, "Number of the sweep (default: the first)");
+    command->add_option("--width", arguments->picture.widthPx, "Width of the picture in pixels")
+        ->check(CLI::Range(240, 10000));
+    command->add_option("--max-range", arguments->picture.maxRangeKm, "Outermost range in km")
+        ->check(CLI::PositiveNumber);
+    command->add_option("--vmin", arguments->picture.displayMin, "Beginning of the colour scale");
+    command->add_option("--vmax", arguments->picture.displayMax, "End of the colour scale");
+    command->footer(
+        "Example: clutterclassifier plot scan.uf --field DZ,VR --max-range 100 -o scan.png");
+    command->callback([arguments] { runPlot(*arguments); });
+}
+
+}  // namespace cli

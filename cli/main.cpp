@@ -1,0 +1,75 @@
+/*
+ * clutterclassifier - tells precipitation from ground clutter and noise in radar scans.
+ */
+#include <CLI/CLI.hpp>
+#include <cstdio>
+#include <exception>
+#include <iostream>
+#include <new>
+#include <string>
+
+#include "commands/classify.h"
+#include "commands/demo.h"
+#include "commands/info.h"
+#include "commands/plot.h"
+#include "exit_code.h"
+
+namespace {
+
+constexpr char kFooter[] =
+    "Examples:\n"
+    "  clutterclassifier demo\n"
+    "  clutterclassifier info scan.uf\n"
+    "  clutterclassifier classify scan.uf -o classes.uf --plot classes.png\n"
+    "  clutterclassifier plot scan.uf --field DZ -o reflectivity.svg\n"
+    "\n"
+    "Each command has a --help of its own.";
+
+int runCommand(CLI::App& app, int argc, char** argv) {
+    try {
+        app.parse(argc, argv);
+        if (app.get_subcommands().empty()) throw CLI::RequiredError::Subcommand(1);
+    } catch (const CLI::ParseError& error) {
+        return app.exit(error) == 0 ? 0 : cli::kExitUsage;
+    } catch (const cli::CommandFailed& failure) {
+        return failure.code;
+    } catch (const std::bad_alloc&) {
+        std::fprintf(stderr, "clutterclassifier: not enough memory\n");
+        return cli::kExitFailure;
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "clutterclassifier: %s\n", error.what());
+        return cli::kExitFailure;
+    }
+    return 0;
+}
+
+/* Whether everything printed has reached its destination: a full disk must not pass unnoticed. */
+bool flushOutput() {
+    std::cout.flush();
+    return std::cout.good() && std::fflush(stdout) == 0;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    CLI::App app(
+        "Tells precipitation from ground clutter and noise in dual-polarisation radar "
+        "scans.",
+        "clutterclassifier");
+    app.set_version_flag("--version", "clutterclassifier " CLUTTERCLASSIFIER_VERSION);
+    app.require_subcommand(0, 1);
+    app.footer(kFooter);
+    app.failure_message([](const CLI::App*, const CLI::Error& error) {
+        return std::string("clutterclassifier: ") + error.what() + " (see --help)\n";
+    });
+    cli::addClassifyCommand(app);
+    cli::addInfoCommand(app);
+    cli::addPlotCommand(app);
+    cli::addDemoCommand(app);
+    const int code = runCommand(app, argc, argv);
+    if (!flushOutput() && code == 0) {
+        std::fprintf(stderr, "clutterclassifier: cannot write to standard output\n");
+        return cli::kExitFailure;
+    }
+    return code;
+}

@@ -1,0 +1,80 @@
+#include "output_file.h"
+
+#include <signal.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstring>
+#include <filesystem>
+#include <stdexcept>
+
+namespace cli {
+namespace {
+
+namespace fs = std::filesystem;
+
+/* The names an interrupted program must take away. A signal handler may only read plain memory. */
+constexpr int kMostPending = 64;
+char pendingNames[kMostPending][4096];
+
+extern "C" void removePending(int signalNumber) {
+    for (const char* name : pendingNames)
+        if (*name) unlink(name);
+    _exit(128 + signalNumber);
+}
+
+void catchInterruptions() {
+    static bool done = false;
+    if (done) return;
+    done = true;
+    for (int number : {SIGINT, SIGTERM, SIGHUP}) {
+        struct sigaction current = {};
+        sigaction(number, nullptr, &current);
+        if (current.sa_handler == SIG_IGN) continue; /* nohup */
+        struct sigaction action = {};
+        action.sa_handler = removePending;
+        sigaction(number, &action, nullptr);
+    }
+}
+
+void remember(const std::string& name) {
+    catchInterruptions();
+    for (auto& slot : pendingNames) {
+        if (*slot || name.size() >= sizeof slot) continue;
+        std::memcpy(slot + 1, name.c_str() + 1, name.size());
+        slot[0] = name[0]; /* last: the handler looks at it first */
+        return;
+    }
+}
+
+void forget(const std::string& name) {
+    for (auto& slot : pendingNames)
+        if (name == slot) slot[0] = '\0';
+}
+
+}  // namespace
+
+OutputFile::OutputFile(const std::string& target)
+    : target_(target), temporary_(target + ".part" + std::to_string(getpid())) {
+    std::error_code error;
+    if (fs::is_directory(target, error)) throw std::runtime_error(target + " is a directory");
+    const fs::path parent = fs::path(target).parent_path();
+    if (!parent.empty() && !fs::is_directory(parent, error))
+        throw std::runtime_error("there is no directory " + parent.string());
+    remember(temporary_);
+}
+
+OutputFile::~OutputFile() {
+    std::error_code ignored;
+    fs::remove(temporary_, ignored);
+    forget(temporary_);
+}
+
+void OutputFile::commit() {
+    std::error_code error;
+    fs::rename(temporary_, target_, error);
+    if (error) throw std::runtime_error("cannot write " + target_ + ": " + error.message());
+    forget(temporary_);
+}
+
+}  // namespace cli

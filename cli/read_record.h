@@ -1,0 +1,16 @@
+/* read_record.h - a field record file into a Scan: its records are the fields of one sweep. */
+#ifndef CLI_READ_RECORD_H
+#define CLI_READ_RECORD_H
+
+#include <string>
+
+#include "scan.h"
+
+namespace cli {
+
+/* Throws std::runtime_error with the reason. */
+Scan readFieldRecord(const std::string& path);
+
+}  // namespace cli
+
+#endif

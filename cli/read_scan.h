@@ -1,0 +1,31 @@
+/*
+ * read_scan.h - any input file into a Scan, recognised by its content, not by its ending.
+ */
+#ifndef CLI_READ_SCAN_H
+#define CLI_READ_SCAN_H
+
+#include <memory>
+#include <string>
+
+#include "scan.h"
+
+class Cufrw;
+
+namespace cli {
+
+enum class FileFormat { kUnknown, kUniversalFormat, kFieldRecord };
+
+/* Looks at the first bytes. Throws std::runtime_error when the file cannot be opened. */
+FileFormat recognise(const std::string& path);
+
+/* Reads a Universal Format or field record file. Throws std::runtime_error with the reason, a
+ * phrase without the file's name. */
+Scan readScan(const std::string& path);
+
+/* The same, and keeps the words of a Universal Format file, so that it can be written back with
+ * nothing lost; null for other formats. */
+Scan readScan(const std::string& path, std::unique_ptr<Cufrw>& words);
+
+}  // namespace cli
+
+#endif

@@ -1,0 +1,114 @@
+#include "record_output.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <memory>
+#include <stdexcept>
+
+#include "classify_sweep.h"
+#include "clutterclassifier/clutterclassifier.h"
+
+namespace cli {
+namespace {
+
+constexpr double kPi = 3.14159265358979323846;
+constexpr double kRadiansPerDegree = kPi / 180;
+constexpr int kStoredAsByte = 2;
+
+template <size_t N>
+void setText(char (&buffer)[N], const std::string& text) {
+    std::snprintf(buffer, N, "%s", text.c_str());
+}
+
+void setExtent(const Sweep& sweep, Cpluvek& record) {
+    const auto reach = static_cast<float>(sweep.ngates * sweep.gateSpacingM);
+    const float limits[6] = {-reach, reach, reach / 2.5F, -reach, reach, reach / 2.5F};
+    std::copy(std::begin(limits), std::end(limits), record.axislimits);
+    std::copy(std::begin(limits), std::end(limits), record.axislimits0);
+}
+
+/* A byte has no NaN: gates that a ray does not have are noise there. */
+std::vector<float> withoutNan(std::vector<float> classes) {
+    std::replace_if(
+        classes.begin(), classes.end(), [](float value) { return std::isnan(value); }, kNoise);
+    return classes;
+}
+
+struct CloseFile {
+    void operator()(std::FILE* file) const { std::fclose(file); }
+};
+
+}  // namespace
+
+void fillFieldRecord(const Scan& scan, const Sweep& sweep, const std::string& name,
+                     const std::string& units, const std::vector<float>& values, Cpluvek& record) {
+    record.valid = 1;
+    record.year = scan.time.year;
+    record.month = scan.time.month;
+    record.day = scan.time.day;
+    record.hour = scan.time.hour;
+    record.minute = scan.time.minute;
+    record.second = scan.time.second;
+    record.GetDateTime();
+    record.ngates = sweep.ngates;
+    record.nrays = sweep.nrays;
+    record.coordtype = 0;
+    record.gatesize = static_cast<float>(sweep.gateSpacingM);
+    record.firstgate = static_cast<int>(std::lround(sweep.firstGateM / sweep.gateSpacingM));
+    record.beamwidth = static_cast<float>(scan.beamWidthDeg * kRadiansPerDegree);
+    record.wavelength = static_cast<float>(scan.wavelengthM);
+    record.latitude = static_cast<float>(scan.latitudeDeg);
+    record.longitude = static_cast<float>(scan.longitudeDeg);
+    record.altitude = static_cast<float>(scan.altitudeM);
+    record.nyquist = static_cast<float>(sweep.nyquist);
+    record.colorflag = 255;
+    record.recindex = 0;
+    record.nrecords = 1;
+    record.nsets = 1;
+    setExtent(sweep, record);
+    setText(record.name, name);
+    setText(record.units, units.empty() ? "-" : units);
+    setText(record.title, "DATA FILE, " + std::string(record.datetime));
+    record.angles = new float[static_cast<size_t>(sweep.nrays) + 1];
+    record.angles[0] = static_cast<float>(middleElevationDeg(sweep) * kRadiansPerDegree);
+    for (size_t r = 0; r < sweep.azimuthDeg.size(); ++r)
+        record.angles[1 + r] = static_cast<float>(sweep.azimuthDeg[r] * kRadiansPerDegree);
+    record.data = new float[values.size()];
+    std::copy(values.begin(), values.end(), record.data);
+}
+
+void writeFieldRecord(const std::string& path, const Scan& scan, const SweepClasses& classes) {
+    Cpluvek record;
+    fillFieldRecord(scan, *classes.sweep, "CCl", "-", withoutNan(*classes.classes), record);
+    record.datatype = kStoredAsByte;
+    record.scale = 1;
+    record.displaymin = kPrecipitation;
+    record.displaymax = kGroundClutter;
+    if (record.WriteDataToFile(path.c_str()) != 1) throw std::runtime_error("cannot write " + path);
+}
+
+void writeTable(const std::string& path, const SweepClasses& classes) {
+    const Sweep& sweep = *classes.sweep;
+    std::unique_ptr<std::FILE, CloseFile> file(std::fopen(path.c_str(), "w"));
+    if (!file) throw std::runtime_error("cannot write " + path);
+    const auto spacing = static_cast<float>(sweep.gateSpacingM);
+    std::fputs("range/angle,", file.get());
+    for (double angle : sweep.rhi ? sweep.elevationDeg : sweep.azimuthDeg)
+        std::fprintf(file.get(), "%1.1f,", angle);
+    std::fputc('\n', file.get());
+    for (int g = 0; g < sweep.ngates; ++g) {
+        std::fprintf(file.get(), "%1.2f,", static_cast<double>(g * spacing / 1000.0F));
+        for (int r = 0; r < sweep.nrays; ++r) {
+            const size_t at =
+                static_cast<size_t>(r) * static_cast<size_t>(sweep.ngates) + static_cast<size_t>(g);
+            std::fprintf(file.get(), "%1.2f,", static_cast<double>((*classes.classes)[at]));
+        }
+        std::fputc('\n', file.get());
+    }
+    const bool failed = std::ferror(file.get()) != 0;
+    if (std::fclose(file.release()) != 0 || failed)
+        throw std::runtime_error("cannot write " + path);
+}
+
+}  // namespace cli

@@ -1,0 +1,28 @@
+/* summary.h - what `classify` prints about its results. */
+#ifndef CLI_SUMMARY_H
+#define CLI_SUMMARY_H
+
+#include "classify_sweep.h"
+#include "scan.h"
+
+namespace cli {
+
+/* Sums over sweeps and files. */
+struct Totals {
+    long precipitation = 0, groundClutter = 0, noise = 0;
+    double seconds = 0;
+    int sweeps = 0, files = 0;
+    void add(const ClassifiedSweep& result);
+};
+
+/* One line for a file, before its sweeps. */
+void printScanLine(const Scan& scan);
+
+void printSweep(const Sweep& sweep, const ClassifiedSweep& result);
+
+/* Nothing for a single sweep, which has said it all. */
+void printTotals(const Totals& totals);
+
+}  // namespace cli
+
+#endif
