@@ -8,22 +8,30 @@
 namespace clutter::driver {
 namespace {
 
-// Gates are classified in runs of whole blocks: a block without an echo is skipped, and the few
-// noise gates of the others cost less than gathering would.
+// Gates are classified in runs of whole blocks. A few noise gates in between cost less than
+// gathering or a new run would; longer gaps are skipped.
 constexpr int kBlock = 32;
+constexpr int kLongestGap = 3 * kBlock;
 constexpr std::size_t kManyEchoes = 4096;  // from here on, tables for quick verdicts pay
 
-/* The end of the run of blocks with echoes that starts at or after gate; start becomes its first
- * gate.
- */
-int nextRun(const float* noise, int ngates, int& start) {
-    const auto hasEcho = [noise, ngates](int g) {
-        return countEchoes(noise + g, std::min(kBlock, ngates - g)) > 0;
-    };
-    while (start < ngates && !hasEcho(start)) start += kBlock;
-    int end = start;
-    while (end < ngates && hasEcho(end)) end += kBlock;
-    return std::min(end, ngates);
+struct Run {
+    int start;
+    int end;
+};
+
+/* The next run at or after a gate; empty when there is none. */
+Run nextRun(const float* noise, int ngates, int from) {
+    Run run{ngates, ngates};
+    for (int g = from; g < ngates; g += kBlock) {
+        const int end = std::min(g + kBlock, ngates);
+        if (countEchoes(noise + g, end - g) > 0) {
+            if (run.start == ngates) run.start = g;
+            run.end = end;
+        } else if (run.start < ngates && g - run.end >= kLongestGap) {
+            return run;
+        }
+    }
+    return run;
 }
 
 }  // namespace
@@ -67,15 +75,13 @@ void ScanClassifier::classifyRay(int ray, float* classes) {
     const int ngates = shape_.ngates;
     prepareInputs(ray);
     const float* noise = noise_.row(ray);
-    for (int start = 0; start < ngates;) {
-        const int end = nextRun(noise, ngates, start);
-        if (end <= start) break;
+    for (Run run = nextRun(noise, ngates, 0); run.start < ngates;
+         run = nextRun(noise, ngates, run.end)) {
         const float* inputs[fuzzy::kInputCount] = {};
         for (int i = 0; i < fuzzy::kInputCount; ++i) {
-            if (inputs_[i] != nullptr) inputs[i] = inputs_[i] + start;
+            if (inputs_[i] != nullptr) inputs[i] = inputs_[i] + run.start;
         }
-        rules_->classify(inputs, end - start, verdicts_.data() + start);
-        start = end;
+        rules_->classify(inputs, run.end - run.start, verdicts_.data() + run.start);
     }
     applyVerdicts(noise, verdicts_.data(), classes, ngates);
 }

@@ -9,7 +9,7 @@
 namespace clutter::dsp {
 namespace {
 
-constexpr int kLanes = 128;  // gates per block: sums stay in the nearest cache, gaps are skipped
+constexpr int kLanes = 256;  // gates per block: sums stay in the nearest cache, gaps are skipped
 
 struct RowBlock {
     const WindowRows& values;

@@ -50,14 +50,10 @@ CLUTTER_KERNEL void rankNext(const double* strength, float code, int n, Ranking&
 class OpenElements {
   public:
     OpenElements(const float* const* inputs, int ninputs)
-        : source_(inputs),
-          gathered_(static_cast<std::size_t>(ninputs) * kCapacity),
-          inputs_(static_cast<std::size_t>(ninputs)) {
-        for (std::size_t i = 0; i < inputs_.size(); ++i)
-            inputs_[i] = gathered_.data() + i * kCapacity;
-    }
+        : source_(inputs), inputs_(static_cast<std::size_t>(ninputs)) {}
 
     void add(int element) {
+        if (gathered_.empty()) makeRoom();
         for (std::size_t i = 0; i < inputs_.size(); ++i) {
             if (source_[i] != nullptr)
                 gathered_[i * kCapacity + index(count_)] = source_[i][element];
@@ -74,6 +70,13 @@ class OpenElements {
     // Emptied whenever a block is full, and filled by a block at a time.
     static constexpr std::size_t kCapacity = std::size_t{2} * kBlock;
     static std::size_t index(int i) { return static_cast<std::size_t>(i); }
+
+    void makeRoom() {
+        gathered_.resize(inputs_.size() * kCapacity);
+        for (std::size_t i = 0; i < inputs_.size(); ++i) {
+            inputs_[i] = gathered_.data() + i * kCapacity;
+        }
+    }
 
     const float* const* source_;
     std::vector<float> gathered_;

@@ -110,13 +110,6 @@ void Table::evaluate(const float* x, double* degrees, int n) const {
     }
 }
 
-double Table::at(double x) const {
-    const auto above = std::upper_bound(points_.x.begin(), points_.x.end(), x);
-    const std::size_t i = static_cast<std::size_t>(above - points_.x.begin());
-    if (i == 0 || i == points_.x.size()) return i == 0 ? points_.y.front() : points_.y.back();
-    return (x - points_.x[i]) * rise_[i] / run_[i] + points_.y[i];
-}
-
 void Table::evaluateBlock(const float* x, double* degrees, int n) const {
     int segments[kLanes];
     const int count = points_.size();

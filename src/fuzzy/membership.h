@@ -35,12 +35,11 @@ class Table {
 
     void evaluate(const float* x, double* degrees, int n) const;
 
-    /* The same for one value, of an ascending table. */
-    double at(double x) const;
-
     const Points& points() const { return points_; }
     /* Abscissas ascend, so that the first point above x is also the only one to look for. */
     bool ascending() const { return ascending_; }
+    /* For each point, the smallest float that is not below it. */
+    const std::vector<float>& thresholds() const { return thresholds_; }
 
   private:
     void evaluateBlock(const float* x, double* degrees, int n) const;

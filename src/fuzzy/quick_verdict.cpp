@@ -12,12 +12,13 @@ namespace {
 
 constexpr double kSmallestDegree = 0x1p-100;  // products of nine stay normal numbers
 constexpr double kLargestDegree = 0x1p100;
+constexpr double kLargestRatio = 1e30;  // a normal number in single precision, and so its inverse
 constexpr double kCancellation = 1e-8;  // of a table's largest degree: below, rounding could matter
-constexpr double kWidestHalf = 0.125;   // of a cell's log ratio; wider cells settle nothing
-constexpr double kRounding = 1e-3;     // far above what sums of floats and products of doubles lose
+constexpr float kWidestHalf = 0.125f;   // of a cell's log ratio; wider cells settle nothing
+constexpr float kRounding = 1e-3f;     // far above what sums of floats and products of doubles lose
 constexpr double kCellOverlap = 1e-3;  // of a cell: the index is computed in single precision
-constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
-constexpr double kInfinity = std::numeric_limits<double>::infinity();
+constexpr float kNan = std::numeric_limits<float>::quiet_NaN();
+constexpr float kInfinity = std::numeric_limits<float>::infinity();
 
 bool allFinite(const std::vector<double>& values) {
     return std::all_of(values.begin(), values.end(), [](double v) { return std::isfinite(v); });
@@ -37,53 +38,64 @@ bool supported(const Term& term) {
     }
 }
 
-/* The degrees of one input in one rule, with what is too small to be trusted left out. */
-class DegreeCurve {
+/* The smallest degree of a term that is far from what rounding could do to it. */
+double smallestTrusted(const Term& term) {
+    double smallest = kSmallestDegree;
+    if (term.shape != Shape::kTable) return smallest;
+    for (const double y : term.table->points().y) {
+        smallest = std::max(smallest, kCancellation * std::abs(y));
+    }
+    return smallest;
+}
+
+/* The log ratio of the degrees of one input in the two rules; NaN where a degree is out of bounds.
+ */
+class LogRatio {
   public:
-    explicit DegreeCurve(const Term& term) : term_(term), smallest_(kSmallestDegree) {
-        if (term.shape != Shape::kTable) return;
-        for (const double y : term.table->points().y) {
-            smallest_ = std::max(smallest_, kCancellation * std::abs(y));
+    LogRatio(const Term& rule0, const Term& rule1)
+        : terms_{&rule0, &rule1}, smallest_{smallestTrusted(rule0), smallestTrusted(rule1)} {}
+
+    std::vector<float> at(const std::vector<float>& x) const {
+        const std::size_t n = x.size();
+        std::vector<double> degrees[2];
+        for (int rule = 0; rule < 2; ++rule) {
+            degrees[rule].resize(n);
+            evaluateTerm(*terms_[rule], x.data(), degrees[rule].data(), static_cast<int>(n));
         }
+        std::vector<float> ratios(n);
+        for (std::size_t j = 0; j < n; ++j) {
+            const double ratio = degrees[0][j] / degrees[1][j];
+            const bool trusted = trust(0, degrees[0][j]) && trust(1, degrees[1][j]) &&
+                                 ratio >= 1.0 / kLargestRatio && ratio <= kLargestRatio;
+            ratios[j] = trusted ? std::log(static_cast<float>(ratio)) : kNan;
+        }
+        return ratios;
     }
 
-    /* NaN where the degree is out of bounds. */
-    double at(double x) const { return trusted(degreeAt(x)); }
-
-    double atNan() const {
-        if (term_.shape == Shape::kOnes) return 1.0;
-        return term_.shape == Shape::kTable ? trusted(term_.table->points().y.back()) : kNan;
-    }
-
-    void addCorners(std::vector<double>& corners) const {
-        if (term_.shape == Shape::kTable) {
-            const std::vector<double>& x = term_.table->points().x;
-            corners.insert(corners.end(), x.begin(), x.end());
-        } else if (term_.shape != Shape::kOnes) {
-            corners.insert(corners.end(), {0.0, 1.0});
+    /* The values beside each point of the tables, sorted: between two of them the ratio is
+     * monotone. */
+    std::vector<float> corners() const {
+        std::vector<float> corners;
+        for (const Term* term : terms_) {
+            if (term->shape == Shape::kSame || term->shape == Shape::kComplement) {
+                corners.insert(corners.end(), {0.0f, 1.0f});
+            }
+            if (term->shape != Shape::kTable) continue;
+            for (const float threshold : term->table->thresholds()) {
+                corners.insert(corners.end(), {std::nextafter(threshold, -kInfinity), threshold});
+            }
         }
+        std::sort(corners.begin(), corners.end());
+        return corners;
     }
 
   private:
-    double degreeAt(double x) const {
-        switch (term_.shape) {
-            case Shape::kSame:
-                return x;
-            case Shape::kComplement:
-                return 1.0 - x;
-            case Shape::kTable:
-                return term_.table->at(x);
-            default:
-                return 1.0;
-        }
+    bool trust(int rule, double degree) const {
+        return degree >= smallest_[rule] && degree <= kLargestDegree;
     }
 
-    double trusted(double degree) const {
-        return degree >= smallest_ && degree <= kLargestDegree ? degree : kNan;
-    }
-
-    const Term& term_;
-    double smallest_;
+    const Term* terms_[2];
+    double smallest_[2];
 };
 
 /*
@@ -92,34 +104,33 @@ class DegreeCurve {
  */
 class RatioRange {
   public:
-    void add(double logRatio) {
-        // A NaN must stay.
-        low_ = logRatio >= low_ ? low_ : logRatio;
-        high_ = logRatio <= high_ ? high_ : logRatio;
+    void add(float logRatio) {
+        low_ = std::min(low_, logRatio);
+        high_ = std::max(high_, logRatio);
         broken_ = broken_ || !(logRatio == logRatio);
     }
 
     bool narrow() const { return !broken_ && half() <= kWidestHalf; }
-    double half() const { return 0.5 * (high_ - low_); }
-    double middle() const { return 0.5 * (high_ + low_); }
+    float half() const { return 0.5f * (high_ - low_); }
+    float middle() const { return 0.5f * (high_ + low_); }
 
   private:
-    double low_ = kInfinity;
-    double high_ = -kInfinity;
+    float low_ = kInfinity;
+    float high_ = -kInfinity;
     bool broken_ = false;
 };
 
 struct Interval {
-    double low;
-    double high;
+    float low;
+    float high;
 };
 
 /* Where the sorted corners crowd: cells are not wasted on a far tail. */
-Interval coreOf(const std::vector<double>& corners) {
+Interval coreOf(const std::vector<float>& corners) {
     const std::size_t n = corners.size();
-    const double middle = corners[n / 2];
-    const double reach = 8.0 * (corners[3 * n / 4] - corners[n / 4]);
-    if (!(reach > 0.0)) return {corners.front(), corners.back()};
+    const float middle = corners[n / 2];
+    const float reach = 16.0f * (corners[3 * n / 4] - corners[n / 4]);
+    if (!(reach > 0.0f)) return {corners.front(), corners.back()};
     const auto low = std::lower_bound(corners.begin(), corners.end(), middle - reach);
     const auto high = std::upper_bound(corners.begin(), corners.end(), middle + reach);
     return {*low, *std::prev(high)};
@@ -174,39 +185,41 @@ std::unique_ptr<QuickVerdict> QuickVerdict::make(const RuleBase& rules) {
 }
 
 bool QuickVerdict::addInput(int input, const Term& rule0, const Term& rule1) {
-    const DegreeCurve curve0(rule0), curve1(rule1);
-    const auto logRatio = [&](double x) { return std::log(curve0.at(x) / curve1.at(x)); };
-    std::vector<double> corners;
-    curve0.addCorners(corners);
-    curve1.addCorners(corners);
-    std::sort(corners.begin(), corners.end());
+    const LogRatio logRatio(rule0, rule1);
+    const std::vector<float> corners = logRatio.corners();
     const Interval core = coreOf(corners);
-    Ratio ratio;
-    ratio.input = input;
-    ratio.origin = static_cast<float>(core.low);
-    ratio.cellsPerUnit = static_cast<float>(kCells / (core.high - core.low));
+    Ratio ratio{input, core.low, kCells / (core.high - core.low), {}};
     if (!std::isfinite(ratio.origin) || !std::isfinite(ratio.cellsPerUnit)) return false;
     if (!(ratio.cellsPerUnit > 0.0f)) return false;
 
-    const double cellSize = 1.0 / static_cast<double>(ratio.cellsPerUnit);
-    const auto edge = [&](double cells) { return ratio.origin + cells * cellSize; };
-    double widest = 0.0;
+    // Ends of the cells, outward, then NaN.
+    std::vector<float> ends;
+    const auto edge = [&ratio](double cells) {
+        return static_cast<float>(ratio.origin + cells / static_cast<double>(ratio.cellsPerUnit));
+    };
     for (int c = 0; c < kCells; ++c) {
-        const Interval x{c == 0 ? -kInfinity : edge(c - kCellOverlap),
-                         c == kCells - 1 ? kInfinity : edge(c + 1 + kCellOverlap)};
+        ends.push_back(c == 0 ? -kInfinity : std::nextafter(edge(c - kCellOverlap), -kInfinity));
+        ends.push_back(c == kCells - 1 ? kInfinity
+                                       : std::nextafter(edge(c + 1 + kCellOverlap), kInfinity));
+    }
+    ends.push_back(kNan);
+    const std::vector<float> atEnds = logRatio.at(ends);
+    const std::vector<float> atCorners = logRatio.at(corners);
+
+    float widest = 0.0f;
+    for (std::size_t c = 0; c < kCells; ++c) {
         RatioRange range;
-        range.add(logRatio(x.low));
-        range.add(logRatio(x.high));
-        auto corner = std::lower_bound(corners.begin(), corners.end(), x.low);
-        for (; corner != corners.end() && *corner <= x.high; ++corner) {
-            range.add(logRatio(std::nextafter(*corner, -kInfinity)));  // a table may jump
-            range.add(logRatio(*corner));
+        range.add(atEnds[2 * c]);
+        range.add(atEnds[2 * c + 1]);
+        const auto first = std::lower_bound(corners.begin(), corners.end(), ends[2 * c]);
+        for (auto at = first; at != corners.end() && *at <= ends[2 * c + 1]; ++at) {
+            range.add(atCorners[static_cast<std::size_t>(at - corners.begin())]);
         }
-        ratio.cells.push_back(static_cast<float>(range.narrow() ? range.middle() : kNan));
+        ratio.cells.push_back(range.narrow() ? range.middle() : kNan);
         if (range.narrow()) widest = std::max(widest, range.half());
     }
-    ratio.cells.push_back(static_cast<float>(std::log(curve0.atNan() / curve1.atNan())));
-    tolerance_ += static_cast<float>(widest);
+    ratio.cells.push_back(atEnds.back());
+    tolerance_ += widest;
     ratios_.push_back(std::move(ratio));
     return true;
 }

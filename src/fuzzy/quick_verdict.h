@@ -30,7 +30,7 @@ class QuickVerdict {
     void score(const float* const* inputs, int start, int n, float* scores) const;
 
   private:
-    static constexpr int kCells = 1024;
+    static constexpr int kCells = 2048;
 
     struct Ratio {
         int input = 0;
