@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <limits>
 #include <string>
 #include <vector>
@@ -118,6 +119,22 @@ TEST(Stage, NamesItsRecordsAndKeepsTheScansDescription) {
     EXPECT_EQ(c.snr.data[0], 36.0f);
     EXPECT_EQ(c.snr.data[1], 16.0f);
     EXPECT_EQ(valuesOf(c.ccl), (std::vector<float>{0, 3, 0})) << "a NaN ratio is no noise";
+}
+
+TEST(Stage, RatioIsFormedInSinglePrecisionFromTheLeft) {
+    Crres c;
+    std::vector<float> z;
+    for (int g = 0; g < 400; ++g) z.push_back(0.37f * static_cast<float>(g % 90) - 11.3f);
+    fill(c.zhh, 400, 1, z);
+    c.zhh.gatesize = 137.0f;
+    c.zhh.radarconst = 43.21f;
+    c.computeSNR();
+    for (int g = 0; g < 400; ++g) {
+        const float km = static_cast<float>(g > 0 ? g : 1) * 137.0f / 1000.0f;
+        const float loss = static_cast<float>(20.0 * std::log10(static_cast<double>(km)));
+        const float left = z[static_cast<std::size_t>(g)] - loss;
+        EXPECT_EQ(c.snr.data[g], left + 43.21f) << g;
+    }
 }
 
 TEST(Stage, RecordsSmallerThanTheScanAreAbsent) {

@@ -154,6 +154,55 @@ TEST(QuickVerdict, SmoothPairsSettleAsTheExactProductDoes) {
     EXPECT_EQ(out, expected);
 }
 
+/* A two-rule product of tables over inputs; many elements, so that the quick verdict is asked
+ * first. */
+std::vector<float> classifyMany(const std::vector<std::vector<Function>>& functions,
+                                std::vector<float> x, std::vector<float>& expected) {
+    clutter::test::TempDir directory;
+    literal::RuleBase base;
+    base.functions = functions;
+    base.classes = {0.0f, 1.0f};
+    const std::size_t ninputs = functions.size();
+    base.rules = {std::vector<int>(ninputs, 0), std::vector<int>(ninputs, 1)};
+    const int n = static_cast<int>(x.size());
+    Cfuzzy engine(static_cast<int>(ninputs), 2, 1, 2);
+    fillEngine(engine, base, directory);
+    for (std::size_t i = 0; i < ninputs; ++i)
+        engine.AddressDataPointers(static_cast<int>(i), x.data());
+    expected.assign(x.size(), 99.0f);
+    literal::classify(base, std::vector<const float*>(ninputs, x.data()), expected.data(), n);
+    std::vector<float> out(x.size());
+    EXPECT_EQ(engine.Evaluate(out.data(), n), 1);
+    return out;
+}
+
+Function tableOf(std::vector<double> x, std::vector<double> y) {
+    return {"table", {}, std::move(x), std::move(y)};
+}
+
+TEST(QuickVerdict, ProductsThatUnderflowAreEqual) {
+    // The ratios favour rule 0 by far, but both products are 0.
+    const Function large = tableOf({0, 10}, {1e-190, 1e-190}),
+                   small = tableOf({0, 10}, {1e-200, 1e-200});
+    std::vector<float> expected;
+    const std::vector<float> out =
+        classifyMany({{large, small}, {large, small}}, std::vector<float>(5000, 5.0f), expected);
+    EXPECT_EQ(out, expected);
+    EXPECT_EQ(out[0], -1.0f);
+}
+
+TEST(QuickVerdict, ToothWithinOneCellIsSeen) {
+    // Rises from 0.5 to 0.56 and falls back at once, all within a cell; elsewhere rule 1 is
+    // stronger.
+    const Function tooth = tableOf({0, 100.7, 100.9, 100.9, 2000}, {0.5, 0.5, 0.56, 0.5, 0.5});
+    const Function flat = tableOf({0, 2000}, {0.55, 0.55});
+    std::vector<float> x, expected;
+    for (int j = 0; j < 20000; ++j) x.push_back(99.0f + 0.0002f * static_cast<float>(j));
+    const std::vector<float> out = classifyMany({{tooth, flat}}, x, expected);
+    EXPECT_EQ(out, expected);
+    EXPECT_GT(std::count(expected.begin(), expected.end(), 0.0f), 100);
+}
+
 struct TwoValues {
     float x[2] = {0.5f, 0.25f};
     float out[2] = {99.0f, 99.0f};
@@ -195,6 +244,40 @@ TEST(Engine, NanInRuleZeroIsNeverExceeded) {
     ASSERT_EQ(engine.Evaluate(v.out, 2), 1);
     EXPECT_EQ(v.out[0], 10.0f);
     EXPECT_EQ(v.out[1], 11.0f);
+}
+
+TEST(Engine, TrapezoidPlateauKeepsTheDegreeBefore) {
+    // Rule 0: a plateau at the very start keeps 1. Rule 1: 0.5 from the first input, an absent
+    // second one leaves 1 behind, and that is what the plateau of the third keeps.
+    TwoValues v;
+    Cfuzzy engine(3, 2, 1, 2);
+    float plateau[5] = {-1, 0, 1, 2, 0};
+    engine.Fillmfs(0, 0, "input", "plateau", "trapezoidal", plateau);
+    engine.Fillmfs(0, 1, "input", "itself", "same", nullptr);
+    engine.Fillmfs(2, 1, "input", "plateau", "trapezoidal", plateau);
+    for (int i = 0; i < 3; ++i) engine.AddressDataPointers(i, v.x);
+    short table[] = {0, -1, -1, 10, 1, -1, 1, 11};
+    engine.Fillrules(table, 2);
+    engine.combination = 0;
+    // Sums: rule 0: 1 + 1 + 1 + 1; rule 1: 1 + 0.5 + 1 + 1, which weight 1.5 of the plateau makes
+    // equal.
+    engine.weights[2] = 1.0;
+    ASSERT_EQ(engine.Evaluate(v.out, 1), 1);
+    EXPECT_EQ(v.out[0], 10.0f);
+
+    // Products: 0.25 of the first input, the absent one's 1, and so 1 on the plateau; against 0.2.
+    float other[1] = {0.2f};
+    Cfuzzy product(4, 2, 1, 2);
+    product.Fillmfs(0, 0, "input", "itself", "same", nullptr);
+    product.Fillmfs(2, 0, "input", "plateau", "trapezoidal", plateau);
+    product.Fillmfs(3, 0, "input", "itself", "same", nullptr);
+    v.x[0] = 0.25f;
+    for (int i = 0; i < 3; ++i) product.AddressDataPointers(i, v.x);
+    product.AddressDataPointers(3, other);
+    short rules[] = {0, -1, 0, -1, 10, -1, -1, -1, 0, 11};
+    product.Fillrules(rules, 2);
+    ASSERT_EQ(product.Evaluate(v.out, 1), 1);
+    EXPECT_EQ(v.out[0], 10.0f);
 }
 
 TEST(Engine, WeightedSumStartsAtOne) {
