@@ -6,7 +6,7 @@ cmake=$1 build=$2 source=$3
 prefix=$(mktemp -d)
 trap 'rm -rf "$prefix"' EXIT
 "$cmake" --install "$build" --prefix "$prefix/usr" >/dev/null
-"$cmake" -S "$source/consumer" -B "$prefix/consumer" -DCMAKE_PREFIX_PATH="$prefix/usr" >/dev/null
+"$cmake" -G Ninja -S "$source/consumer" -B "$prefix/consumer" -DCMAKE_PREFIX_PATH="$prefix/usr" >/dev/null
 "$cmake" --build "$prefix/consumer" >/dev/null
 "$prefix/consumer/consumer"
 
