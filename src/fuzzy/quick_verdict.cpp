@@ -10,7 +10,8 @@
 namespace clutter::fuzzy {
 namespace {
 
-constexpr double kSmallestDegree = 0x1p-100;  // products of nine stay normal numbers
+constexpr std::size_t kMostInputs = 10;
+constexpr double kSmallestDegree = 0x1p-100;  // products of as many stay normal numbers
 constexpr double kLargestDegree = 0x1p100;
 constexpr double kLargestRatio = 1e30;  // a normal number in single precision, and so its inverse
 constexpr double kCancellation = 1e-8;  // of a table's largest degree: below, rounding could matter
@@ -181,7 +182,9 @@ std::unique_ptr<QuickVerdict> QuickVerdict::make(const RuleBase& rules) {
         if (rule0.shape == Shape::kOnes && rule1.shape == Shape::kOnes) continue;
         if (!quick->addInput(i, rule0, rule1)) return nullptr;
     }
-    return quick->ratios_.empty() ? nullptr : std::move(quick);
+    // Beyond, both products may vanish or overflow: neither rule is then the stronger one.
+    if (quick->ratios_.empty() || quick->ratios_.size() > kMostInputs) return nullptr;
+    return quick;
 }
 
 bool QuickVerdict::addInput(int input, const Term& rule0, const Term& rule1) {

@@ -21,7 +21,8 @@ struct Term;
 
 class QuickVerdict {
   public:
-    /* Null when the rule base is no two-rule product of tables and plain values. */
+    /* Null when the rule base is no two-rule product of tables and plain values, or one of more
+     * inputs than products are safe for. */
     static std::unique_ptr<QuickVerdict> make(const RuleBase& rules);
 
     static constexpr int kMost = 256;

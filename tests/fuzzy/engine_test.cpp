@@ -208,6 +208,38 @@ struct TwoValues {
     float out[2] = {99.0f, 99.0f};
 };
 
+/* Degrees so small or large that the product of many leaves the range of a double. */
+TEST(QuickVerdict, ProductsThatVanishOrOverflowAreEqual) {
+    constexpr int kElements = 5000;
+    struct Case {
+        int ninputs;
+        double degrees[2];
+        float expected;
+    };
+    clutter::test::TempDir directory;
+    std::vector<float> values(kElements, 0.5f), out(kElements);
+    for (const Case& c : {Case{9, {1e-30, 2e-30}, 11.0f}, Case{10, {1e-30, 2e-30}, 11.0f},
+                          Case{12, {1e-30, 2e-30}, -1.0f}, Case{12, {2e30, 1e30}, -1.0f}}) {
+        literal::RuleBase base;
+        for (int i = 0; i < c.ninputs; ++i) {
+            base.functions.emplace_back();
+            for (const double degree : c.degrees) {
+                base.functions.back().push_back({"", {}, {0.0, 1.0}, {degree, degree}});
+            }
+            base.weights.push_back(1.0);
+        }
+        for (int k = 0; k < 2; ++k) {
+            base.rules.emplace_back(c.ninputs, k);
+            base.classes.push_back(static_cast<float>(10 + k));
+        }
+        Cfuzzy engine(c.ninputs, 2, 1, 2);
+        fillEngine(engine, base, directory);
+        for (int i = 0; i < c.ninputs; ++i) engine.AddressDataPointers(i, values.data());
+        ASSERT_EQ(engine.Evaluate(out.data(), kElements), 1);
+        EXPECT_EQ(out, std::vector<float>(kElements, c.expected)) << c.ninputs << " inputs";
+    }
+}
+
 TEST(Engine, TiesGoToTheEarliestAndAllEqualIsUndecided) {
     TwoValues v;
     Cfuzzy engine(1, 3, 1, 3);
