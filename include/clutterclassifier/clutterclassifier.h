@@ -66,7 +66,8 @@ extern "C" {
  * printed once and output tells only noise (3) from echo (0). A NaN value takes the last degree of
  * its table.
  *
- * The caller owns every array; none is kept. Inputs are not modified.
+ * The caller owns every array; none is kept. Inputs are not modified, but output may be one of the
+ * field arrays, which is then replaced.
  */
 /* clang-format on */
 CLUTTERCLASSIFIER_EXPORT void clutterclassifier(const char* mfdir, int nrays, int ngates,

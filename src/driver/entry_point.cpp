@@ -1,5 +1,8 @@
+#include <algorithm>
 #include <cstddef>
 #include <cstdio>
+#include <functional>
+#include <iterator>
 #include <string>
 #include <vector>
 
@@ -30,6 +33,12 @@ std::string directoryOf(const char* mfdir) {
     char directory[sizeof(Crres::mfdir)];
     base::copyText(directory, mfdir);
     return directory;
+}
+
+/* Whether two arrays of n doubles share memory. */
+bool overlap(const double* a, const double* b, std::size_t n) {
+    const std::less<const double*> before;
+    return a != nullptr && before(a, b + n) && before(b, a + n);
 }
 
 }  // namespace
@@ -83,9 +92,18 @@ void clutterclassifier(const char* mfdir, int nrays, int ngates, double* zhh, do
     const short mask = static_cast<short>(base::truncateToInt(params[2]));
     ScanClassifier classifier(fields, mask, noise, shape, kTextureWindow);
     const bool classified = classifier.prepare(directoryOf(mfdir), echoes);
+    // Rays are read again after they were classified: an output over an input waits for the last.
+    const std::size_t cells = base::cellCount(ngates, nrays);
+    const double* const inputs[] = {zhh, zdr, phidp, rhohv, velocity, ldr, pdf};
+    const bool waits = std::any_of(std::begin(inputs), std::end(inputs), [&](const double* input) {
+        return overlap(input, output, cells);
+    });
+    std::vector<double> held(waits ? cells : 0);
+    double* const target = waits ? held.data() : output;
     std::vector<float> classes(static_cast<std::size_t>(ngates));
     for (int r = 0; r < nrays; ++r) {
         if (classified) classifier.classifyRay(r, classes.data());
-        widen(classified ? classes.data() : noise.row(r), output + shape.offset(r), ngates);
+        widen(classified ? classes.data() : noise.row(r), target + shape.offset(r), ngates);
     }
+    std::copy(held.begin(), held.end(), output);
 }

@@ -129,6 +129,27 @@ TEST(EntryPoint, RatioEqualToTheThresholdIsAnEcho) {
     EXPECT_EQ(out[2], 3.0);
 }
 
+/* The last rays see ray 0 again, when its classes are known already. */
+TEST(EntryPoint, OutputMayReplaceAnInput) {
+    std::mt19937 random(11);
+    TestScan scan = clutter::test::makeTestScan(4, 1000, 5);
+    for (auto& field : scan.fields) {
+        for (double& value : field) value *= 1.0 + 1e-3 * static_cast<double>(random() % 300);
+    }
+    scan.params[1] = -100.0;
+    scan.params[2] = 15.0;
+    TestScan apart = scan;
+    const std::vector<double> expected = classify(apart);
+    for (std::size_t i = 0; i < std::size(scan.fields); ++i) {
+        TestScan over = scan;
+        clutterclassifier(MEMBERSHIP_DIRECTORY, over.nrays, over.ngates, over.field(0),
+                          over.field(1), over.field(2), over.field(3), over.field(4), over.field(5),
+                          over.field(6), over.ranges.data(), over.azimuths.data(), &over.elevation,
+                          over.params, over.fields[i].data());
+        EXPECT_TRUE(over.fields[i] == expected) << "field " << i;
+    }
+}
+
 TEST(EntryPoint, ConcurrentCallsAreIndependent) {
     std::vector<TestScan> scans;
     std::vector<std::vector<double>> expected;
