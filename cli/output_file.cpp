@@ -47,6 +47,14 @@ void remember(const std::string& name) {
     }
 }
 
+/* The file that a symbolic link leads to: it is replaced, the link stays. */
+std::string behindLinks(const std::string& target) {
+    std::error_code error;
+    if (!fs::is_symlink(target, error)) return target;
+    const fs::path file = fs::canonical(target, error);
+    return error ? target : file.string();
+}
+
 void forget(const std::string& name) {
     for (auto& slot : pendingNames)
         if (name == slot) slot[0] = '\0';
@@ -55,10 +63,13 @@ void forget(const std::string& name) {
 }  // namespace
 
 OutputFile::OutputFile(const std::string& target)
-    : target_(target), temporary_(target + ".part" + std::to_string(getpid())) {
+    : target_(behindLinks(target)), temporary_(target_ + ".part" + std::to_string(getpid())) {
     std::error_code error;
-    if (fs::is_directory(target, error)) throw std::runtime_error(target + " is a directory");
-    const fs::path parent = fs::path(target).parent_path();
+    if (fs::is_directory(target_, error)) throw std::runtime_error(target + " is a directory");
+    // The rename would put a file in the place of a device or pipe.
+    if (fs::exists(target_, error) && !fs::is_regular_file(target_, error))
+        throw std::runtime_error(target + " is not a regular file");
+    const fs::path parent = fs::path(target_).parent_path();
     if (!parent.empty() && !fs::is_directory(parent, error))
         throw std::runtime_error("there is no directory " + parent.string());
     remember(temporary_);

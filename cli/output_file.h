@@ -12,7 +12,8 @@ namespace cli {
  */
 class OutputFile {
   public:
-    /* Throws std::runtime_error when the target is a directory or its directory does not exist. */
+    /* Throws std::runtime_error when the target is a directory, a device or a pipe, or when its
+     * directory does not exist. */
     explicit OutputFile(const std::string& target);
     ~OutputFile();
     OutputFile(const OutputFile&) = delete;

@@ -1,5 +1,6 @@
 /* The program as its users see it: what it prints, what it writes, how it ends. */
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 
 #include <cmath>
@@ -415,6 +416,20 @@ TEST_F(Program, NothingHalfWrittenIsLeftBehind) {
     if (fs::exists("/dev/full")) {
         EXPECT_EQ(runProgram("info " + scan_ + " >/dev/full").code, 1);
     }
+}
+
+/* Devices, pipes and links are no files to be replaced. */
+TEST_F(Program, OutputTakesThePlaceOfFilesOnly) {
+    const std::string pipe = directory_.path() + "/pipe", link = directory_.path() + "/link",
+                      file = directory_.path() + "/classes.csv";
+    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+    EXPECT_EQ(runProgram("classify " + scan_ + " -o " + pipe).code, 1);
+    EXPECT_TRUE(fs::is_fifo(pipe));
+    clutter::test::writeFile(file, {});
+    fs::create_symlink("classes.csv", link + ".csv");
+    EXPECT_EQ(runProgram("classify " + scan_ + " -o " + link + ".csv").code, 0);
+    EXPECT_TRUE(fs::is_symlink(link + ".csv"));
+    EXPECT_GT(fs::file_size(file), 0u);
 }
 
 TEST_F(Program, QuietMeansQuietAndPipesSeeNoProgress) {
