@@ -60,7 +60,7 @@ std::vector<std::string> writeClasses(const std::string& path, const Scan& scan,
         file.commit();
         return {path};
     }
-    const std::vector<std::string> paths = sweepPaths(path, scan, classes);
+    std::vector<std::string> paths = sweepPaths(path, scan, classes);
     std::vector<std::unique_ptr<OutputFile>> files;
     for (size_t i = 0; i < paths.size(); ++i) {
         files.push_back(std::make_unique<OutputFile>(paths[i]));

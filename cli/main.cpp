@@ -51,7 +51,7 @@ bool flushOutput() {
 
 }  // namespace
 
-int main(int argc, char** argv) {
+int main(int argc, char** argv) try {
     CLI::App app(
         "Tells precipitation from ground clutter and noise in dual-polarisation radar "
         "scans.",
@@ -72,4 +72,7 @@ int main(int argc, char** argv) {
         return cli::kExitFailure;
     }
     return code;
+} catch (const std::exception& error) {
+    std::fprintf(stderr, "clutterclassifier: %s\n", error.what());
+    return cli::kExitFailure;
 }

@@ -165,6 +165,7 @@ void drawPanels(const Scan& scan, const Sweep& sweep, const std::vector<Field>& 
     checkPictureEnding(path);
     requireShapes(sweep, fields);
     std::vector<Quantity> quantities;
+    quantities.reserve(fields.size());
     for (const Field& field : fields) quantities.push_back(quantityOf(field, sweep, options));
     for (std::size_t i = 0; i < std::min(fields.size(), options.headings.size()); ++i) {
         quantities[i].heading = options.headings[i];

@@ -84,6 +84,7 @@ void GateFinder::spreadRays(const std::vector<double>& angleDeg, double beamWidt
     const auto angle = [&](int ray) { return onCircle(angleDeg[ray]); };
     std::stable_sort(order.begin(), order.end(), [&](int a, int b) { return angle(a) < angle(b); });
     std::vector<double> sorted;
+    sorted.reserve(order.size());
     for (const int ray : order) sorted.push_back(angle(ray));
     const double step = usualStep(sorted);
     const double beam = beamWidthDeg > 0.0 && beamWidthDeg < kWidestStepDeg ? beamWidthDeg : 1.0;

@@ -31,7 +31,8 @@ void drawLegend(const Canvas& canvas, const Frame& frame, const std::vector<floa
         style.size *= std::min(1.0, (column - 2.6 * em) / width);
     }
     for (int i = 0; i < 4; ++i) {
-        const double x = frame.x + (i / 2) * column, y = frame.y + (i % 2) * 1.7 * em;
+        const int right = i / 2, down = i % 2;
+        const double x = frame.x + right * column, y = frame.y + down * 1.7 * em;
         canvas.setColour(classColour(kLegend[i].code));
         cairo_rectangle(canvas.context(), x, y, 1.6 * em, 1.1 * em);
         cairo_fill_preserve(canvas.context());

@@ -60,7 +60,7 @@ std::string classFieldName(const Scan& scan, const Cufray& ray, int count) {
     });
     if (ours) return kClassFieldName;
     for (char digit = '1'; digit <= '9'; ++digit) {
-        const std::string name{'C', digit};
+        std::string name{'C', digit};
         if (findField(ray, count, name) < 0) return name;
     }
     throw std::runtime_error("no name is left for the class field");

@@ -2,7 +2,9 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <cmath>
 #include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 #include <memory>
 #include <set>
@@ -22,6 +24,12 @@
 
 namespace cli {
 namespace {
+
+/* "nan" and "inf" are numbers to the parser, but no decibels. */
+std::string isFinite(const std::string& text) {
+    char* end = nullptr;
+    return std::isfinite(std::strtod(text.c_str(), &end)) ? "" : text + " is no finite number";
+}
 
 namespace fs = std::filesystem;
 
@@ -282,12 +290,16 @@ void addOptions(CLI::App& command, Arguments& arguments) {
                        "file has, but not wid)");
     command.add_option("--map", arguments.map,
                        "What fields are: ZD=zdr,ZT=zhh,CM=pdf,XX=none; overrides their names");
-    command.add_option("--min-snr", arguments.minSnrDb,
-                       "Lowest signal-to-noise ratio of an echo, dB (default: 10; 0 where noise "
-                       "seems removed already)");
-    command.add_option("--radar-constant", arguments.radarConstantDb,
-                       "Calibration constant C of SNR = Z - 20 log10(range in km) + C, dB "
-                       "(default: from the file, else estimated)");
+    command
+        .add_option("--min-snr", arguments.minSnrDb,
+                    "Lowest signal-to-noise ratio of an echo, dB (default: 10; 0 where noise "
+                    "seems removed already)")
+        ->check(isFinite);
+    command
+        .add_option("--radar-constant", arguments.radarConstantDb,
+                    "Calibration constant C of SNR = Z - 20 log10(range in km) + C, dB "
+                    "(default: from the file, else estimated)")
+        ->check(isFinite);
     command.add_option("--window", arguments.window, "Texture window, GATESxRAYS, odd sizes")
         ->capture_default_str();
     command.add_flag("--remove-isolated", arguments.removeIsolated,

@@ -51,6 +51,7 @@ Verdict classify(SyntheticScan& scan, const std::string& directory, int mask) {
     requireMembershipFiles(directory, mask);
     Verdict verdict{std::vector<double>(scan.truth.size()), 0.0};
     std::vector<double> seconds;
+    seconds.reserve(kRuns);
     for (int run = 0; run < kRuns; ++run) {
         seconds.push_back(classifyOnce(scan, directory, mask, verdict.classes));
     }

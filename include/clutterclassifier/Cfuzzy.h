@@ -18,8 +18,8 @@
  * A token that is no number reads as 0, a trailing single token is ignored
  * (docs/formats/membership.md).
  *
- * Texts are copied bounded and terminated; a type text that does not fit is kept as a name that is
- * not found, never cut.
+ * Texts are copied bounded and terminated; a type text that does not fit is replaced by a name
+ * that cannot be found, never cut.
  */
 class CLUTTERCLASSIFIER_EXPORT Cfuzzy {
   public:

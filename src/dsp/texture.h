@@ -9,6 +9,7 @@
 #ifndef CLUTTER_DSP_TEXTURE_H
 #define CLUTTER_DSP_TEXTURE_H
 
+#include <cstdint>
 #include <memory>
 #include <vector>
 
@@ -32,7 +33,9 @@ struct WindowRows {
     int capacity;  // rows held; a window wider than the scan meets the same rows again
     int first;     // where the window's first row lies
 
-    const float* row(int k) const { return base + (first + k) % capacity * stride; }
+    const float* row(int k) const {
+        return base + (static_cast<std::int64_t>(first) + k) % capacity * stride;
+    }
 };
 
 /*

@@ -80,7 +80,7 @@ bool startsWithUf(Bytes record) {
 }
 
 void completeYear(short& year) {
-    if (year >= 0 && year < kTwoDigitYearLimit) year = static_cast<short>(year + 2000);
+    if (year < kTwoDigitYearLimit) year = static_cast<short>(year + 2000);
 }
 
 /* The headers of a ray; the data header follows the other headers wherever it is said to be. */

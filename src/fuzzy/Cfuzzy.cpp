@@ -14,6 +14,7 @@ using namespace clutter;
 
 namespace {
 
+constexpr const char* kPathTooLong = "/dev/null/path-too-long";
 constexpr int kManyElements = 4096;  // from here on, tables for quick verdicts pay
 
 Cvars* makeVariables(int count, int functions) {
@@ -84,9 +85,9 @@ int Cfuzzy::Fillmfs(int var, int mf, const char* kind, const char* name, const c
     if (mf < 0 || mf >= variable->nmfs) return -3;
     Cmfs& function = variable->mfs[mf];
     base::copyText(function.name, name);
-    // A path that does not fit must not be found under its cut name.
+    // A path that does not fit must not be found under its cut name: nothing lies below a device.
     const bool fits = type != nullptr && std::strlen(type) < sizeof function.type;
-    base::copyText(function.type, fits ? type : "");
+    base::copyText(function.type, fits ? type : kPathTooLong);
     if (params != nullptr) std::copy_n(params, 5, function.params);
     return 1;
 }

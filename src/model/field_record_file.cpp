@@ -92,7 +92,7 @@ struct HeaderWriter {
         std::memcpy(header + offset, &value, sizeof value);
     }
     void text(std::size_t offset, const char* buffer, std::size_t width) {
-        std::copy_n(buffer, strnlen(buffer, width), header + offset);
+        std::copy_n(buffer, width, header + offset);  // the bytes behind the terminator too
     }
 };
 

@@ -370,6 +370,8 @@ TEST_F(Program, ErrorsAreOneLineWithFileAndReason) {
         {"classify " + scan_ + " --map DZ", 2, "FIELD=QUANTITY"},
         {"classify " + scan_ + " --plot a.jpeg", 2, ".png"},
         {"classify " + scan_ + " --min-snr high", 2, "--min-snr"},
+        {"classify " + scan_ + " --min-snr nan", 2, "--min-snr"},
+        {"classify " + scan_ + " --radar-constant inf", 2, "--radar-constant"},
         {"classify", 2, "INPUT is required"},
         {"frobnicate", 2, "frobnicate"},
         {"", 2, "subcommand"},
