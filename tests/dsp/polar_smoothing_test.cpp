@@ -88,6 +88,9 @@ TEST(PolarSmoothing, SameBitsAsTheLiteralDefinition) {
                           decibels ? 1 : 0);
             ASSERT_TRUE(clutter::test::sameBits(inPlace, expected)) << "in place";
             ASSERT_TRUE(clutter::test::sameBits(mask, maskAgain)) << "the mask is only read";
+            dsp.Conv2DPPI(in.data(), maskAgain.data(), maskAgain.data(), ngates, nrays, wgates,
+                          wrays, decibels ? 1 : 0);
+            ASSERT_TRUE(clutter::test::sameBits(maskAgain, expected)) << "over the mask";
         }
     }
 }
@@ -135,7 +138,7 @@ TEST(PolarSmoothing, WhatIsRejectedAndWhatIsAnEmptyWindow) {
     Values in = {1.0f, 2.0f, 3.0f, 4.0f}, mask(4, 0.0f), out(4, -1.0f);
     const int rejected[][4] = {{2, 2, 1, 1},  {2, 2, 0, 3},  {2, 2, -1, -1},       {2, 2, -3, 3},
                                {0, 2, 3, 3},  {2, 0, 3, 3},  {2, -1, 3, 3},        {-2, 2, 3, 3},
-                               {2, 2, 3, -1}, {2, 2, -1, 3}, {2, 2, -65536, 65536}};
+                               {2, 2, 3, -1}, {2, 2, -1, 3}, {2, 2, -50000, 50000}};
     for (const auto& [ngates, nrays, wgates, wrays] : rejected) {
         dsp.Conv2DPPI(in.data(), out.data(), mask.data(), ngates, nrays, wgates, wrays, 0);
     }
@@ -143,7 +146,7 @@ TEST(PolarSmoothing, WhatIsRejectedAndWhatIsAnEmptyWindow) {
     dsp.Conv2DPPI(in.data(), out.data(), nullptr, 2, 2, 3, 3, 1);
     dsp.Conv2DPPI(in.data(), nullptr, mask.data(), 2, 2, 3, 3, 1);
     EXPECT_EQ(out, Values(4, -1.0f));
-    for (const int size : {-3, -2, -70000}) {  // the last one's square leaves 32 bits
+    for (const int size : {-3, -2, -65536}) {  // the last one's square leaves 32 bits
         std::fill(out.begin(), out.end(), -1.0f);
         dsp.Conv2DPPI(in.data(), out.data(), mask.data(), 2, 2, size, size, 1);
         EXPECT_EQ(out, in) << size;
@@ -164,6 +167,24 @@ TEST(DecibelMean, SeriesStayFarWithinTheMargin) {
         worst = std::max(worst, std::fabs(power / exact - 1.0) * 10.0 / std::log(10.0));
     }
     EXPECT_LT(worst, clutter::dsp::roundingMargin(1) / 10.0) << "dB";
+}
+
+TEST(DecibelMean, PowersOutsideTheSeriesRange) {
+    const struct {
+        float value, lane;
+        double power;
+    } table[] = {
+        {10.0f, 0.0f, 0.0},          {kNan, 0.0f, 0.0},
+        {-4001.0f, 1.0f, 0.0},       {-kInfinity, 1.0f, 0.0},
+        {-3000.0f, 1.0f, kInfinity}, {-301.0f, 1.0f, kInfinity},
+        {301.0f, 1.0f, kInfinity},   {kInfinity, 1.0f, kInfinity},
+        {kNan, 1.0f, kNan},          {-0.0f, 1.0f, 1.0},
+    };
+    for (const auto& [value, lane, expected] : table) {
+        double power = -1.0;
+        clutter::dsp::powersOf(&value, &lane, &power, 1);
+        EXPECT_TRUE(clutter::test::sameBits(power, expected)) << value << " gave " << power;
+    }
 }
 
 TEST(DecibelMean, SettlesOnlyWhatTheMarginAllows) {
