@@ -28,8 +28,8 @@ constexpr double kExponentBias = 1023.0;
 
 constexpr float kMostDecibels = 300.0f;
 constexpr float kNoPower = -4000.0f;
-constexpr double kMostSum = 1e60;  // of powers within kMostDecibels
-constexpr float kNan = std::numeric_limits<float>::quiet_NaN();
+constexpr double kMostSum = 1e60;      // of powers within kMostDecibels
+constexpr float kMostLevel = 1000.0f;  // of such sums, in dB
 
 /* e^x for |x| <= ln 2 / 2, by its series: the first term left out is below 2e-16. */
 inline double expSeries(double x) {
@@ -82,6 +82,31 @@ inline double decibels(double x) {
     return e * (10.0 * kLog10Of2) + logSeries(m) * kTenPerLn10;
 }
 
+/* levels[j] = 10 log10(levels[j] / counts[j]); NaN and what is no sum of powers stay. */
+CLUTTER_KERNEL void toDecibels(double* __restrict levels, const float* __restrict counts, int n) {
+    for (int j = 0; j < n; ++j) {
+        const double sum = levels[j];
+        const double level = decibels(sum / static_cast<double>(counts[j]));
+        levels[j] = sum <= kMostSum ? level : sum;
+    }
+}
+
+CLUTTER_KERNEL bool settle(const double* levels, const float* counts, const float* own,
+                           double margin, float* __restrict result, std::int32_t* __restrict open,
+                           int n) {
+    int any = 0;
+    for (int j = 0; j < n; ++j) {
+        const float low = static_cast<float>(levels[j] - margin);
+        const float high = static_cast<float>(levels[j] + margin);
+        const bool differ = low != high || low > kMostLevel;
+        const bool isNan = low != low;
+        result[j] = counts[j] != 0.0f ? low : own[j];
+        open[j] = differ && !isNan && counts[j] != 0.0f ? 1 : 0;
+        any |= open[j];
+    }
+    return any != 0;
+}
+
 }  // namespace
 
 CLUTTER_KERNEL void powersOf(const float* values, const float* lanes, double* __restrict powers,
@@ -97,23 +122,10 @@ CLUTTER_KERNEL void powersOf(const float* values, const float* lanes, double* __
     }
 }
 
-CLUTTER_KERNEL bool decibelsOf(const double* sums, const float* counts, const float* own,
-                               double margin, float* __restrict result,
-                               std::int32_t* __restrict open, int n) {
-    int any = 0;
-    for (int j = 0; j < n; ++j) {
-        const double sum = sums[j];
-        const double level = decibels(sum / static_cast<double>(counts[j]));
-        const float low = static_cast<float>(level - margin);
-        const float high = static_cast<float>(level + margin);
-        const bool isNan = sum != sum;
-        const bool settled = (low == high && sum <= kMostSum) || isNan || counts[j] == 0.0f;
-        const float mean = isNan ? kNan : low;
-        result[j] = counts[j] != 0.0f ? mean : own[j];
-        open[j] = settled ? 0 : 1;
-        any |= open[j];
-    }
-    return any != 0;
+bool decibelsOf(double* sums, const float* counts, const float* own, double margin, float* result,
+                std::int32_t* open, int n) {
+    toDecibels(sums, counts, n);
+    return settle(sums, counts, own, margin, result, open, n);
 }
 
 double roundingMargin(std::int64_t members) {

@@ -27,10 +27,11 @@ void powersOf(const float* values, const float* lanes, double* powers, int n);
 
 /*
  * decibels[j] = 10 log10(sums[j] / counts[j]) rounded to float, own[j] where counts[j] is 0.
- * open[j] is 1 where the margin leaves the last bit open, else 0; true when any is.
+ * open[j] is 1 where the margin leaves the last bit open, else 0; true when any is. sums is
+ * overwritten.
  */
-bool decibelsOf(const double* sums, const float* counts, const float* own, double margin,
-                float* decibels, std::int32_t* open, int n);
+bool decibelsOf(double* sums, const float* counts, const float* own, double margin, float* decibels,
+                std::int32_t* open, int n);
 
 /*
  * How far, in dB, the series and the C library may lie apart for sums of so many members, with
