@@ -82,15 +82,6 @@ inline double decibels(double x) {
     return e * (10.0 * kLog10Of2) + logSeries(m) * kTenPerLn10;
 }
 
-/* levels[j] = 10 log10(levels[j] / counts[j]); NaN and what is no sum of powers stay. */
-CLUTTER_KERNEL void toDecibels(double* __restrict levels, const float* __restrict counts, int n) {
-    for (int j = 0; j < n; ++j) {
-        const double sum = levels[j];
-        const double level = decibels(sum / static_cast<double>(counts[j]));
-        levels[j] = sum <= kMostSum ? level : sum;
-    }
-}
-
 CLUTTER_KERNEL bool settle(const double* levels, const float* counts, const float* own,
                            double margin, float* __restrict result, std::int32_t* __restrict open,
                            int n) {
@@ -119,6 +110,14 @@ CLUTTER_KERNEL void powersOf(const float* values, const float* lanes, double* __
         const double outside = value < kNoPower ? 0.0 : value != value ? value : kInfinity;
         const double member = inside ? power : outside;
         powers[g] = lanes[g] != 0.0f ? member : 0.0;
+    }
+}
+
+CLUTTER_KERNEL void toDecibels(double* __restrict levels, const float* __restrict counts, int n) {
+    for (int j = 0; j < n; ++j) {
+        const double sum = levels[j];
+        const double level = decibels(sum / static_cast<double>(counts[j]));
+        levels[j] = sum <= kMostSum ? level : sum;
     }
 }
 

@@ -25,6 +25,9 @@ inline constexpr double kLeastPower = 1e-99;
  */
 void powersOf(const float* values, const float* lanes, double* powers, int n);
 
+/* levels[j] = 10 log10(levels[j] / counts[j]); NaN and what is no sum of powers stay. */
+void toDecibels(double* levels, const float* counts, int n);
+
 /*
  * decibels[j] = 10 log10(sums[j] / counts[j]) rounded to float, own[j] where counts[j] is 0.
  * open[j] is 1 where the margin leaves the last bit open, else 0; true when any is. sums is

@@ -154,7 +154,7 @@ TEST(PolarSmoothing, WhatIsRejectedAndWhatIsAnEmptyWindow) {
 }
 
 /* The settled gates rest on this: series and C library lie much closer together than the margin. */
-TEST(DecibelMean, SeriesStayFarWithinTheMargin) {
+TEST(DecibelMean, PowersStayFarWithinTheMargin) {
     std::mt19937 random(23);
     std::uniform_real_distribution<float> uniform(-300.0f, 300.0f);
     double worst = 0.0;
@@ -185,6 +185,21 @@ TEST(DecibelMean, PowersOutsideTheSeriesRange) {
         clutter::dsp::powersOf(&value, &lane, &power, 1);
         EXPECT_TRUE(clutter::test::sameBits(power, expected)) << value << " gave " << power;
     }
+}
+
+TEST(DecibelMean, LogarithmsStayFarWithinTheMargin) {
+    std::mt19937 random(25);
+    std::uniform_real_distribution<double> exponent(-99.0, 36.0);
+    double worst = 0.0;
+    for (int i = 0; i < 300000; ++i) {
+        const double sum = std::pow(10.0, exponent(random));
+        const float count = static_cast<float>(1 + random() % 100);
+        double level = sum;
+        clutter::dsp::toDecibels(&level, &count, 1);
+        const double exact = 10.0 * std::log10(sum / static_cast<double>(count));
+        worst = std::max(worst, std::fabs(level - exact));
+    }
+    EXPECT_LT(worst, clutter::dsp::roundingMargin(1) / 10.0) << "dB";
 }
 
 TEST(DecibelMean, SettlesOnlyWhatTheMarginAllows) {
