@@ -15,6 +15,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <numeric>
 
 #include "corrections/trial_lanes.h"
 
@@ -22,6 +23,7 @@ namespace clutter::corrections {
 namespace {
 
 constexpr int kChunkGates = 32;  // between two looks at who is still in the race
+constexpr int kStride = 8;       // between groups visited one after the other
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
 constexpr double kUnitRoundoff = 0x1p-53;
 constexpr double kLargestSigma = 1e-3;
@@ -54,13 +56,15 @@ class Screen {
   private:
     void sharePowers();
     void setTerms(Terms& terms, int lane, const Coefficients& c) const;
+    void arrange();
+    Coefficients trialOf(int first, int lane) const;
     void startGroup(int first);
     void finishTerms(Terms& terms, int lane, const Coefficients& c);
     void raiseOnDemand(int from, int to);
     void walkGroup(int first);
     double errorOf(int lane) const;
     double costOf(int lane) const { return walk_.cost[lane] / static_cast<double>(gates_.count()); }
-    bool anyCanWin() const;
+    bool anyCanWin();
     void record(int first, bool finished);
 
     const Search& search_;
@@ -74,6 +78,8 @@ class Screen {
     Terms terms_[2];
     Walk walk_;
     Lanes total_;
+    std::vector<int> order_;     /* trials as they are grouped */
+    Lanes floor_;                /* the exact cost is a number not below it, or no number */
     Lanes sigma_;                /* relative error of the phase's steps; backward solutions */
     double bound_ = kInfinity;   /* some trial's exact cost is not above it */
     std::vector<double> lowest_; /* of each trial: its exact cost is not below it */
@@ -99,6 +105,36 @@ Screen::Screen(const Search& search, const Trials& trials)
     if (gates_.sharedPowers.empty()) {
         powers_.resize(static_cast<std::size_t>(gates_.count()) * kLanes);
     }
+    arrange();
+}
+
+/* Groups trials that will fare alike, so that whole groups can be given up. */
+void Screen::arrange() {
+    double weight = 0.0, moment = 0.0;
+    for (const double log2z : gates_.log2z) {
+        const double power = std::exp2(kNominal.b * log2z);
+        weight += power;
+        moment += power * log2z;
+    }
+    const double typicalLog2z = moment / weight;
+    std::vector<double> keys;
+    for (int i = 0; i < trials_.count(); ++i) {
+        const Coefficients c = trials_.at(i);
+        const double rise = std::log2(c.a / c.alpha) + c.b * typicalLog2z;
+        const double shape = kernel_ == walkShared ? c.alpha : c.b;
+        keys.push_back(search_.method == kProfile ? shape : rise);
+    }
+    order_.resize(keys.size());
+    std::iota(order_.begin(), order_.end(), 0);
+    std::sort(order_.begin(), order_.end(), [&keys](int i, int j) {
+        return keys[static_cast<std::size_t>(i)] < keys[static_cast<std::size_t>(j)];
+    });
+}
+
+/* A group's last lanes repeat the last trial. */
+Coefficients Screen::trialOf(int first, int lane) const {
+    const int place = std::min(first + lane, trials_.count() - 1);
+    return trials_.at(order_[static_cast<std::size_t>(place)]);
 }
 
 /* The only powers of the ray, when b does not change from trial to trial. */
@@ -153,13 +189,9 @@ void Screen::finishTerms(Terms& terms, int lane, const Coefficients& c) {
     sigma_[lane] = std::max(sigma_[lane], sigma);
 }
 
-/* A group's last lanes repeat the last trial. */
 void Screen::startGroup(int first) {
-    const auto trialOf = [&](int lane) {
-        return trials_.at(std::min(first + lane, trials_.count() - 1));
-    };
     for (int lane = 0; lane < kLanes; ++lane) {
-        setTerms(terms_[0], lane, trialOf(lane));
+        setTerms(terms_[0], lane, trialOf(first, lane));
         setTerms(terms_[1], lane, kNominal);
     }
     if (kernel_ == walkBackwardSolution) {
@@ -168,11 +200,12 @@ void Screen::startGroup(int first) {
     }
     std::fill(sigma_, sigma_ + kLanes, 0.0);
     for (int lane = 0; lane < kLanes; ++lane) {
-        finishTerms(terms_[0], lane, trialOf(lane));
+        finishTerms(terms_[0], lane, trialOf(first, lane));
         if (search_.select != nullptr) finishTerms(terms_[1], lane, kNominal);
     }
     walk_ = Walk{};
     std::fill(walk_.nearest, walk_.nearest + kLanes, kInfinity);
+    std::fill(floor_, floor_ + kLanes, -kInfinity);
 }
 
 /* The forward solution needs no total: powers beyond the gate where a group is given up are never
@@ -195,18 +228,24 @@ double Screen::errorOf(int lane) const {
 }
 
 /* Costs only grow along the ray: a lane that is beyond the best already cannot win. */
-bool Screen::anyCanWin() const {
+bool Screen::anyCanWin() {
+    bool any = false;
     for (int lane = 0; lane < kLanes; ++lane) {
-        if (!(costOf(lane) - errorOf(lane) > bound_)) return true;
+        const double floor = costOf(lane) - errorOf(lane);
+        if (floor > floor_[lane]) floor_[lane] = floor;
+        any = any || !(floor_[lane] > bound_);
     }
-    return false;
+    return any;
 }
 
 void Screen::record(int first, bool finished) {
     const int n = std::min(kLanes, trials_.count() - first);
     for (int lane = 0; finished && lane < n; ++lane) {
+        const int trial = order_[static_cast<std::size_t>(first + lane)];
         const double cost = costOf(lane), error = errorOf(lane);
-        lowest_[static_cast<std::size_t>(first + lane)] = cost - error;
+        // Trial 0 wins if its cost is no number, which only a finite bound rules out.
+        const bool unknown = trial == 0 && !std::isfinite(cost + error);
+        lowest_[static_cast<std::size_t>(trial)] = unknown ? -kInfinity : floor_[lane];
         if (cost + error < bound_) bound_ = cost + error;
     }
 }
@@ -226,7 +265,17 @@ void Screen::walkGroup(int first) {
 }
 
 std::vector<int> Screen::candidates() {
-    for (int first = 0; first < trials_.count(); first += kLanes) walkGroup(first);
+    // The group of trial 0 first, so that it is not given up; then from all over the range, so that
+    // a good bound is found soon.
+    const int groups = (trials_.count() + kLanes - 1) / kLanes;
+    const auto place = std::find(order_.begin(), order_.end(), 0) - order_.begin();
+    const int firstGroup = static_cast<int>(place) / kLanes;
+    walkGroup(firstGroup * kLanes);
+    for (int offset = 0; offset < kStride; ++offset) {
+        for (int k = offset; k < groups; k += kStride) {
+            if (k != firstGroup) walkGroup(k * kLanes);
+        }
+    }
     std::vector<int> found;
     for (int i = 0; i < trials_.count(); ++i) {
         if (!(lowest_[static_cast<std::size_t>(i)] > bound_)) found.push_back(i);
