@@ -112,7 +112,6 @@ double finalFactor(double b, double alpha, double dphi) {
 
 void computeAttenuation(const Ray& ray, const CoefficientArrays& coefficients, int method,
                         double* ah, double& constraintSum) {
-    if (ray.n < 1) return;
     std::fill(ah, ah + ray.n, 0.0);
     if (method == kProfile) solveProfile(ray, coefficients, ah);
     if (method == kFinalValue) constraintSum = solveFinalValue(ray, coefficients, ah);
@@ -125,6 +124,6 @@ void computeAttenuation(const Ray& ray, const CoefficientArrays& coefficients, i
 void Cradarpro::Ah(const double* z, const double* mask, const double* phidp, int n,
                    const double* alpha, const double* a, const double* b, double dphi, double dr,
                    double* ah, int method) {
-    clutter::corrections::computeAttenuation({z, mask, phidp, n, dr, dphi}, {alpha, a, b}, method,
-                                             ah, ahConstraintSum);
+    clutter::corrections::computeAttenuation({z, mask, phidp, std::max(n, 0), dr, dphi},
+                                             {alpha, a, b}, method, ah, ahConstraintSum);
 }

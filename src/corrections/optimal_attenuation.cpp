@@ -2,8 +2,10 @@
  * Attenuation correction of one ray: the table of algorithms, the phase rise, the search and the
  * corrected reflectivity.
  */
+#include <algorithm>
 #include <cmath>
 #include <optional>
+#include <vector>
 
 #include "clutterclassifier/Cradarpro.h"
 #include "corrections/attenuation_search.h"
@@ -153,7 +155,7 @@ int Cradarpro::Ah_optimal(const double* phidp, const double* z, int n, double dr
 
     const Algorithm* algorithm = findAlgorithm(alg);
     const int method = algorithm ? algorithm->method : kNoMethod;
-    const Search search{{z, mask, phidp, n, dr, dphi}, method, phi0, select};
+    const Search search{{z, mask, phidp, std::max(n, 0), dr, dphi}, method, phi0, select};
     const Trials trials = drawTrials(algorithm, select != nullptr);
     const int best = findBestTrial(search, trials);
     evaluateTrial(search, trials.at(best), {alpha, a, b, ah, phidpRebuilt}, ahConstraintSum);
