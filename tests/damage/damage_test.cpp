@@ -17,6 +17,7 @@
 
 #include "clutterclassifier/Cfuzzy.h"
 #include "clutterclassifier/Cpluvek.h"
+#include "clutterclassifier/Cradarpro.h"
 #include "clutterclassifier/Cufrw.h"
 #include "formats/uf_bytes.h"
 #include "support/temp_dir.h"
@@ -98,6 +99,20 @@ void exerciseMembership(const std::string& path, const std::string&) {
     }
 }
 
+void exerciseProfiles(const std::string& path, const std::string&) {
+    Cradarpro radar;
+    std::string name = path;
+    double *vpr = nullptr, dh = 0.0;
+    int profiles = 0, levels = 0, reference = 0;
+    ASSERT_EQ(radar.GetVPR(&vpr, profiles, levels, reference, dh, name.data(), 0), 1);
+    double sum = 0.0;
+    for (int i = 0; i < profiles * levels; ++i) sum += vpr[i];
+    (void)std::isnan(sum);
+    delete[] vpr;
+    double z[] = {100.0, 1000.0}, range[] = {2e4, 2e4}, freezing[] = {300.0, NAN};
+    ASSERT_EQ(radar.VPRCorrection(z, z, range, freezing, 2, 0.01, 0.017, name.data(), 0), 1);
+}
+
 /* --- small sound files --- */
 
 ByteVector universalFormatSeed(const std::string&) {
@@ -127,6 +142,11 @@ ByteVector fieldRecordSeed(const std::string& scratch) {
 
 ByteVector membershipSeed(const std::string&) {
     const std::string text = "-10.5 0\n0 0.25\r\n1.5e1 1\n\n2e2\t0.5 1e3 0.5\n";
+    return ByteVector(text.begin(), text.end());
+}
+
+ByteVector profilesSeed(const std::string&) {
+    const std::string text = "20.5 -3\n0 1e1\r\n1.5e1 nan\n\n-inf\t0x1p3 1e400 . +7";
     return ByteVector(text.begin(), text.end());
 }
 
@@ -256,7 +276,8 @@ INSTANTIATE_TEST_SUITE_P(
     Files, Damage,
     testing::Values(Format{"UniversalFormat", universalFormatSeed, exerciseUniversalFormat},
                     Format{"FieldRecord", fieldRecordSeed, exerciseFieldRecords},
-                    Format{"Membership", membershipSeed, exerciseMembership}),
+                    Format{"Membership", membershipSeed, exerciseMembership},
+                    Format{"Profiles", profilesSeed, exerciseProfiles}),
     [](const testing::TestParamInfo<Format>& info) { return std::string(info.param.name); });
 
 }  // namespace

@@ -1,0 +1,47 @@
+/*
+ * Hot spots: stretches of heavy precipitation that attenuate more than their surroundings.
+ */
+#include <algorithm>
+#include <cmath>
+
+#include "clutterclassifier/Cradarpro.h"
+
+namespace {
+
+constexpr double kLeastDbz = 45.0;
+constexpr double kLeastCorrelation = 0.7;
+constexpr double kLeastLengthKm = 2.0;
+constexpr double kLeastPhaseRiseDeg = 20.0;
+constexpr int kMostRecorded = 10;
+constexpr int kRecordValues = 3;  // first gate, last gate, phase rise
+constexpr int kRecordStride = 4;
+constexpr int kSpotValues = 40;
+
+}  // namespace
+
+int Cradarpro::findHotSpot(const double* phidp, const double* z, const double* rhohv,
+                           const double* mask, double dr, int n, double* flag, double* spots) {
+    if (n > 0) std::fill(flag, flag + n, 0.0);
+    std::fill(spots, spots + kSpotValues, 0.0);
+    const auto isHot = [&](int g) {
+        return mask[g] == 0.0 && rhohv[g] >= kLeastCorrelation &&
+               10.0 * std::log10(z[g]) >= kLeastDbz;
+    };
+    int count = 0;
+    for (int g = 0; g < n; ++g) {
+        if (!isHot(g)) continue;
+        const int first = g;
+        while (g + 1 < n && isHot(g + 1)) ++g;
+        const double rise = phidp[g] - phidp[first];
+        if (!((g - first) * dr > kLeastLengthKm) || !(rise > kLeastPhaseRiseDeg)) continue;
+        if (count < kMostRecorded) {
+            const double record[kRecordValues] = {static_cast<double>(first),
+                                                  static_cast<double>(g), rise};
+            std::copy_n(record, kRecordValues, spots + 1 + kRecordStride * count);
+        }
+        std::fill(flag + first, flag + g + 1, 1.0);
+        ++count;
+    }
+    spots[0] = count;
+    return count;
+}
