@@ -1,6 +1,6 @@
 /*
  * CDSP.h - the signal-processing toolkit: texture, filters and smoothing, search, correlation,
- * interpolation, sorting and noise.
+ * interpolation, sorting and noise, array and grid files.
  */
 #ifndef CLUTTERCLASSIFIER_CDSP_H
 #define CLUTTERCLASSIFIER_CDSP_H
@@ -245,6 +245,87 @@ class CLUTTERCLASSIFIER_EXPORT CDSP {
 
     /* Adds such a value to each of n. */
     void AddNoiseNormallyDistributed(float* x, int n, float mean, float sd);
+
+    /*
+     * Array and grid files. Formats: docs/formats/column-file.md, docs/formats/grid-file.md.
+     * Numbers have a decimal point whatever the host's locale; tokens are separated by white space
+     * and may have any length. Arrays that a reader fills belong to the caller (delete[]); the old
+     * one is released when the new one is complete. What a reader refuses leaves every output as it
+     * was. A file that cannot be opened, a null array or a null path is refused. No messages.
+     */
+
+    /* Appends n values to a text file, one a line with four decimals. */
+    void SaveArrayOnFile(float* x, int n, char* path);
+
+    /*
+     * Writes nrows rows of ncols values (value c of row r at r * ncols + c) as text: over the file
+     * when mode is 1, else behind what it holds. times may be null; otherwise each row begins with
+     * its date and time, given as seconds since 1970. precision is the number of decimals (1, 2; -1
+     * for none, 0 for six significant digits; any other 3).
+     *
+     * Without rows or columns, data or a path, or when path is "NULL", no file is touched.
+     */
+    void SaveDataToFile(char* path, unsigned int* times, float* data, int nrows, int ncols,
+                        int mode, int precision);
+
+    /* Writes n values as they lie in memory, four bytes each: over the file when mode is 1, else
+     * behind what it holds. Does nothing when n < 1 or path is "NULL". */
+    void savedata2binary(char* path, float* x, int n, int mode);
+
+    /*
+     * Reads a text file of numbers into *data, column by column: row r, column c at r + nrows * c.
+     * The first line (up to a line feed or carriage return) tells the columns, one if it is empty;
+     * a last row that is not full is dropped. A token "nan" becomes nanValue, rounded to six
+     * decimals; one that is no number 0. An empty file gives 0 rows and 0 columns.
+     *
+     * Returns 1, or -1.
+     */
+    int OnReadASCIIDataFile(char* path, float** data, int& nrows, int& ncols, float nanValue);
+
+    /*
+     * Reads a column file whose first six columns are year, month, day, hour, minute and second
+     * into *times (seconds since 1970, one a row) and the other columns into *data (row r, column c
+     * at r + nrows * c; ncols does not count the six). Fewer than six columns give 0 rows and 0
+     * columns. Dates that are none give times that mean nothing (see Ctiempo).
+     */
+    void LoadDataFromFile(char* path, unsigned int** times, float** data, int& nrows, int& ncols,
+                          float nanValue);
+
+    /*
+     * Reads a list of file names, separated by white space, into one block *names of count slots of
+     * 1,024 characters: name i starts at *names + 1024 * i, is terminated, and cut after 1,023
+     * characters. Returns 1; 0 when the file cannot be read or holds more than 1,048,576 names.
+     */
+    int OnReadFNames(char* path, char** names, int& count);
+
+    /*
+     * Copies what follows the last backslash of path into name (1,024 characters). Returns 1; 0
+     * with name untouched when there is no backslash - a slash is none -, 0 with name " " when
+     * the text from the backslash on has 1,024 characters or more.
+     */
+    int getfnameonly(char* path, char* name);
+
+    /*
+     * Writes rows r0 .. r1 - 1 and columns c0 .. c1 - 1 of a grid, cut to what it has, as an ASCII
+     * grid with two decimals. Lines count from the last row of the array: line r0 is row
+     * nrows - r0 - 1. Value (row, column) is data[column + row * ncols] when rowMajor is not 0,
+     * else data[column * nrows + row]. xll, yll and cellsize go to the header as they are, nodata
+     * as its text (null: empty). Nothing left to write: no file.
+     */
+    void SaveDataToGISformat(char* path, float* data, int nrows, int ncols, int r0, int r1, int c0,
+                             int c1, float xll, float yll, float cellsize, char* nodata,
+                             int rowMajor);
+
+    /*
+     * Reads an ASCII grid: column-major and with row 0 the southernmost, so that line l, column c
+     * of the file is (*data)[nrows - l - 1 + nrows * c]. nodata receives up to 1,023 characters and
+     * may be null. Values that the file does not have are 0.
+     *
+     * Returns 1; 0 when the header's keys are not the expected ones in their order, or its counts
+     * are negative, beyond int, or - above 2^24 cells - more than four to a byte of the file.
+     */
+    int ReadDataFromGISformat(char* path, float** data, int& nrows, int& ncols, float& xll,
+                              float& yll, float& cellsize, char* nodata);
 };
 
 #endif

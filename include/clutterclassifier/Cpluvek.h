@@ -67,6 +67,79 @@ class CLUTTERCLASSIFIER_EXPORT Cpluvek {
      */
     int ReadDataFromFile(const char* file);
 
+    /*
+     * The grid turned by a quarter: gate g of ray r becomes gate nrays - 1 - r of ray g, and ngates
+     * and nrays change places. Axis limits and the values of angles stay; angles gets room for the
+     * new rays, whose azimuths are 0. Does nothing when this or data is null.
+     */
+    void Rot90();
+
+    /* Reverses the order of the rays; of the gates within each ray. angles stay as they are. */
+    void HorzMirror();
+    void VertMirror();
+
+    /*
+     * Samples a Cartesian record (coordtype 2) at n points: xy holds n x values, then n y values,
+     * m; out receives n values. x runs along the rays, y along the gates: the value is that of ray
+     * (x - axislimits0[0]) / gatesize and gate (y - axislimits0[3]) / gatesize, both in single
+     * precision and truncated toward zero, or -9999 outside the grid (for NaN, too).
+     *
+     * Returns 1; 0 with a message when this is null, the record is not Cartesian or holds no data,
+     * silently when an array is null.
+     */
+    int ExtractDataXY(float* xy, float* out, int n);
+
+    /*
+     * Samples a polar record (coordtype 0 or 1) at n ranges (m, from the first gate) and azimuths
+     * (degrees). The ray is the one with the nearest number in angles (the first of equals; not
+     * around the circle), the gate range / gatesize in single precision, truncated toward zero, at
+     * most the last. A negative gate is counted on into the rays before, at most to the first value
+     * of the block, which a range that is no number gives, too.
+     *
+     * Returns 1; 0 when the record is not polar or has no data or angles, or an array is null.
+     */
+    int ExtractDataRA(float* ranges, float* azimuths, float* out, int n);
+
+    /*
+     * Moves points off gates that hold exactly the value invalid: a point (ray and gate as in
+     * ExtractDataRA, but a gate beyond the last is counted on) whose value is invalid becomes the
+     * first other value in a window of wgates x wrays around it, ray by ray from -(wrays / 2) to
+     * wrays / 2, gate by gate from -(wgates / 2) to wgates / 2. Rays wrap, gates stop at the ends.
+     * New points are at gate * gatesize and the ray's azimuth in degrees. All other points, those
+     * outside the block and those without a find are copied. The outputs may be the inputs.
+     *
+     * Returns 1; 0 as ExtractDataRA does.
+     */
+    int FindValidDataRA(float* ranges, float* azimuths, float invalid, int n, float* outranges,
+                        float* outazimuths, int wgates, int wrays);
+
+    /* Puts the rays of a polar record (coordtype 0) in ascending order of their azimuth. Rays of
+     * one azimuth may change places (CDSP::Sort). Returns 1; 0 for another record and without data
+     * or angles. */
+    int SortPolarDataRays();
+
+    /*
+     * Makes the record a synthetic scan: uniform noise from -10 to 60 on nrays equally spaced rays
+     * of ngates gates of 250 m, at elevation 0, dated 2014-01-01 00:00:00. axislimits0, texts and
+     * site stay. Does nothing unless both counts are positive and their product is an int.
+     */
+    void CreateDataSpaceforPPI(int nrays, int ngates);
+
+    /* The map coordinates (m) of a point at an azimuth (rad, clockwise from north) and range (m)
+     * from east1, north1. Needs nothing of the record. */
+    void E1N1AzmRanToE2N2(double east1, double north1, double azimuth, double range, double& east2,
+                          double& north2);
+
+    /*
+     * Writes a polar record (coordtype 0) as a comma-separated table (docs/formats/csv.md). A null
+     * file stands for YYYYMMDDhhmmss_NAME.csv of the record's date and name, in the working
+     * directory. Prints "Saving results to ...".
+     *
+     * Returns 1; 0 after "Invalid data file " (another record, no data, no angles) or "Could not
+     * create output file ...", and silently when the file cannot be written to its end.
+     */
+    int SavePolarData2Ascii(const char* file);
+
     int valid; /* 1 once the record holds data read from a file or made by the library */
     int year;  /* date and time of the scan */
     int month;

@@ -86,4 +86,18 @@ double parseNumber(std::string_view token) {
     return negative ? -value : value;
 }
 
+long long parseInteger(std::string_view token) {
+    const bool negative = !token.empty() && token[0] == '-';
+    if (!token.empty() && token[0] == '+') token.remove_prefix(1);
+    if (!negative && !token.empty() && token[0] == '-') return 0;
+    long long value = 0;
+    const auto [end, error] = std::from_chars(token.data(), token.data() + token.size(), value);
+    (void)end;
+    if (error == std::errc::result_out_of_range) {
+        using Limits = std::numeric_limits<long long>;
+        return negative ? Limits::min() : Limits::max();
+    }
+    return value;
+}
+
 }  // namespace clutter::base

@@ -33,6 +33,10 @@ class TokenReader {
  * is none, an infinity beyond the largest double. */
 double parseNumber(std::string_view token);
 
+/* The whole number that a token starts with: 0 when there is none, the nearest 64-bit number when
+ * it has no room. */
+long long parseInteger(std::string_view token);
+
 }  // namespace clutter::base
 
 #endif

@@ -68,6 +68,14 @@ TEST(ParseNumber, DecimalPointWhateverTheLocale) {
     if (set != nullptr) std::setlocale(LC_NUMERIC, "C");
 }
 
+TEST(ParseInteger, AgreesWithTheCLibraryAndSaturates) {
+    for (const char* token : {"0", "12", "-12", "+7", "+-7", "-+7", "--7", "3.9", "x", "", "12x",
+                              "0x10", "9223372036854775807", "-9223372036854775808",
+                              "9223372036854775808", "-99999999999999999999999"}) {
+        EXPECT_EQ(parseInteger(token), std::strtoll(token, nullptr, 10)) << token;
+    }
+}
+
 TEST(TokenReader, SplitsAtAnyWhiteSpace) {
     const std::string longToken(100000, 'x');
     TokenReader tokens(std::string_view("  a\tb\r\n\v\fc \n"));

@@ -19,6 +19,7 @@
 #include "clutterclassifier/Cpluvek.h"
 #include "clutterclassifier/Cradarpro.h"
 #include "clutterclassifier/Cufrw.h"
+#include "damage/text_files.h"
 #include "formats/uf_bytes.h"
 #include "support/temp_dir.h"
 
@@ -277,7 +278,10 @@ INSTANTIATE_TEST_SUITE_P(
     testing::Values(Format{"UniversalFormat", universalFormatSeed, exerciseUniversalFormat},
                     Format{"FieldRecord", fieldRecordSeed, exerciseFieldRecords},
                     Format{"Membership", membershipSeed, exerciseMembership},
-                    Format{"Profiles", profilesSeed, exerciseProfiles}),
+                    Format{"Profiles", profilesSeed, exerciseProfiles},
+                    Format{"ColumnFile", columnFileSeed, exerciseColumnFile},
+                    Format{"NameList", nameListSeed, exerciseNameList},
+                    Format{"GridFile", gridFileSeed, exerciseGridFile}),
     [](const testing::TestParamInfo<Format>& info) { return std::string(info.param.name); });
 
 }  // namespace
