@@ -65,6 +65,125 @@ class CLUTTERCLASSIFIER_EXPORT Crres {
      */
     void ReadRangeAngleLocations(char* file, float** ranges, float** angles, int& n);
 
+    /*
+     * Reads settings from a text file of key and value pairs, separated by white space: WHAT2DO,
+     * CLUTTER_MFS, CLUTTER_ALG, GATES2AVE_x and RAYS2AVE_x for x of ZHH, ZDR, PDP and RHV,
+     * RAINFALL_ALG, ATTENUATION_ALG, FREEZING_LEVEL (m), ZDR_BIAS (dB), and the rainfall
+     * coefficients a_Z-R, b_Z-R, a_ZZDR-R, b_ZZDR-R, c_ZZDR-R, a_KDP-R and b_KDP-R, which go to
+     * radarpro.coefficients rounded to single precision. Case matters, later pairs win, and there
+     * are no comments. A value is the number it starts with, 0 when it is none; a whole number
+     * beyond the setting's range wraps. Words are cut at 1,023 characters; a last key without a
+     * value is ignored. An unknown key is reported ("The command '...' was not found!"). Returns 0,
+     * also when the file cannot be read, which leaves everything as it was.
+     */
+    int readinitialconfiguration(char* file);
+
+    /*
+     * Runs the stages that what selects, each after a line that tells its settings, in this order:
+     *
+     *     1  PrecipitationClutterClassification(clutteralg), RemoveIsolatedPixels()
+     *     2  CalibrateZdrOffsetandAzimuthVariation()
+     *     4  smoothing of zhh, zdr (as means of linear values), pdp, rhv, vel, wid, ldr in place,
+     *        over precipitation gates (CDSP::Conv2DPPI), each with its window of gates and rays
+     *     8  AttenuationCorrection()
+     *    16  PrecipitationEstimation(rainfallalg)
+     *    32  zhh from rain, Z = 200 R^1.6        64  rain from zhh by the same relation
+     *   128  EliminateInvalidDataForDisplayPurposes()
+     *
+     * The last three say nothing. Returns 1; 0, having done nothing, when zhh has no data.
+     */
+    int RadarDataProcessing(int what);
+
+    /*
+     * Samples fields at npoints ranges (m) and azimuths (degrees) as Cpluvek::ExtractDataRA does
+     * and appends each field's samples as one line, headed by the date and time of tag (seconds
+     * since 1970), to the file <prefix><suffix>:
+     *
+     *   1 _ccl.dat       16 _pdp.dat     256 _Dpdp.dat       4096 _TA.dat
+     *   2 _zhh.dat       32 _Vel.dat     512 _a.dat          8192 _pdpC.dat
+     *   4 _zdr.dat       64 _Wid.dat    1024 _b.dat         16384 _Ah.dat
+     *   8 _rhv.dat      128 _KDP.dat    2048 _alpha.dat     32768 _R.dat
+     *
+     * Classes have one decimal, a, b and alpha six significant digits, all others two decimals. A
+     * field without data is skipped; without points or a prefix nothing is written.
+     */
+    void Vars2Save(int what, char* prefix, float* ranges, float* azimuths, int npoints,
+                   unsigned int tag);
+
+    /*
+     * The attenuation stage: corrects zhh in place. Needs zhh, pdp, fzl, ccl and rhv, else prints
+     * "Some input variables are missing!" and returns.
+     *
+     * Takes the offset off pdp (the first runs of 10 precipitation gates; both estimates are
+     * printed as "phase0 = ...") and smooths it (gates2ave_pdp x rays2ave_pdp). Then, ray by ray,
+     * Cradarpro::Ah_optimal corrects the gates nearer than the first whose beam is at least as high
+     * as its freezing level less 500 m (all but the last gate when there is none) with algorithm
+     * attenuationalg and the least phase rise minphaserise. Gates from there on are raised by the
+     * ray's total two-way attenuation; gates before it that are no precipitation keep their value,
+     * but for the conversion to linear values and back. The beam starts at range 0 and has the
+     * elevation zhh.angles[0] (0 without angles) in every ray.
+     *
+     * Fills, in copies of pdp: dpdp, acoef, bcoef, alpha, ta, pdpc and ah (-30 degrees and 0 where
+     * a ray was not corrected); kdp is created and named, but holds the phase of pdp.
+     */
+    void AttenuationCorrection();
+
+    /* The point at a range and an azimuth (radians, clockwise from north) from another; lengths in
+     * one unit. */
+    void E1N1AzmRanToE2N2(double east1, double north1, double azimuth, double range, double& east2,
+                          double& north2);
+
+    /*
+     * Statistics of a vertical scan of light rain, where the differential reflectivity is 0 dB:
+     * over the gates between the ranges r0 and r1 (m, the second excluded) with a correlation of at
+     * least rhoMin and a reflectivity of at least zMin (dBZ). stats receives 7 values:
+     *
+     *   [0] elevation (degrees)   [1] zhh (dB of the mean linear value)   [2] zdr (the same)
+     *   [3] pdp   [4] rhv   [5] vel   [6] wid (means, single-precision sums)
+     *
+     * All are -99 without the six fields; only the elevation is known when it is not within 88..92
+     * ("Please select a 90-degree scan (...)!" is printed), when the range is not 0 <= r0 < r1 in
+     * whole gates before the last, or with 100 gates or fewer. The two linear sums start at 1. A
+     * null stats does nothing.
+     */
+    void CalculateOffsetsAt90Deg(float* stats, float r0, float r1, float rhoMin, float zMin);
+
+    /* The same for any elevation, over precipitation gates (ccl, which is needed too) with a
+     * reflectivity of zMin to zMax. */
+    void CalculateOffsetsAtLowElevations(float* stats, float r0, float r1, float rhoMin, float zMin,
+                                         float zMax);
+
+    /*
+     * Appends, one file a ray, the differential reflectivity of precipitation gates below a height
+     * (m above the antenna) with a reflectivity of zMin to zMax (dBZ) and a correlation of at least
+     * 0.95 to <prefix>_<year><month>_AZ_<ray>.dat (year of 4, month of 2, ray of 3 digits, from
+     * zhh), as CDSP::SaveArrayOnFile does. The number of gates below the height is the same for
+     * every ray and not limited to the ray: what lies beyond its end are the next ray's gates, up
+     * to the end of the scan. Rays without such a gate get no file. Needs zhh, zdr, ccl and rhv.
+     */
+    void ExtractZdrDataToCalculateAzimuthVariation(char* prefix, float height, float zMin,
+                                                   float zMax);
+
+    /* Adds zdrbias to every value of zdr. */
+    void CalibrateZdrOffsetandAzimuthVariation();
+
+    /*
+     * The rainfall stage: fills rain (mm/h, which must have data already) from zhh, zdr and fzl.
+     * alg >= 0: that relation of Cradarpro::RainfallEstimation, without specific differential
+     * phase. alg < 0: relation 1 (Z and ZDR) where zhh > 15 dBZ, 0.3 < zdr < 5 dB and the beam is
+     * not above the freezing level less 500 m, else relation 0 (Z). Gates of all classes are
+     * filled.
+     */
+    void PrecipitationEstimation(int alg);
+
+    /*
+     * Corrects zhh in and near the melting layer by Cradarpro::VPRCorrection, with the profiles of
+     * vprfile, the freezing levels of fzl and the elevation and beam width of zhh (radians). Gates
+     * that are not corrected keep their value but for the conversion to linear values and back;
+     * without a readable file zhh stays as it is.
+     */
+    void VPRCorrection();
+
     short clutteralg;  /* inputs of the classification stage, 255 */
     int rainfallalg;   /* rainfall relation, 0 */
     int gates2ave_zhh; /* smoothing windows, gates x rays */
