@@ -179,8 +179,8 @@ class CLUTTERCLASSIFIER_EXPORT Crres {
     /*
      * Corrects zhh in and near the melting layer by Cradarpro::VPRCorrection, with the profiles of
      * vprfile, the freezing levels of fzl and the elevation and beam width of zhh (radians). Gates
-     * that are not corrected keep their value but for the conversion to linear values and back;
-     * without a readable file zhh stays as it is.
+     * that are not corrected, and all without a readable file, keep their value but for the
+     * conversion to linear values and back.
      */
     void VPRCorrection();
 

@@ -4,18 +4,11 @@
 
 #include "base/array.h"
 #include "driver/echo_class.h"
+#include "model/field_access.h"
 
-using clutter::base::cellCount;
 using clutter::base::release;
+using clutter::model::cells;
 using namespace clutter::driver;
-
-namespace {
-
-std::size_t cells(const Cpluvek& record) {
-    return cellCount(record.ngates, record.nrays);
-}
-
-}  // namespace
 
 Crres::Crres()
     : clutteralg(255),

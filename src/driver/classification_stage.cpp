@@ -16,35 +16,13 @@
 #include "driver/gate_kernels.h"
 #include "driver/scan_classifier.h"
 #include "dsp/row_source.h"
+#include "model/field_access.h"
 
 using namespace clutter;
 using namespace clutter::driver;
+using namespace clutter::model;
 
 namespace {
-
-std::size_t cells(const Cpluvek& record) {
-    return base::cellCount(record.ngates, record.nrays);
-}
-
-/* The values of a record, or null when it holds fewer than a scan needs. */
-float* valuesOf(const Cpluvek& record, std::size_t needed) {
-    return record.data != nullptr && cells(record) >= needed ? record.data : nullptr;
-}
-
-void copyScan(Cpluvek& scan, Cpluvek& record, const char* name, const char* units) {
-    scan.CopyPointerToObject(0, record);
-    record.nrecords = 1;
-    base::copyText(record.name, name);
-    base::copyText(record.units, units);
-}
-
-/* Calls visit(offset, count) for each ray's worth of a scan. */
-template <class Visit>
-void forEachRay(const Cpluvek& scan, Visit visit) {
-    for (int r = 0; r < scan.nrays; ++r) {
-        visit(static_cast<std::ptrdiff_t>(r) * scan.ngates, scan.ngates);
-    }
-}
 
 /* The context's fields as rows; a record with fewer values than the scan is absent. */
 class RecordRows {
@@ -90,7 +68,7 @@ void turnIntoClutter(const Cpluvek& flags, Cpluvek& classes, std::size_t n) {
 void Crres::PrecipitationClutterClassification(short mask) {
     const std::size_t n = cells(zhh);
     if (zhh.data == nullptr || n == 0) return;
-    copyScan(zhh, ccl, "CCl", "-");
+    copyField(zhh, ccl, "CCl", "-");
     computeSNR();
     classifyNoisewithSNR();
 
@@ -113,7 +91,7 @@ void Crres::PrecipitationClutterClassification(short mask) {
 
 void Crres::computeSNR() {
     if (zhh.data == nullptr) return;
-    copyScan(zhh, snr, "SNR", "dB");
+    copyField(zhh, snr, "SNR", "dB");
     if (cells(zhh) == 0) return;
     const std::vector<float> losses = rangeLossesDb(zhh.ngates, zhh.gatesize);
     forEachRay(zhh, [&](std::ptrdiff_t at, int count) {
@@ -124,7 +102,7 @@ void Crres::computeSNR() {
 int Crres::classifyNoisewithSNR() {
     const std::size_t n = cells(zhh);
     if (zhh.data == nullptr || valuesOf(snr, n) == nullptr) return 0;
-    if (valuesOf(ccl, n) == nullptr) copyScan(zhh, ccl, "CCl", "-");
+    if (valuesOf(ccl, n) == nullptr) copyField(zhh, ccl, "CCl", "-");
     if (n == 0) return 1;
     forEachRay(zhh, [&](std::ptrdiff_t at, int count) {
         markNoise(snr.data + at, minsnr, ccl.data + at, count);

@@ -1,0 +1,36 @@
+/*
+ * scan_geometry.h - ranges and beam heights of a scan's gates (metres), and where its rain is below
+ * the melting layer. The first gate is taken at range 0, and every ray has the scan's elevation.
+ */
+#ifndef CLUTTER_CORRECTIONS_SCAN_GEOMETRY_H
+#define CLUTTER_CORRECTIONS_SCAN_GEOMETRY_H
+
+#include <vector>
+
+#include "clutterclassifier/Cpluvek.h"
+#include "corrections/beam.h"
+#include "model/field_access.h"
+
+namespace clutter::corrections {
+
+inline std::vector<double> gateRanges(const Cpluvek& scan) {
+    std::vector<double> ranges;
+    for (int g = 0; g < scan.ngates; ++g) ranges.push_back(g * static_cast<double>(scan.gatesize));
+    return ranges;
+}
+
+inline std::vector<double> gateHeights(const Cpluvek& scan) {
+    std::vector<double> heights = gateRanges(scan);
+    const double elevation = static_cast<double>(model::elevationOf(scan));
+    for (double& value : heights) value = beamHeight(value, elevation);
+    return heights;
+}
+
+/* The melting layer is taken to begin so far below the freezing level. */
+inline double meltingLayerBase(float freezingLevel) {
+    return static_cast<double>(freezingLevel) - 500.0;
+}
+
+}  // namespace clutter::corrections
+
+#endif
