@@ -241,7 +241,8 @@ bool Screen::anyCanWin() {
 void Screen::record(int first, bool finished) {
     const int n = std::min(kLanes, trials_.count() - first);
     for (int lane = 0; finished && lane < n; ++lane) {
-        const int trial = order_[static_cast<std::size_t>(first + lane)];
+        const std::size_t place = static_cast<std::size_t>(first) + static_cast<std::size_t>(lane);
+        const int trial = order_[place];
         const double cost = costOf(lane), error = errorOf(lane);
         // Trial 0 wins if its cost is no number, which only a finite bound rules out.
         const bool unknown = trial == 0 && !std::isfinite(cost + error);
