@@ -130,6 +130,35 @@ TEST(AttenuationSearch, NearTiesAreSettledExactly) {
     }
 }
 
+/* Two trials of different exponents whose costs agree to the last digits. */
+TEST(AttenuationSearch, DifferentTrialsOfEqualCost) {
+    int pairs = 0;
+    for (unsigned round = 0; round < 30; ++round) {
+        const AttenuationRay ray = makeRainRay(90, 500 + round);
+        for (const int method : {0, 1, 2}) {
+            const double target = literal::evaluateTrial(ray, 0.06, 3e-5, 0.70, method).cost;
+            const auto above = [&](double alpha) {
+                return literal::evaluateTrial(ray, alpha, 3e-5, 0.80, method).cost > target;
+            };
+            double low = 0.02, high = 0.02;
+            while (high < 0.3 && above(high) == above(low)) high += 0.01;
+            if (above(high) == above(low)) continue;
+            for (int k = 0; k < 50; ++k) {
+                const double middle = 0.5 * (low + high);
+                (above(middle) == above(low) ? low : high) = middle;
+            }
+            ++pairs;
+            for (const double alpha : {low, high}) {
+                const Trials trials{{0.06, alpha, 0.06}, {3e-5, 3e-5, 3e-5}, {0.70, 0.80, 0.70}};
+                ASSERT_EQ(findBestTrial(searchOf(ray, method), trials),
+                          literal::bestTrial(ray, trials.alpha, trials.a, trials.b, method))
+                    << "round " << round << ", method " << method;
+            }
+        }
+    }
+    EXPECT_GT(pairs, 30);
+}
+
 /* The forward solution has poles; reflectivity may be no number, zero, endless or negative. */
 TEST(AttenuationSearch, OddRays) {
     const struct {
