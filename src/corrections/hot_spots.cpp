@@ -3,6 +3,7 @@
  */
 #include <algorithm>
 #include <cmath>
+#include <cstddef>
 
 #include "clutterclassifier/Cradarpro.h"
 
@@ -35,9 +36,10 @@ int Cradarpro::findHotSpot(const double* phidp, const double* z, const double* r
         const double rise = phidp[g] - phidp[first];
         if (!((g - first) * dr > kLeastLengthKm) || !(rise > kLeastPhaseRiseDeg)) continue;
         if (count < kMostRecorded) {
+            double* spot = spots + 1 + static_cast<std::ptrdiff_t>(count) * kRecordStride;
             const double record[kRecordValues] = {static_cast<double>(first),
                                                   static_cast<double>(g), rise};
-            std::copy_n(record, kRecordValues, spots + 1 + kRecordStride * count);
+            std::copy_n(record, kRecordValues, spot);
         }
         std::fill(flag + first, flag + g + 1, 1.0);
         ++count;

@@ -62,6 +62,8 @@ class Screen {
     void finishTerms(Terms& terms, int lane, const Coefficients& c);
     void raiseOnDemand(int from, int to);
     void walkGroup(int first);
+    bool isForward() const { return search_.method == kForward; }
+    bool sharesPowers() const { return !gates_.sharedPowers.empty(); }
     double errorOf(int lane) const;
     double costOf(int lane) const { return walk_.cost[lane] / static_cast<double>(gates_.count()); }
     bool anyCanWin();
@@ -75,12 +77,12 @@ class Screen {
     double powerError_ = kPowerError;
     decltype(&walkBackwardSolution) kernel_ = walkBackwardSolution;
     std::vector<double> powers_; /* of the group, gate by gate */
-    Terms terms_[2];
-    Walk walk_;
-    Lanes total_;
+    Terms terms_[2] = {};
+    Walk walk_{};
+    Lanes total_ = {};           /* of e over the ray; backward solutions */
     std::vector<int> order_;     /* trials as they are grouped */
-    Lanes floor_;                /* the exact cost is a number not below it, or no number */
-    Lanes sigma_;                /* relative error of the phase's steps; backward solutions */
+    Lanes floor_ = {};           /* the exact cost is a number not below it, or no number */
+    Lanes sigma_ = {};           /* relative error of the phase's steps; backward solutions */
     double bound_ = kInfinity;   /* some trial's exact cost is not above it */
     std::vector<double> lowest_; /* of each trial: its exact cost is not below it */
 };
@@ -97,12 +99,12 @@ Screen::Screen(const Search& search, const Trials& trials)
     }
     const bool oneExponent =
         std::all_of(trials.b.begin(), trials.b.end(), [&](double b) { return b == trials.b[0]; });
-    if (search.method == kForward) {
+    if (isForward()) {
         kernel_ = walkForwardSolution;
     } else if (oneExponent) {
         sharePowers();
     }
-    if (gates_.sharedPowers.empty()) {
+    if (!sharesPowers()) {
         powers_.resize(static_cast<std::size_t>(gates_.count()) * kLanes);
     }
     arrange();
@@ -121,7 +123,7 @@ void Screen::arrange() {
     for (int i = 0; i < trials_.count(); ++i) {
         const Coefficients c = trials_.at(i);
         const double rise = std::log2(c.a / c.alpha) + c.b * typicalLog2z;
-        const double shape = kernel_ == walkShared ? c.alpha : c.b;
+        const double shape = sharesPowers() ? c.alpha : c.b;
         keys.push_back(search_.method == kProfile ? shape : rise);
     }
     order_.resize(keys.size());
@@ -160,7 +162,7 @@ void Screen::sharePowers() {
 void Screen::setTerms(Terms& terms, int lane, const Coefficients& c) const {
     terms.exponent[lane] = c.b;
     terms.weight[lane] = kTwoWayNepers * c.b * search_.ray.dr;
-    if (search_.method == kForward) terms.weight[lane] *= c.a;
+    if (isForward()) terms.weight[lane] *= c.a;
 }
 
 /* Completes a lane's terms, for which the total may be needed, and its sigma. */
@@ -194,7 +196,7 @@ void Screen::startGroup(int first) {
         setTerms(terms_[0], lane, trialOf(first, lane));
         setTerms(terms_[1], lane, kNominal);
     }
-    if (kernel_ == walkBackwardSolution) {
+    if (!isForward() && !sharesPowers()) {
         raiseGates(gates_, terms_, 0, gates_.count(), powers_.data());
         sumGates(powers_.data(), gates_, terms_, total_);
     }
@@ -211,18 +213,16 @@ void Screen::startGroup(int first) {
 /* The forward solution needs no total: powers beyond the gate where a group is given up are never
  * computed. */
 void Screen::raiseOnDemand(int from, int to) {
-    if (kernel_ != walkForwardSolution) return;
-    raiseGates(gates_, terms_, from, to, powers_.data());
+    if (isForward()) raiseGates(gates_, terms_, from, to, powers_.data());
 }
 
 /* How far the cost of a lane may be off so far; infinite where that is not known. */
 double Screen::errorOf(int lane) const {
-    const bool forward = search_.method == kForward;
     const double d = powerError_ + rounding_;
     const double sigma =
-        forward ? 4.0 * d * (1.0 + walk_.before[lane] / walk_.nearest[lane]) : sigma_[lane];
+        isForward() ? 4.0 * d * (1.0 + walk_.before[lane] / walk_.nearest[lane]) : sigma_[lane];
     if (!(sigma < kLargestSigma)) return kInfinity;
-    const double reach = forward ? walk_.reach[lane] : walk_.phase[lane];
+    const double reach = isForward() ? walk_.reach[lane] : walk_.phase[lane];
     return (sigma + 2.0 * rounding_) * reach +
            2.0 * rounding_ * (costOf(lane) + reach + largestPhase_);
 }
@@ -241,7 +241,8 @@ bool Screen::anyCanWin() {
 void Screen::record(int first, bool finished) {
     const int n = std::min(kLanes, trials_.count() - first);
     for (int lane = 0; finished && lane < n; ++lane) {
-        const int trial = order_[static_cast<std::size_t>(first + lane)];
+        const std::size_t place = static_cast<std::size_t>(first) + static_cast<std::size_t>(lane);
+        const int trial = order_[place];
         const double cost = costOf(lane), error = errorOf(lane);
         // Trial 0 wins if its cost is no number, which only a finite bound rules out.
         const bool unknown = trial == 0 && !std::isfinite(cost + error);
@@ -252,8 +253,7 @@ void Screen::record(int first, bool finished) {
 
 void Screen::walkGroup(int first) {
     startGroup(first);
-    const double* powers =
-        gates_.sharedPowers.empty() ? powers_.data() : gates_.sharedPowers.data();
+    const double* powers = sharesPowers() ? gates_.sharedPowers.data() : powers_.data();
     bool running = true;
     for (int g = 0; g < gates_.count() && running; g += kChunkGates) {
         const int end = std::min(g + kChunkGates, gates_.count());

@@ -7,9 +7,10 @@
  */
 #include <algorithm>
 #include <cmath>
+#include <cstddef>
 #include <memory>
 #include <optional>
-#include <string_view>
+#include <utility>
 #include <vector>
 
 #include "base/array.h"
@@ -118,11 +119,9 @@ int Cradarpro::GetVPR(double** vpr, int& nprofiles, int& nlevels, int& reflevel,
     const auto levels = readProfiles(filename);
     if (!levels) return 0;
     std::unique_ptr<double[]> profiles(new double[levels->size()]);
-    for (int i = 0; i < kLevels; ++i) {
-        for (int j = 0; j < kProfiles; ++j) {
-            profiles[static_cast<std::size_t>(i + kLevels * j)] =
-                (*levels)[static_cast<std::size_t>(j + kProfiles * i)];
-        }
+    auto value = levels->begin();
+    for (std::ptrdiff_t i = 0; i < kLevels; ++i) {
+        for (std::ptrdiff_t j = 0; j < kProfiles; ++j) profiles[i + kLevels * j] = *value++;
     }
     base::adopt(*vpr, std::move(profiles));
     nprofiles = kProfiles;

@@ -142,7 +142,8 @@ TEST(DifferentialAttenuation, FarEndMeetsItsTarget) {
     ASSERT_EQ(radar.Adp_optimal(z.data(), zdr.data(), ah.data(), n, dr, alpha, 30.0, mask.data(),
                                 out.data(), gamma, pida),
               1);
-    EXPECT_NEAR(2.0 * gamma / alpha * path, 0.8, 2.0 * 0.0021 / alpha * path);
+    // 0.125 dB a step: 0.006 is 0.05 dB short, one step back up ends the search.
+    EXPECT_NEAR(gamma, 0.007, 1e-12);
     EXPECT_NEAR(pida, 2.0 * gamma / alpha * path, 1e-9);
     EXPECT_NEAR(out[99], -0.8 + pida, 1e-9);
     EXPECT_EQ(out[5], -0.8) << "masked gates keep their value";
@@ -152,7 +153,8 @@ TEST(DifferentialAttenuation, FarEndMeetsItsTarget) {
     ASSERT_EQ(radar.Adp_optimal(z.data(), zdr.data(), ah.data(), n, dr, alpha, 20.001, mask.data(),
                                 zdr.data(), gamma, pida),
               1);
-    EXPECT_NEAR(pida, 1.146 + 0.8, 2.0 * 0.0021 / alpha * path);
+    EXPECT_NEAR(gamma, 0.015, 1e-12) << "0.016 is the first beyond 1.946 dB";
+    EXPECT_NEAR(pida, 2.0 * 0.015 / alpha * path, 1e-9);
     EXPECT_NEAR(zdr[99], -0.8 + pida, 1e-9) << "in place";
 }
 

@@ -10,6 +10,7 @@
 #include <random>
 
 #include "clutterclassifier/Cradarpro.h"
+#include "dsp/interpolation.h"
 #include "support/bits.h"
 #include "support/literal_corrections.h"
 #include "support/profile_files.h"
@@ -111,6 +112,16 @@ TEST(BeamPattern, NoHeightsWhereTheyMakeNoSense) {
         EXPECT_EQ(p.nheights, 0) << range << ' ' << elevation;
         EXPECT_EQ(p.nangles, 1000);
     }
+}
+
+/* The last segment has no slope. */
+TEST(Interpolation, BetweenAndBeyondTheKnots) {
+    const double x[] = {0.0, 1.0, 2.0, 3.0}, y[] = {10.0, 20.0, 40.0, 80.0};
+    const double xi[] = {-1.0, 0.0, 0.5, 1.0, 1.75, 2.0, 2.5, 3.0, 9.0, kNan};
+    const double expected[] = {10.0, 10.0, 15.0, 20.0, 35.0, 80.0, 80.0, 80.0, 80.0, 80.0};
+    double yi[std::size(xi)];
+    clutter::dsp::interpolateLinear(x, y, 4, xi, yi, static_cast<int>(std::size(xi)));
+    for (std::size_t i = 0; i < std::size(xi); ++i) EXPECT_EQ(yi[i], expected[i]) << xi[i];
 }
 
 class Profiles : public testing::Test {
@@ -217,7 +228,8 @@ TEST_F(Profiles, BrightBandIsReplacedByTheGround) {
 
 TEST_F(Profiles, OneDecibelAwayIsTooFar) {
     std::ofstream file(path_);
-    for (int k = 0; k < 60 * 1800; ++k) file << (k < 60 ? "3 " : "20 ");
+    // All profiles alike but at the ground: the first counts.
+    for (int k = 0; k < 60 * 1800; ++k) file << (k < 60 ? 3.0 + 0.1 * k : 20.0) << ' ';
     file.close();
     double range = 20000.0, height = 0.0, out = 0.0;
     radar_.h_beam(&range, 5.0 * kDeg, &height, 1);

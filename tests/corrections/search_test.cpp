@@ -103,18 +103,19 @@ TEST(AttenuationSearch, SelectsTheTrialOfThePlainDefinition) {
     EXPECT_GT(screened, 180) << "screening is to spare most trials the exact evaluation";
 }
 
-/* Trials that differ in their last bits only: no approximation can tell them apart. */
+/* Trials that differ in their last bits, or by as much as the approximation may be off. */
 TEST(AttenuationSearch, NearTiesAreSettledExactly) {
     std::mt19937 random(42);
-    for (unsigned round = 0; round < 40; ++round) {
+    for (unsigned round = 0; round < 80; ++round) {
         const AttenuationRay ray = makeRainRay(120, 100 + round);
         for (const int method : {0, 1, 2}) {
             Trials trials = drawTrials(random, 40, kAll);
             const int best = literal::bestTrial(ray, trials.alpha, trials.a, trials.b, method);
             const Coefficients c = trials.at(best);
-            const auto nudge = [&random](double value) {
-                const int ulps = static_cast<int>(random() % 9) - 4;
-                return value * (1.0 + ulps * std::numeric_limits<double>::epsilon());
+            const double unit = round % 2 == 0 ? std::numeric_limits<double>::epsilon() : 1e-10;
+            const auto nudge = [&random, unit](double value) {
+                const int steps = static_cast<int>(random() % 9) - 4;
+                return value * (1.0 + steps * unit);
             };
             for (int i = 0; i < 20; ++i) {
                 const std::size_t at = random() % trials.alpha.size();
@@ -127,6 +128,35 @@ TEST(AttenuationSearch, NearTiesAreSettledExactly) {
                 << "round " << round << ", method " << method;
         }
     }
+}
+
+/* Two trials of different exponents whose costs agree to the last digits. */
+TEST(AttenuationSearch, DifferentTrialsOfEqualCost) {
+    int pairs = 0;
+    for (unsigned round = 0; round < 30; ++round) {
+        const AttenuationRay ray = makeRainRay(90, 500 + round);
+        for (const int method : {0, 1, 2}) {
+            const double target = literal::evaluateTrial(ray, 0.06, 3e-5, 0.70, method).cost;
+            const auto above = [&](double alpha) {
+                return literal::evaluateTrial(ray, alpha, 3e-5, 0.80, method).cost > target;
+            };
+            double low = 0.02, high = 0.02;
+            while (high < 0.3 && above(high) == above(low)) high += 0.01;
+            if (above(high) == above(low)) continue;
+            for (int k = 0; k < 50; ++k) {
+                const double middle = 0.5 * (low + high);
+                (above(middle) == above(low) ? low : high) = middle;
+            }
+            ++pairs;
+            for (const double alpha : {low, high}) {
+                const Trials trials{{0.06, alpha, 0.06}, {3e-5, 3e-5, 3e-5}, {0.70, 0.80, 0.70}};
+                ASSERT_EQ(findBestTrial(searchOf(ray, method), trials),
+                          literal::bestTrial(ray, trials.alpha, trials.a, trials.b, method))
+                    << "round " << round << ", method " << method;
+            }
+        }
+    }
+    EXPECT_GT(pairs, 30);
 }
 
 /* The forward solution has poles; reflectivity may be no number, zero, endless or negative. */
