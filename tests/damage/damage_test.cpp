@@ -18,6 +18,7 @@
 #include "clutterclassifier/Cfuzzy.h"
 #include "clutterclassifier/Cpluvek.h"
 #include "clutterclassifier/Cufrw.h"
+#include "damage/text_files.h"
 #include "formats/uf_bytes.h"
 #include "support/temp_dir.h"
 
@@ -256,7 +257,10 @@ INSTANTIATE_TEST_SUITE_P(
     Files, Damage,
     testing::Values(Format{"UniversalFormat", universalFormatSeed, exerciseUniversalFormat},
                     Format{"FieldRecord", fieldRecordSeed, exerciseFieldRecords},
-                    Format{"Membership", membershipSeed, exerciseMembership}),
+                    Format{"Membership", membershipSeed, exerciseMembership},
+                    Format{"ColumnFile", columnFileSeed, exerciseColumnFile},
+                    Format{"NameList", nameListSeed, exerciseNameList},
+                    Format{"GridFile", gridFileSeed, exerciseGridFile}),
     [](const testing::TestParamInfo<Format>& info) { return std::string(info.param.name); });
 
 }  // namespace
