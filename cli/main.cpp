@@ -10,6 +10,8 @@
 
 #include "commands/classify.h"
 #include "commands/demo.h"
+#include "commands/export.h"
+#include "commands/extract.h"
 #include "commands/info.h"
 #include "commands/plot.h"
 #include "exit_code.h"
@@ -22,6 +24,8 @@ constexpr char kFooter[] =
     "  clutterclassifier info scan.uf\n"
     "  clutterclassifier classify scan.uf -o classes.uf --plot classes.png\n"
     "  clutterclassifier plot scan.uf --field DZ -o reflectivity.svg\n"
+    "  clutterclassifier extract scan.uf gauges.txt\n"
+    "  clutterclassifier export scan.uf --field DZ -o reflectivity.csv\n"
     "\n"
     "Each command has a --help of its own.";
 
@@ -65,6 +69,8 @@ int main(int argc, char** argv) {
     cli::addClassifyCommand(app);
     cli::addInfoCommand(app);
     cli::addPlotCommand(app);
+    cli::addExtractCommand(app);
+    cli::addExportCommand(app);
     cli::addDemoCommand(app);
     const int code = runCommand(app, argc, argv);
     if (!flushOutput() && code == 0) {

@@ -5,10 +5,8 @@
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
-#include <memory>
 #include <stdexcept>
 
-#include "clutterclassifier/clutterclassifier.h"
 #include "roles.h"
 
 namespace cli {
@@ -72,15 +70,25 @@ Sweep sweepFrom(const Cpluvek* records, int count) {
 
 }  // namespace
 
-Scan readFieldRecord(const std::string& path) {
-    const int count = countRecords(path);
-    const std::unique_ptr<Cpluvek[]> records(new Cpluvek[static_cast<size_t>(count)]);
-    if (records[0].ReadDataFromFile(path.c_str()) != 1)
+std::string RecordArray::name(int i) const {
+    return trimmed(records[static_cast<size_t>(i)].name);
+}
+
+RecordArray loadRecords(const std::string& path) {
+    RecordArray array;
+    array.count = countRecords(path);
+    array.records.reset(new Cpluvek[static_cast<size_t>(array.count)]);
+    const Cpluvek& first = array.records[0];
+    if (array.records[0].ReadDataFromFile(path.c_str()) != 1)
         throw std::runtime_error("is cut short or damaged");
-    const Cpluvek& first = records[0];
     if (first.nrays < 1 || first.ngates < 1) throw std::runtime_error("holds no rays or no gates");
-    if (first.coordtype == 2)
-        throw std::runtime_error("is a grid, not a scan in polar coordinates");
+    return array;
+}
+
+Scan readFieldRecord(const std::string& path) {
+    const RecordArray array = loadRecords(path);
+    const Cpluvek& first = array.records[0];
+    if (array.isGrid()) throw std::runtime_error("is a grid, not a scan in polar coordinates");
     Scan scan;
     scan.format = "field record";
     scan.latitudeDeg = first.latitude;
@@ -89,7 +97,7 @@ Scan readFieldRecord(const std::string& path) {
     scan.beamWidthDeg = degrees(first.beamwidth);
     scan.wavelengthM = first.wavelength;
     scan.time = {first.year, first.month, first.day, first.hour, first.minute, first.second};
-    scan.sweeps.push_back(sweepFrom(records.get(), count));
+    scan.sweeps.push_back(sweepFrom(array.records.get(), array.count));
     scan.oddities.push_back("A field record file keeps neither the site nor the Nyquist velocity.");
     return scan;
 }

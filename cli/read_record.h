@@ -2,13 +2,27 @@
 #ifndef CLI_READ_RECORD_H
 #define CLI_READ_RECORD_H
 
+#include <memory>
 #include <string>
 
+#include "clutterclassifier/clutterclassifier.h"
 #include "scan.h"
 
 namespace cli {
 
-/* Throws std::runtime_error with the reason. */
+/* The records of a file as the library holds them: all with the sizes of the first. */
+struct RecordArray {
+    std::unique_ptr<Cpluvek[]> records;
+    int count = 0;
+
+    bool isGrid() const { return records[0].coordtype == 2; }
+    std::string name(int i) const;
+};
+
+/* Polar or Cartesian. Throws std::runtime_error with the reason. */
+RecordArray loadRecords(const std::string& path);
+
+/* Throws std::runtime_error with the reason: a Cartesian record is one. */
 Scan readFieldRecord(const std::string& path);
 
 }  // namespace cli

@@ -11,6 +11,7 @@
 #include "picture.h"
 #include "read_scan.h"
 #include "roles.h"
+#include "selection.h"
 
 namespace cli {
 
@@ -22,28 +23,6 @@ struct PlotArguments {
     std::optional<int> sweep;
     PictureOptions picture;
 };
-
-const Sweep& findSweep(const Scan& scan, std::optional<int> number) {
-    if (scan.sweeps.empty()) throw std::runtime_error("holds no sweep");
-    if (!number) return scan.sweeps.front();
-    for (const Sweep& sweep : scan.sweeps) {
-        if (sweep.number == *number) return sweep;
-    }
-    throw std::runtime_error("has no sweep " + std::to_string(*number));
-}
-
-/* As the file writes it, or else in another case. */
-const Field& findField(const Sweep& sweep, const std::string& name) {
-    for (const Field& field : sweep.fields) {
-        if (field.name == name) return field;
-    }
-    std::string names;
-    for (const Field& field : sweep.fields) {
-        if (lowerCase(field.name) == lowerCase(name)) return field;
-        names += " " + field.name;
-    }
-    throw std::runtime_error("has no field " + name + " among:" + names);
-}
 
 /* The reflectivity, or else whatever comes first. */
 const Field& defaultField(const Sweep& sweep) {

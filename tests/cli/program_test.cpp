@@ -1,6 +1,5 @@
 /* The program as its users see it: what it prints, what it writes, how it ends. */
 #include <gtest/gtest.h>
-#include <sys/wait.h>
 
 #include <cmath>
 #include <cstdio>
@@ -11,6 +10,7 @@
 #include "clutterclassifier/clutterclassifier.h"
 #include "formats/uf_bytes.h"
 #include "read_scan.h"
+#include "run_program.h"
 #include "support/temp_dir.h"
 
 namespace {
@@ -23,23 +23,6 @@ using clutter::test::ufRay;
 using clutter::test::UfRecord;
 
 constexpr int kRays = 60, kGates = 240;
-
-struct Outcome {
-    int code;
-    std::string out; /* both streams */
-};
-
-Outcome runProgram(const std::string& arguments) {
-    const std::string command = std::string(PROGRAM) + " " + arguments + " 2>&1 </dev/null";
-    FILE* pipe = popen(command.c_str(), "r");
-    Outcome outcome{-1, ""};
-    char buffer[4096];
-    while (size_t count = std::fread(buffer, 1, sizeof buffer, pipe))
-        outcome.out.append(buffer, count);
-    const int status = pclose(pipe);
-    outcome.code = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-    return outcome;
-}
 
 enum Truth { kRain, kClutter, kNoiseTruth };
 
@@ -426,7 +409,8 @@ TEST_F(Program, QuietMeansQuietAndPipesSeeNoProgress) {
 
 TEST_F(Program, VersionAndHelpSucceed) {
     EXPECT_EQ(runProgram("--version").out.find("clutterclassifier "), 0u);
-    for (const char* command : {"", "classify ", "info ", "plot ", "demo "}) {
+    for (const char* command :
+         {"", "classify ", "info ", "plot ", "extract ", "export ", "demo "}) {
         const Outcome outcome = runProgram(std::string(command) + "--help");
         EXPECT_EQ(outcome.code, 0) << command;
         EXPECT_NE(outcome.out.find("Usage"), std::string::npos) << command;

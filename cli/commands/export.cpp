@@ -1,0 +1,177 @@
+/* export.cpp - the command `export`. */
+#include "commands/export.h"
+
+#include <CLI/CLI.hpp>
+#include <cmath>
+#include <filesystem>
+#include <map>
+#include <memory>
+#include <new>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "clutterclassifier/clutterclassifier.h"
+#include "library_output.h"
+#include "output_file.h"
+#include "read_record.h"
+#include "read_scan.h"
+#include "record_output.h"
+#include "roles.h"
+#include "selection.h"
+
+namespace cli {
+namespace {
+
+constexpr char kFooter[] =
+    "Examples:\n"
+    "  clutterclassifier export scan.uf --field DZ -o reflectivity.csv\n"
+    "  clutterclassifier export rain.plv -o rain.asc\n"
+    "  clutterclassifier export scan.uf --field VR --sweep 2 -o velocity.bin\n"
+    "\n"
+    "OUT by its ending, or --format: csv one line a gate and one column a ray, asc the ASCII grid "
+    "of\n"
+    "a Cartesian record, bin the values as 4-byte floats in machine order, ray after ray.";
+
+constexpr double kRadiansPerDegree = 3.14159265358979323846 / 180.0;
+constexpr float kNoData = -9999.0F;
+constexpr size_t kGridHeaderLines = 6;
+
+struct ExportArguments {
+    std::string input, output, format, field;
+    std::optional<int> sweep;
+};
+
+/* One record in the library's hands: a field of a sweep, or a record of a file. */
+struct Source {
+    Cpluvek record;
+    bool grid = false;
+
+    size_t size() const {
+        return static_cast<size_t>(record.nrays) * static_cast<size_t>(record.ngates);
+    }
+};
+
+/* The columns of a range-height scan are its elevations. */
+void headByElevation(const Sweep& sweep, Cpluvek& record) {
+    for (size_t r = 0; r < sweep.elevationDeg.size(); ++r)
+        record.angles[1 + r] = static_cast<float>(sweep.elevationDeg[r] * kRadiansPerDegree);
+}
+
+const Field& chosenField(const Sweep& sweep, const std::string& name) {
+    if (!name.empty()) return findField(sweep, name);
+    if (sweep.fields.empty()) throw std::runtime_error("holds no field");
+    const Field* reflectivity = chooseFields(sweep, {})[Role::kZhh];
+    return reflectivity != nullptr ? *reflectivity : sweep.fields.front();
+}
+
+void loadSweep(const ExportArguments& arguments, Source& source) {
+    const Scan scan = readScan(arguments.input);
+    const Sweep& sweep = findSweep(scan, arguments.sweep);
+    if (!(sweep.gateSpacingM > 0)) throw std::runtime_error("the gate spacing is not positive");
+    const Field& field = chosenField(sweep, arguments.field);
+    fillFieldRecord(scan, sweep, field.name, field.units, field.values, source.record);
+    if (sweep.rhi) headByElevation(sweep, source.record);
+}
+
+void loadGrid(const RecordArray& array, const std::string& field, Source& source) {
+    std::vector<std::string> names;
+    for (int i = 0; i < array.count; ++i) names.push_back(array.name(i));
+    const size_t at = field.empty() ? 0 : findName(names, field);
+    source.grid = true;
+    if (array.records[0].CopyPointerToObject(static_cast<int>(at), source.record) != 1)
+        throw std::runtime_error("field " + names[at] + " holds no values");
+}
+
+void load(const ExportArguments& arguments, Source& source) {
+    if (recognise(arguments.input) == FileFormat::kFieldRecord) {
+        const RecordArray array = loadRecords(arguments.input);
+        if (array.isGrid()) return loadGrid(array, arguments.field, source);
+    }
+    loadSweep(arguments, source);
+}
+
+void writeTableFile(Source& source, const std::string& path) {
+    if (source.grid) throw std::runtime_error("is a grid: a table needs a scan; use asc or bin");
+    const QuietLibrary quiet;
+    if (source.record.SavePolarData2Ascii(path.c_str()) != 1)
+        throw std::runtime_error("cannot write " + path);
+}
+
+/* x runs along the record's rays, y along its gates: column-major, as the operation has it. */
+void writeGridFile(Source& source, const std::string& path) {
+    if (!source.grid) throw std::runtime_error("is a scan: an ASCII grid needs a Cartesian record");
+    Cpluvek& record = source.record;
+    for (size_t i = 0; i < source.size(); ++i)
+        if (std::isnan(record.data[i])) record.data[i] = kNoData;
+    std::string name = path;
+    std::string nodata = std::to_string(static_cast<int>(kNoData));
+    CDSP dsp;
+    dsp.SaveDataToGISformat(name.data(), record.data, record.ngates, record.nrays, 0, record.ngates,
+                            0, record.nrays, record.axislimits0[0], record.axislimits0[3],
+                            record.gatesize, nodata.data(), 0);
+    requireLines(path, kGridHeaderLines + static_cast<size_t>(record.ngates));
+}
+
+void writeRaw(Source& source, const std::string& path) {
+    constexpr int kOverwrite = 1;
+    std::string name = path;
+    CDSP dsp;
+    dsp.savedata2binary(name.data(), source.record.data, static_cast<int>(source.size()),
+                        kOverwrite);
+    requireBytes(path, source.size() * sizeof(float));
+}
+
+using Writer = void (*)(Source&, const std::string&);
+
+Writer writerFor(const ExportArguments& arguments) {
+    static const std::map<std::string, Writer> kWriters = {
+        {"csv", writeTableFile}, {"asc", writeGridFile}, {"bin", writeRaw}};
+    const std::string ending =
+        lowerCase(std::filesystem::path(arguments.output).extension().string());
+    const std::string format =
+        !arguments.format.empty() || ending.empty() ? arguments.format : ending.substr(1);
+    const auto found = kWriters.find(format);
+    if (found == kWriters.end())
+        throw CLI::ValidationError("--output", "must end in .csv, .asc or .bin, or see --format");
+    return found->second;
+}
+
+void runExport(const ExportArguments& arguments) {
+    const Writer writer = writerFor(arguments);
+    std::error_code ignored;
+    if (std::filesystem::equivalent(arguments.input, arguments.output, ignored))
+        throw CLI::ValidationError("--output", "would overwrite the input");
+    try {
+        Source source;
+        load(arguments, source);
+        OutputFile file(arguments.output);
+        writer(source, file.temporary());
+        file.commit();
+    } catch (const std::bad_alloc&) {
+        throw;
+    } catch (const std::exception& error) {
+        throw std::runtime_error(arguments.input + ": " + error.what());
+    }
+}
+
+}  // namespace
+
+void addExportCommand(CLI::App& app) {
+    auto arguments = std::make_shared<ExportArguments>();
+    CLI::App* command = app.add_subcommand("export", "Write a field as a table, a grid or numbers");
+    command->footer(kFooter);
+    command->add_option("INPUT", arguments->input, "Universal Format or field record file")
+        ->required();
+    command->add_option("-o,--output", arguments->output, "FILE.csv, FILE.asc or FILE.bin")
+        ->required();
+    command->add_option("--format", arguments->format, "Form of the file, whatever its ending")
+        ->check(CLI::IsMember({"csv", "asc", "bin"}));
+    command->add_option("--field", arguments->field,
+                        "Field (default: the reflectivity, else the first)");
+    command->add_option("--sweep", arguments->sweep, "Number of the sweep (default: the first)");
+    command->callback([arguments] { runExport(*arguments); });
+}
+
+}  // namespace cli

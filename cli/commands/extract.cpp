@@ -1,0 +1,198 @@
+/* extract.cpp - the command `extract`. */
+#include "commands/extract.h"
+
+#include <CLI/CLI.hpp>
+#include <charconv>
+#include <cmath>
+#include <cstdio>
+#include <filesystem>
+#include <memory>
+#include <new>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "clutterclassifier/clutterclassifier.h"
+#include "library_output.h"
+#include "output_file.h"
+#include "read_scan.h"
+#include "roles.h"
+#include "samples.h"
+#include "selection.h"
+
+namespace cli {
+namespace {
+
+constexpr char kFooter[] =
+    "Examples:\n"
+    "  clutterclassifier extract scan.uf gauges.txt\n"
+    "  clutterclassifier extract scan.uf gauges.txt --fields DZ,DR -o gauges.dat\n"
+    "  clutterclassifier extract scan.uf stations.txt --map --origin 651000,4321000 -o out.csv\n"
+    "\n"
+    "POINTS: a text file with two numbers a line, range (m) and azimuth (degrees); with --map, "
+    "and\n"
+    "for Cartesian records, x and y (m). OUT ending in .csv is a comma-separated table, anything\n"
+    "else a column file: date and time of the scan, the point, its values.";
+
+struct ExtractArguments {
+    std::string input, points, output;
+    std::vector<std::string> fields;
+    std::optional<int> sweep;
+    bool map = false;
+    std::vector<double> origin = {0.0, 0.0};
+};
+
+/* Values at the points as they were asked for. */
+struct Extract {
+    DateTime time;
+    bool map = false;
+    Points points;
+    Samples samples;
+};
+
+Extract extractFromGrid(const ExtractArguments& arguments, Points points) {
+    const RecordArray grid = loadRecords(arguments.input);
+    const Cpluvek& first = grid.records[0];
+    Extract extract;
+    extract.time = {first.year, first.month, first.day, first.hour, first.minute, first.second};
+    extract.map = true;
+    extract.samples = sampleGrid(grid, points, arguments.fields);
+    extract.points = std::move(points);
+    return extract;
+}
+
+Extract extractFromScan(const ExtractArguments& arguments, Points points) {
+    const Scan scan = readScan(arguments.input);
+    const Sweep& sweep = findSweep(scan, arguments.sweep);
+    Extract extract;
+    extract.time = scan.time;
+    extract.map = arguments.map;
+    const Points polar = arguments.map ? polarFromMap(points, arguments.origin[0],
+                                                      arguments.origin[1], sweep.fixedAngleDeg)
+                                       : points;
+    extract.samples = sampleSweep(scan, sweep, polar, arguments.fields);
+    extract.points = std::move(points);
+    return extract;
+}
+
+bool isGridFile(const std::string& path) {
+    return recognise(path) == FileFormat::kFieldRecord && loadRecords(path).isGrid();
+}
+
+/* As short as it can be and still be the same number. */
+void printNumber(float value, std::FILE* out) {
+    char digits[64];
+    if (std::isnan(value)) value = std::abs(value);
+    const char* end = std::to_chars(digits, digits + sizeof digits, value).ptr;
+    std::fwrite(digits, 1, static_cast<size_t>(end - digits), out);
+}
+
+void printTable(const Extract& extract, std::FILE* out) {
+    std::fputs(extract.map ? "x,y" : "range,azimuth", out);
+    for (const std::string& name : extract.samples.names) std::fprintf(out, ",%s", name.c_str());
+    std::fputc('\n', out);
+    for (size_t i = 0; i < extract.points.size(); ++i) {
+        printNumber(extract.points.first[i], out);
+        std::fputc(',', out);
+        printNumber(extract.points.second[i], out);
+        for (const std::vector<float>& column : extract.samples.columns) {
+            std::fputc(',', out);
+            printNumber(column[i], out);
+        }
+        std::fputc('\n', out);
+    }
+}
+
+void writeTableFile(const Extract& extract, const std::string& path) {
+    std::FILE* file = std::fopen(path.c_str(), "w");
+    if (file == nullptr) throw std::runtime_error("cannot write " + path);
+    printTable(extract, file);
+    const bool failed = std::ferror(file) != 0;
+    if (std::fclose(file) != 0 || failed) throw std::runtime_error("cannot write " + path);
+}
+
+unsigned secondsOf(const DateTime& t) {
+    Ctiempo time;
+    return time.GetSecondsSince1970(t.year, t.month, t.day, t.hour, t.minute, t.second);
+}
+
+void writeColumnFile(const Extract& extract, const std::string& path) {
+    constexpr int kOverwrite = 1;
+    constexpr int kThreeDecimals = 3;
+    const size_t rows = extract.points.size();
+    std::vector<unsigned> times(rows, secondsOf(extract.time));
+    std::vector<float> cells;
+    for (size_t i = 0; i < rows; ++i) {
+        cells.push_back(extract.points.first[i]);
+        cells.push_back(extract.points.second[i]);
+        for (const std::vector<float>& column : extract.samples.columns) cells.push_back(column[i]);
+    }
+    std::string name = path;
+    CDSP dsp;
+    dsp.SaveDataToFile(name.data(), times.data(), cells.data(), static_cast<int>(rows),
+                       static_cast<int>(cells.size() / rows), kOverwrite, kThreeDecimals);
+    requireLines(path, rows);
+}
+
+void write(const Extract& extract, const std::string& output) {
+    if (output.empty()) return printTable(extract, stdout);
+    OutputFile file(output);
+    if (lowerCase(std::filesystem::path(output).extension().string()) == ".csv")
+        writeTableFile(extract, file.temporary());
+    else
+        writeColumnFile(extract, file.temporary());
+    file.commit();
+}
+
+/* Runs a step; what goes wrong is told with the file's name. */
+template <class Step>
+auto naming(const std::string& file, Step step) {
+    try {
+        return step();
+    } catch (const std::bad_alloc&) {
+        throw;
+    } catch (const std::exception& error) {
+        throw std::runtime_error(file + ": " + error.what());
+    }
+}
+
+void runExtract(const ExtractArguments& arguments) {
+    for (const std::string& input : {arguments.input, arguments.points}) {
+        std::error_code ignored;
+        if (std::filesystem::equivalent(input, arguments.output, ignored))
+            throw CLI::ValidationError("--output", "would overwrite " + input);
+    }
+    const Points points = naming(arguments.points, [&] { return readPoints(arguments.points); });
+    const Extract extract = naming(arguments.input, [&] {
+        return isGridFile(arguments.input) ? extractFromGrid(arguments, points)
+                                           : extractFromScan(arguments, points);
+    });
+    write(extract, arguments.output);
+}
+
+}  // namespace
+
+void addExtractCommand(CLI::App& app) {
+    auto arguments = std::make_shared<ExtractArguments>();
+    CLI::App* command = app.add_subcommand("extract", "Values of fields at the points of a list");
+    command->footer(kFooter);
+    command->add_option("INPUT", arguments->input, "Universal Format or field record file")
+        ->required();
+    command->add_option("POINTS", arguments->points, "Text file with two numbers a line")
+        ->required();
+    command->add_option("-o,--output", arguments->output,
+                        "Write to a file: .csv a table, else a column file (default: a table on "
+                        "standard output)");
+    command->add_option("--fields", arguments->fields, "Fields (default: all)")->delimiter(',');
+    command->add_option("--sweep", arguments->sweep, "Number of the sweep (default: the first)");
+    command->add_flag("--map", arguments->map, "POINTS are x (east) and y (north) in m");
+    command
+        ->add_option("--origin", arguments->origin,
+                     "x and y of the radar, for --map (default: 0,0)")
+        ->delimiter(',')
+        ->expected(2);
+    command->callback([arguments] { runExtract(*arguments); });
+}
+
+}  // namespace cli

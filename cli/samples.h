@@ -1,0 +1,49 @@
+/* samples.h - values of fields at points, through the library's extraction operations. */
+#ifndef CLI_SAMPLES_H
+#define CLI_SAMPLES_H
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "read_record.h"
+#include "scan.h"
+
+namespace cli {
+
+/* Where values are wanted: range in m and azimuth in degrees, or x and y in m. */
+struct Points {
+    std::vector<float> first, second;
+    size_t size() const { return first.size(); }
+};
+
+/* The first two columns of a text file of numbers. Throws std::runtime_error with the reason. */
+Points readPoints(const std::string& path);
+
+/* Range and azimuth of map points, seen from a radar at (east, north) along beams of an elevation;
+ * the curvature of the Earth is left out. */
+Points polarFromMap(const Points& map, double east, double north, double elevationDeg);
+
+/* One column a field, one value a point; NaN where a point has none. */
+struct Samples {
+    std::vector<std::string> names;
+    std::vector<std::vector<float>> columns;
+};
+
+/*
+ * Fields of a sweep at ranges and azimuths: the gate whose centre is nearest on the ray that is
+ * nearest around the circle. Points before the first or behind the last gate, and those farther
+ * from any ray than the rays are from each other, have no value. No names: all fields.
+ *
+ * Throws std::runtime_error for a range-height sweep and for a name that the sweep does not have.
+ */
+Samples sampleSweep(const Scan& scan, const Sweep& sweep, const Points& points,
+                    const std::vector<std::string>& names);
+
+/* Fields of a Cartesian record at map points; those outside the grid have no value. */
+Samples sampleGrid(const RecordArray& grid, const Points& points,
+                   const std::vector<std::string>& names);
+
+}  // namespace cli
+
+#endif

@@ -1,0 +1,25 @@
+/* selection.h - the sweep and the field that a command was asked for. */
+#ifndef CLI_SELECTION_H
+#define CLI_SELECTION_H
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "scan.h"
+
+namespace cli {
+
+/* The sweep of a number, or else the first. Throws std::runtime_error when there is none. */
+const Sweep& findSweep(const Scan& scan, std::optional<int> number);
+
+/* As the file writes it, or else in another case. Throws std::runtime_error that lists the names.
+ */
+const Field& findField(const Sweep& sweep, const std::string& name);
+
+/* The same among names; gives the place. */
+size_t findName(const std::vector<std::string>& names, const std::string& name);
+
+}  // namespace cli
+
+#endif
