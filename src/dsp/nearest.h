@@ -8,6 +8,7 @@
 #ifndef CLUTTER_DSP_NEAREST_H
 #define CLUTTER_DSP_NEAREST_H
 
+#include <cstddef>
 #include <vector>
 
 namespace clutter::dsp {
@@ -25,8 +26,19 @@ class NearestValue {
         int index; /* the first that has this value */
     };
 
+    void divide();
+    std::size_t bucketOf(double value) const;
+    /* The first entry that is not below a value, or the end. */
+    std::size_t lowerBound(double value) const;
+    int firstOfEquals(std::size_t best, double target) const;
+
     /* Finite values, ascending, each once; none when element 0 is a NaN. */
     std::vector<Entry> sorted_;
+    /* Their span in as many equal buckets as there are values, one or two in each where they are
+     * spread evenly: where each bucket begins in sorted_, and the end. */
+    std::vector<std::size_t> start_;
+    double lowest_ = 0.0;
+    double bucketsPerUnit_ = 0.0;
 };
 
 }  // namespace clutter::dsp
