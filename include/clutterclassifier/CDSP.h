@@ -128,6 +128,16 @@ class CLUTTERCLASSIFIER_EXPORT CDSP {
      */
     int ReadDataFromGISformat(char* path, float** data, int& nrows, int& ncols, float& xll,
                               float& yll, float& cellsize, char* nodata);
+
+    /* The element with the smallest |x - target|, the first of equals. */
+    void GetNearest(double* x, int n, double target, double& value, int& index);
+    void GetNearest(float* x, int n, float target, float& value, int& index);
+
+    /* Ascending copy of n values and where each came from. */
+    void Sort(float* in, float* out, int* index, int n);
+
+    /* Uniform noise between min and max. */
+    void GenerateRandomNoise(float* out, int n, float min, float max);
 };
 
 #endif
