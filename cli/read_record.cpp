@@ -70,8 +70,10 @@ Sweep sweepFrom(const Cpluvek* records, int count) {
 
 }  // namespace
 
-std::string RecordArray::name(int i) const {
-    return trimmed(records[static_cast<size_t>(i)].name);
+std::vector<std::string> RecordArray::names() const {
+    std::vector<std::string> all(static_cast<size_t>(count));
+    for (size_t i = 0; i < all.size(); ++i) all[i] = trimmed(records[i].name);
+    return all;
 }
 
 RecordArray loadRecords(const std::string& path) {

@@ -4,6 +4,7 @@
 
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "clutterclassifier/clutterclassifier.h"
 #include "scan.h"
@@ -16,7 +17,7 @@ struct RecordArray {
     int count = 0;
 
     bool isGrid() const { return records[0].coordtype == 2; }
-    std::string name(int i) const;
+    std::vector<std::string> names() const;
 };
 
 /* Polar or Cartesian. Throws std::runtime_error with the reason. */

@@ -135,6 +135,7 @@ Samples sampleSweep(const Scan& scan, const Sweep& sweep, const Points& points,
     if (sweep.rhi) throw std::runtime_error("is a range-height scan: its rays share one azimuth");
     if (!(sweep.gateSpacingM > 0)) throw std::runtime_error("the gate spacing is not positive");
     std::vector<const Field*> fields;
+    fields.reserve(sweep.fields.size() + names.size());
     for (const std::string& name : names) fields.push_back(&findField(sweep, name));
     if (names.empty())
         for (const Field& field : sweep.fields) fields.push_back(&field);
@@ -149,9 +150,9 @@ Samples sampleSweep(const Scan& scan, const Sweep& sweep, const Points& points,
 
 Samples sampleGrid(const RecordArray& grid, const Points& points,
                    const std::vector<std::string>& names) {
-    std::vector<std::string> all;
-    for (int i = 0; i < grid.count; ++i) all.push_back(grid.name(i));
+    const std::vector<std::string> all = grid.names();
     Samples samples;
+    samples.names.reserve(all.size() + names.size());
     for (const std::string& name : names.empty() ? all : names) {
         const size_t at = findName(all, name);
         samples.names.push_back(all[at]);

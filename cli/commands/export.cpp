@@ -76,8 +76,7 @@ void loadSweep(const ExportArguments& arguments, Source& source) {
 }
 
 void loadGrid(const RecordArray& array, const std::string& field, Source& source) {
-    std::vector<std::string> names;
-    for (int i = 0; i < array.count; ++i) names.push_back(array.name(i));
+    const std::vector<std::string> names = array.names();
     const size_t at = field.empty() ? 0 : findName(names, field);
     source.grid = true;
     if (array.records[0].CopyPointerToObject(static_cast<int>(at), source.record) != 1)

@@ -122,6 +122,7 @@ void writeColumnFile(const Extract& extract, const std::string& path) {
     constexpr int kThreeDecimals = 3;
     const size_t rows = extract.points.size();
     std::vector<unsigned> times(rows, secondsOf(extract.time));
+    const size_t columns = 2 + extract.samples.columns.size();
     std::vector<float> cells;
     for (size_t i = 0; i < rows; ++i) {
         cells.push_back(extract.points.first[i]);
@@ -131,7 +132,7 @@ void writeColumnFile(const Extract& extract, const std::string& path) {
     std::string name = path;
     CDSP dsp;
     dsp.SaveDataToFile(name.data(), times.data(), cells.data(), static_cast<int>(rows),
-                       static_cast<int>(cells.size() / rows), kOverwrite, kThreeDecimals);
+                       static_cast<int>(columns), kOverwrite, kThreeDecimals);
     requireLines(path, rows);
 }
 

@@ -55,7 +55,7 @@ int CDSP::OnReadFNames(char* path, char** names, int& count) {
 
 int CDSP::getfnameonly(char* path, char* name) {
     if (path == nullptr || name == nullptr) return 0;
-    // The forward slash does not separate here: these are paths of the files' own lists.
+    // Only the backslash separates: a forward slash stays part of the name.
     const char* separator = std::strrchr(path, '\\');
     if (separator == nullptr) return 0;
     const bool fits = std::strlen(separator) < kNameBytes;
