@@ -46,6 +46,9 @@ class CLUTTERCLASSIFIER_EXPORT CDSP {
      */
     int GetNxNPointStdWithMask(float* in, float* mask, int ngates, int nrays, float* out,
                                int wgates, int wrays);
+
+    /* Sorts n values ascending by exchange: out[i] = in[index[i]]. */
+    void Sort(float* in, float* out, int* index, int n);
 };
 
 #endif

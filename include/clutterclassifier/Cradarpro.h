@@ -50,6 +50,13 @@ class CLUTTERCLASSIFIER_EXPORT Cradarpro {
     void GetIsolatedPixels(float* cls, float* flags, int ngates, int nrays, int wgates, int wrays,
                            int maxcount);
 
+    /* Offset of the differential phase (degrees), from the first nwin gates in a row of each ray
+     * with a correlation above 0.9; 0 when fewer than a tenth of the rays have such a run. */
+    float GetInitialPDP(float* phidp, float* rhohv, int ngates, int nrays, int nwin);
+
+    /* Subtracts offset from every value. */
+    void CorrectPDPOffset(float* phidp, int ngates, int nrays, float offset);
+
     CDSP dsp;
     float threshold;             /* lowest (no-rain) reflectivity, -32 dBZ */
     double coefficients[20][10]; /* rainfall relations, one a row: 0 Z-R, 1 Z-ZDR-R, 2 KDP-ZDR-R, 3
