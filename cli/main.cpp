@@ -9,9 +9,11 @@
 #include <string>
 
 #include "commands/classify.h"
+#include "commands/convert.h"
 #include "commands/demo.h"
 #include "commands/info.h"
 #include "commands/plot.h"
+#include "commands/repack.h"
 #include "exit_code.h"
 
 namespace {
@@ -65,6 +67,8 @@ int main(int argc, char** argv) {
     cli::addClassifyCommand(app);
     cli::addInfoCommand(app);
     cli::addPlotCommand(app);
+    cli::addConvertCommand(app);
+    cli::addRepackCommand(app);
     cli::addDemoCommand(app);
     const int code = runCommand(app, argc, argv);
     if (!flushOutput() && code == 0) {

@@ -72,6 +72,19 @@ Sweep sweepFrom(const Cpluvek* records, int count) {
 
 }  // namespace
 
+Scan scanFromRecords(const Cpluvek* records, int count) {
+    const Cpluvek& first = records[0];
+    Scan scan;
+    scan.latitudeDeg = first.latitude;
+    scan.longitudeDeg = first.longitude;
+    scan.altitudeM = first.altitude;
+    scan.beamWidthDeg = degrees(first.beamwidth);
+    scan.wavelengthM = first.wavelength;
+    scan.time = {first.year, first.month, first.day, first.hour, first.minute, first.second};
+    scan.sweeps.push_back(sweepFrom(records, count));
+    return scan;
+}
+
 Scan readFieldRecord(const std::string& path) {
     const int count = countRecords(path);
     const std::unique_ptr<Cpluvek[]> records(new Cpluvek[static_cast<size_t>(count)]);
@@ -81,15 +94,8 @@ Scan readFieldRecord(const std::string& path) {
     if (first.nrays < 1 || first.ngates < 1) throw std::runtime_error("holds no rays or no gates");
     if (first.coordtype == 2)
         throw std::runtime_error("is a grid, not a scan in polar coordinates");
-    Scan scan;
+    Scan scan = scanFromRecords(records.get(), count);
     scan.format = "field record";
-    scan.latitudeDeg = first.latitude;
-    scan.longitudeDeg = first.longitude;
-    scan.altitudeM = first.altitude;
-    scan.beamWidthDeg = degrees(first.beamwidth);
-    scan.wavelengthM = first.wavelength;
-    scan.time = {first.year, first.month, first.day, first.hour, first.minute, first.second};
-    scan.sweeps.push_back(sweepFrom(records.get(), count));
     scan.oddities.push_back("A field record file keeps neither the site nor the Nyquist velocity.");
     return scan;
 }

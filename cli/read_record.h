@@ -6,10 +6,15 @@
 
 #include "scan.h"
 
+class Cpluvek;
+
 namespace cli {
 
 /* Throws std::runtime_error with the reason. */
 Scan readFieldRecord(const std::string& path);
+
+/* The one sweep that an array of polar records holds. */
+Scan scanFromRecords(const Cpluvek* records, int count);
 
 }  // namespace cli
 

@@ -14,6 +14,7 @@
 #include "classify_sweep.h"
 #include "clutterclassifier/clutterclassifier.h"
 #include "exit_code.h"
+#include "layout_option.h"
 #include "membership_dir.h"
 #include "picture.h"
 #include "progress.h"
@@ -46,6 +47,7 @@ struct Arguments {
     int sweep = 0;
     bool hasSweep = false;
     bool removeIsolated = false, quiet = false;
+    ReadOptions read;
 };
 
 /* One input's part of the work. */
@@ -190,7 +192,7 @@ class Run {
         const Job& job = jobs_[i];
         showFile(i);
         std::unique_ptr<Cufrw> words;
-        const Scan scan = readScan(job.input, words);
+        const Scan scan = readScan(job.input, words, arguments_.read);
         const std::vector<const Sweep*> sweeps = chooseSweeps(scan, arguments_);
         std::vector<ClassifiedSweep> results;
         for (const Sweep* sweep : sweeps) {
@@ -266,7 +268,9 @@ class Run {
 };
 
 void addOptions(CLI::App& command, Arguments& arguments) {
-    command.add_option("INPUT", arguments.inputs, "Universal Format or field record files")
+    command
+        .add_option("INPUT", arguments.inputs,
+                    "Radar files: Universal Format, field record, polar data or German DX")
         ->required();
     command.add_option("-o,--output", arguments.output,
                        "Write the classes: a file, or a directory (existing, or ending in /)");
@@ -296,6 +300,7 @@ void addOptions(CLI::App& command, Arguments& arguments) {
     command.add_option("--membership", arguments.membership,
                        "Directory of membership functions (default: CLUTTERCLASSIFIER_MEMBERSHIP, "
                        "else the set that came with the program)");
+    addLayoutOption(command, arguments.read);
     command.add_flag("-q,--quiet", arguments.quiet, "Print errors only");
 }
 
