@@ -37,11 +37,12 @@ constexpr char kFooter[] =
     "OUT by its ending: .uf Universal Format with the classes as one more field (CC), .csv a "
     "table\n"
     "with one line a gate, anything else a field record file. Codes: 0 precipitation, 3 noise,\n"
-    "5 ground clutter.";
+    "5 ground clutter; with --classes all also 6 sea clutter, 7 turbine clutter.";
 
 struct Arguments {
     std::vector<std::string> inputs;
-    std::string output, plot, format, membership, inputNames, map, window = "5x3";
+    std::string output, plot, format, membership, inputNames, map, window = "5x3",
+                                                                   classes = "ground";
     double minSnrDb = 0, radarConstantDb = 0;
     bool hasMinSnr = false, hasRadarConstant = false;
     int sweep = 0;
@@ -87,6 +88,7 @@ ClassifyOptions optionsFrom(const Arguments& arguments) {
     if (arguments.hasMinSnr) options.minSnrDb = arguments.minSnrDb;
     if (arguments.hasRadarConstant) options.radarConstantDb = arguments.radarConstantDb;
     options.removeIsolated = arguments.removeIsolated;
+    options.allClasses = arguments.classes == "all";
     return options;
 }
 
@@ -296,6 +298,12 @@ void addOptions(CLI::App& command, Arguments& arguments) {
         ->capture_default_str();
     command.add_flag("--remove-isolated", arguments.removeIsolated,
                      "Turn isolated precipitation gates into clutter");
+    command
+        .add_option("--classes", arguments.classes,
+                    "ground: precipitation and ground clutter; all: sea (6) and wind-turbine "
+                    "clutter (7) too")
+        ->check(CLI::IsMember({"ground", "all"}))
+        ->capture_default_str();
     command.add_option("--sweep", arguments.sweep, "Only the sweep of this number");
     command.add_option("--membership", arguments.membership,
                        "Directory of membership functions (default: CLUTTERCLASSIFIER_MEMBERSHIP, "

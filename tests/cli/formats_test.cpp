@@ -3,6 +3,7 @@
 
 #include <cmath>
 #include <cstdlib>
+#include <cstring>
 #include <random>
 #include <stdexcept>
 #include <string>
@@ -103,6 +104,32 @@ TEST_F(Formats, ConvertedScansKeepTheirValues) {
     EXPECT_FALSE(run("convert " + dx + " " + dir_.file("x.pol") + " --product 2213"));
     EXPECT_FALSE(run("convert " + dx + " " + dir_.file("x.pol") + " --field W"));
     EXPECT_TRUE(readFile(dir_.file("x.pol")).empty()) << "nothing is left behind";
+}
+
+TEST_F(Formats, AllClassesAreToldApartOnRequest) {
+    // Half of the scan is calm, the other half is as rough as the sea.
+    PolarBytes file(1814, 36, 60);
+    std::normal_distribution<float> normal;
+    for (int r = 0; r < 36; ++r) {
+        ByteVector gates(240);
+        for (std::size_t g = 0; g < 60; ++g) {
+            const float z = 40.0f + (r < 18 ? 1.2f : 4.0f) * normal(random_);
+            std::memcpy(&gates[4 * g], &z, 4);
+        }
+        file.ray(1000 * r, gates);
+    }
+    const std::string path = put("scan", file.set(84, 600).bytes());
+    const std::string common = "classify " + path + " --map P1814=zhh -o " + dir_.file("out.plv");
+    ASSERT_TRUE(run(common)) << said_;
+    EXPECT_EQ(said_.find("sea clutter"), std::string::npos);
+    ASSERT_TRUE(run(common + " --classes all --plot " + dir_.file("out.png"))) << said_;
+    EXPECT_NE(said_.find("sea clutter"), std::string::npos) << said_;
+    const cli::Scan classes = cli::readScan(dir_.file("out.plv"));
+    int sea[2] = {};
+    for (std::size_t i = 0; i < 2160; ++i)
+        sea[i / 1080] += sweepOf(classes).fields[0].values[i] == 6.0f;
+    EXPECT_LT(sea[0], 100);
+    EXPECT_GT(sea[1], 300);
 }
 
 TEST_F(Formats, RepackShortensOrSaysWhyNot) {

@@ -99,6 +99,7 @@ TEST_F(GermanDx, OtherCountsOfBinsEndAfterTheFirstAngles) {
     zeroEnds.insert(zeroEnds.end(), {0, 0, 5, 0});
     const Row rows[] = {{"120 bins", {120, 16}},
                         {"a value of 0 ends the count", zeroEnds},
+                        {"the next marker", {30, 0, 5, 0x20, 99, 16}},
                         {"none", {}},
                         {"too many", {200, 16, 200, 16}}};
     for (const Row& row : rows) {

@@ -287,6 +287,23 @@ TEST_F(PolarReader, PhaseOffsetIsRemovedAndWeakEchoesAreBlanked) {
     EXPECT_NEAR(records_[2].data[0], 45.0f, 1e-4) << "not corrected";
 }
 
+/* Products with other fields in the places of phase and correlation are left alone. */
+TEST_F(PolarReader, OnlyTwoProductsAreCorrected) {
+    std::mt19937 random(3);
+    for (const Kind& kind : kKinds) {
+        if (kind.product == 2211 || kind.product == 2213) continue;
+        const ByteVector bytes =
+            randomPolarFile(kind.product, kind.gateBytes, kind.layer, 2, 30, random).bytes();
+        ASSERT_EQ(read(bytes, kind.layout, 0), 1);
+        const literal::PolarScan scan = literal::readPolar(path_, kind.layout);
+        for (std::size_t f = 0; f < scan.fields.size(); ++f) {
+            for (std::size_t i = 0; i < scan.fields[f].size(); ++i) {
+                ASSERT_TRUE(sameBits(records_[f].data[i], scan.fields[f][i])) << kind.product;
+            }
+        }
+    }
+}
+
 TEST_F(PolarReader, RaysAreSortedByAzimuthInEveryField) {
     PolarBytes file(2122, 3, 2);
     for (const int azimuth : {20000, -500, 3000}) {
