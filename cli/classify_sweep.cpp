@@ -8,6 +8,7 @@
 #include <memory>
 #include <stdexcept>
 
+#include "all_clutter.h"
 #include "clutterclassifier/clutterclassifier.h"
 #include "membership_dir.h"
 #include "oddities.h"
@@ -143,6 +144,7 @@ void checkSweep(const Sweep& sweep, const FieldChoice& fields) {
 void runStage(Crres& context, const ClassifyOptions& options, ClassifiedSweep& result) {
     const auto begin = std::chrono::steady_clock::now();
     context.PrecipitationClutterClassification(static_cast<short>(result.mask));
+    if (options.allClasses) tellClutterApart(context, result.mask);
     if (options.removeIsolated) context.RemoveIsolatedPixels();
     result.seconds =
         std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
@@ -160,6 +162,8 @@ void takeClasses(const Sweep& sweep, const Crres& context, ClassifiedSweep& resu
         }
         result.precipitation += result.classes[i] == kPrecipitation;
         result.groundClutter += result.classes[i] == kGroundClutter;
+        result.seaClutter += result.classes[i] == kSeaClutter;
+        result.turbineClutter += result.classes[i] == kTurbineClutter;
         result.noise += result.classes[i] == kNoise;
         result.withoutValue += isMissing(Role::kZhh, reflectivity.values[i]);
     }

@@ -15,6 +15,8 @@ namespace cli {
 constexpr float kPrecipitation = 0;
 constexpr float kNoise = 3;
 constexpr float kGroundClutter = 5;
+constexpr float kSeaClutter = 6; /* these two only where all classes are asked for */
+constexpr float kTurbineClutter = 7;
 
 struct ClassifyOptions {
     std::string membership;  /* directory with its trailing separator */
@@ -24,6 +26,7 @@ struct ClassifyOptions {
     int textureGates = 5;
     int textureRays = 3;
     bool removeIsolated = false;
+    bool allClasses = false; /* tell sea and wind-turbine clutter from ground clutter */
     FieldMap map;
 };
 
@@ -32,6 +35,7 @@ enum class ConstantSource { kUser, kFile, kEstimate };
 struct ClassifiedSweep {
     std::vector<float> classes; /* nrays x ngates; NaN beyond the end of a ray */
     long precipitation = 0, groundClutter = 0, noise = 0;
+    long seaClutter = 0, turbineClutter = 0;
     long withoutValue = 0; /* of the noise: gates without a reflectivity */
     double seconds = 0;    /* classification alone */
     int mask = 0;          /* inputs that took part */
@@ -39,7 +43,9 @@ struct ClassifiedSweep {
     ConstantSource source = ConstantSource::kUser;
     Calibration calibration;
     std::vector<std::string> notes;
-    long gates() const { return precipitation + groundClutter + noise; }
+    long gates() const {
+        return precipitation + groundClutter + seaClutter + turbineClutter + noise;
+    }
 };
 
 /* Throws std::runtime_error with the reason when the sweep cannot be classified. */

@@ -9,11 +9,13 @@
 #include <string>
 
 #include "commands/classify.h"
+#include "commands/convert.h"
 #include "commands/demo.h"
 #include "commands/export.h"
 #include "commands/extract.h"
 #include "commands/info.h"
 #include "commands/plot.h"
+#include "commands/repack.h"
 #include "exit_code.h"
 
 namespace {
@@ -71,6 +73,8 @@ int main(int argc, char** argv) try {
     cli::addPlotCommand(app);
     cli::addExtractCommand(app);
     cli::addExportCommand(app);
+    cli::addConvertCommand(app);
+    cli::addRepackCommand(app);
     cli::addDemoCommand(app);
     const int code = runCommand(app, argc, argv);
     if (!flushOutput() && code == 0) {

@@ -60,6 +60,8 @@ Rgb colourAt(Palette palette, double position) {
 Rgb classColour(float code) {
     if (code == 0.0f) return {0x00, 0x72, 0xb2}; /* precipitation: blue */
     if (code == 5.0f) return {0xd5, 0x5e, 0x00}; /* ground clutter: vermilion */
+    if (code == 6.0f) return {0x00, 0x9e, 0x73}; /* sea clutter: bluish green */
+    if (code == 7.0f) return {0xcc, 0x79, 0xa7}; /* turbine clutter: reddish purple */
     if (code == 3.0f) return {0xfb, 0xf6, 0xe6}; /* noise: ivory, to stay in the background */
     return kNoDataColour;
 }

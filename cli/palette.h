@@ -26,7 +26,7 @@ enum class Palette {
 /* The colour at position 0..1; positions beyond the ends take the colour of that end. */
 Rgb colourAt(Palette palette, double position);
 
-/* Colours that stay apart for colour-blind eyes; anything but 0, 3 and 5 is no data. */
+/* Colours that stay apart for colour-blind eyes; anything but 0, 3, 5, 6 and 7 is no data. */
 Rgb classColour(float code);
 
 inline constexpr Rgb kNoDataColour{0xd5, 0xd8, 0xdc};

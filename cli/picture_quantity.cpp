@@ -5,6 +5,7 @@
 #include <cctype>
 #include <cmath>
 #include <cstdio>
+#include <iterator>
 #include <stdexcept>
 #include <utility>
 
@@ -124,10 +125,12 @@ Quantity quantityOf(const Field& field, const Sweep& sweep, const PictureOptions
     return quantity;
 }
 
-std::array<double, 4> classShares(const std::vector<float>& classes) {
-    std::array<double, 4> shares{};
+std::array<double, 6> classShares(const std::vector<float>& classes) {
+    constexpr float kCodes[] = {0.0f, 5.0f, 3.0f, -1.0f, 6.0f, 7.0f};
+    std::array<double, 6> shares{};
     for (const float code : classes) {
-        shares[code == 0.0f ? 0 : code == 5.0f ? 1 : code == 3.0f ? 2 : 3] += 1.0;
+        const auto* found = std::find(std::begin(kCodes), std::end(kCodes), code);
+        shares[found != std::end(kCodes) ? static_cast<size_t>(found - kCodes) : 3] += 1.0;
     }
     for (double& share : shares)
         share /= std::max<double>(1.0, static_cast<double>(classes.size()));

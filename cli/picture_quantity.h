@@ -35,8 +35,9 @@ struct Quantity {
 /* Throws std::invalid_argument when the ends of the scale that options ask for are out of order. */
 Quantity quantityOf(const Field& field, const Sweep& sweep, const PictureOptions& options);
 
-/* Shares of precipitation, clutter, noise and no data among all gates, 0..1. */
-std::array<double, 4> classShares(const std::vector<float>& classes);
+/* Shares of precipitation, ground clutter, noise, no data, sea and turbine clutter among all gates,
+ * 0..1. */
+std::array<double, 6> classShares(const std::vector<float>& classes);
 
 /* Round numbers within [low, high], about evenly `count` of them or fewer. */
 std::vector<double> ticksBetween(double low, double high, double count);

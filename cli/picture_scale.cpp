@@ -13,8 +13,8 @@ constexpr Rgb kEdge{0x55, 0x55, 0x55};
 constexpr struct {
     const char* text;
     float code;
-} kLegend[] = {
-    {"precipitation", 0.0f}, {"ground clutter", 5.0f}, {"noise", 3.0f}, {"no data", -1.0f}};
+} kLegend[] = {{"precipitation", 0.0f}, {"ground clutter", 5.0f}, {"noise", 3.0f},
+               {"no data", -1.0f},      {"sea clutter", 6.0f},    {"turbine clutter", 7.0f}};
 
 std::string legendText(int entry, double share) {
     char text[64];
@@ -24,13 +24,14 @@ std::string legendText(int entry, double share) {
 
 void drawLegend(const Canvas& canvas, const Frame& frame, const std::vector<float>& classes) {
     const auto shares = classShares(classes);
-    const double em = frame.em, column = 0.5 * frame.width;
+    const int entries = shares[4] + shares[5] > 0.0 ? 6 : 4;
+    const double em = frame.em, column = frame.width / (entries / 2);
     TextStyle style{.size = em, .anchorY = 0.5};
-    for (int i = 0; i < 4; ++i) { /* one size for all that the longest text allows */
+    for (int i = 0; i < entries; ++i) { /* one size for all that the longest text allows */
         const double width = canvas.textWidth(legendText(i, shares[i]), style);
         style.size *= std::min(1.0, (column - 2.6 * em) / width);
     }
-    for (int i = 0; i < 4; ++i) {
+    for (int i = 0; i < entries; ++i) {
         const int right = i / 2, down = i % 2;
         const double x = frame.x + right * column, y = frame.y + down * 1.7 * em;
         canvas.setColour(classColour(kLegend[i].code));

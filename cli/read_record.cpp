@@ -70,6 +70,19 @@ Sweep sweepFrom(const Cpluvek* records, int count) {
 
 }  // namespace
 
+Scan scanFromRecords(const Cpluvek* records, int count) {
+    const Cpluvek& first = records[0];
+    Scan scan;
+    scan.latitudeDeg = first.latitude;
+    scan.longitudeDeg = first.longitude;
+    scan.altitudeM = first.altitude;
+    scan.beamWidthDeg = degrees(first.beamwidth);
+    scan.wavelengthM = first.wavelength;
+    scan.time = {first.year, first.month, first.day, first.hour, first.minute, first.second};
+    scan.sweeps.push_back(sweepFrom(records, count));
+    return scan;
+}
+
 std::vector<std::string> RecordArray::names() const {
     std::vector<std::string> all(static_cast<size_t>(count));
     for (size_t i = 0; i < all.size(); ++i) all[i] = trimmed(records[i].name);
@@ -89,17 +102,9 @@ RecordArray loadRecords(const std::string& path) {
 
 Scan readFieldRecord(const std::string& path) {
     const RecordArray array = loadRecords(path);
-    const Cpluvek& first = array.records[0];
     if (array.isGrid()) throw std::runtime_error("is a grid, not a scan in polar coordinates");
-    Scan scan;
+    Scan scan = scanFromRecords(array.records.get(), array.count);
     scan.format = "field record";
-    scan.latitudeDeg = first.latitude;
-    scan.longitudeDeg = first.longitude;
-    scan.altitudeM = first.altitude;
-    scan.beamWidthDeg = degrees(first.beamwidth);
-    scan.wavelengthM = first.wavelength;
-    scan.time = {first.year, first.month, first.day, first.hour, first.minute, first.second};
-    scan.sweeps.push_back(sweepFrom(array.records.get(), array.count));
     scan.oddities.push_back("A field record file keeps neither the site nor the Nyquist velocity.");
     return scan;
 }

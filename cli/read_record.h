@@ -9,6 +9,8 @@
 #include "clutterclassifier/clutterclassifier.h"
 #include "scan.h"
 
+class Cpluvek;
+
 namespace cli {
 
 /* The records of a file as the library holds them: all with the sizes of the first. */
@@ -25,6 +27,9 @@ RecordArray loadRecords(const std::string& path);
 
 /* Throws std::runtime_error with the reason: a Cartesian record is one. */
 Scan readFieldRecord(const std::string& path);
+
+/* The one sweep that an array of polar records holds. */
+Scan scanFromRecords(const Cpluvek* records, int count);
 
 }  // namespace cli
 

@@ -13,18 +13,24 @@ class Cufrw;
 
 namespace cli {
 
-enum class FileFormat { kUnknown, kUniversalFormat, kFieldRecord };
+enum class FileFormat { kUnknown, kUniversalFormat, kFieldRecord, kPolarData, kGermanDx };
 
 /* Looks at the first bytes. Throws std::runtime_error when the file cannot be opened. */
 FileFormat recognise(const std::string& path);
 
-/* Reads a Universal Format or field record file. Throws std::runtime_error with the reason, a
+/* What a file does not tell about itself. */
+struct ReadOptions {
+    int polarLayout = 0; /* 252, 260 or 280; 0: not told */
+};
+
+/* Reads a file of any format that the library reads. Throws std::runtime_error with the reason, a
  * phrase without the file's name. */
-Scan readScan(const std::string& path);
+Scan readScan(const std::string& path, const ReadOptions& options = {});
 
 /* The same, and keeps the words of a Universal Format file, so that it can be written back with
  * nothing lost; null for other formats. */
-Scan readScan(const std::string& path, std::unique_ptr<Cufrw>& words);
+Scan readScan(const std::string& path, std::unique_ptr<Cufrw>& words,
+              const ReadOptions& options = {});
 
 }  // namespace cli
 

@@ -17,13 +17,22 @@ void printClass(const char* name, long count, long gates) {
     std::printf("    %-15s %9ld gates %6.2f %%", name, count, share);
 }
 
-void printClasses(long precipitation, long groundClutter, long noise, const std::string& remark) {
-    const long gates = precipitation + groundClutter + noise;
-    printClass("precipitation", precipitation, gates);
+/* Of a sweep or of all; sea and turbine clutter where there is any. */
+template <class Counts>
+void printClasses(const Counts& counts, const std::string& remark) {
+    const long gates = counts.precipitation + counts.groundClutter + counts.seaClutter +
+                       counts.turbineClutter + counts.noise;
+    printClass("precipitation", counts.precipitation, gates);
     std::printf("\n");
-    printClass("ground clutter", groundClutter, gates);
+    printClass("ground clutter", counts.groundClutter, gates);
     std::printf("\n");
-    printClass("noise", noise, gates);
+    if (counts.seaClutter + counts.turbineClutter > 0) {
+        printClass("sea clutter", counts.seaClutter, gates);
+        std::printf("\n");
+        printClass("turbine clutter", counts.turbineClutter, gates);
+        std::printf("\n");
+    }
+    printClass("noise", counts.noise, gates);
     std::printf("%s\n", remark.c_str());
 }
 
@@ -90,6 +99,8 @@ void printCalibration(const ClassifiedSweep& result) {
 void Totals::add(const ClassifiedSweep& result) {
     precipitation += result.precipitation;
     groundClutter += result.groundClutter;
+    seaClutter += result.seaClutter;
+    turbineClutter += result.turbineClutter;
     noise += result.noise;
     seconds += result.seconds;
     ++sweeps;
@@ -115,7 +126,7 @@ void printSweep(const Sweep& sweep, const ClassifiedSweep& result) {
     std::string remark;
     if (result.withoutValue > 0)
         remark = "  (" + std::to_string(result.withoutValue) + " without a reflectivity)";
-    printClasses(result.precipitation, result.groundClutter, result.noise, remark);
+    printClasses(result, remark);
     printSpeed(result.gates(), result.seconds);
 }
 
@@ -123,8 +134,10 @@ void printTotals(const Totals& totals) {
     if (totals.sweeps < 2) return;
     std::printf("total: %d sweeps of %d file%s\n", totals.sweeps, totals.files,
                 totals.files == 1 ? "" : "s");
-    printClasses(totals.precipitation, totals.groundClutter, totals.noise, "");
-    printSpeed(totals.precipitation + totals.groundClutter + totals.noise, totals.seconds);
+    printClasses(totals, "");
+    printSpeed(totals.precipitation + totals.groundClutter + totals.seaClutter +
+                   totals.turbineClutter + totals.noise,
+               totals.seconds);
 }
 
 }  // namespace cli

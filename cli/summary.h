@@ -10,6 +10,7 @@ namespace cli {
 /* Sums over sweeps and files. */
 struct Totals {
     long precipitation = 0, groundClutter = 0, noise = 0;
+    long seaClutter = 0, turbineClutter = 0;
     double seconds = 0;
     int sweeps = 0, files = 0;
     void add(const ClassifiedSweep& result);

@@ -11,6 +11,7 @@
 #include "clutterclassifier/clutterclassifier.h"
 #include "picture.h"
 #include "record_output.h"
+#include "roles.h"
 
 namespace cli {
 namespace {
@@ -149,16 +150,46 @@ void completeHeaders(const Scan& scan, const Sweep& sweep, Cufray& ray, size_t r
     }
 }
 
-/* The two-letter names that the library does not know, and the gates without a value. */
+/* Two letters for a field that the library gave none: its own name, or that of its quantity unless
+ * another field has it. */
+std::string twoLetterName(const Field& field, const Cufray& ray, int count) {
+    constexpr const char* kNames[kRoleCount] = {"DZ", "DR", "PH", "RH", "VR",
+                                                "SW", "LD", "CM", "KD"};
+    if (field.name.size() == 2) return field.name;
+    const Role role = roleOfName(field.name);
+    if (role == Role::kNone) return kUnknownName;
+    const std::string name = kNames[static_cast<int>(role)];
+    return findField(ray, count, name) < 0 ? name : kUnknownName;
+}
+
+/* Names that the library does not know, and the gates without a value. */
 void completeFields(const Sweep& sweep, Cufray& ray, size_t r) {
+    const auto count = static_cast<int>(sweep.fields.size());
     for (size_t f = 0; f < sweep.fields.size(); ++f) {
         const Field& field = sweep.fields[f];
-        if (field.name.size() == 2 && std::strcmp(ray.table[f].name, kUnknownName) == 0)
-            std::memcpy(ray.table[f].name, field.name.c_str(), 3);
+        if (std::strcmp(ray.table[f].name, kUnknownName) == 0)
+            std::memcpy(ray.table[f].name, twoLetterName(field, ray, count).c_str(), 3);
         short* data = ray.data + f * ray.ngates;
         const float* values = field.values.data() + r * ray.ngates;
         for (int g = 0; g < ray.ngates; ++g)
             if (!std::isfinite(values[g])) data[g] = kMissing;
+    }
+}
+
+/* The rays of a scan of one sweep. */
+void fillWords(const Scan& scan, Cufrw& words) {
+    const Sweep& sweep = scan.sweeps[0];
+    const size_t count = sweep.fields.size();
+    const std::unique_ptr<Cpluvek[]> records(new Cpluvek[std::max<size_t>(count, 1)]);
+    for (size_t f = 0; f < count; ++f)
+        fillFieldRecord(scan, sweep, sweep.fields[f].name, sweep.fields[f].units,
+                        sweep.fields[f].values, records[f]);
+    records[0].nrecords = static_cast<int>(count);
+    if (words.pluvek2uf(records.get()) != 1 || words.nrays < 1)
+        throw std::runtime_error("the fields do not fit a Universal Format record");
+    for (int r = 0; r < words.nrays; ++r) {
+        completeHeaders(scan, sweep, words.rays[r], static_cast<size_t>(r));
+        completeFields(sweep, words.rays[r], static_cast<size_t>(r));
     }
 }
 
@@ -187,23 +218,20 @@ void writeUniversalFormat(const std::string& path, const Scan& scan, Cufrw& word
 }
 
 void writeUniversalFormat(const std::string& path, const Scan& scan, const SweepClasses& classes) {
-    const Sweep& sweep = *classes.sweep;
     Scan single = scan;
-    single.sweeps.assign(1, sweep);
-    const size_t count = sweep.fields.size();
-    const std::unique_ptr<Cpluvek[]> records(new Cpluvek[count]);
-    for (size_t f = 0; f < count; ++f)
-        fillFieldRecord(scan, sweep, sweep.fields[f].name, sweep.fields[f].units,
-                        sweep.fields[f].values, records[f]);
-    records[0].nrecords = static_cast<int>(count);
+    single.sweeps.assign(1, *classes.sweep);
     Cufrw words;
-    if (words.pluvek2uf(records.get()) != 1)
-        throw std::runtime_error("the fields do not fit a Universal Format record");
-    for (int r = 0; r < words.nrays; ++r) {
-        completeHeaders(scan, sweep, words.rays[r], static_cast<size_t>(r));
-        completeFields(sweep, words.rays[r], static_cast<size_t>(r));
-    }
+    fillWords(single, words);
     writeUniversalFormat(path, single, words, {{&single.sweeps[0], classes.classes}});
+}
+
+void writeUniversalFormat(const std::string& path, const Scan& scan, Cufrw* words) {
+    if (words != nullptr) return save(*words, path);
+    Cufrw converted;
+    fillWords(scan, converted);
+    const int count = converted.rays[0].nfields;
+    for (int r = 0; r < converted.nrays; ++r) layOut(converted.rays[r], count);
+    save(converted, path);
 }
 
 }  // namespace cli

@@ -24,6 +24,9 @@ void writeUniversalFormat(const std::string& path, const Scan& scan, Cufrw& word
 /* The same from the fields of a sweep that came from elsewhere. */
 void writeUniversalFormat(const std::string& path, const Scan& scan, const SweepClasses& classes);
 
+/* A scan without classes: the words of the file that it came from, or else its one sweep. */
+void writeUniversalFormat(const std::string& path, const Scan& scan, Cufrw* words);
+
 }  // namespace cli
 
 #endif

@@ -16,6 +16,7 @@
 #include "classify_sweep.h"
 #include "clutterclassifier/clutterclassifier.h"
 #include "exit_code.h"
+#include "layout_option.h"
 #include "membership_dir.h"
 #include "picture.h"
 #include "progress.h"
@@ -44,16 +45,18 @@ constexpr char kFooter[] =
     "OUT by its ending: .uf Universal Format with the classes as one more field (CC), .csv a "
     "table\n"
     "with one line a gate, anything else a field record file. Codes: 0 precipitation, 3 noise,\n"
-    "5 ground clutter.";
+    "5 ground clutter; with --classes all also 6 sea clutter, 7 turbine clutter.";
 
 struct Arguments {
     std::vector<std::string> inputs;
-    std::string output, plot, format, membership, inputNames, map, window = "5x3";
+    std::string output, plot, format, membership, inputNames, map, window = "5x3",
+                                                                   classes = "ground";
     double minSnrDb = 0, radarConstantDb = 0;
     bool hasMinSnr = false, hasRadarConstant = false;
     int sweep = 0;
     bool hasSweep = false;
     bool removeIsolated = false, quiet = false;
+    ReadOptions read;
 };
 
 /* One input's part of the work. */
@@ -93,6 +96,7 @@ ClassifyOptions optionsFrom(const Arguments& arguments) {
     if (arguments.hasMinSnr) options.minSnrDb = arguments.minSnrDb;
     if (arguments.hasRadarConstant) options.radarConstantDb = arguments.radarConstantDb;
     options.removeIsolated = arguments.removeIsolated;
+    options.allClasses = arguments.classes == "all";
     return options;
 }
 
@@ -198,7 +202,7 @@ class Run {
         const Job& job = jobs_[i];
         showFile(i);
         std::unique_ptr<Cufrw> words;
-        const Scan scan = readScan(job.input, words);
+        const Scan scan = readScan(job.input, words, arguments_.read);
         const std::vector<const Sweep*> sweeps = chooseSweeps(scan, arguments_);
         std::vector<ClassifiedSweep> results;
         for (const Sweep* sweep : sweeps) {
@@ -274,7 +278,9 @@ class Run {
 };
 
 void addOptions(CLI::App& command, Arguments& arguments) {
-    command.add_option("INPUT", arguments.inputs, "Universal Format or field record files")
+    command
+        .add_option("INPUT", arguments.inputs,
+                    "Radar files: Universal Format, field record, polar data or German DX")
         ->required();
     command.add_option("-o,--output", arguments.output,
                        "Write the classes: a file, or a directory (existing, or ending in /)");
@@ -304,10 +310,17 @@ void addOptions(CLI::App& command, Arguments& arguments) {
         ->capture_default_str();
     command.add_flag("--remove-isolated", arguments.removeIsolated,
                      "Turn isolated precipitation gates into clutter");
+    command
+        .add_option("--classes", arguments.classes,
+                    "ground: precipitation and ground clutter; all: sea (6) and wind-turbine "
+                    "clutter (7) too")
+        ->check(CLI::IsMember({"ground", "all"}))
+        ->capture_default_str();
     command.add_option("--sweep", arguments.sweep, "Only the sweep of this number");
     command.add_option("--membership", arguments.membership,
                        "Directory of membership functions (default: CLUTTERCLASSIFIER_MEMBERSHIP, "
                        "else the set that came with the program)");
+    addLayoutOption(command, arguments.read);
     command.add_flag("-q,--quiet", arguments.quiet, "Print errors only");
 }
 

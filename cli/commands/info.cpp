@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "exit_code.h"
+#include "layout_option.h"
 #include "oddities.h"
 #include "read_scan.h"
 #include "roles.h"
@@ -128,20 +129,20 @@ void printOddities(const Scan& scan) {
     for (const std::string& oddity : scan.oddities) std::printf("  - %s\n", oddity.c_str());
 }
 
-void printInfo(const std::string& path) {
-    const Scan scan = readScan(path);
+void printInfo(const std::string& path, const ReadOptions& options) {
+    const Scan scan = readScan(path, options);
     printHead(scan);
     printSweeps(scan);
     printFields(scan);
     printOddities(scan);
 }
 
-void runInfo(const std::vector<std::string>& paths) {
+void runInfo(const std::vector<std::string>& paths, const ReadOptions& options) {
     bool failed = false;
     for (const std::string& path : paths) {
         try {
             if (&path != &paths.front()) std::printf("\n");
-            printInfo(path);
+            printInfo(path, options);
         } catch (const std::exception& error) {
             reportError(path, error.what());
             failed = true;
@@ -155,8 +156,13 @@ void runInfo(const std::vector<std::string>& paths) {
 void addInfoCommand(CLI::App& app) {
     CLI::App* command = app.add_subcommand("info", "Show what a file holds, and what is odd in it");
     const auto paths = std::make_shared<std::vector<std::string>>();
-    command->add_option("INPUT", *paths, "Universal Format or field record files")->required();
-    command->callback([paths] { runInfo(*paths); });
+    const auto options = std::make_shared<ReadOptions>();
+    command
+        ->add_option("INPUT", *paths,
+                     "Radar files: Universal Format, field record, polar data or German DX")
+        ->required();
+    addLayoutOption(*command, *options);
+    command->callback([paths, options] { runInfo(*paths, *options); });
 }
 
 }  // namespace cli

@@ -8,6 +8,7 @@
 #include <optional>
 #include <stdexcept>
 
+#include "layout_option.h"
 #include "picture.h"
 #include "read_scan.h"
 #include "roles.h"
@@ -22,6 +23,7 @@ struct PlotArguments {
     std::vector<std::string> fields;
     std::optional<int> sweep;
     PictureOptions picture;
+    ReadOptions read;
 };
 
 /* The reflectivity, or else whatever comes first. */
@@ -33,7 +35,7 @@ const Field& defaultField(const Sweep& sweep) {
 }
 
 void drawFile(const PlotArguments& arguments) {
-    const Scan scan = readScan(arguments.input);
+    const Scan scan = readScan(arguments.input, arguments.read);
     const Sweep& sweep = findSweep(scan, arguments.sweep);
     std::vector<Field> fields;
     for (const std::string& name : arguments.fields) fields.push_back(findField(sweep, name));
@@ -72,8 +74,11 @@ void runPlot(const PlotArguments& arguments) {
 void addPlotCommand(CLI::App& app) {
     auto arguments = std::make_shared<PlotArguments>();
     CLI::App* command = app.add_subcommand("plot", "Draw fields of a scan as a picture");
-    command->add_option("INPUT", arguments->input, "Universal Format or field record file")
+    command
+        ->add_option("INPUT", arguments->input,
+                     "Radar file: Universal Format, field record, polar data or German DX")
         ->required();
+    addLayoutOption(*command, arguments->read);
     command->add_option("-o,--output", arguments->output, "Picture: FILE.png, FILE.svg or FILE.pdf")
         ->required();
     command

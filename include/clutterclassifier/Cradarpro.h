@@ -36,6 +36,32 @@ class CLUTTERCLASSIFIER_EXPORT Cradarpro {
                                            float* rhv, float* width, float* out, int n,
                                            double* weights, int combination);
 
+    /*
+     * Four-class fuzzy logic: ground, sea and wind-turbine clutter against precipitation. Arguments
+     * and result are those of PrecipitationClutterClassification(); an input tagged T also uses the
+     * files <dir>cal_mf_T_seaclut.dat and <dir>cal_mf_T_turclut.dat, and the clutter likelihood is
+     * the degree of all three kinds of clutter alike, so that it cannot tell them apart.
+     *
+     *   out   0 ground clutter, 1 precipitation, 2 sea clutter, 3 turbine clutter (the earliest of
+     *         equally strong ones), -1 when all four are equally strong
+     *
+     * Any input may be null: it then has degree 1 in every class.
+     */
+    int PrecipitationAllClutterClassification(char* dir, float* stdZhh, float* stdZdr,
+                                              float* stdPdp, float* stdRhv, float* velocity,
+                                              float* ldr, float* pdf, float* rhv, float* width,
+                                              float* out, int n, double* weights, int combination);
+
+    /*
+     * The frame of a classifier of rain, snow, melting snow and hail, with placeholders for its
+     * membership functions; it gives no classes yet. zh (dBZ), zdr (dB), rhv (0..1), ldr (dB) and
+     * the heights h0 and fl (m) hold n elements each; dir is not used. Does nothing when out is
+     * null. Without any input out is -1.0 everywhere; with one, "Membership function not found:
+     * ..." is printed and out is left untouched.
+     */
+    void HydrometeorClassification(char* dir, float* zh, float* zdr, float* rhv, float* ldr,
+                                   float* h0, float* fl, float* out, int n);
+
     /* out = 10 log10(in), in double precision. in may be out; null arrays and n < 1 do nothing. */
     void ZmmtoZdb(float* in, float* out, int n);
 

@@ -20,6 +20,8 @@
 
 #ifdef __cplusplus
 #include "clutterclassifier/CDSP.h"
+#include "clutterclassifier/CGermanRadar.h"
+#include "clutterclassifier/CThuPolDaFor.h"
 #include "clutterclassifier/Cfuzzy.h"
 #include "clutterclassifier/Cmfs.h"
 #include "clutterclassifier/Cpluvek.h"

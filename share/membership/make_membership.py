@@ -1,5 +1,6 @@
 #!/usr/bin/python3
-"""Makes the membership tables of this directory from distributions.csv and pairs.csv.
+"""Makes the membership tables of this directory from three CSV files: distributions.csv, pairs.csv and
+more_classes.csv.
 
 A quantity x has one density a class, a weighted mixture of simple distributions. Its degrees are
 
@@ -11,6 +12,13 @@ so that the ratio of the degrees, which is all that a product of degrees compare
 of the densities within fixed bounds. `power` below 1 allows for inputs that say the same thing twice,
 `lean` is the doubt that goes to precipitation, `floor` bounds what one input can decide. Beyond the
 physical range both degrees are 0.5. The ratio is read at the listed abscissas only and shaped there.
+
+Every other class k of more_classes.csv has the abscissas of its quantity's pair, a d(x) made as that of
+clutter from its own density, shape, power, lean and floor, and the degree
+
+    class k     precipitation degree * d(x) / (1 - d(x)), at most 1
+
+so that its ratio to precipitation follows the ratio of their densities, as that of clutter does.
 
     make_membership.py                 writes the tables beside this script
     make_membership.py --out DIR       writes them into DIR
@@ -95,24 +103,37 @@ def physicalPoint(abscissas, x):
     return 0.5 * positive[0] if x == 0.0 and min(abscissas) >= -1.0 else x
 
 
-def makePair(pair, clutter, precipitation):
-    """Rows (abscissa text, clutter degree, precipitation degree), ascending."""
+def favour(pair, how, components, precipitation):
+    """d(x) of one class against precipitation at every abscissa inside the physical range."""
     texts = pair["abscissas"].split()
     below, above = float(pair["neutral_below"]), float(pair["neutral_above"])
-    power, lean, floor = (float(pair[key]) for key in ("power", "lean", "floor"))
+    power, lean, floor = (float(how[key]) for key in ("power", "lean", "floor"))
     inside = [float(text) for text in texts if below < float(text) < above]
     ratios = []
     for x in inside:
         at = physicalPoint(inside, x)
-        ratios.append(logMixtureDensity(clutter, at) - logMixtureDensity(precipitation, at))
+        ratios.append(logMixtureDensity(components, at) - logMixtureDensity(precipitation, at))
     degrees = {}
-    for x, ratio in zip(inside, shaped(ratios, pair["shape"])):
+    for x, ratio in zip(inside, shaped(ratios, how["shape"])):
         logit = power * ratio - lean
         degrees[x] = floor + (1.0 - 2.0 * floor) / (1.0 + math.exp(-max(min(logit, 50.0), -50.0)))
+    return [degrees.get(float(text), NEUTRAL) for text in texts]
+
+
+def makePair(pair, clutter, precipitation):
+    """Rows (abscissa text, clutter degree, precipitation degree), ascending."""
     rows = []
-    for text in texts:
-        degree = round(degrees.get(float(text), NEUTRAL), DECIMALS)
+    for text, degree in zip(pair["abscissas"].split(), favour(pair, pair, clutter, precipitation)):
+        degree = round(degree, DECIMALS)
         rows.append((text, degree, 1.0 - degree))
+    return rows
+
+
+def makeOther(pair, how, components, precipitation, pairRows):
+    """Rows (abscissa text, degree) of one more class."""
+    rows = []
+    for (text, _, weather), d in zip(pairRows, favour(pair, how, components, precipitation)):
+        rows.append((text, min(weather * d / (1.0 - d), 1.0)))
     return rows
 
 
@@ -128,13 +149,22 @@ def makeTables():
         component = (float(row["weight"]), row["distribution"],
                      float(row["first"]), float(row["second"]))
         components.setdefault((row["quantity"], row["class"]), []).append(component)
+    more = readRows("more_classes.csv")
     tables = {}
+
+    def add(tag, suffix, rows, column):
+        lines = ["%s %.*f\n" % (row[0], DECIMALS, row[column]) for row in rows]
+        tables["cal_mf_%s_%s.dat" % (tag, suffix)] = "".join(lines)
+
     for pair in readRows("pairs.csv"):
         tag = pair["quantity"]
-        rows = makePair(pair, components[tag, "clutter"], components[tag, "precipitation"])
-        for suffix, column in (("clutter", 1), ("precipi", 2)):
-            lines = ["%s %.*f\n" % (row[0], DECIMALS, row[column]) for row in rows]
-            tables["cal_mf_%s_%s.dat" % (tag, suffix)] = "".join(lines)
+        weather = components[tag, "precipitation"]
+        rows = makePair(pair, components[tag, "clutter"], weather)
+        add(tag, "clutter", rows, 1)
+        add(tag, "precipi", rows, 2)
+        for how in (row for row in more if row["quantity"] == tag):
+            others = components[tag, how["class"]]
+            add(tag, how["suffix"], makeOther(pair, how, others, weather, rows), 1)
     return tables
 
 
@@ -147,7 +177,7 @@ def differingTables(tables, directory):
 
 
 def main():
-    parser = argparse.ArgumentParser(description="Makes the membership tables from the two CSV files.")
+    parser = argparse.ArgumentParser(description="Makes the membership tables from the CSV files.")
     parser.add_argument("--out", type=pathlib.Path, default=HERE, help="directory of the tables")
     parser.add_argument("--check", action="store_true", help="compare with the tables, write nothing")
     arguments = parser.parse_args()

@@ -4,6 +4,8 @@
 #ifndef CLUTTER_BASE_NUMBER_H
 #define CLUTTER_BASE_NUMBER_H
 
+#include <cmath>
+#include <cstdint>
 #include <limits>
 
 namespace clutter::base {
@@ -12,6 +14,16 @@ namespace clutter::base {
 inline int truncateToInt(double value) {
     const bool fits = value > -2147483649.0 && value < 2147483648.0;
     return fits ? static_cast<int>(value) : std::numeric_limits<int>::min();
+}
+
+/* Truncation toward zero, wrapped to an integer of at most 32 bits; 0 for what is no finite number.
+ */
+template <class Integer>
+Integer truncateAndWrap(double value) {
+    static_assert(sizeof(Integer) <= 4);
+    if (!std::isfinite(value)) return 0;
+    const double wrapped = std::fmod(std::trunc(value), 4294967296.0);
+    return static_cast<Integer>(static_cast<std::int64_t>(wrapped));
 }
 
 }  // namespace clutter::base

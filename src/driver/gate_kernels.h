@@ -4,16 +4,12 @@
 #ifndef CLUTTER_DRIVER_GATE_KERNELS_H
 #define CLUTTER_DRIVER_GATE_KERNELS_H
 
-#include <vector>
+#include "dsp/range_loss.h"
 
 namespace clutter::driver {
 
-/* 20 log10(range in km) of each gate, dB: in double precision, rounded. Gate 0 is placed one
- * spacing out, so that its logarithm stays finite; the first gate's own range plays no part. */
-std::vector<float> rangeLossesDb(int ngates, float gateSizeM);
-
-/* snr = zhh - loss + constant, in single precision, in that order. */
-void signalToNoise(const float* zhh, const float* lossesDb, float radarConstant, float* snr, int n);
+using dsp::rangeLossesDb;
+using dsp::signalToNoise;
 
 /* Noise where the threshold exceeds the ratio, else precipitation; a NaN ratio is an echo. */
 void markNoise(const float* snr, float minSnr, float* cls, int n);

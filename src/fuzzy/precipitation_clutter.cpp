@@ -1,6 +1,7 @@
 #include "fuzzy/precipitation_clutter.h"
 
 #include <algorithm>
+#include <iterator>
 #include <string>
 
 #include "clutterclassifier/Cradarpro.h"
@@ -31,10 +32,19 @@ struct ClassName {
     const char* likelihoodShape;
 };
 
-constexpr ClassName kClasses[kClassCount] = {
+constexpr ClassName kClasses[kAllClutter] = {
     {"ground clutter", "_clutter.dat", "same"},
     {"precipitation", "_precipi.dat", "complement"},
+    {"sea clutter", "_seaclut.dat", "same"},  // one likelihood serves for clutter of every kind
+    {"turbine clutter", "_turclut.dat", "same"},
 };
+
+constexpr int kSeaClutter = 2;
+
+/* The first input spells one name with two blanks more, which whoever looks names up may see. */
+const char* functionName(int input, int c) {
+    return input == kStdZhh && c == kSeaClutter ? "sea clutter  " : kClasses[c].name;
+}
 
 std::string functionType(const std::string& dir, const InputVariable& variable,
                          const ClassName& name) {
@@ -42,40 +52,62 @@ std::string functionType(const std::string& dir, const InputVariable& variable,
     return dir + "cal_mf_" + variable.tag + name.fileSuffix;
 }
 
-void fillFunctions(Cfuzzy& engine, const std::string& dir) {
+void fillFunctions(Cfuzzy& engine, const std::string& dir, int classes) {
     float params[5] = {1, 1, 1, 1, 1};  // no function of this system reads them
     for (int i = 0; i < kInputCount; ++i) {
-        for (int c = 0; c < kClassCount; ++c) {
+        for (int c = 0; c < classes; ++c) {
             const std::string type = functionType(dir, kVariables[i], kClasses[c]);
-            engine.Fillmfs(i, c, "input", kClasses[c].name, type.c_str(), params);
+            engine.Fillmfs(i, c, "input", functionName(i, c), type.c_str(), params);
         }
     }
-    for (int c = 0; c < kClassCount; ++c) {
+    for (int c = 0; c < classes; ++c) {
         engine.Fillmfs(0, c, "output", kClasses[c].name, "none", params);
     }
 }
 
-void fillRules(Cfuzzy& engine, float* const (&arrays)[kInputCount]) {
-    short table[kClassCount][kInputCount + 1];
-    for (short c = 0; c < kClassCount; ++c) {
-        for (int i = 0; i < kInputCount; ++i) table[c][i] = arrays[i] != nullptr ? c : short{-1};
+/* Rule k uses function k of every input. Only the first two rules leave an absent input out by
+ * themselves; in the others the engine does, to which an input without an array is absent too. */
+short functionOf(short rule, const float* array) {
+    return array == nullptr && rule < kGroundOnly ? short{-1} : rule;
+}
+
+void fillRules(Cfuzzy& engine, float* const (&arrays)[kInputCount], int classes) {
+    short table[kAllClutter][kInputCount + 1];
+    for (short c = 0; c < classes; ++c) {
+        for (int i = 0; i < kInputCount; ++i) table[c][i] = functionOf(c, arrays[i]);
         table[c][kInputCount] = c;
     }
-    engine.Fillrules(table[0], kClassCount);
+    engine.Fillrules(table[0], classes);
 }
 
 }  // namespace
 
 PrecipitationClutterEngine::PrecipitationClutterEngine(const char* dir,
-                                                       float* const (&arrays)[kInputCount])
-    : Cfuzzy(kInputCount, kClassCount, 1, kClassCount) {
+                                                       float* const (&arrays)[kInputCount],
+                                                       int classes)
+    : Cfuzzy(kInputCount, classes, 1, classes) {
     for (int i = 0; i < kInputCount; ++i) {
         FillVars(i, "input", kVariables[i].name, kVariables[i].minval, kVariables[i].maxval);
         AddressDataPointers(i, arrays[i]);
     }
-    FillVars(0, "output", "Particle", 0.0f, 2.0f);
-    fillFunctions(*this, dir != nullptr ? dir : "");
-    fillRules(*this, arrays);
+    FillVars(0, "output", "Particle", 0.0f, static_cast<float>(classes));
+    fillFunctions(*this, dir != nullptr ? dir : "", classes);
+    fillRules(*this, arrays, classes);
+}
+
+int classifyClutter(const ClutterQuestion& question, int classes) {
+    if (question.out == nullptr) return 0;
+    const auto& arrays = question.arrays;
+    if (std::all_of(std::begin(arrays), std::end(arrays), [](float* a) { return a == nullptr; })) {
+        std::fill_n(question.out, std::max(question.n, 0), -1.0f);
+        return 0;
+    }
+    PrecipitationClutterEngine engine(question.dir, arrays, classes);
+    if (question.weights != nullptr) {
+        engine.combination = question.combination;
+        std::copy_n(question.weights, static_cast<int>(kInputCount), engine.weights);
+    }
+    return engine.Evaluate(question.out, question.n);
 }
 
 }  // namespace clutter::fuzzy
@@ -86,17 +118,11 @@ int Cradarpro::PrecipitationClutterClassification(char* dir, float* stdZhh, floa
                                                   float* out, int n, double* weights,
                                                   int combination) {
     using namespace clutter::fuzzy;
-    if (out == nullptr) return 0;
-    float* const arrays[kInputCount] = {stdZhh, stdZdr, stdPdp, stdRhv, velocity,
-                                        ldr,    pdf,    rhv,    width};
-    if (std::all_of(std::begin(arrays), std::end(arrays), [](float* a) { return a == nullptr; })) {
-        std::fill_n(out, std::max(n, 0), -1.0f);
-        return 0;
-    }
-    PrecipitationClutterEngine engine(dir, arrays);
-    if (weights != nullptr) {
-        engine.combination = combination;
-        std::copy_n(weights, static_cast<int>(kInputCount), engine.weights);
-    }
-    return engine.Evaluate(out, n);
+    return classifyClutter({dir,
+                            {stdZhh, stdZdr, stdPdp, stdRhv, velocity, ldr, pdf, rhv, width},
+                            out,
+                            n,
+                            weights,
+                            combination},
+                           kGroundOnly);
 }

@@ -151,11 +151,33 @@ PIN_SIZE(Cufrw, 24);
 PIN(Cufrw, rays, 8);
 PIN(Cufrw, nrays, 16);
 
+PIN_SIZE(CThuPolDaFor, 24);
+PIN(CThuPolDaFor, swapflag, 8);
+PIN(CThuPolDaFor, magic, 12);
+PIN(CThuPolDaFor, signalthreshold, 20);
+
+PIN_SIZE(CGermanRadar, 374448);
+PIN(CGermanRadar, year, 0);
+PIN(CGermanRadar, month, 4);
+PIN(CGermanRadar, day, 8);
+PIN(CGermanRadar, hour, 12);
+PIN(CGermanRadar, minute, 16);
+PIN(CGermanRadar, second, 20);
+PIN(CGermanRadar, reflectivity, 24);
+PIN(CGermanRadar, azimuth, 368664);
+PIN(CGermanRadar, elevation, 371544);
+PIN(CGermanRadar, bins, 374424);
+PIN(CGermanRadar, nrays, 374428);
+PIN(CGermanRadar, loaded, 374432);
+PIN(CGermanRadar, factor, 374440);
+
 #endif
 
-static_assert(std::is_polymorphic<Cpluvek>::value && std::is_polymorphic<Cufrw>::value,
+static_assert(std::is_polymorphic<Cpluvek>::value && std::is_polymorphic<Cufrw>::value &&
+                  std::is_polymorphic<CThuPolDaFor>::value,
               "destroyed through a table of virtual functions");
-static_assert(!std::is_polymorphic<Crres>::value && !std::is_polymorphic<Cfuzzy>::value,
+static_assert(!std::is_polymorphic<Crres>::value && !std::is_polymorphic<Cfuzzy>::value &&
+                  !std::is_polymorphic<CGermanRadar>::value,
               "no table");
 static_assert(!std::is_copy_constructible<Cpluvek>::value && !std::is_copy_assignable<Crres>::value,
               "records are copied by name only");

@@ -286,8 +286,8 @@ TEST(ClassField, IsKnownByNameAndValues) {
     EXPECT_FALSE(isClassField({"DZ", "", {0, 3, 5}}));
     EXPECT_FALSE(isClassField({"CCl", "", {1}}));
     const auto shares = classShares({0, 0, 5, 3, kNan, kNan, kNan, 7});
-    EXPECT_EQ(shares, (std::array<double, 4>{0.25, 0.125, 0.125, 0.5}));
-    EXPECT_EQ(classShares({}), (std::array<double, 4>{}));
+    EXPECT_EQ(shares, (std::array<double, 6>{0.25, 0.125, 0.125, 0.375, 0.0, 0.125}));
+    EXPECT_EQ(classShares({}), (std::array<double, 6>{}));
 }
 
 }  // namespace

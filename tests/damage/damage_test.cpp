@@ -10,16 +10,21 @@
 #include <cstring>
 #include <filesystem>
 #include <iterator>
+#include <memory>
 #include <random>
 #include <string>
 #include <utility>
 #include <vector>
 
+#include "clutterclassifier/CGermanRadar.h"
+#include "clutterclassifier/CThuPolDaFor.h"
 #include "clutterclassifier/Cfuzzy.h"
 #include "clutterclassifier/Cpluvek.h"
 #include "clutterclassifier/Cradarpro.h"
 #include "clutterclassifier/Cufrw.h"
 #include "damage/text_files.h"
+#include "formats/german_dx_bytes.h"
+#include "formats/polar_bytes.h"
 #include "formats/uf_bytes.h"
 #include "support/temp_dir.h"
 
@@ -114,7 +119,68 @@ void exerciseProfiles(const std::string& path, const std::string&) {
     ASSERT_EQ(radar.VPRCorrection(z, z, range, freezing, 2, 0.01, 0.017, name.data(), 0), 1);
 }
 
+/* Reader, order of rays, both writers, and the reader again. */
+void exercisePolar(const std::string& path, const std::string& copy) {
+    CThuPolDaFor polar;
+    std::string in = path, out = copy;
+    for (const int layout : {252, 280, 0}) {
+        Cpluvek records[8];
+        const int result = polar.ReadPolarData(in.data(), records, layout, layout == 280 ? 0 : 1);
+        ASSERT_TRUE(result == 1 || result == -1 || result == -2) << result;
+        const int fields = result == 1 ? records[0].nrecords : 0;
+        ASSERT_LE(fields, 8);
+        polar.SortPolarDataRays(records);
+        for (int f = 0; f < fields; ++f) {
+            ASSERT_NE(records[f].data, nullptr);
+            expectUsable(records[f]);
+        }
+        if (polar.PackAgainDataFiles(in.data(), out.data(), layout) == 1) {
+            Cpluvek packed[8];
+            polar.ReadPolarData(out.data(), packed, layout, 1);
+            for (const Cpluvek& record : packed) expectUsable(record);
+        }
+        if (result != 1) continue;
+        records[0].radarid = 1521;
+        ASSERT_EQ(polar.WriteSingleParameterData(out.c_str(), records, records + 1), 1);
+    }
+}
+
+void exerciseGermanDx(const std::string& path, const std::string&) {
+    const auto radar = std::make_unique<CGermanRadar>();
+    std::string in = path;
+    const int result = radar->readbinaryfile(in.data());
+    ASSERT_TRUE(result == 0 || result == 1);
+    ASSERT_TRUE(radar->bins == 100 || radar->bins == 128);
+    Cpluvek records[2];
+    radar->german2pluvek(records);
+    ASSERT_EQ(records[0].data != nullptr, result == 1);
+    for (const Cpluvek& record : records) expectUsable(record);
+}
+
 /* --- small sound files --- */
+
+/* Steep enough, and with gates long enough, to be shortened. */
+ByteVector polarSeed(int product, std::size_t gateBytes) {
+    std::mt19937 random(9);
+    PolarBytes file = randomPolarFile(product, gateBytes, gateBytes < 4, 2, 14, random);
+    return file.set(274, 400).set(116, 5000).bytes();
+}
+ByteVector polarSeed2213(const std::string&) {
+    return polarSeed(2213, 10);
+}
+ByteVector polarSeed2211(const std::string&) {
+    return polarSeed(2211, 9);
+}
+ByteVector polarSeedSingle(const std::string&) {
+    return polarSeed(1400, 2);
+}
+
+/* The whole 360 rays, as short as they can be. */
+ByteVector germanDxSeed(const std::string&) {
+    ByteVector bytes = dxStart();
+    for (int r = 0; r < 360; ++r) appendDxRay(bytes, 10 * r, 5, {40, 0, 99, 16});
+    return bytes;
+}
 
 ByteVector universalFormatSeed(const std::string&) {
     return ufFile({ufRay({{"DZ", {1, 2, kUfMissing, 4}}, {"VR", {5, 6, 7, 8}}}, 1),
@@ -281,7 +347,11 @@ INSTANTIATE_TEST_SUITE_P(
                     Format{"Profiles", profilesSeed, exerciseProfiles},
                     Format{"ColumnFile", columnFileSeed, exerciseColumnFile},
                     Format{"NameList", nameListSeed, exerciseNameList},
-                    Format{"GridFile", gridFileSeed, exerciseGridFile}),
+                    Format{"GridFile", gridFileSeed, exerciseGridFile},
+                    Format{"PolarFull", polarSeed2213, exercisePolar},
+                    Format{"PolarPacked", polarSeed2211, exercisePolar},
+                    Format{"PolarSingle", polarSeedSingle, exercisePolar},
+                    Format{"GermanDx", germanDxSeed, exerciseGermanDx}),
     [](const testing::TestParamInfo<Format>& info) { return std::string(info.param.name); });
 
 }  // namespace

@@ -1,0 +1,145 @@
+#include "commands/convert.h"
+
+#include <CLI/CLI.hpp>
+#include <cmath>
+#include <cstdio>
+#include <filesystem>
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "clutterclassifier/clutterclassifier.h"
+#include "layout_option.h"
+#include "output_file.h"
+#include "read_scan.h"
+#include "record_output.h"
+#include "roles.h"
+#include "uf_output.h"
+
+namespace cli {
+namespace {
+
+constexpr char kFooter[] =
+    "Examples:\n"
+    "  clutterclassifier convert scan.dx scan.uf\n"
+    "  clutterclassifier convert scan.dat scan.plv --layout 280\n"
+    "  clutterclassifier convert scan.uf reflectivity.pol --field DZ --product 1814\n"
+    "\n"
+    "OUT by its ending: .uf Universal Format, .pol a polar data file of one field (stored as the\n"
+    "product code says: 1814 keeps floats), anything else a field record file.";
+
+constexpr int kFloatProduct = 1814;
+
+struct ConvertArguments {
+    std::string input, output, field;
+    int product = kFloatProduct;
+    int sweep = 0;
+    bool hasSweep = false;
+    ReadOptions read;
+};
+
+/* The sweep that was asked for, alone: records and polar data files hold one. */
+Scan withOneSweep(const Scan& scan, const ConvertArguments& arguments) {
+    Scan single = scan;
+    single.sweeps.clear();
+    for (const Sweep& sweep : scan.sweeps) {
+        if (!arguments.hasSweep || sweep.number == arguments.sweep) single.sweeps.push_back(sweep);
+    }
+    if (single.sweeps.empty())
+        throw std::runtime_error("has no sweep number " + std::to_string(arguments.sweep));
+    if (single.sweeps.size() > 1)
+        throw std::runtime_error("holds " + std::to_string(single.sweeps.size()) +
+                                 " sweeps, and such a file one: choose with --sweep");
+    return single;
+}
+
+/* The named field, or the reflectivity. */
+const Field& chooseField(const Sweep& sweep, const std::string& name) {
+    const Field* reflectivity = chooseFields(sweep, {})[Role::kZhh];
+    if (name.empty() && reflectivity != nullptr) return *reflectivity;
+    for (const Field& field : sweep.fields) {
+        if (lowerCase(field.name) == lowerCase(name)) return field;
+    }
+    throw std::runtime_error(name.empty() ? "has no reflectivity: name a field with --field"
+                                          : "has no field " + name);
+}
+
+void writeRecords(const Scan& scan, const std::string& path) {
+    const Sweep& sweep = scan.sweeps[0];
+    const std::unique_ptr<Cpluvek[]> records(new Cpluvek[std::max<size_t>(sweep.fields.size(), 1)]);
+    for (size_t f = 0; f < sweep.fields.size(); ++f) {
+        fillFieldRecord(scan, sweep, sweep.fields[f].name, sweep.fields[f].units,
+                        sweep.fields[f].values, records[f]);
+        records[f].recindex = static_cast<int>(f);
+        records[f].nrecords = static_cast<int>(sweep.fields.size());
+    }
+    if (sweep.fields.empty() || records[0].WriteDataToFile(path.c_str()) != 1)
+        throw std::runtime_error("cannot write " + path);
+}
+
+/* The layer tells which gates have a value: integers have no other way to say so. */
+void writePolar(const Scan& scan, const ConvertArguments& arguments, const std::string& path) {
+    const Sweep& sweep = scan.sweeps[0];
+    const Field& field = chooseField(sweep, arguments.field);
+    Cpluvek values, layer;
+    fillFieldRecord(scan, sweep, field.name, field.units, field.values, values);
+    values.radarid = static_cast<short>(arguments.product);
+    values.radarconst = scan.hasRadarConstant ? static_cast<float>(scan.radarConstantDb) : 0.0F;
+    std::vector<float> present(field.values.size());
+    for (size_t i = 0; i < present.size(); ++i) present[i] = std::isnan(field.values[i]) ? 0 : 1;
+    fillFieldRecord(scan, sweep, "layer", "", present, layer);
+    CThuPolDaFor polar;
+    if (polar.WriteSingleParameterData(path.c_str(), &values, &layer) != 1)
+        throw std::runtime_error("cannot write " + path + " as product " +
+                                 std::to_string(arguments.product));
+}
+
+void convert(const ConvertArguments& arguments) {
+    std::error_code ignored;
+    if (std::filesystem::equivalent(arguments.input, arguments.output, ignored))
+        throw CLI::ValidationError("OUT", "would overwrite the input");
+    std::unique_ptr<Cufrw> words;
+    const Scan scan = readScan(arguments.input, words, arguments.read);
+    const std::string ending =
+        lowerCase(std::filesystem::path(arguments.output).extension().string());
+    OutputFile file(arguments.output);
+    if (ending == ".uf" && words != nullptr && !arguments.hasSweep)
+        writeUniversalFormat(file.temporary(), scan, words.get());
+    else if (ending == ".uf")
+        writeUniversalFormat(file.temporary(), withOneSweep(scan, arguments), nullptr);
+    else if (ending == ".pol")
+        writePolar(withOneSweep(scan, arguments), arguments, file.temporary());
+    else
+        writeRecords(withOneSweep(scan, arguments), file.temporary());
+    file.commit();
+    std::printf("wrote %s\n", arguments.output.c_str());
+}
+
+}  // namespace
+
+void addConvertCommand(CLI::App& app) {
+    CLI::App* command = app.add_subcommand("convert", "Write a scan in another format");
+    const auto arguments = std::make_shared<ConvertArguments>();
+    command->add_option("INPUT", arguments->input, "Radar file of any format")->required();
+    command->add_option("OUT", arguments->output, "File to write")->required();
+    command->add_option("--field", arguments->field,
+                        "Field for a polar data file (default: the reflectivity)");
+    command
+        ->add_option("--product", arguments->product,
+                     "Code of the single-parameter product of a polar data file")
+        ->capture_default_str();
+    command->add_option("--sweep", arguments->sweep, "Only the sweep of this number");
+    addLayoutOption(*command, arguments->read);
+    command->footer(kFooter);
+    command->callback([arguments, command] {
+        arguments->hasSweep = command->count("--sweep") > 0;
+        try {
+            convert(*arguments);
+        } catch (const std::runtime_error& error) {
+            throw std::runtime_error(arguments->input + ": " + error.what());
+        }
+    });
+}
+
+}  // namespace cli

@@ -1,0 +1,70 @@
+#include "commands/repack.h"
+
+#include <CLI/CLI.hpp>
+#include <cstdio>
+#include <filesystem>
+#include <memory>
+#include <stdexcept>
+#include <string>
+
+#include "clutterclassifier/clutterclassifier.h"
+#include "layout_option.h"
+#include "output_file.h"
+#include "read_scan.h"
+
+namespace cli {
+namespace {
+
+struct RepackArguments {
+    std::string input, output;
+    ReadOptions read;
+};
+
+constexpr const char* kUnchanged =
+    "would not become shorter (needs five or seven fields, more than 1 degree of elevation, a "
+    "first gate at 0 and gates above 10 km; with seven fields --layout)";
+
+/* Seven fields of which the library would take the gates for those of product 2211. */
+constexpr const char* kMistaken = "polar data, product 2214";
+
+void repack(const RepackArguments& arguments) {
+    std::error_code ignored;
+    if (std::filesystem::equivalent(arguments.input, arguments.output, ignored))
+        throw CLI::ValidationError("OUT", "would overwrite the input");
+    if (recognise(arguments.input) != FileFormat::kPolarData)
+        throw std::runtime_error("is no polar data file");
+    const Scan scan = readScan(arguments.input, arguments.read);
+    if (scan.format == kMistaken) throw std::runtime_error("product 2214 cannot be repacked");
+    OutputFile file(arguments.output);
+    CThuPolDaFor polar;
+    std::string in = arguments.input, out = file.temporary();
+    if (polar.PackAgainDataFiles(in.data(), out.data(), arguments.read.polarLayout) != 1) {
+        const bool begun = std::filesystem::exists(out, ignored);
+        throw std::runtime_error(begun ? "cannot write " + arguments.output : kUnchanged);
+    }
+    file.commit();
+    const Scan shorter = readScan(arguments.output, arguments.read);
+    std::printf("wrote %s: %d instead of %d gates a ray\n", arguments.output.c_str(),
+                shorter.sweeps[0].ngates, scan.sweeps[0].ngates);
+}
+
+}  // namespace
+
+void addRepackCommand(CLI::App& app) {
+    CLI::App* command =
+        app.add_subcommand("repack", "Shorten the rays of a polar data file to 10 km of height");
+    const auto arguments = std::make_shared<RepackArguments>();
+    command->add_option("INPUT", arguments->input, "Polar data file")->required();
+    command->add_option("OUT", arguments->output, "File to write")->required();
+    addLayoutOption(*command, arguments->read);
+    command->footer("Example: clutterclassifier repack scan.dat shorter.dat --layout 280");
+    command->callback([arguments] {
+        try {
+            repack(*arguments);
+        } catch (const std::runtime_error& error) {
+            throw std::runtime_error(arguments->input + ": " + error.what());
+        }
+    });
+}
+
+}  // namespace cli

@@ -1,0 +1,154 @@
+/* Formats that the program takes and gives, through its reader and the program itself. */
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstdlib>
+#include <cstring>
+#include <random>
+#include <stdexcept>
+#include <string>
+
+#include "formats/german_dx_bytes.h"
+#include "formats/polar_bytes.h"
+#include "read_scan.h"
+#include "support/temp_dir.h"
+
+namespace {
+
+using namespace clutter::test;
+
+class Formats : public testing::Test {
+  protected:
+    bool run(const std::string& arguments) {
+        const std::string log = dir_.file("log");
+        const std::string command = std::string(PROGRAM) + " " + arguments + " >" + log + " 2>&1";
+        const bool good = std::system(command.c_str()) == 0;
+        const ByteVector bytes = readFile(log);
+        said_.assign(bytes.begin(), bytes.end());
+        return good;
+    }
+    std::string put(const std::string& name, const ByteVector& bytes) {
+        writeFile(dir_.file(name), bytes);
+        return dir_.file(name);
+    }
+    std::string refusal(const std::string& path, int layout = 0) {
+        try {
+            cli::readScan(path, {layout});
+        } catch (const std::runtime_error& error) {
+            return error.what();
+        }
+        return "";
+    }
+    const cli::Sweep& sweepOf(const cli::Scan& scan) { return scan.sweeps.at(0); }
+
+    TempDir dir_;
+    std::string said_;
+    std::mt19937 random_{5};
+};
+
+TEST_F(Formats, GermanDxIsRecognisedAndKeepsItsElevations) {
+    const std::string path = put("scan", dxFile(128));
+    EXPECT_EQ(cli::recognise(path), cli::FileFormat::kGermanDx);
+    const cli::Scan scan = cli::readScan(path);
+    const cli::Sweep& sweep = sweepOf(scan);
+    ASSERT_EQ(sweep.fields.size(), 1u);
+    EXPECT_EQ(sweep.ngates, 128);
+    EXPECT_EQ(sweep.fields[0].name, "Z");
+    EXPECT_EQ(sweep.fields[0].values[1], -29.0f);
+    EXPECT_TRUE(std::isnan(sweep.fields[0].values[5])) << "an empty bin";
+    EXPECT_NEAR(sweep.elevationDeg[6], 0.6, 1e-6);
+    ByteVector odd = dxStart();
+    appendDxRay(odd, 0, 0, {120, 16});
+    EXPECT_NE(refusal(put("odd", odd)).find("neither 100 nor 128 bins"), std::string::npos);
+    EXPECT_NE(refusal(put("text", {'D', 'X', 'F', ' ', 'e', 't', 'c', '.'})).find("neither"),
+              std::string::npos);
+}
+
+TEST_F(Formats, PolarDataAsksForALayoutOnlyWhereItMatters) {
+    const std::string full =
+        put("2211", randomPolarFile(2211, 10, false, 36, 20, random_).set(84, 400).bytes());
+    EXPECT_EQ(cli::recognise(full), cli::FileFormat::kPolarData);
+    EXPECT_NE(refusal(full).find("--layout"), std::string::npos);
+    const cli::Scan scan = cli::readScan(full, {280});
+    EXPECT_EQ(sweepOf(scan).fields.size(), 6u) << "without the padding";
+    EXPECT_TRUE(scan.hasRadarConstant);
+    EXPECT_EQ(scan.radarConstantDb, 40.0);
+    EXPECT_NEAR(sweepOf(scan).nyquist, 12.34, 1e-5);
+    EXPECT_EQ(refusal(put("2213", randomPolarFile(2213, 10, false, 3, 5, random_).bytes())), "");
+    EXPECT_NE(refusal(put("2215", PolarBytes(2215).bytes())).find("not known"), std::string::npos);
+    EXPECT_TRUE(run("info " + full + " --layout 260")) << said_;
+    EXPECT_FALSE(run("info " + full + " --layout 250"));
+}
+
+TEST_F(Formats, ConvertedScansKeepTheirValues) {
+    const std::string dx = put("scan.dx", dxFile(100));
+    const cli::Scan before = cli::readScan(dx);
+    for (const char* ending : {".uf", ".plv", ".pol"}) {
+        SCOPED_TRACE(ending);
+        const std::string out = dir_.file(std::string("copy") + ending);
+        ASSERT_TRUE(run("convert " + dx + " " + out)) << said_;
+        const cli::Scan after = cli::readScan(out);
+        EXPECT_EQ(after.time.minute, 55);
+        EXPECT_EQ(sweepOf(after).nrays, 360);
+        ASSERT_EQ(sweepOf(after).ngates, 100);
+        for (std::size_t i = 0; i < 36000; ++i) {
+            const float was = sweepOf(before).fields[0].values[i];
+            const float is = sweepOf(after).fields[0].values[i];
+            ASSERT_TRUE(was == is || (std::isnan(was) && std::isnan(is))) << i << ": " << is;
+        }
+        for (std::size_t r = 0; r < 360; ++r)
+            ASSERT_NEAR(sweepOf(after).azimuthDeg[r], static_cast<double>(r), 0.01);
+    }
+    EXPECT_NE(said_.find("wrote"), std::string::npos);
+    EXPECT_FALSE(run("convert " + dx + " " + dx)) << "over itself";
+    EXPECT_FALSE(run("convert " + dx + " " + dir_.file("x.pol") + " --product 2213"));
+    EXPECT_FALSE(run("convert " + dx + " " + dir_.file("x.pol") + " --field W"));
+    EXPECT_TRUE(readFile(dir_.file("x.pol")).empty()) << "nothing is left behind";
+}
+
+TEST_F(Formats, AllClassesAreToldApartOnRequest) {
+    // Half of the scan is calm, the other half is as rough as the sea.
+    PolarBytes file(1814, 36, 60);
+    std::normal_distribution<float> normal;
+    for (int r = 0; r < 36; ++r) {
+        ByteVector gates(240);
+        for (std::size_t g = 0; g < 60; ++g) {
+            const float z = 40.0f + (r < 18 ? 1.2f : 4.0f) * normal(random_);
+            std::memcpy(&gates[4 * g], &z, 4);
+        }
+        file.ray(1000 * r, gates);
+    }
+    const std::string path = put("scan", file.set(84, 600).bytes());
+    const std::string common = "classify " + path + " --map P1814=zhh -o " + dir_.file("out.plv");
+    ASSERT_TRUE(run(common)) << said_;
+    EXPECT_EQ(said_.find("sea clutter"), std::string::npos);
+    ASSERT_TRUE(run(common + " --classes all --plot " + dir_.file("out.png"))) << said_;
+    EXPECT_NE(said_.find("sea clutter"), std::string::npos) << said_;
+    const cli::Scan classes = cli::readScan(dir_.file("out.plv"));
+    int sea[2] = {};
+    for (std::size_t i = 0; i < 2160; ++i)
+        sea[i / 1080] += sweepOf(classes).fields[0].values[i] == 6.0f;
+    EXPECT_LT(sea[0], 100);
+    EXPECT_GT(sea[1], 300);
+}
+
+TEST_F(Formats, RepackShortensOrSaysWhyNot) {
+    PolarBytes file = randomPolarFile(2211, 9, false, 36, 120, random_);
+    const std::string steep = put("steep", file.set(116, 2500).set(274, 90).bytes());
+    const std::string out = dir_.file("out");
+    ASSERT_TRUE(run("repack " + steep + " " + out + " --layout 252")) << said_;
+    EXPECT_NE(said_.find("24 instead of 120 gates"), std::string::npos) << said_;
+    const cli::Scan before = cli::readScan(steep, {252}), after = cli::readScan(out, {252});
+    EXPECT_EQ(sweepOf(after).fields[2].values[35 * 24 + 23],
+              sweepOf(before).fields[2].values[35 * 120 + 23]);
+    const std::string low = put("low", file.set(274, 5).bytes());
+    EXPECT_FALSE(run("repack " + low + " " + dir_.file("no") + " --layout 252"));
+    EXPECT_NE(said_.find("shorter"), std::string::npos);
+    const std::string other =
+        put("2214",
+            randomPolarFile(2214, 8, false, 4, 120, random_).set(116, 2500).set(274, 90).bytes());
+    EXPECT_FALSE(run("repack " + other + " " + dir_.file("no") + " --layout 252"));
+    EXPECT_TRUE(readFile(dir_.file("no")).empty());
+}
+
+}  // namespace
