@@ -1,0 +1,267 @@
+#include "support/literal_pipeline.h"
+
+#include <cmath>
+#include <cstddef>
+#include <cstdio>
+
+#include "support/literal.h"
+#include "support/literal_corrections.h"
+#include "support/literal_toolkit.h"
+
+namespace literal {
+namespace {
+
+constexpr double kEarth = 6.378e6;
+constexpr float kNoResult = -99.0f;
+
+double heightOf(double range, double elevation) {
+    return std::pow(range * range + kEarth * kEarth + 2 * range * kEarth * std::sin(elevation),
+                    0.5) -
+           kEarth;
+}
+
+/* phi0 and dphi of a ray; false without two runs of 20 gates. */
+bool phaseRise(AttenuationRay& ray) {
+    const int n = ray.n();
+    bool found = false;
+    double end = 0.0;
+    for (int g = 0; g < n - 20 && !found; ++g) {
+        double sum = 0.0;
+        found = true;
+        for (std::size_t k = static_cast<std::size_t>(g); k < static_cast<std::size_t>(g) + 20;
+             ++k) {
+            found = found && ray.mask[k] == 0.0;
+            sum = sum + ray.phidp[k];
+        }
+        ray.phi0 = sum / 20;
+    }
+    if (!found) return false;
+    found = false;
+    for (int g = n - 21; g >= 1 && !found; --g) {
+        double sum = 0.0;
+        found = true;
+        for (std::size_t k = static_cast<std::size_t>(g) + 1; k <= static_cast<std::size_t>(g) + 20;
+             ++k) {
+            found = found && ray.mask[k] == 0.0;
+            sum = sum + ray.phidp[k];
+        }
+        end = sum / 20;
+    }
+    ray.dphi = end - ray.phi0;
+    return found;
+}
+
+/* The result of the ray's correction: nominal coefficients only. */
+struct Correction {
+    TrialResult trial;
+    Values z;
+    double rise = 0.0, pia = 0.0;
+};
+
+Correction correctRay(AttenuationRay& ray, int algorithm, double leastRise) {
+    Correction result;
+    result.z = ray.z;
+    if (algorithm == -1) return result;
+    if (algorithm == 6) {
+        ray.dphi = leastRise + 1;
+    } else if (!phaseRise(ray)) {
+        return result;
+    }
+    result.rise = ray.dphi;
+    if (!(ray.dphi > leastRise)) return result;
+    const int methods[] = {-1, -1, -1, 3, 0, 1, 2, -1, -1};
+    const int method = algorithm >= 3 && algorithm <= 6 ? methods[algorithm] : -1;
+    result.trial = evaluateTrial(ray, 0.073, 3e-05, 0.78, method);
+    for (std::size_t g = 0; g < ray.z.size(); ++g) {
+        result.pia = result.pia + 2 * result.trial.ah[g] * ray.dr;
+        if (!(ray.mask[g] == 0.0)) continue;
+        result.z[g] = std::pow(10.0, (10 * std::log10(ray.z[g]) + result.pia) / 10);
+    }
+    return result;
+}
+
+float relationAt(int relation, float dbz, float zdr) {
+    const double z = std::pow(10.0, 0.1 * static_cast<double>(dbz));
+    if (relation == 0) return static_cast<float>(std::pow(z / 200.0, 1 / 1.6));
+    return static_cast<float>(0.01583 * std::pow(z, 0.8349) *
+                              std::pow(10.0, -0.3732 * static_cast<double>(zdr)));
+}
+
+void classify(PolarScan& scan, const PipelineSettings& settings, const std::string& directory) {
+    std::vector<double> wide[7];
+    const Field* fields[7] = {&scan.zhh, &scan.zdr, &scan.pdp, &scan.rhv,
+                              &scan.vel, &scan.ldr, &scan.pdf};
+    Scan arguments;
+    arguments.nrays = scan.nrays;
+    arguments.ngates = scan.ngates;
+    for (int i = 0; i < 7; ++i) {
+        wide[i].assign(fields[i]->begin(), fields[i]->end());
+        arguments.fields[i] = wide[i].data();
+    }
+    arguments.gateSize = static_cast<double>(scan.gateSize);
+    arguments.params[0] = static_cast<double>(scan.radarConstant);
+    arguments.params[1] = static_cast<double>(settings.minSnr);
+    arguments.params[2] = settings.clutterInputs;
+    const std::vector<double> classes = classifyScan(arguments, directory);
+    scan.ccl.assign(classes.begin(), classes.end());
+    Field flags(scan.cells());
+    for (int pass = 0; pass < 2; ++pass) {
+        const int window = pass == 0 ? 5 : 10;
+        isolatedPixels(scan.ccl.data(), flags.data(), scan.ngates, scan.nrays, window, window,
+                       pass + 1);
+        for (std::size_t i = 0; i < flags.size(); ++i) {
+            if (flags[i] != 0.0f) scan.ccl[i] = 5.0f;
+        }
+    }
+}
+
+}  // namespace
+
+std::string correctAttenuation(PolarScan& scan, const PipelineSettings& settings) {
+    const int ngates = scan.ngates, nrays = scan.nrays;
+    std::vector<int> correlated, rainy;
+    for (std::size_t i = 0; i < scan.cells(); ++i) {
+        correlated.push_back(!(0.9 >= static_cast<double>(scan.rhv[i])) ? 1 : 0);
+        rainy.push_back(scan.ccl[i] == 0.0f ? 1 : 0);
+    }
+    const float first = initialPhase(scan.pdp.data(), correlated, ngates, nrays, 10);
+    const float second = initialPhase(scan.pdp.data(), rainy, ngates, nrays, 10);
+    char printed[200];
+    std::snprintf(printed, sizeof printed, "phase0 = %1.2f\nphase0 = %1.2f\n",
+                  static_cast<double>(first), static_cast<double>(second));
+    for (float& phase : scan.pdp) phase = phase - second;
+    if (settings.windows[2][0] * settings.windows[2][1] > 1) {
+        smoothPolar(scan.pdp.data(), scan.pdp.data(), scan.ccl.data(), ngates, nrays,
+                    settings.windows[2][0], settings.windows[2][1], false);
+    }
+    for (Field* field : {&scan.dpdp, &scan.acoef, &scan.bcoef, &scan.alpha, &scan.ta, &scan.pdpc,
+                         &scan.ah, &scan.kdp}) {
+        *field = scan.pdp;
+    }
+    for (int r = 0; r < nrays; ++r) {
+        const std::size_t at = static_cast<std::size_t>(r) * static_cast<std::size_t>(ngates);
+        int nfl = ngates - 1;
+        for (int g = 0; g < ngates; ++g) {
+            const double height = heightOf(g * static_cast<double>(scan.gateSize),
+                                           static_cast<double>(scan.elevation));
+            if (height >= static_cast<double>(scan.fzl[at + static_cast<std::size_t>(g)]) - 500.0) {
+                nfl = g;
+                break;
+            }
+        }
+        AttenuationRay ray;
+        ray.dr = static_cast<double>(scan.gateSize) / 1000;
+        for (std::size_t g = 0; g < static_cast<std::size_t>(nfl); ++g) {
+            ray.z.push_back(std::pow(10.0, 0.1 * static_cast<double>(scan.zhh[at + g])));
+            ray.phidp.push_back(static_cast<double>(scan.pdp[at + g]));
+            ray.mask.push_back(static_cast<double>(scan.ccl[at + g]));
+        }
+        const Correction c = correctRay(ray, settings.attenuation, settings.leastRise);
+        for (std::size_t g = 0; g < static_cast<std::size_t>(ngates); ++g) {
+            const bool inPath = g < static_cast<std::size_t>(nfl);
+            const bool corrected = inPath && !c.trial.ah.empty();
+            const double z =
+                inPath ? c.z[g] : std::pow(10.0, 0.1 * static_cast<double>(scan.zhh[at + g]));
+            const double beyond = inPath ? 0.0 : c.pia;
+            scan.zhh[at + g] = static_cast<float>(10 * std::log10(z)) + static_cast<float>(beyond);
+            scan.ta[at + g] = static_cast<float>(c.pia);
+            scan.dpdp[at + g] = static_cast<float>(c.rise);
+            scan.acoef[at + g] = corrected ? static_cast<float>(c.trial.a[g]) : 0.0f;
+            scan.bcoef[at + g] = corrected ? static_cast<float>(c.trial.b[g]) : 0.0f;
+            scan.alpha[at + g] = corrected ? static_cast<float>(c.trial.alpha[g]) : 0.0f;
+            scan.pdpc[at + g] = corrected ? static_cast<float>(c.trial.rebuilt[g]) : -30.0f;
+            scan.ah[at + g] = corrected ? static_cast<float>(c.trial.ah[g]) : 0.0f;
+        }
+    }
+    return printed;
+}
+
+void estimateRain(PolarScan& scan, int relation) {
+    for (std::size_t i = 0; i < scan.cells(); ++i) {
+        const std::size_t gate = i % static_cast<std::size_t>(scan.ngates);
+        const float height = static_cast<float>(
+            heightOf(static_cast<double>(gate) * static_cast<double>(scan.gateSize),
+                     static_cast<double>(scan.elevation)));
+        int chosen = relation;
+        if (relation < 0) {
+            const bool trust = scan.zhh[i] > 15.0f && scan.zdr[i] > 0.3f && scan.zdr[i] < 5.0f;
+            const double base = static_cast<double>(scan.fzl[i]) - 500.0;
+            chosen = trust && static_cast<double>(height) <= base ? 1 : 0;
+        }
+        scan.rain[i] = relationAt(chosen, scan.zhh[i], scan.zdr[i]);
+    }
+}
+
+std::vector<float> zdrStatistics(const PolarScan& scan, float r0, float r1, float rhoMin,
+                                 float zMin, float zMax, bool low) {
+    std::vector<float> stats(7, kNoResult);
+    stats[0] = scan.elevation * 180.0f / 3.1415927f;
+    if (!low && (stats[0] < 88.0f || stats[0] > 92.0f)) return stats;
+    const int from = static_cast<int>(r0 / scan.gateSize),
+              to = static_cast<int>(r1 / scan.gateSize);
+    if (from >= to || from >= scan.ngates || to >= scan.ngates || from < 0) return stats;
+    double powers[2] = {1.0, 1.0};
+    float sums[4] = {0.0f, 0.0f, 0.0f, 0.0f};
+    int count = 0;
+    for (int r = 0; r < scan.nrays; ++r) {
+        for (int g = from; g < to; ++g) {
+            const std::size_t i = static_cast<std::size_t>(r * scan.ngates + g);
+            if (!(scan.rhv[i] >= rhoMin && scan.zhh[i] >= zMin)) continue;
+            if (low && !(scan.ccl[i] == 0.0f && scan.zhh[i] <= zMax)) continue;
+            powers[0] = powers[0] + std::pow(10.0, 0.1 * static_cast<double>(scan.zhh[i]));
+            powers[1] = powers[1] + std::pow(10.0, 0.1 * static_cast<double>(scan.zdr[i]));
+            const float values[4] = {scan.pdp[i], scan.rhv[i], scan.vel[i], scan.wid[i]};
+            for (int k = 0; k < 4; ++k) sums[k] = sums[k] + values[k];
+            ++count;
+        }
+    }
+    if (count <= 100) return stats;
+    for (std::size_t k = 0; k < 2; ++k) {
+        stats[k + 1] = static_cast<float>(10 * std::log10(powers[k] / count));
+    }
+    for (std::size_t k = 0; k < 4; ++k) stats[k + 3] = sums[k] / static_cast<float>(count);
+    return stats;
+}
+
+std::vector<Field> zdrSamples(const PolarScan& scan, float height, float zMin, float zMax) {
+    const double b = 2 * kEarth * std::sin(static_cast<double>(scan.elevation));
+    const double outer = kEarth + static_cast<double>(height);
+    const double range = (-b + std::sqrt(b * b - 4 * (kEarth * kEarth - outer * outer))) / 2;
+    const int gates = static_cast<int>(range / static_cast<double>(scan.gateSize));
+    std::vector<Field> samples(static_cast<std::size_t>(scan.nrays));
+    for (int r = 0; r < scan.nrays; ++r) {
+        for (int g = 0; g < gates; ++g) {
+            const std::size_t i = static_cast<std::size_t>(r * scan.ngates + g);
+            if (i >= scan.cells()) break;
+            if (scan.zhh[i] >= zMin && scan.zhh[i] <= zMax && scan.ccl[i] == 0.0f &&
+                scan.rhv[i] >= 0.95f) {
+                samples[static_cast<std::size_t>(r)].push_back(scan.zdr[i]);
+            }
+        }
+    }
+    return samples;
+}
+
+std::string process(PolarScan& scan, const PipelineSettings& settings,
+                    const std::string& membershipDirectory) {
+    classify(scan, settings, membershipDirectory);
+    for (float& zdr : scan.zdr) zdr = zdr + settings.zdrBias;
+    Field* fields[7] = {&scan.zhh, &scan.zdr, &scan.pdp, &scan.rhv,
+                        &scan.vel, &scan.wid, &scan.ldr};
+    for (int i = 0; i < 7; ++i) {
+        const int* window = settings.windows[i];
+        if (window[0] * window[1] <= 1) continue;
+        smoothPolar(fields[i]->data(), fields[i]->data(), scan.ccl.data(), scan.ngates, scan.nrays,
+                    window[0], window[1], i < 2);
+    }
+    std::string printed = correctAttenuation(scan, settings);
+    estimateRain(scan, settings.relation);
+    for (std::size_t i = 0; i < scan.cells(); ++i) {
+        if (scan.ccl[i] == 0.0f) continue;
+        for (Field* field : fields) (*field)[i] = settings.hidden;
+        scan.rain[i] = settings.hidden;
+    }
+    return printed;
+}
+
+}  // namespace literal
