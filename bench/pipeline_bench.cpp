@@ -1,0 +1,74 @@
+/*
+ * The whole pipeline but the two plain conversions, on a scan of 360 rays x 1,000 gates: filling a
+ * context, classification to blanking, nominal attenuation solution.
+ */
+#include <benchmark/benchmark.h>
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cstdio>
+
+#include "clutterclassifier/Crres.h"
+#include "support/literal_pipeline.h"
+#include "support/scan_context.h"
+
+namespace {
+
+constexpr int kRays = 360;
+constexpr int kGates = 1000;
+constexpr int kStages = 255 & ~(32 | 64);
+constexpr int kAlgorithm = 4;
+
+/* Standard output goes nowhere while the stages talk. */
+class Silence {
+  public:
+    Silence() {
+        std::fflush(stdout);
+        kept_ = dup(STDOUT_FILENO);
+        const int nowhere = open("/dev/null", O_WRONLY);
+        dup2(nowhere, STDOUT_FILENO);
+        close(nowhere);
+    }
+    ~Silence() {
+        std::fflush(stdout);
+        dup2(kept_, STDOUT_FILENO);
+        close(kept_);
+    }
+    Silence(const Silence&) = delete;
+    Silence& operator=(const Silence&) = delete;
+
+  private:
+    int kept_;
+};
+
+void fast(benchmark::State& state, int stages) {
+    const literal::PolarScan scan = clutter::test::makeRainScan(kRays, kGates, 3);
+    const Silence silence;
+    for (auto _ : state) {
+        Crres context;
+        clutter::test::fillContext(context, scan);
+        std::snprintf(context.mfdir, sizeof context.mfdir, "%s", MEMBERSHIP_DIRECTORY);
+        context.attenuationalg = kAlgorithm;
+        benchmark::DoNotOptimize(context.RadarDataProcessing(stages));
+    }
+}
+
+void literalDefinition(benchmark::State& state) {
+    const literal::PolarScan scan = clutter::test::makeRainScan(kRays, kGates, 3);
+    literal::PipelineSettings settings;
+    settings.attenuation = kAlgorithm;
+    for (auto _ : state) {
+        literal::PolarScan copy = scan;
+        benchmark::DoNotOptimize(literal::process(copy, settings, MEMBERSHIP_DIRECTORY));
+    }
+}
+
+}  // namespace
+
+BENCHMARK_CAPTURE(fast, whole, kStages)->Name("pipeline/fast")->Unit(benchmark::kMillisecond);
+BENCHMARK(literalDefinition)->Name("pipeline/literal")->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(fast, none, 0)->Name("pipeline/filling only")->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(fast, c1, 1)->Name("pipeline/classification")->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(fast, c4, 4)->Name("pipeline/filtering")->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(fast, c8, 8)->Name("pipeline/attenuation")->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(fast, c16, 16)->Name("pipeline/rainfall")->Unit(benchmark::kMillisecond);
