@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "clutterclassifier/clutterclassifier.h"
+#include "layout_option.h"
 #include "library_output.h"
 #include "output_file.h"
 #include "read_record.h"
@@ -41,6 +42,7 @@ constexpr size_t kGridHeaderLines = 6;
 struct ExportArguments {
     std::string input, output, format, field;
     std::optional<int> sweep;
+    ReadOptions read;
 };
 
 /* One record in the library's hands: a field of a sweep, or a record of a file. */
@@ -67,7 +69,7 @@ const Field& chosenField(const Sweep& sweep, const std::string& name) {
 }
 
 void loadSweep(const ExportArguments& arguments, Source& source) {
-    const Scan scan = readScan(arguments.input);
+    const Scan scan = readScan(arguments.input, arguments.read);
     const Sweep& sweep = findSweep(scan, arguments.sweep);
     if (!(sweep.gateSpacingM > 0)) throw std::runtime_error("the gate spacing is not positive");
     const Field& field = chosenField(sweep, arguments.field);
@@ -161,7 +163,8 @@ void addExportCommand(CLI::App& app) {
     auto arguments = std::make_shared<ExportArguments>();
     CLI::App* command = app.add_subcommand("export", "Write a field as a table, a grid or numbers");
     command->footer(kFooter);
-    command->add_option("INPUT", arguments->input, "Universal Format or field record file")
+    command
+        ->add_option("INPUT", arguments->input, "Radar file, in any format that the library reads")
         ->required();
     command->add_option("-o,--output", arguments->output, "FILE.csv, FILE.asc or FILE.bin")
         ->required();
@@ -170,6 +173,7 @@ void addExportCommand(CLI::App& app) {
     command->add_option("--field", arguments->field,
                         "Field (default: the reflectivity, else the first)");
     command->add_option("--sweep", arguments->sweep, "Number of the sweep (default: the first)");
+    addLayoutOption(*command, arguments->read);
     command->callback([arguments] { runExport(*arguments); });
 }
 

@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "clutterclassifier/clutterclassifier.h"
+#include "layout_option.h"
 #include "library_output.h"
 #include "output_file.h"
 #include "read_scan.h"
@@ -39,6 +40,7 @@ struct ExtractArguments {
     std::string input, points, output;
     std::vector<std::string> fields;
     std::optional<int> sweep;
+    ReadOptions read;
     bool map = false;
     std::vector<double> origin = {0.0, 0.0};
 };
@@ -63,7 +65,7 @@ Extract extractFromGrid(const ExtractArguments& arguments, Points points) {
 }
 
 Extract extractFromScan(const ExtractArguments& arguments, Points points) {
-    const Scan scan = readScan(arguments.input);
+    const Scan scan = readScan(arguments.input, arguments.read);
     const Sweep& sweep = findSweep(scan, arguments.sweep);
     Extract extract;
     extract.time = scan.time;
@@ -178,7 +180,8 @@ void addExtractCommand(CLI::App& app) {
     auto arguments = std::make_shared<ExtractArguments>();
     CLI::App* command = app.add_subcommand("extract", "Values of fields at the points of a list");
     command->footer(kFooter);
-    command->add_option("INPUT", arguments->input, "Universal Format or field record file")
+    command
+        ->add_option("INPUT", arguments->input, "Radar file, in any format that the library reads")
         ->required();
     command->add_option("POINTS", arguments->points, "Text file with two numbers a line")
         ->required();
@@ -187,6 +190,7 @@ void addExtractCommand(CLI::App& app) {
                         "standard output)");
     command->add_option("--fields", arguments->fields, "Fields (default: all)")->delimiter(',');
     command->add_option("--sweep", arguments->sweep, "Number of the sweep (default: the first)");
+    addLayoutOption(*command, arguments->read);
     command->add_flag("--map", arguments->map, "POINTS are x (east) and y (north) in m");
     command
         ->add_option("--origin", arguments->origin,

@@ -9,7 +9,7 @@
 
 #include "clutterclassifier/Cradarpro.h"
 #include "corrections/attenuation_search.h"
-#include "dsp/uniform.h"
+#include "dsp/random_fill.h"
 
 using namespace clutter::corrections;
 

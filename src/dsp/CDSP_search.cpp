@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "clutterclassifier/CDSP.h"
+#include "dsp/interpolation.h"
 #include "dsp/matrix_shift.h"
 #include "dsp/random_fill.h"
 #include "dsp/scores.h"
@@ -38,24 +39,6 @@ void findNearestElement(const T* x, int n, Distance distance, T& value, int& ind
     if (x == nullptr || n < 1) return;
     index = clutter::dsp::findNearest(x, n, distance);
     value = x[index];
-}
-
-/* The first knot beyond a place; n when there is none. */
-int findKnotBeyond(const double* x, int n, double place, bool ascending) {
-    const auto beyond = [place](double knot) { return knot > place; };
-    const double* knot = ascending ? std::partition_point(x, x + n, std::not_fn(beyond))
-                                   : std::find_if(x, x + n, beyond);
-    return static_cast<int>(knot - x);
-}
-
-/* rand() (max - min) is formed in the array's precision, the rest in double. */
-template <class T>
-void fillUniform(T* out, int n, T min, T max) {
-    clutter::dsp::reseed();
-    for (int i = 0; out != nullptr && i < n; ++i) {
-        const T product = static_cast<T>(std::rand()) * (max - min);
-        out[i] = static_cast<T>(product / clutter::dsp::kRandomRange + min);
-    }
 }
 
 template <class T>
@@ -191,18 +174,7 @@ void CDSP::MatrixPrediction(float* current, float* previous, float* predicted, i
 
 void CDSP::interp(double* x, double* y, int n, double* xi, double* yi, int ni) {
     if (x == nullptr || y == nullptr || xi == nullptr || yi == nullptr || n < 1) return;
-    const bool ascending = std::adjacent_find(x, x + n, std::not_fn(std::less_equal<>())) == x + n;
-    for (int i = 0; i < ni; ++i) {
-        const double place = xi[i];
-        const int k = findKnotBeyond(x, n, place, ascending);
-        if (k == 0) {
-            yi[i] = y[0];
-        } else if (k < n - 1) {
-            yi[i] = y[k] + (place - x[k]) * (y[k] - y[k - 1]) / (x[k] - x[k - 1]);
-        } else {
-            yi[i] = y[n - 1];
-        }
-    }
+    clutter::dsp::interpolateLinear(x, y, n, xi, yi, ni);
 }
 
 void CDSP::Sort(float* in, float* out, int* index, int n) {
@@ -211,11 +183,11 @@ void CDSP::Sort(float* in, float* out, int* index, int n) {
 }
 
 void CDSP::GenerateRandomNoise(double* out, int n, double min, double max) {
-    fillUniform(out, n, min, max);
+    clutter::dsp::fillUniform(out, n, min, max);
 }
 
 void CDSP::GenerateRandomNoise(float* out, int n, float min, float max) {
-    fillUniform(out, n, min, max);
+    clutter::dsp::fillUniform(out, n, min, max);
 }
 
 void CDSP::GenerateNormallyDistributed(double* out, int n, double mean, double sd) {

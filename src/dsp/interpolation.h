@@ -1,5 +1,5 @@
 /*
- * interpolation.h - piecewise linear interpolation between ascending knots.
+ * interpolation.h - piecewise linear interpolation between knots.
  */
 #ifndef CLUTTER_DSP_INTERPOLATION_H
 #define CLUTTER_DSP_INTERPOLATION_H
@@ -7,8 +7,9 @@
 namespace clutter::dsp {
 
 /*
- * yi[i] = the value at xi[i] of the line through n >= 1 knots. Below the first knot it is y[0];
- * from the last but one knot on it is y[n - 1], and so for NaN. yi may be xi.
+ * yi[i] = the value at xi[i] of the line through n >= 1 knots, between the first knot beyond it and
+ * the one before. Below the first knot it is y[0]; from the last but one knot on it is y[n - 1],
+ * and so for NaN. Knots that do not ascend are searched one by one. yi may be xi.
  */
 void interpolateLinear(const double* x, const double* y, int n, const double* xi, double* yi,
                        int ni);
