@@ -7,6 +7,7 @@
 
 #include <vector>
 
+#include "base/array.h"
 #include "clutterclassifier/Cpluvek.h"
 #include "corrections/beam.h"
 #include "model/field_access.h"
@@ -14,8 +15,9 @@
 namespace clutter::corrections {
 
 inline std::vector<double> gateRanges(const Cpluvek& scan) {
-    std::vector<double> ranges;
-    for (int g = 0; g < scan.ngates; ++g) ranges.push_back(g * static_cast<double>(scan.gatesize));
+    std::vector<double> ranges(base::cellCount(scan.ngates, 1));
+    double gate = 0.0;
+    for (double& range : ranges) range = gate++ * static_cast<double>(scan.gatesize);
     return ranges;
 }
 

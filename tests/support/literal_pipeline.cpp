@@ -80,6 +80,18 @@ Correction correctRay(AttenuationRay& ray, int algorithm, double leastRise) {
     return result;
 }
 
+/* Gates of the ray that starts at a cell which are before the melting layer. */
+int rainGates(const PolarScan& scan, std::size_t at) {
+    for (int g = 0; g < scan.ngates; ++g) {
+        const double height =
+            heightOf(g * static_cast<double>(scan.gateSize), static_cast<double>(scan.elevation));
+        if (height >= static_cast<double>(scan.fzl[at + static_cast<std::size_t>(g)]) - 500.0) {
+            return g;
+        }
+    }
+    return scan.ngates - 1;
+}
+
 float relationAt(int relation, float dbz, float zdr) {
     const double z = std::pow(10.0, 0.1 * static_cast<double>(dbz));
     if (relation == 0) return static_cast<float>(std::pow(z / 200.0, 1 / 1.6));
@@ -140,15 +152,7 @@ std::string correctAttenuation(PolarScan& scan, const PipelineSettings& settings
     }
     for (int r = 0; r < nrays; ++r) {
         const std::size_t at = static_cast<std::size_t>(r) * static_cast<std::size_t>(ngates);
-        int nfl = ngates - 1;
-        for (int g = 0; g < ngates; ++g) {
-            const double height = heightOf(g * static_cast<double>(scan.gateSize),
-                                           static_cast<double>(scan.elevation));
-            if (height >= static_cast<double>(scan.fzl[at + static_cast<std::size_t>(g)]) - 500.0) {
-                nfl = g;
-                break;
-            }
-        }
+        const int nfl = rainGates(scan, at);
         AttenuationRay ray;
         ray.dr = static_cast<double>(scan.gateSize) / 1000;
         for (std::size_t g = 0; g < static_cast<std::size_t>(nfl); ++g) {
