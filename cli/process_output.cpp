@@ -48,34 +48,6 @@ Field classField(const ProcessedSweep& processed) {
     return {kClasses, "-", processed.classified.classes};
 }
 
-void writeRecords(const std::string& path, const Scan& scan, const ProcessedSweep& processed) {
-    std::vector<Field> fields = processed.sweep.fields;
-    if (processed.hasClasses) fields.push_back(classField(processed));
-    const std::unique_ptr<Cpluvek[]> records(new Cpluvek[fields.size()]);
-    for (size_t f = 0; f < fields.size(); ++f) {
-        fillFieldRecord(scan, processed.sweep, fields[f].name, fields[f].units, fields[f].values,
-                        records[f]);
-        records[f].recindex = static_cast<int>(f);
-        records[f].nrecords = records[f].nsets = static_cast<int>(fields.size());
-    }
-    if (records[0].WriteDataToFile(path.c_str()) != 1)
-        throw std::runtime_error("cannot write " + path);
-}
-
-void writeWords(const std::string& path, const Scan& scan, const ProcessedSweep& processed) {
-    Sweep sweep = processed.sweep;
-    sweep.fields.clear();
-    for (const Field& field : processed.sweep.fields) {
-        const char* name = ufNameOf(field.name);
-        if (!name) continue;
-        sweep.fields.push_back(field);
-        sweep.fields.back().name = name;
-    }
-    std::vector<float> classes = processed.classified.classes;
-    classes.resize(sweep.fields[0].values.size(), NAN);
-    writeUniversalFormat(path, scan, {&sweep, &classes});
-}
-
 size_t linesOf(const std::string& path) {
     std::ifstream file(path, std::ios::binary);
     return static_cast<size_t>(
@@ -97,11 +69,34 @@ Points withinGates(const GatePoints& at, const Sweep& sweep) {
 
 }  // namespace
 
-void writeProcessed(const std::string& path, const Scan& scan, const ProcessedSweep& processed) {
-    if (lowerCase(std::filesystem::path(path).extension().string()) == ".uf")
-        writeWords(path, scan, processed);
-    else
-        writeRecords(path, scan, processed);
+void writeProcessedRecords(const std::string& path, const Scan& scan,
+                           const ProcessedSweep& processed) {
+    std::vector<Field> fields = processed.sweep.fields;
+    if (processed.hasClasses) fields.push_back(classField(processed));
+    const std::unique_ptr<Cpluvek[]> records(new Cpluvek[fields.size()]);
+    for (size_t f = 0; f < fields.size(); ++f) {
+        fillFieldRecord(scan, processed.sweep, fields[f].name, fields[f].units, fields[f].values,
+                        records[f]);
+        records[f].recindex = static_cast<int>(f);
+        records[f].nrecords = records[f].nsets = static_cast<int>(fields.size());
+    }
+    if (records[0].WriteDataToFile(path.c_str()) != 1)
+        throw std::runtime_error("cannot write " + path);
+}
+
+void writeProcessedWords(const std::string& path, const Scan& scan,
+                         const ProcessedSweep& processed) {
+    Sweep sweep = processed.sweep;
+    sweep.fields.clear();
+    for (const Field& field : processed.sweep.fields) {
+        const char* name = ufNameOf(field.name);
+        if (!name) continue;
+        sweep.fields.push_back(field);
+        sweep.fields.back().name = name;
+    }
+    std::vector<float> classes = processed.classified.classes;
+    classes.resize(sweep.fields[0].values.size(), NAN);
+    writeUniversalFormat(path, scan, {&sweep, &classes});
 }
 
 Field processedField(const ProcessedSweep& processed, const std::string& name) {

@@ -10,9 +10,12 @@
 
 namespace cli {
 
-/* One file a sweep: Universal Format (.uf), else a field record file with all fields and the
- * classes. Throws std::runtime_error. */
-void writeProcessed(const std::string& path, const Scan& scan, const ProcessedSweep& processed);
+/* Universal Format, or a field record file with all fields and the classes. Throw
+ * std::runtime_error. */
+void writeProcessedWords(const std::string& path, const Scan& scan,
+                         const ProcessedSweep& processed);
+void writeProcessedRecords(const std::string& path, const Scan& scan,
+                           const ProcessedSweep& processed);
 
 /* A field by its record name or by its Universal Format name; the classes are CCl. Throws
  * std::runtime_error that lists the names. */

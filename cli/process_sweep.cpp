@@ -168,8 +168,8 @@ class Chain {
             without += !fillPhaseGaps(ray, sweep_.ngates) && r < sweep_.nrays;
         }
         if (without > 0)
-            out_.classified.notes.push_back(std::to_string(without) +
-                                            " rays without any phase are taken as 0 degrees");
+            out_.classified.notes.push_back("rays without any phase, taken as 0 degrees: " +
+                                            std::to_string(without));
     }
 
     void takeFields() {

@@ -51,6 +51,9 @@ struct Arguments {
     bool printConfig = false, quiet = false;
 };
 
+/* Inputs of the classification that are no wish: the default, which an example file repeats. */
+constexpr short kUsualInputs = 255;
+
 /* What the settings say that the program, not the library, has to know. */
 struct Settings {
     Configuration pairs;
@@ -90,7 +93,7 @@ Settings readSettings(const std::string& path) {
     const QuietLibrary quiet;
     context->readinitialconfiguration(name.data());
     if (settings.pairs.names("WHAT2DO")) settings.what = context->what2do;
-    if (settings.pairs.names("CLUTTER_ALG")) settings.mask = context->clutteralg;
+    if (context->clutteralg != kUsualInputs) settings.mask = context->clutteralg;
     if (settings.pairs.names("CLUTTER_MFS")) settings.membership = context->mfdir;
     return settings;
 }
@@ -224,10 +227,13 @@ class Run {
     void write(const Scan& scan) {
         const std::vector<std::string> outputs = pathsFor(arguments_.output, scan);
         const std::vector<std::string> pictures = pathsFor(picturePath(arguments_), scan);
+        const bool isUniversalFormat =
+            lowerCase(fs::path(arguments_.output).extension().string()) == ".uf";
         std::vector<std::unique_ptr<OutputFile>> files;
         for (size_t s = 0; s < outputs.size(); ++s) {
             files.push_back(std::make_unique<OutputFile>(outputs[s]));
-            writeProcessed(files.back()->temporary(), scan, processed_[s]);
+            const auto writer = isUniversalFormat ? writeProcessedWords : writeProcessedRecords;
+            writer(files.back()->temporary(), scan, processed_[s]);
         }
         for (size_t s = 0; s < pictures.size(); ++s) draw(scan, processed_[s], pictures[s]);
         for (const auto& file : files) file->commit();
