@@ -10,19 +10,13 @@
 
 #include "all_clutter.h"
 #include "clutterclassifier/clutterclassifier.h"
+#include "fill_context.h"
 #include "membership_dir.h"
-#include "oddities.h"
 
 namespace cli {
 namespace {
 
-constexpr double kRadiansPerDegree = 3.14159265358979323846 / 180;
 constexpr int kDefaultMask = 255; /* all but the spectrum width */
-constexpr int kIsolatedHalfWindow = 5;
-
-/* So weak that it is noise at any range and with any constant. */
-constexpr float kNoEcho = -999;
-constexpr float kNoRain = -32; /* the library's mark of a gate without rain */
 
 struct Input {
     int bit;
@@ -38,56 +32,6 @@ constexpr Input kInputs[] = {
 constexpr int kTextures = 15;
 constexpr int kVelocity = 16;
 constexpr int kAllInputs = 511;
-
-constexpr struct {
-    Role role;
-    Cpluvek Crres::*record;
-} kRecords[] = {
-    {Role::kZhh, &Crres::zhh}, {Role::kZdr, &Crres::zdr}, {Role::kPdp, &Crres::pdp},
-    {Role::kRhv, &Crres::rhv}, {Role::kVel, &Crres::vel}, {Role::kWid, &Crres::wid},
-    {Role::kLdr, &Crres::ldr}, {Role::kPdf, &Crres::pdf},
-};
-
-/* What a gate without a value holds: no echo; a clutter likelihood that favours neither class; NaN,
- * where the membership functions favour neither. */
-float fillValue(Role role) {
-    if (role == Role::kZhh) return kNoEcho;
-    if (role == Role::kPdf) return 0.5F;
-    return std::numeric_limits<float>::quiet_NaN();
-}
-
-bool isMissing(Role role, float value) {
-    return !std::isfinite(value) || (role == Role::kZhh && value == kNoRain);
-}
-
-/* Empty rays behind the last one keep the windows from reaching round to the first, where the rays
- * do not close a circle. */
-int emptyRays(const Sweep& sweep, const ClassifyOptions& options) {
-    if (closesCircle(sweep)) return 0;
-    return std::max(options.textureRays / 2, options.removeIsolated ? kIsolatedHalfWindow : 0);
-}
-
-void fillRecord(const Sweep& sweep, const Field& field, Role role, int rays, Cpluvek& record) {
-    const auto count = static_cast<size_t>(rays) * static_cast<size_t>(sweep.ngates);
-    record.nrays = rays;
-    record.ngates = sweep.ngates;
-    record.gatesize = static_cast<float>(sweep.gateSpacingM);
-    record.firstgate = 0;
-    record.coordtype = 0;
-    record.colorflag = 255;
-    record.recindex = 0;
-    record.nrecords = 1;
-    record.nsets = 1;
-    record.angles = new float[static_cast<size_t>(rays) + 1]();
-    record.angles[0] = static_cast<float>(middleElevationDeg(sweep) * kRadiansPerDegree);
-    for (int r = 0; r < sweep.nrays; ++r)
-        record.angles[1 + r] =
-            static_cast<float>(sweep.azimuthDeg[static_cast<size_t>(r)] * kRadiansPerDegree);
-    record.data = new float[count];
-    std::fill(record.data, record.data + count, fillValue(role));
-    for (size_t i = 0; i < field.values.size(); ++i)
-        if (!isMissing(role, field.values[i])) record.data[i] = field.values[i];
-}
 
 void settleCalibration(const Scan& scan, const Sweep& sweep, const ClassifyOptions& options,
                        ClassifiedSweep& result) {
@@ -150,6 +94,8 @@ void runStage(Crres& context, const ClassifyOptions& options, ClassifiedSweep& r
         std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
 }
 
+}  // namespace
+
 void takeClasses(const Sweep& sweep, const Crres& context, ClassifiedSweep& result) {
     const Field& reflectivity = *result.fields[Role::kZhh];
     const auto ngates = static_cast<size_t>(sweep.ngates);
@@ -169,10 +115,7 @@ void takeClasses(const Sweep& sweep, const Crres& context, ClassifiedSweep& resu
     }
 }
 
-}  // namespace
-
-ClassifiedSweep classifySweep(const Scan& scan, const Sweep& sweep,
-                              const ClassifyOptions& options) {
+ClassifiedSweep prepareSweep(const Scan& scan, const Sweep& sweep, const ClassifyOptions& options) {
     ClassifiedSweep result;
     result.fields = chooseFields(sweep, options.map);
     checkSweep(sweep, result.fields);
@@ -184,12 +127,16 @@ ClassifiedSweep classifySweep(const Scan& scan, const Sweep& sweep,
     }
     requireMembershipFiles(options.membership, result.mask);
     settleCalibration(scan, sweep, options, result);
+    return result;
+}
 
+ClassifiedSweep classifySweep(const Scan& scan, const Sweep& sweep,
+                              const ClassifyOptions& options) {
+    ClassifiedSweep result = prepareSweep(scan, sweep, options);
     const auto context = std::make_unique<Crres>();
-    const int rays = sweep.nrays + emptyRays(sweep, options);
-    for (const auto& row : kRecords)
-        if (const Field* field = result.fields[row.role])
-            fillRecord(sweep, *field, row.role, rays, (*context).*row.record);
+    const int reach =
+        std::max(options.textureRays / 2, options.removeIsolated ? kIsolatedReach : 0);
+    fillContext(sweep, result.fields, reach, *context);
     context->zhh.radarconst = static_cast<float>(result.calibration.radarConstantDb);
     context->minsnr = static_cast<float>(result.calibration.minSnrDb);
     context->texgates = options.textureGates;

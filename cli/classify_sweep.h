@@ -10,6 +10,8 @@
 #include "roles.h"
 #include "scan.h"
 
+class Crres;
+
 namespace cli {
 
 constexpr float kPrecipitation = 0;
@@ -47,6 +49,13 @@ struct ClassifiedSweep {
         return precipitation + groundClutter + seaClutter + turbineClutter + noise;
     }
 };
+
+/* The fields, inputs and calibration of a sweep that is about to be classified. Throws
+ * std::runtime_error with the reason when it cannot be. */
+ClassifiedSweep prepareSweep(const Scan& scan, const Sweep& sweep, const ClassifyOptions& options);
+
+/* Takes the classes of a context and counts them. */
+void takeClasses(const Sweep& sweep, const Crres& context, ClassifiedSweep& result);
 
 /* Throws std::runtime_error with the reason when the sweep cannot be classified. */
 ClassifiedSweep classifySweep(const Scan& scan, const Sweep& sweep, const ClassifyOptions& options);

@@ -15,6 +15,7 @@
 #include "commands/extract.h"
 #include "commands/info.h"
 #include "commands/plot.h"
+#include "commands/process.h"
 #include "commands/repack.h"
 #include "exit_code.h"
 
@@ -25,6 +26,7 @@ constexpr char kFooter[] =
     "  clutterclassifier demo\n"
     "  clutterclassifier info scan.uf\n"
     "  clutterclassifier classify scan.uf -o classes.uf --plot classes.png\n"
+    "  clutterclassifier process scan.uf --config settings.txt -o processed.uf\n"
     "  clutterclassifier plot scan.uf --field DZ -o reflectivity.svg\n"
     "  clutterclassifier extract scan.uf gauges.txt\n"
     "  clutterclassifier export scan.uf --field DZ -o reflectivity.csv\n"
@@ -71,6 +73,7 @@ int main(int argc, char** argv) try {
     cli::addClassifyCommand(app);
     cli::addInfoCommand(app);
     cli::addPlotCommand(app);
+    cli::addProcessCommand(app);
     cli::addExtractCommand(app);
     cli::addExportCommand(app);
     cli::addConvertCommand(app);

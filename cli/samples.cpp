@@ -40,29 +40,6 @@ size_t nearestRay(const std::vector<double>& azimuths, double azimuth) {
     return best;
 }
 
-/* The points as the library takes them: ranges from the near edge of the first gate, azimuths of
- * the rays themselves. */
-struct GatePoints {
-    Points points;
-    std::vector<bool> covered;
-};
-
-GatePoints gatePoints(const Sweep& sweep, const Points& points) {
-    const double reach = std::max(usualStepDeg(sweep.azimuthDeg), kLeastReachDeg);
-    const double length = sweep.ngates * sweep.gateSpacingM;
-    GatePoints out;
-    for (size_t i = 0; i < points.size(); ++i) {
-        const auto azimuth = static_cast<double>(points.second[i]);
-        const double ray = sweep.azimuthDeg[nearestRay(sweep.azimuthDeg, azimuth)];
-        const double range =
-            static_cast<double>(points.first[i]) - sweep.firstGateM + 0.5 * sweep.gateSpacingM;
-        out.points.first.push_back(static_cast<float>(range));
-        out.points.second.push_back(static_cast<float>(ray));
-        out.covered.push_back(range >= 0.0 && range < length && around(ray - azimuth) <= reach);
-    }
-    return out;
-}
-
 std::vector<float> sampleField(const Scan& scan, const Sweep& sweep, const Field& field,
                                GatePoints& at) {
     Cpluvek record;
@@ -96,6 +73,22 @@ std::vector<float> sampleRecord(Cpluvek& record, const Points& points) {
 }
 
 }  // namespace
+
+GatePoints gatePoints(const Sweep& sweep, const Points& points) {
+    const double reach = std::max(usualStepDeg(sweep.azimuthDeg), kLeastReachDeg);
+    const double length = sweep.ngates * sweep.gateSpacingM;
+    GatePoints out;
+    for (size_t i = 0; i < points.size(); ++i) {
+        const auto azimuth = static_cast<double>(points.second[i]);
+        const double ray = sweep.azimuthDeg[nearestRay(sweep.azimuthDeg, azimuth)];
+        const double range =
+            static_cast<double>(points.first[i]) - sweep.firstGateM + 0.5 * sweep.gateSpacingM;
+        out.points.first.push_back(static_cast<float>(range));
+        out.points.second.push_back(static_cast<float>(ray));
+        out.covered.push_back(range >= 0.0 && range < length && around(ray - azimuth) <= reach);
+    }
+    return out;
+}
 
 Points readPoints(const std::string& path) {
     float* read = nullptr;

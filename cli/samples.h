@@ -24,6 +24,14 @@ Points readPoints(const std::string& path);
  * the curvature of the Earth is left out. */
 Points polarFromMap(const Points& map, double east, double north, double elevationDeg);
 
+/* Points of a sweep as the library takes them: ranges from the near edge of the first gate,
+ * azimuths of the rays themselves; and whether a point lies within the sweep. */
+struct GatePoints {
+    Points points;
+    std::vector<bool> covered;
+};
+GatePoints gatePoints(const Sweep& sweep, const Points& points);
+
 /* One column a field, one value a point; NaN where a point has none. */
 struct Samples {
     std::vector<std::string> names;

@@ -14,6 +14,7 @@ struct Field {
     std::string name;  /* as the file has it: "DZ", "PH", "Zh" */
     std::string units; /* "" when the file does not say */
     std::vector<float> values;
+    int wordsPerUnit = 100; /* how finely Universal Format keeps it, when it is written */
 };
 
 /* Rays of one sweep number, padded to the longest. */

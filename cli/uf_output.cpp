@@ -24,6 +24,7 @@ constexpr int kPowerHeaderWords = 25;
 constexpr int kMostWords = 65535;
 constexpr short kClassScale = 100;
 constexpr short kMissing = -32768;
+constexpr int kLibraryScale = 100;    /* of the library's conversion */
 constexpr char kUnknownName[] = "UN"; /* of the library's conversion */
 
 int headerWords(const char* name) {
@@ -131,6 +132,17 @@ short angleWord(double degrees) {
     return static_cast<short>(std::lround(degrees * 64));
 }
 
+/* The words of one ray of a field at a scale of its own; what has no word is missing. */
+void rescale(const float* values, int wordsPerUnit, int ngates, CufFieldHeader& header,
+             short* words) {
+    constexpr double kLargestWord = 32767;
+    header.scalefactor = static_cast<short>(wordsPerUnit);
+    for (int g = 0; g < ngates; ++g) {
+        const double word = std::round(static_cast<double>(values[g]) * wordsPerUnit);
+        words[g] = std::abs(word) <= kLargestWord ? static_cast<short>(word) : kMissing;
+    }
+}
+
 /* The library's conversion keeps conventions of its own; other readers expect the format's. */
 void completeHeaders(const Scan& scan, const Sweep& sweep, Cufray& ray, size_t r) {
     setText8(ray.radarname, scan.radarName);
@@ -173,6 +185,8 @@ void completeFields(const Sweep& sweep, Cufray& ray, size_t r) {
         const float* values = field.values.data() + r * ray.ngates;
         for (int g = 0; g < ray.ngates; ++g)
             if (!std::isfinite(values[g])) data[g] = kMissing;
+        if (field.wordsPerUnit != kLibraryScale)
+            rescale(values, field.wordsPerUnit, ray.ngates, ray.headers[f], data);
     }
 }
 

@@ -1,0 +1,35 @@
+/* process_output.h - processed sweeps as files: fields, and samples at points. */
+#ifndef CLI_PROCESS_OUTPUT_H
+#define CLI_PROCESS_OUTPUT_H
+
+#include <string>
+#include <vector>
+
+#include "process_sweep.h"
+#include "samples.h"
+
+namespace cli {
+
+/* Universal Format, or a field record file with all fields and the classes. Throw
+ * std::runtime_error. */
+void writeProcessedWords(const std::string& path, const Scan& scan,
+                         const ProcessedSweep& processed);
+void writeProcessedRecords(const std::string& path, const Scan& scan,
+                           const ProcessedSweep& processed);
+
+/* A field by its record name or by its Universal Format name; the classes are CCl. Throws
+ * std::runtime_error that lists the names. */
+Field processedField(const ProcessedSweep& processed, const std::string& name);
+
+/*
+ * Appends the samples of each field at the points to the file of its own that begins with prefix,
+ * one line a sweep, and adds these files to written. Returns the number of points outside the
+ * sweep, which take the value of the nearest gate. Throws std::runtime_error when a file does not
+ * get its line.
+ */
+size_t appendSamples(const std::string& prefix, const DateTime& time, ProcessedSweep& processed,
+                     const Points& points, std::vector<std::string>& written);
+
+}  // namespace cli
+
+#endif

@@ -1,0 +1,249 @@
+/* The processing chain from the shell: a scan of rain whose attenuation is known. */
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <filesystem>
+#include <fstream>
+#include <limits>
+#include <sstream>
+
+#include "fill_phase.h"
+#include "formats/uf_bytes.h"
+#include "read_scan.h"
+#include "run_program.h"
+#include "support/temp_dir.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using clutter::test::TempDir;
+using clutter::test::UfField;
+
+constexpr float kNan = std::numeric_limits<float>::quiet_NaN();
+
+TEST(PhaseGaps, AreClosedAlongTheRay) {
+    const struct {
+        std::vector<float> ray, filled;
+        bool hasValues;
+    } kCases[] = {
+        {{1, 2, 3}, {1, 2, 3}, true},
+        {{10, kNan, kNan, kNan, 30}, {10, 15, 20, 25, 30}, true},
+        {{kNan, kNan, 5, kNan, 7, INFINITY}, {5, 5, 5, 6, 7, 7}, true},
+        {{kNan, 4}, {4, 4}, true},
+        {{kNan, kNan}, {0, 0}, false},
+        {{}, {}, false},
+    };
+    for (auto row : kCases) {
+        EXPECT_EQ(cli::fillPhaseGaps(row.ray.data(), static_cast<int>(row.ray.size())),
+                  row.hasValues);
+        EXPECT_EQ(row.ray, row.filled);
+    }
+}
+
+constexpr int kRays = 60, kGates = 240;
+constexpr int kFirstRain = 20, kLastRain = 179;
+constexpr double kSpacingKm = 0.25;
+constexpr double kTrueZ = 40, kOffset = 60, kKdp = 2; /* dBZ, degrees, degrees/km */
+constexpr double kAlpha = 0.073;                      /* dB a degree, the nominal ratio */
+
+bool isRain(int gate) {
+    return gate >= kFirstRain && gate <= kLastRain;
+}
+
+/* Phase and two-way attenuation at a gate of uniform rain. */
+double riseAt(int gate) {
+    const int gates = std::min(std::max(gate - kFirstRain + 1, 0), kLastRain - kFirstRain + 1);
+    return 2 * kKdp * kSpacingKm * gates;
+}
+
+std::vector<UfField> makeRay() {
+    std::vector<UfField> fields = {{"DZ", {}}, {"DR", {}}, {"PH", {}}, {"RH", {}}};
+    for (int g = 0; g < kGates; ++g) {
+        const double wobble = 0.01 * (g % 2);
+        const double values[] = {isRain(g) ? kTrueZ - kAlpha * riseAt(g) : -327.68, 1 + wobble,
+                                 kOffset + riseAt(g), 0.98 + wobble};
+        for (size_t f = 0; f < fields.size(); ++f)
+            fields[f].words.push_back(static_cast<int>(std::lround(100 * values[f])));
+    }
+    return fields;
+}
+
+class Process : public testing::Test {
+  protected:
+    void SetUp() override {
+        setenv("CLUTTERCLASSIFIER_MEMBERSHIP", MEMBERSHIP_DIRECTORY, 1);
+        std::vector<clutter::test::UfRecord> rays;
+        for (int r = 0; r < kRays; ++r) {
+            std::vector<UfField> fields = makeRay();
+            /* Ray 7 has gaps in its phase, ray 9 has none at all. */
+            for (int g = 0; g < kGates; ++g)
+                if (r == 9 || (r == 7 && g % 5 == 2))
+                    fields[2].words[static_cast<size_t>(g)] = -32768;
+            rays.push_back(clutter::test::ufRay(fields, r + 1));
+            rays.back().set(33, r * 64 * 360 / kRays);
+        }
+        scan_ = directory_.file("scan.uf");
+        clutter::test::writeFile(scan_, clutter::test::ufFile(rays));
+    }
+    void TearDown() override { unsetenv("CLUTTERCLASSIFIER_MEMBERSHIP"); }
+
+    std::string write(const std::string& name, const std::string& text) {
+        const std::string path = directory_.file(name);
+        clutter::test::writeFile(path, {text.begin(), text.end()});
+        return path;
+    }
+    Outcome process(const std::string& arguments) {
+        return runProgram("process " + scan_ + " --radar-constant 60 " + arguments);
+    }
+    static float valueOf(const cli::Scan& scan, const std::string& name, int ray, int gate) {
+        for (const cli::Field& field : scan.sweeps.at(0).fields)
+            if (field.name == name) return field.values[static_cast<size_t>(ray * kGates + gate)];
+        ADD_FAILURE() << "no field " << name;
+        return kNan;
+    }
+    TempDir directory_;
+    std::string scan_;
+};
+
+/* The rise of the phase is taken between means of 20 gates at both ends: 20 gates of it are lost.
+ */
+constexpr double kLost = kAlpha * 2 * kKdp * kSpacingKm * 20 + 0.05;
+
+/* Nominal coefficients, no smoothing, and no freezing level within reach. */
+constexpr char kSettings[] =
+    "ATTENUATION_ALG 4\nGATES2AVE_ZHH 0\nGATES2AVE_ZDR 0\nGATES2AVE_PDP 0\nFREEZING_LEVEL 99000\n";
+
+TEST_F(Process, RestoresTheReflectivityOfUniformRain) {
+    const std::string config = write("settings.txt", kSettings);
+    for (const char* name : {"out.uf", "out.plv"}) {
+        const bool words = std::string(name) == "out.uf";
+        const std::string out = directory_.file(name);
+        const Outcome outcome = process("--what 159 --config " + config + " -o " + out);
+        ASSERT_EQ(outcome.code, 0) << outcome.out;
+        EXPECT_NE(outcome.out.find("rays without any phase, taken as 0 degrees: 1"),
+                  std::string::npos);
+        EXPECT_EQ(cli::recognise(out),
+                  words ? cli::FileFormat::kUniversalFormat : cli::FileFormat::kFieldRecord);
+        const cli::Scan scan = cli::readScan(out);
+        for (int ray : {3, 7}) {
+            for (int gate = kFirstRain + 5; gate < kLastRain - 15; ++gate) {
+                EXPECT_NEAR(valueOf(scan, words ? "DZ" : "Zh", ray, gate), kTrueZ, kLost) << gate;
+                const float phase = valueOf(scan, words ? "PH" : "Phidp", ray, gate);
+                if (ray == 7 && gate % 5 == 2)
+                    EXPECT_TRUE(std::isnan(phase));
+                else
+                    EXPECT_NEAR(phase, riseAt(gate) - riseAt(24), 3);
+                const double rate = std::pow(1e4 / 200, 1 / 1.6);
+                EXPECT_NEAR(valueOf(scan, words ? "RR" : "R", ray, gate), rate, 0.25 * rate);
+                EXPECT_NEAR(valueOf(scan, words ? "AL" : "alpha", ray, gate), kAlpha, 1e-4);
+                EXPECT_NEAR(valueOf(scan, words ? "AH" : "Ah", ray, gate), kAlpha * kKdp, 0.05);
+            }
+            EXPECT_TRUE(std::isnan(valueOf(scan, words ? "DZ" : "Zh", ray, 5)));
+        }
+        EXPECT_EQ(valueOf(scan, words ? "CC" : "CCl", 3, 100), 0);
+        /* A ray without phase keeps its reflectivity. */
+        EXPECT_NEAR(valueOf(scan, words ? "DZ" : "Zh", 9, 150), kTrueZ - kAlpha * riseAt(150),
+                    0.02);
+    }
+}
+
+/* The first gate lies at 2000 m. */
+TEST_F(Process, AppendsSamplesAtPoints) {
+    const std::string points = write("points.txt", "25000 18\n30000 357\n999000 18\n");
+    const std::string prefix = directory_.file("gauge");
+    const std::string arguments = "--what 17 --points " + points + " --prefix " + prefix;
+    const Outcome outcome = process(arguments);
+    ASSERT_EQ(outcome.code, 0) << outcome.out;
+    EXPECT_NE(outcome.out.find("1 of 3 points lie outside"), std::string::npos) << outcome.out;
+    ASSERT_EQ(process(arguments).code, 0);
+    std::ifstream file(prefix + "_zhh.dat");
+    int lines = 0;
+    for (std::string line; std::getline(file, line); ++lines) {
+        std::istringstream numbers(line);
+        int date[6];
+        double near = 0, far = 0;
+        for (int& part : date) numbers >> part;
+        numbers >> near >> far;
+        EXPECT_NEAR(near, kTrueZ - kAlpha * riseAt(92), 0.05) << line;
+        EXPECT_NEAR(far, kTrueZ - kAlpha * riseAt(112), 0.05) << line;
+    }
+    EXPECT_EQ(lines, 2);
+    EXPECT_TRUE(fs::exists(prefix + "_R.dat"));
+    EXPECT_FALSE(fs::exists(prefix + "_Ah.dat")); /* the stage did not run */
+    EXPECT_FALSE(fs::exists(prefix + "_KDP.dat"));
+}
+
+/* Zero rain would make zero reflectivity of everything. */
+TEST_F(Process, LeavesOutStagesThatLackTheirInputs) {
+    const std::string config = write("settings.txt", "RAINFALL_ALG 3\n");
+    const std::string out = directory_.file("out.plv");
+    const Outcome outcome = process("--what 49 --map PH=none --config " + config + " -o " + out);
+    ASSERT_EQ(outcome.code, 0) << outcome.out;
+    EXPECT_NE(outcome.out.find("no rain rate: relation 3"), std::string::npos) << outcome.out;
+    EXPECT_NE(outcome.out.find("no reflectivity from rain rate"), std::string::npos);
+    EXPECT_NEAR(valueOf(cli::readScan(out), "Zh", 3, 60), kTrueZ - kAlpha * riseAt(60), 0.02);
+    const Outcome correction = process("--what 9 --map PH=none");
+    EXPECT_NE(correction.out.find("no attenuation correction"), std::string::npos);
+    EXPECT_EQ(correction.out.find("variables are missing"), std::string::npos);
+}
+
+TEST_F(Process, TakesStagesFromTheSettingsAndClassesFromTheFile) {
+    const std::string config = write("settings.txt", "WHAT2DO 1\nCLUTTER_ALG 15\n");
+    const std::string classes = directory_.file("classes.uf");
+    const Outcome first = process("--config " + config + " -o " + classes);
+    ASSERT_EQ(first.code, 0) << first.out;
+    EXPECT_NE(first.out.find("Clutter classification: ccl=15,"), std::string::npos) << first.out;
+    EXPECT_EQ(first.out.find("Filtering"), std::string::npos) << first.out;
+    const Outcome second = runProgram("process " + classes + " --what 4");
+    ASSERT_EQ(second.code, 0) << second.out;
+    EXPECT_NE(second.out.find("Filtering"), std::string::npos) << second.out;
+    EXPECT_EQ(second.out.find("there are no classes"), std::string::npos) << second.out;
+}
+
+TEST_F(Process, DrawsAndStaysQuiet) {
+    const std::string picture = directory_.file("rain.png");
+    const Outcome outcome = process("-q --plot DZ,r,CCl --picture " + picture);
+    EXPECT_EQ(outcome.code, 0);
+    EXPECT_EQ(outcome.out, "");
+    EXPECT_GT(fs::file_size(picture), 5000u);
+}
+
+TEST_F(Process, RefusesWithAReason) {
+    const std::string bad = write("bad.txt", "WHAT2DO 1\nZDR_BIAS high\n");
+    const std::string out = directory_.file("out.uf");
+    const struct {
+        std::string arguments;
+        int code;
+        const char* reason;
+    } kCases[] = {
+        {"--config " + bad, 1, "bad.txt:2: ZDR_BIAS: high is no number"},
+        {"--config " + directory_.file("none"), 1, "No such file"},
+        {"--plot XX", 1, "no processed field XX among: Zh"},
+        {"--points " + bad, 2, "--prefix"},
+        {"--picture a.png", 2, "--plot"},
+        {"--plot Zh --picture a.gif", 2, ".png, .svg or .pdf"},
+        {"--what 256", 2, "--what"},
+        {"--freezing-level nan", 2, "nan"},
+        {"--map ZZ=zdr", 1, "no field named ZZ"},
+        {"--sweep 8", 1, "no sweep number 8"},
+        {"--check-config " + bad, 1, "bad.txt:2:"},
+    };
+    for (const auto& row : kCases) {
+        const Outcome outcome = process(row.arguments + " -o " + out);
+        EXPECT_EQ(outcome.code, row.code) << row.arguments << outcome.out;
+        EXPECT_NE(outcome.out.find(row.reason), std::string::npos) << outcome.out;
+        EXPECT_FALSE(fs::exists(out));
+    }
+    EXPECT_EQ(runProgram("process").code, 2);
+}
+
+TEST_F(Process, PrintsSettingsThatItAccepts) {
+    const std::string path = directory_.file("settings.txt");
+    const Outcome printed = runProgram("process --print-config >" + path + " 2>/dev/null #");
+    ASSERT_EQ(printed.code, 0);
+    const Outcome checked = runProgram("process --check-config " + path);
+    EXPECT_EQ(checked.code, 0) << checked.out;
+    EXPECT_NE(checked.out.find("22 settings, nothing wrong"), std::string::npos) << checked.out;
+}
+
+}  // namespace
