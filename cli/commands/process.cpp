@@ -16,6 +16,7 @@
 #include "clutterclassifier/clutterclassifier.h"
 #include "configuration.h"
 #include "exit_code.h"
+#include "layout_option.h"
 #include "library_output.h"
 #include "membership_dir.h"
 #include "output_file.h"
@@ -49,6 +50,7 @@ struct Arguments {
     std::optional<int> what, sweep;
     std::optional<double> freezingLevelM, minSnrDb, radarConstantDb;
     bool printConfig = false, quiet = false;
+    ReadOptions read;
 };
 
 /* Inputs of the classification that are no wish: the default, which an example file repeats. */
@@ -156,7 +158,7 @@ class Run {
 
     void perform() {
         if (!arguments_.points.empty()) readPointList();
-        const Scan scan = readScan(arguments_.input);
+        const Scan scan = readScan(arguments_.input, arguments_.read);
         chooseSweeps(scan);
         if (!arguments_.quiet) printScanLine(scan);
         for (size_t s = 0; s < sweeps_.size(); ++s) {
@@ -356,6 +358,7 @@ void addOptions(CLI::App& command, Arguments& arguments) {
                        "Directory of membership functions (default: CLUTTER_MFS of the settings, "
                        "else as for classify)");
     command.add_option("--sweep", arguments.sweep, "Only the sweep of this number");
+    addLayoutOption(command, arguments.read);
     addOutputOptions(command, arguments);
     command.add_flag("--print-config", arguments.printConfig,
                      "Print an example of the settings; what they mean on standard error");
