@@ -16,6 +16,7 @@
 #include "classify_sweep.h"
 #include "clutterclassifier/clutterclassifier.h"
 #include "exit_code.h"
+#include "finite_option.h"
 #include "layout_option.h"
 #include "membership_dir.h"
 #include "picture.h"
@@ -25,12 +26,6 @@
 
 namespace cli {
 namespace {
-
-/* "nan" and "inf" are numbers to the parser, but no decibels. */
-std::string isFinite(const std::string& text) {
-    char* end = nullptr;
-    return std::isfinite(std::strtod(text.c_str(), &end)) ? "" : text + " is no finite number";
-}
 
 namespace fs = std::filesystem;
 

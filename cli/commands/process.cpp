@@ -16,6 +16,7 @@
 #include "clutterclassifier/clutterclassifier.h"
 #include "configuration.h"
 #include "exit_code.h"
+#include "finite_option.h"
 #include "layout_option.h"
 #include "library_output.h"
 #include "membership_dir.h"
@@ -63,11 +64,6 @@ struct Settings {
     std::optional<int> mask;
     std::string membership;
 };
-
-std::string isFinite(const std::string& text) {
-    char* end = nullptr;
-    return std::isfinite(std::strtod(text.c_str(), &end)) ? "" : text + " is no finite number";
-}
 
 void reportProblems(const std::string& path, const Configuration& configuration) {
     for (const ConfigurationProblem& problem : configuration.problems)
