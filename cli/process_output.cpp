@@ -94,6 +94,11 @@ void writeProcessedWords(const std::string& path, const Scan& scan,
         sweep.fields.push_back(field);
         sweep.fields.back().name = name;
     }
+    if (!processed.hasClasses) {
+        Scan single = scan;
+        single.sweeps.assign(1, sweep);
+        return writeUniversalFormat(path, single, static_cast<Cufrw*>(nullptr));
+    }
     std::vector<float> classes = processed.classified.classes;
     classes.resize(sweep.fields[0].values.size(), NAN);
     writeUniversalFormat(path, scan, {&sweep, &classes});

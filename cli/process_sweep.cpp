@@ -128,7 +128,7 @@ class Chain {
         const int rays =
             std::max({context_->rays2ave_zhh, context_->rays2ave_zdr, context_->rays2ave_pdp,
                       context_->rays2ave_rhv, context_->texrays});
-        return std::max(rays / 2, kIsolatedReach);
+        return std::max(std::min(rays / 2, sweep_.nrays), kIsolatedReach);
     }
 
     void fill() {

@@ -2,9 +2,13 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdlib>
+#include <fstream>
 #include <limits>
 #include <memory>
+#include <sstream>
 #include <stdexcept>
+#include <string>
 
 #include "record_output.h"
 #include "selection.h"
@@ -90,6 +94,28 @@ GatePoints gatePoints(const Sweep& sweep, const Points& points) {
     return out;
 }
 
+/* The library's reader takes anything for a number: a title or a third column must not become a
+ * point that nobody asked for. */
+void requirePairs(const std::string& path) {
+    std::ifstream file(path);
+    std::string line;
+    for (int number = 1; std::getline(file, line); ++number) {
+        std::istringstream words(line);
+        std::string word;
+        int count = 0;
+        bool sound = true;
+        while (words >> word) {
+            char* end = nullptr;
+            sound = sound && std::isfinite(std::strtod(word.c_str(), &end)) && *end == '\0';
+            ++count;
+        }
+        if (count != 0 && (count != 2 || !sound)) {
+            throw std::runtime_error("line " + std::to_string(number) +
+                                     ": two numbers are expected");
+        }
+    }
+}
+
 Points readPoints(const std::string& path) {
     float* read = nullptr;
     int rows = 0;
@@ -99,6 +125,7 @@ Points readPoints(const std::string& path) {
     const int result = dsp.OnReadASCIIDataFile(name.data(), &read, rows, columns, kNoValue);
     const std::unique_ptr<float[]> cells(read);
     if (result != 1) throw std::runtime_error("cannot be read");
+    requirePairs(path);
     if (columns < 2 || rows < 1)
         throw std::runtime_error("holds no points: two numbers a line are expected");
     Points points;

@@ -128,6 +128,7 @@ void addConvertCommand(CLI::App& app) {
     command
         ->add_option("--product", arguments->product,
                      "Code of the single-parameter product of a polar data file")
+        ->check(CLI::Range(0, 32767))
         ->capture_default_str();
     command->add_option("--sweep", arguments->sweep, "Only the sweep of this number");
     addLayoutOption(*command, arguments->read);
@@ -136,6 +137,8 @@ void addConvertCommand(CLI::App& app) {
         arguments->hasSweep = command->count("--sweep") > 0;
         try {
             convert(*arguments);
+        } catch (const CLI::Error&) {
+            throw;  // a wrong call, not a wrong file
         } catch (const std::runtime_error& error) {
             throw std::runtime_error(arguments->input + ": " + error.what());
         }

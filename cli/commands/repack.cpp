@@ -42,8 +42,8 @@ void repack(const RepackArguments& arguments) {
         const bool begun = std::filesystem::exists(out, ignored);
         throw std::runtime_error(begun ? "cannot write " + arguments.output : kUnchanged);
     }
+    const Scan shorter = readScan(out, arguments.read);
     file.commit();
-    const Scan shorter = readScan(arguments.output, arguments.read);
     std::printf("wrote %s: %d instead of %d gates a ray\n", arguments.output.c_str(),
                 shorter.sweeps[0].ngates, scan.sweeps[0].ngates);
 }
@@ -61,6 +61,8 @@ void addRepackCommand(CLI::App& app) {
     command->callback([arguments] {
         try {
             repack(*arguments);
+        } catch (const CLI::Error&) {
+            throw;  // a wrong call, not a wrong file
         } catch (const std::runtime_error& error) {
             throw std::runtime_error(arguments->input + ": " + error.what());
         }

@@ -58,7 +58,7 @@ class CLUTTERCLASSIFIER_EXPORT CThuPolDaFor {
      * the character between directories. What the name does not tell is -1, 0 and -1.
      *
      *   name contains                                    time from           site   elevation
-     *   sidpol, augldr, wetbulbfreezinglevel             YYYYMMDDhhmm at 0   0, 1,  digit behind
+     *   sidpol, augldr, wetbulbfreezinglev               YYYYMMDDhhmm at 0   0, 1,  digit behind
      *                                                                        -1     the last b
      *   tavo-rain-radar_chenies                          the same at 24      2      0 when there
      *                                                                               is an "el"

@@ -15,6 +15,7 @@ class CLUTTERCLASSIFIER_EXPORT Cradarpro {
     Cradarpro(const Cradarpro&) = delete;
     Cradarpro& operator=(const Cradarpro&) = delete;
 
+    /* clang-format off */
     /*
      * Two-class fuzzy logic: ground clutter against precipitation.
      *
@@ -24,13 +25,15 @@ class CLUTTERCLASSIFIER_EXPORT Cradarpro {
      *
      *   stdZhh, stdZdr, stdPdp, stdRhv   textures (tags sZhh, sZdr, sPdp, sRhv)
      *   velocity   m/s (tag Vel)         ldr   dB (tag LDR)      rhv   0..1 (tag Rhv)
-     *   width      m/s (tag Wid)         pdf   clutter likelihood 0..1; the degree of clutter
-     * itself out        0 ground clutter, 1 precipitation, -1 undecided weights    null: product of
-     * degrees; else nine weights, and combination 1 is the product, any other the weighted sum
+     *   width      m/s (tag Wid)         pdf   clutter likelihood 0..1: the degree of clutter itself
+     *   out        0 ground clutter, 1 precipitation, -1 undecided
+     *   weights    null: product of degrees; else nine weights, and combination 1 is the product, any
+     *              other the weighted sum
      *
      * Returns 1; 0 when out is null, when no input is given (out is then -1.0 everywhere), or after
      * "Membership function not found: ..." (out untouched).
      */
+    /* clang-format on */
     int PrecipitationClutterClassification(char* dir, float* stdZhh, float* stdZdr, float* stdPdp,
                                            float* stdRhv, float* velocity, float* ldr, float* pdf,
                                            float* rhv, float* width, float* out, int n,

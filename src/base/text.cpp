@@ -1,5 +1,6 @@
 #include "base/text.h"
 
+#include <cctype>
 #include <charconv>
 #include <cmath>
 #include <cstring>
@@ -44,10 +45,11 @@ double outOfRange(std::string_view digits, bool hex) {
         const auto [end, error] =
             std::from_chars(text.data() + skip, text.data() + text.size(), exponent);
         (void)end;
-        if (error == std::errc::result_out_of_range) exponent = std::numeric_limits<int>::max();
+        constexpr long kMost = std::numeric_limits<int>::max();
+        if (error == std::errc::result_out_of_range || exponent > kMost) exponent = kMost;
         if (negative) exponent = -exponent;
     }
-    return scale + exponent > 0 ? std::numeric_limits<double>::infinity() : 0.0;
+    return (hex ? 4 * scale : scale) + exponent > 0 ? std::numeric_limits<double>::infinity() : 0.0;
 }
 
 }  // namespace
@@ -76,6 +78,10 @@ double parseNumber(std::string_view token) {
     double value = 0.0;
     const bool hex = isHex(token);
     const std::string_view digits = hex ? token.substr(2) : token;
+    // The conversion itself would take another sign or a word here.
+    if (hex && digits[0] != '.' && std::isxdigit(static_cast<unsigned char>(digits[0])) == 0) {
+        return negative ? -0.0 : 0.0;
+    }
     const auto format = hex ? std::chars_format::hex : std::chars_format::general;
     const auto [end, error] =
         std::from_chars(digits.data(), digits.data() + digits.size(), value, format);

@@ -108,14 +108,15 @@ void CDSP::GetNearest(unsigned int* x, int n, unsigned int target, unsigned int&
 }
 
 double CDSP::mult(double* a, double* b, int n) {
-    return clutter::dsp::sumOfProducts(a, b, n);
+    return a != nullptr && b != nullptr ? clutter::dsp::sumOfProducts(a, b, n) : 0.0;
 }
 
 float CDSP::xcorr(float* a, float* b, int n) {
-    return clutter::dsp::sumOfProducts(a, b, n);
+    return a != nullptr && b != nullptr ? clutter::dsp::sumOfProducts(a, b, n) : 0.0f;
 }
 
 float CDSP::corr(float* a, float* b, int n) {
+    if (a == nullptr || b == nullptr) n = 0;  // no number, as for arrays without values
     float meanA = 0.0f, meanB = 0.0f, deviationA = 0.0f, deviationB = 0.0f;
     GetMeanStd(a, n, meanA, deviationA);
     GetMeanStd(b, n, meanB, deviationB);

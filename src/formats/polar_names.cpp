@@ -52,7 +52,7 @@ void CThuPolDaFor::GetCharacteristics(char* filename, int& elevation, unsigned i
     const std::size_t cut = name.rfind(static_cast<char>(separator));
     const std::string_view base = cut == std::string_view::npos ? name : name.substr(cut + 1);
     if (contains(base, "sidpol") || contains(base, "augldr") ||
-        contains(base, "wetbulbfreezinglevel")) {
+        contains(base, "wetbulbfreezinglev")) {
         elevation = elevationBehindB(name);
         time = timeAt(base, 0);
         site = siteOf(name);
