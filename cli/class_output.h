@@ -11,6 +11,8 @@ class Cufrw;
 
 namespace cli {
 
+using namespace scan;
+
 /* The classes of one sweep of a scan. */
 struct SweepClasses {
     const Sweep* sweep;

@@ -8,6 +8,8 @@
 
 namespace cli {
 
+using namespace scan;
+
 inline CLI::Option* addLayoutOption(CLI::App& command, ReadOptions& options) {
     return command
         .add_option("--layout", options.polarLayout,

@@ -12,18 +12,6 @@ namespace cli {
 void requireLines(const std::string& path, size_t lines);
 void requireBytes(const std::string& path, size_t bytes);
 
-/* Keeps messages of the library off standard output while it lives. */
-class QuietLibrary {
-  public:
-    QuietLibrary();
-    ~QuietLibrary();
-    QuietLibrary(const QuietLibrary&) = delete;
-    QuietLibrary& operator=(const QuietLibrary&) = delete;
-
-  private:
-    int kept_;
-};
-
 }  // namespace cli
 
 #endif

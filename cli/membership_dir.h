@@ -19,9 +19,6 @@ namespace cli {
  */
 std::string membershipDirectory(const std::string& override);
 
-/* Throws std::runtime_error naming the first file missing from directory for the inputs of mask. */
-void requireMembershipFiles(const std::string& directory, int mask);
-
 }  // namespace cli
 
 #endif

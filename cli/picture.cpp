@@ -8,6 +8,7 @@
 #include <stdexcept>
 
 #include "picture_axes.h"
+#include "roles.h"
 
 namespace cli {
 
@@ -152,13 +153,6 @@ void drawPanel(const Canvas& canvas, const Frame& axes, const View& view, const 
 }
 
 }  // namespace
-
-bool isClassField(const Field& field) {
-    if (field.name != "CCl" && field.name != "CC") return false;
-    return std::all_of(field.values.begin(), field.values.end(), [](float value) {
-        return std::isnan(value) || classColour(value) != kNoDataColour;
-    });
-}
 
 void drawPanels(const Scan& scan, const Sweep& sweep, const std::vector<Field>& fields,
                 const PictureOptions& options, const std::string& path) {

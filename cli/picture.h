@@ -12,6 +12,8 @@
 
 namespace cli {
 
+using namespace scan;
+
 struct PictureOptions {
     int widthPx = 0; /* of the whole picture; 0: 1000 for one panel, 900 for each of several */
     double maxRangeKm = 0; /* outermost range drawn; 0: the end of the last gate */
@@ -42,10 +44,6 @@ void drawSweep(const Scan& scan, const Sweep& sweep, const Field& field,
 void drawClasses(const Scan& scan, const Sweep& sweep, const Field& field,
                  const std::vector<float>& classes, const PictureOptions& options,
                  const std::string& path);
-
-/* A field of class codes: named "CCl" or "CC", with no value but 0, 3, 5 and NaN. (Elsewhere "CC"
- * also names a correlation coefficient.) */
-bool isClassField(const Field& field);
 
 /* Throws std::invalid_argument when the ending of path names no picture format. */
 void checkPictureEnding(const std::string& path);

@@ -9,6 +9,8 @@
 
 namespace cli {
 
+using namespace scan;
+
 /* What the axes span. Plan position: km east and north of the radar. Range-height: km along the
  * ground and km above the radar. */
 struct View {

@@ -165,11 +165,4 @@ std::string tickText(double tick, double step) {
     return text;
 }
 
-std::string printable(const std::string& text) {
-    std::string result;
-    for (const char c : text) result += c >= 0x20 && c < 0x7f ? c : '?';
-    const auto end = result.find_last_not_of(' ');
-    return end == std::string::npos ? "" : result.substr(0, end + 1);
-}
-
 }  // namespace cli

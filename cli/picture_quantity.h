@@ -45,9 +45,6 @@ std::vector<double> ticksBetween(double low, double high, double count);
 /* As few decimals as the step between ticks needs; no "-0". */
 std::string tickText(double tick, double step);
 
-/* Files may hold any bytes: what is not printable becomes '?', blanks at the end go. */
-std::string printable(const std::string& text);
-
 }  // namespace cli
 
 #endif

@@ -10,6 +10,8 @@
 
 namespace cli {
 
+using namespace scan;
+
 /* Universal Format, or a field record file with all fields and the classes. Throw
  * std::runtime_error. */
 void writeProcessedWords(const std::string& path, const Scan& scan,

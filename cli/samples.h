@@ -11,6 +11,8 @@
 
 namespace cli {
 
+using namespace scan;
+
 /* Where values are wanted: range in m and azimuth in degrees, or x and y in m. */
 struct Points {
     std::vector<float> first, second;

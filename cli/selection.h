@@ -10,6 +10,8 @@
 
 namespace cli {
 
+using namespace scan;
+
 /* The sweep of a number, or else the first. Throws std::runtime_error when there is none. */
 const Sweep& findSweep(const Scan& scan, std::optional<int> number);
 

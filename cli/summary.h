@@ -7,6 +7,8 @@
 
 namespace cli {
 
+using namespace scan;
+
 /* Sums over sweeps and files. */
 struct Totals {
     long precipitation = 0, groundClutter = 0, noise = 0;

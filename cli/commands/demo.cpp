@@ -11,6 +11,7 @@
 #include "classify_sweep.h"
 #include "clutterclassifier/clutterclassifier.h"
 #include "membership_dir.h"
+#include "membership_files.h"
 #include "picture.h"
 #include "scores.h"
 #include "synthetic.h"

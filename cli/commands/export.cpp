@@ -16,6 +16,7 @@
 #include "layout_option.h"
 #include "library_output.h"
 #include "output_file.h"
+#include "quiet_library.h"
 #include "read_record.h"
 #include "read_scan.h"
 #include "record_output.h"

@@ -25,6 +25,7 @@
 #include "process_output.h"
 #include "process_sweep.h"
 #include "progress.h"
+#include "quiet_library.h"
 #include "read_scan.h"
 #include "samples.h"
 #include "summary.h"

@@ -33,13 +33,13 @@ class Formats : public testing::Test {
     }
     std::string refusal(const std::string& path, int layout = 0) {
         try {
-            cli::readScan(path, {layout});
+            scan::readScan(path, {layout});
         } catch (const std::runtime_error& error) {
             return error.what();
         }
         return "";
     }
-    const cli::Sweep& sweepOf(const cli::Scan& scan) { return scan.sweeps.at(0); }
+    const scan::Sweep& sweepOf(const scan::Scan& scan) { return scan.sweeps.at(0); }
 
     TempDir dir_;
     std::string said_;
@@ -48,9 +48,9 @@ class Formats : public testing::Test {
 
 TEST_F(Formats, GermanDxIsRecognisedAndKeepsItsElevations) {
     const std::string path = put("scan", dxFile(128));
-    EXPECT_EQ(cli::recognise(path), cli::FileFormat::kGermanDx);
-    const cli::Scan scan = cli::readScan(path);
-    const cli::Sweep& sweep = sweepOf(scan);
+    EXPECT_EQ(scan::recognise(path), scan::FileFormat::kGermanDx);
+    const scan::Scan scan = scan::readScan(path);
+    const scan::Sweep& sweep = sweepOf(scan);
     ASSERT_EQ(sweep.fields.size(), 1u);
     EXPECT_EQ(sweep.ngates, 128);
     EXPECT_EQ(sweep.fields[0].name, "Z");
@@ -67,9 +67,9 @@ TEST_F(Formats, GermanDxIsRecognisedAndKeepsItsElevations) {
 TEST_F(Formats, PolarDataAsksForALayoutOnlyWhereItMatters) {
     const std::string full =
         put("2211", randomPolarFile(2211, 10, false, 36, 20, random_).set(84, 400).bytes());
-    EXPECT_EQ(cli::recognise(full), cli::FileFormat::kPolarData);
+    EXPECT_EQ(scan::recognise(full), scan::FileFormat::kPolarData);
     EXPECT_NE(refusal(full).find("--layout"), std::string::npos);
-    const cli::Scan scan = cli::readScan(full, {280});
+    const scan::Scan scan = scan::readScan(full, {280});
     EXPECT_EQ(sweepOf(scan).fields.size(), 6u) << "without the padding";
     EXPECT_TRUE(scan.hasRadarConstant);
     EXPECT_EQ(scan.radarConstantDb, 40.0);
@@ -82,12 +82,12 @@ TEST_F(Formats, PolarDataAsksForALayoutOnlyWhereItMatters) {
 
 TEST_F(Formats, ConvertedScansKeepTheirValues) {
     const std::string dx = put("scan.dx", dxFile(100));
-    const cli::Scan before = cli::readScan(dx);
+    const scan::Scan before = scan::readScan(dx);
     for (const char* ending : {".uf", ".plv", ".pol"}) {
         SCOPED_TRACE(ending);
         const std::string out = dir_.file(std::string("copy") + ending);
         ASSERT_TRUE(run("convert " + dx + " " + out)) << said_;
-        const cli::Scan after = cli::readScan(out);
+        const scan::Scan after = scan::readScan(out);
         EXPECT_EQ(after.time.minute, 55);
         EXPECT_EQ(sweepOf(after).nrays, 360);
         ASSERT_EQ(sweepOf(after).ngates, 100);
@@ -124,7 +124,7 @@ TEST_F(Formats, AllClassesAreToldApartOnRequest) {
     EXPECT_EQ(said_.find("sea clutter"), std::string::npos);
     ASSERT_TRUE(run(common + " --classes all --plot " + dir_.file("out.png"))) << said_;
     EXPECT_NE(said_.find("sea clutter"), std::string::npos) << said_;
-    const cli::Scan classes = cli::readScan(dir_.file("out.plv"));
+    const scan::Scan classes = scan::readScan(dir_.file("out.plv"));
     int sea[2] = {};
     for (std::size_t i = 0; i < 2160; ++i)
         sea[i / 1080] += sweepOf(classes).fields[0].values[i] == 6.0f;
@@ -138,7 +138,7 @@ TEST_F(Formats, RepackShortensOrSaysWhyNot) {
     const std::string out = dir_.file("out");
     ASSERT_TRUE(run("repack " + steep + " " + out + " --layout 252")) << said_;
     EXPECT_NE(said_.find("24 instead of 120 gates"), std::string::npos) << said_;
-    const cli::Scan before = cli::readScan(steep, {252}), after = cli::readScan(out, {252});
+    const scan::Scan before = scan::readScan(steep, {252}), after = scan::readScan(out, {252});
     EXPECT_EQ(sweepOf(after).fields[2].values[35 * 24 + 23],
               sweepOf(before).fields[2].values[35 * 120 + 23]);
     const std::string low = put("low", file.set(274, 5).bytes());

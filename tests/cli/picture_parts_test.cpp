@@ -279,12 +279,7 @@ TEST(Quantity, TakesTheEndsThatAreAskedFor) {
     EXPECT_THROW(quantityOf(field, sweepOf({0.0}, 1, 1.0), options), std::invalid_argument);
 }
 
-TEST(ClassField, IsKnownByNameAndValues) {
-    EXPECT_TRUE(isClassField({"CCl", "", {0, 3, 5, kNan}}));
-    EXPECT_TRUE(isClassField({"CC", "", {5}}));
-    EXPECT_FALSE(isClassField({"CC", "", {0.98f, 0}})); /* a correlation */
-    EXPECT_FALSE(isClassField({"DZ", "", {0, 3, 5}}));
-    EXPECT_FALSE(isClassField({"CCl", "", {1}}));
+TEST(ClassField, SharesCountEveryGate) {
     const auto shares = classShares({0, 0, 5, 3, kNan, kNan, kNan, 7});
     EXPECT_EQ(shares, (std::array<double, 6>{0.25, 0.125, 0.125, 0.375, 0.0, 0.125}));
     EXPECT_EQ(classShares({}), (std::array<double, 6>{}));

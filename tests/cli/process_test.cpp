@@ -34,7 +34,7 @@ TEST(PhaseGaps, AreClosedAlongTheRay) {
         {{}, {}, false},
     };
     for (auto row : kCases) {
-        EXPECT_EQ(cli::fillPhaseGaps(row.ray.data(), static_cast<int>(row.ray.size())),
+        EXPECT_EQ(scan::fillPhaseGaps(row.ray.data(), static_cast<int>(row.ray.size())),
                   row.hasValues);
         EXPECT_EQ(row.ray, row.filled);
     }
@@ -95,8 +95,8 @@ class Process : public testing::Test {
     Outcome process(const std::string& arguments) {
         return runProgram("process " + scan_ + " --radar-constant 60 " + arguments);
     }
-    static float valueOf(const cli::Scan& scan, const std::string& name, int ray, int gate) {
-        for (const cli::Field& field : scan.sweeps.at(0).fields)
+    static float valueOf(const scan::Scan& scan, const std::string& name, int ray, int gate) {
+        for (const scan::Field& field : scan.sweeps.at(0).fields)
             if (field.name == name) return field.values[static_cast<size_t>(ray * kGates + gate)];
         ADD_FAILURE() << "no field " << name;
         return kNan;
@@ -122,9 +122,9 @@ TEST_F(Process, RestoresTheReflectivityOfUniformRain) {
         ASSERT_EQ(outcome.code, 0) << outcome.out;
         EXPECT_NE(outcome.out.find("rays without any phase, taken as 0 degrees: 1"),
                   std::string::npos);
-        EXPECT_EQ(cli::recognise(out),
-                  words ? cli::FileFormat::kUniversalFormat : cli::FileFormat::kFieldRecord);
-        const cli::Scan scan = cli::readScan(out);
+        EXPECT_EQ(scan::recognise(out),
+                  words ? scan::FileFormat::kUniversalFormat : scan::FileFormat::kFieldRecord);
+        const scan::Scan scan = scan::readScan(out);
         for (int ray : {3, 7}) {
             for (int gate = kFirstRain + 5; gate < kLastRain - 15; ++gate) {
                 EXPECT_NEAR(valueOf(scan, words ? "DZ" : "Zh", ray, gate), kTrueZ, kLost) << gate;
@@ -183,7 +183,7 @@ TEST_F(Process, LeavesOutStagesThatLackTheirInputs) {
     ASSERT_EQ(outcome.code, 0) << outcome.out;
     EXPECT_NE(outcome.out.find("no rain rate: relation 3"), std::string::npos) << outcome.out;
     EXPECT_NE(outcome.out.find("no reflectivity from rain rate"), std::string::npos);
-    EXPECT_NEAR(valueOf(cli::readScan(out), "Zh", 3, 60), kTrueZ - kAlpha * riseAt(60), 0.02);
+    EXPECT_NEAR(valueOf(scan::readScan(out), "Zh", 3, 60), kTrueZ - kAlpha * riseAt(60), 0.02);
     const Outcome correction = process("--what 9 --map PH=none");
     EXPECT_NE(correction.out.find("no attenuation correction"), std::string::npos);
     EXPECT_EQ(correction.out.find("variables are missing"), std::string::npos);

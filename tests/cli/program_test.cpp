@@ -113,8 +113,8 @@ TEST_F(Program, ClassifiesAScanWithoutAnySetting) {
     EXPECT_NE(outcome.out.find("no calibration constant in the file: estimated"),
               std::string::npos);
     EXPECT_NE(outcome.out.find("million gates/s"), std::string::npos);
-    const cli::Scan classes = cli::readScan(output);
-    const cli::Field& field = classes.sweeps.at(0).fields.at(0);
+    const scan::Scan classes = scan::readScan(output);
+    const scan::Field& field = classes.sweeps.at(0).fields.at(0);
     EXPECT_EQ(field.name, "CCl");
     EXPECT_GT(shareRight(field.values, kRain), 0.97);
     EXPECT_GT(shareRight(field.values, kClutter), 0.9);
@@ -140,7 +140,7 @@ TEST_F(Program, UniversalFormatOutputKeepsEveryWordOfTheInput) {
         for (int i = 0; i < old.nfields * old.ngates; ++i)
             ASSERT_EQ(now.data[i], old.data[i]) << "ray " << r << " word " << i;
     }
-    const cli::Scan classes = cli::readScan(output);
+    const scan::Scan classes = scan::readScan(output);
     EXPECT_GT(shareRight(classes.sweeps.at(0).fields.at(4).values, kRain), 0.97);
 }
 
@@ -163,7 +163,7 @@ TEST_F(Program, AnotherFieldNamedLikeTheClassesIsKept) {
     clutter::test::writeFile(scan_, ufFile(rays));
     const std::string output = directory_.file("classes.uf");
     ASSERT_EQ(runProgram("classify -q " + scan_ + " -o " + output).code, 0);
-    const cli::Scan scan = cli::readScan(output);
+    const scan::Scan scan = scan::readScan(output);
     EXPECT_FLOAT_EQ(scan.sweeps.at(0).fields.at(4).values.at(0), 0.97F);
     EXPECT_EQ(scan.sweeps.at(0).fields.at(5).name, "C1");
 }
@@ -176,7 +176,7 @@ TEST_F(Program, RaysOfDifferentLengthKeepTheirLength) {
     const std::string output = directory_.file("classes.uf");
     const Outcome outcome = runProgram("classify " + scan_ + " -o " + output);
     ASSERT_EQ(outcome.code, 0) << outcome.out;
-    const cli::Sweep sweep = cli::readScan(output).sweeps.at(0);
+    const scan::Sweep sweep = scan::readScan(output).sweeps.at(0);
     EXPECT_EQ(sweep.rayGates, (std::vector<int>{100, 90, 80, 70, 60, 50, 40, 30}));
     for (int r = 0; r < 8; ++r)
         for (int g = 0; g < 100; ++g)
@@ -203,8 +203,8 @@ TEST_F(Program, TheTableHasOneLineAGate) {
 }
 
 TEST_F(Program, AFieldRecordBecomesUniversalFormat) {
-    cli::Scan input = cli::readScan(scan_);
-    const cli::Sweep& sweep = input.sweeps.at(0);
+    scan::Scan input = scan::readScan(scan_);
+    const scan::Sweep& sweep = input.sweeps.at(0);
     const char* names[] = {"Zh", "Zdr", "Phidp", "XY"};
     Cpluvek records[4];
     for (size_t f = 0; f < 4; ++f) {
@@ -228,7 +228,7 @@ TEST_F(Program, AFieldRecordBecomesUniversalFormat) {
     ASSERT_EQ(records[0].WriteDataToFile(path.c_str()), 1);
     const Outcome outcome = runProgram("classify " + path + " -o " + output);
     ASSERT_EQ(outcome.code, 0) << outcome.out;
-    const cli::Sweep result = cli::readScan(output).sweeps.at(0);
+    const scan::Sweep result = scan::readScan(output).sweeps.at(0);
     ASSERT_EQ(result.fields.size(), 5u);
     EXPECT_EQ(result.fields[0].name, "DZ");
     EXPECT_EQ(result.fields[3].name, "XY");
@@ -249,7 +249,7 @@ TEST_F(Program, SweepsOfAVolumeAreClassifiedOneByOne) {
     EXPECT_EQ(clutter::test::readFile(base + "volume_sweep1.csv"),
               clutter::test::readFile(base + "volume_sweep2.csv"));
     ASSERT_EQ(runProgram("classify -q " + path + " --sweep 2 -o " + base + "one.uf").code, 0);
-    const cli::Scan one = cli::readScan(base + "one.uf");
+    const scan::Scan one = scan::readScan(base + "one.uf");
     ASSERT_EQ(one.sweeps.size(), 2u);
     EXPECT_TRUE(std::isnan(one.sweeps[0].fields.at(4).values.at(0)));
     EXPECT_GT(shareRight(one.sweeps[1].fields.at(4).values, kRain), 0.97);
@@ -283,7 +283,7 @@ TEST_F(Program, TheEndsOfASectorDoNotMeet) {
     clutter::test::writeFile(scan_, ufFile(rays));
     const std::string output = directory_.file("classes.plv");
     ASSERT_EQ(runProgram("classify -q " + scan_ + " --radar-constant 60 -o " + output).code, 0);
-    const std::vector<float> classes = cli::readScan(output).sweeps.at(0).fields.at(0).values;
+    const std::vector<float> classes = scan::readScan(output).sweeps.at(0).fields.at(0).values;
     EXPECT_EQ(classes[8 * 60 + 30], 5); /* the border inside the sector is seen */
     EXPECT_EQ(classes[0 * 60 + 30], 0); /* the one round the back is not */
     EXPECT_EQ(classes[11 * 60 + 30], 0);
@@ -312,7 +312,7 @@ TEST_F(Program, MissingValuesDecideNothing) {
     ASSERT_EQ(outcome.code, 0) << outcome.out;
     EXPECT_NE(outcome.out.find("; ldr pdf rhv"), std::string::npos) << outcome.out;
     EXPECT_NE(outcome.out.find("(60 without a reflectivity)"), std::string::npos) << outcome.out;
-    const std::vector<float> classes = cli::readScan(output).sweeps.at(0).fields.at(0).values;
+    const std::vector<float> classes = scan::readScan(output).sweeps.at(0).fields.at(0).values;
     for (int r = 0; r < kRays; ++r) EXPECT_EQ(classes[static_cast<size_t>(r * kGates + 1)], 3);
     /* all noise is echo here, and blurs the edges */
     EXPECT_GT(shareRight(classes, kRain), 0.85);
@@ -443,7 +443,7 @@ TEST_F(Program, MeasuredVolumeIsClassified) {
     const Outcome outcome = runProgram("classify " + input + " -o " + output);
     ASSERT_EQ(outcome.code, 0) << outcome.out;
     EXPECT_NE(outcome.out.find("RHI 173.0 deg, 194 rays x 999 gates"), std::string::npos);
-    const cli::Scan scan = cli::readScan(output);
+    const scan::Scan scan = scan::readScan(output);
     ASSERT_EQ(scan.sweeps.size(), 3u);
     EXPECT_NEAR(scan.latitudeDeg, 36.5442, 0.001);
     EXPECT_NEAR(scan.longitudeDeg, -97.1756, 0.001);

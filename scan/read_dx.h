@@ -1,0 +1,16 @@
+/* read_dx.h - German DX files as scans. */
+#ifndef SCAN_READ_DX_H
+#define SCAN_READ_DX_H
+
+#include <string>
+
+#include "scan.h"
+
+namespace scan {
+
+/* One field, "Z"; bins without an echo have no value. Throws std::runtime_error with the reason. */
+Scan readGermanDx(const std::string& path);
+
+}  // namespace scan
+
+#endif

@@ -1,0 +1,61 @@
+/*
+ * scan.h - what the program works on: the sweeps of one input file, whatever its format.
+ */
+#ifndef SCAN_SCAN_H
+#define SCAN_SCAN_H
+
+#include <string>
+#include <vector>
+
+namespace scan {
+
+/* One quantity of a sweep: nrays x ngates values, ray after ray. NaN is "no value". */
+struct Field {
+    std::string name;  /* as the file has it: "DZ", "PH", "Zh" */
+    std::string units; /* "" when the file does not say */
+    std::vector<float> values;
+    int wordsPerUnit = 100; /* how finely Universal Format keeps it, when it is written */
+};
+
+/* Rays of one sweep number, padded to the longest. */
+struct Sweep {
+    int number = 0;
+    bool rhi = false; /* range-height scan: azimuth fixed, elevation moves */
+    double fixedAngleDeg = 0;
+    std::vector<double> azimuthDeg;   /* one per ray */
+    std::vector<double> elevationDeg; /* one per ray */
+    int nrays = 0;
+    int ngates = 0;
+    std::vector<int> rayGates; /* gates that each ray really has; empty: ngates everywhere */
+    double gateSpacingM = 0;
+    double firstGateM = 0; /* range of the first gate's centre */
+    double nyquist = 0;    /* m/s, 0 unknown */
+    std::vector<Field> fields;
+};
+
+/* The one elevation that stands for a sweep. */
+inline double middleElevationDeg(const Sweep& sweep) {
+    if (!sweep.rhi || sweep.elevationDeg.empty()) return sweep.fixedAngleDeg;
+    return sweep.elevationDeg[sweep.elevationDeg.size() / 2];
+}
+
+struct DateTime {
+    int year = 1900, month = 1, day = 1, hour = 0, minute = 0, second = 0;
+};
+
+struct Scan {
+    std::string path;
+    std::string format; /* "Universal Format", "field record" */
+    std::string radarName, siteName;
+    double latitudeDeg = 0, longitudeDeg = 0, altitudeM = 0;
+    double beamWidthDeg = 0, wavelengthM = 0;
+    DateTime time;
+    double radarConstantDb = 0; /* only meaningful with hasRadarConstant */
+    bool hasRadarConstant = false;
+    std::vector<Sweep> sweeps;
+    std::vector<std::string> oddities; /* sentences for `info`: what was unusual in the file */
+};
+
+}  // namespace scan
+
+#endif
