@@ -1,0 +1,207 @@
+"""The library's main job on numpy arrays."""
+
+from __future__ import annotations
+
+import functools
+import os
+from collections.abc import Iterable
+from pathlib import Path
+from typing import Union
+
+import numpy as np
+from numpy.typing import ArrayLike, NDArray
+
+from . import _core
+from ._arrays import NO_ECHO, as_field, as_field_like, finite, gate_spacing
+from .echo import Inputs
+
+InputSelection = Union[Inputs, int, str, Iterable[Union[Inputs, int, str]], None]
+
+#: Membership functions that come with the package.
+_PACKAGED = Path(__file__).parent / "membership"
+
+#: Which array an input needs.
+_NEEDS = {
+    Inputs.DBZH_TEXTURE: "dbzh", Inputs.ZDR_TEXTURE: "zdr", Inputs.PHIDP_TEXTURE: "phidp",
+    Inputs.RHOHV_TEXTURE: "rhohv", Inputs.VRAD: "vrad", Inputs.LDR: "ldr",
+    Inputs.CLUTTER_LIKELIHOOD: "clutter_likelihood", Inputs.RHOHV: "rhohv", Inputs.WRAD: "wrad",
+}
+
+
+def membership_directory(membership: str | os.PathLike[str] | None = None) -> str:
+    """The directory of membership functions: the argument, the environment variable
+    ``CLUTTERCLASSIFIER_MEMBERSHIP``, or the functions that come with the package."""
+    return os.fspath(membership or os.environ.get("CLUTTERCLASSIFIER_MEMBERSHIP") or _PACKAGED)
+
+
+@functools.lru_cache(maxsize=64)
+def _checked_directory(directory: str, mask: int, all_classes: bool, changed: int) -> str:
+    """The directory as the library takes it, once its files were seen to be readable."""
+    try:
+        return _core.membership_directory(directory, mask, all_classes)
+    except RuntimeError as error:
+        raise FileNotFoundError(str(error)) from None
+
+
+def _ready_directory(membership: str | os.PathLike[str] | None, mask: int, all_classes: bool) -> str:
+    directory = membership_directory(membership)
+    try:
+        changed = os.stat(directory).st_mtime_ns
+    except OSError as error:
+        raise FileNotFoundError(f"no membership functions: {error}") from None
+    return _checked_directory(directory, mask, all_classes, changed)
+
+
+def parse_inputs(inputs: InputSelection, available: Iterable[str]) -> Inputs:
+    """The inputs that are asked for; all that are `available` (names of arguments) for None.
+
+    Raises
+    ------
+    ValueError
+        for a name that is no input, an input whose array is missing, and when nothing is left.
+    """
+    present = set(available)
+    possible = Inputs(sum(bit for bit, name in _NEEDS.items() if name in present))
+    if inputs is None:
+        return possible
+    if isinstance(inputs, str) or not isinstance(inputs, Iterable):
+        inputs = [inputs]
+    wanted = Inputs(0)
+    for item in inputs:
+        if isinstance(item, str):
+            name = item.upper().replace("-", "_")
+            if name not in Inputs.__members__:
+                raise ValueError(f"no such input: {item!r} ({', '.join(Inputs.__members__)})")
+            wanted |= Inputs[name]
+        elif 0 <= int(item) <= Inputs.ALL:
+            wanted |= Inputs(int(item))
+        else:
+            raise ValueError(f"inputs must be within 0 and {int(Inputs.ALL)}, not {item}")
+    missing = wanted & ~possible
+    if missing:
+        names = sorted({_NEEDS[bit] for bit in _NEEDS if bit & missing})
+        raise ValueError(f"an input was asked for, but not given: {', '.join(names)}")
+    if not wanted:
+        raise ValueError("inputs selects nothing")
+    return wanted
+
+
+def classify(dbzh: ArrayLike, *, zdr: ArrayLike | None = None, phidp: ArrayLike | None = None,
+             rhohv: ArrayLike | None = None, vrad: ArrayLike | None = None,
+             wrad: ArrayLike | None = None, ldr: ArrayLike | None = None,
+             clutter_likelihood: ArrayLike | None = None, range: ArrayLike,
+             azimuth: ArrayLike | None = None, elevation: float = 0.0, radar_constant: float,
+             min_snr: float = 26.0, inputs: InputSelection = None,
+             membership: str | os.PathLike[str] | None = None,
+             texture_window: tuple[int, int] = (5, 3), remove_isolated: bool = False,
+             all_classes: bool = False, missing: str = "keep") -> NDArray[np.uint8]:
+    """Tell precipitation from ground clutter and noise, gate by gate.
+
+    Fuzzy logic over textures and raw quantities. A gate whose signal-to-noise ratio
+    ``dbzh - 20 log10(range in km) + radar_constant`` is below `min_snr` is noise; every other one is
+    precipitation or ground clutter, whichever its inputs speak for (precipitation where they do not
+    decide).
+
+    Parameters
+    ----------
+    dbzh : array_like, shape (..., azimuth, range)
+        Horizontal reflectivity, dBZ. Leading dimensions are scans of their own.
+    zdr, phidp, rhohv, vrad, wrad, ldr, clutter_likelihood : array_like, optional
+        Differential reflectivity (dB), differential phase (degrees), co-polar correlation (0..1),
+        Doppler velocity (m/s), spectrum width (m/s), linear depolarisation ratio (dB), clutter
+        likelihood (0..1), each with the shape of `dbzh`.
+    range : array_like, shape (range,), or float
+        Ranges of the gates, or their spacing, m. Only the spacing counts, in whole metres: gate 0 is
+        taken one spacing out.
+    azimuth, elevation : array_like and float, optional
+        Angles of the rays, degrees. They are checked, but do not change the classes.
+    radar_constant : float
+        Calibration constant of the signal-to-noise ratio, dB (`estimate_radar_constant` finds one).
+    min_snr : float
+        Lowest signal-to-noise ratio of an echo, dB.
+    inputs : Inputs, int, str or several of them, optional
+        Inputs to use, for example ``Inputs.TEXTURES`` or ``["dbzh_texture", "vrad"]``. All that the
+        given arrays allow by default.
+    membership : path, optional
+        Directory of membership functions; by default ``$CLUTTERCLASSIFIER_MEMBERSHIP``, else those
+        of the package.
+    texture_window : (int, int)
+        Gates and rays of the texture window, both odd.
+    remove_isolated : bool
+        Turn isolated precipitation gates into ground clutter.
+    all_classes : bool
+        Tell sea and wind-turbine clutter from ground clutter.
+    missing : {"keep", "no_echo"}
+        What a NaN in `dbzh` means. ``"keep"`` hands it to the library as it is: such a gate is not
+        noise, and spoils the textures around it. ``"no_echo"`` makes it noise. Masked gates of a
+        masked array always count as without echo.
+
+    Returns
+    -------
+    numpy.ndarray of uint8
+        Codes of `EchoClass`, in the shape of `dbzh`.
+
+    Raises
+    ------
+    ValueError
+        An argument of a wrong shape or outside its range; the message names it.
+    FileNotFoundError
+        A membership function of a used input is missing.
+
+    Examples
+    --------
+    >>> import clutterclassifier as cc
+    >>> scan = cc.synthetic_scan(5)
+    >>> fields = {name: scan[name.upper()].values for name in ("dbzh", "zdr", "phidp", "rhohv")}
+    >>> classes = cc.classify(**fields, range=scan.range, radar_constant=40.0, min_snr=10)
+    >>> bool((classes == cc.PRECIPITATION).any())
+    True
+    """
+    if missing not in ("keep", "no_echo"):
+        raise ValueError(f"missing must be 'keep' or 'no_echo', not {missing!r}")
+    given = {"zdr": zdr, "phidp": phidp, "rhohv": rhohv, "vrad": vrad, "wrad": wrad, "ldr": ldr,
+             "clutter_likelihood": clutter_likelihood}
+    given = {name: value for name, value in given.items() if value is not None}
+    mask = parse_inputs(inputs, ["dbzh", *given])
+    single = getattr(dbzh, "dtype", None) == np.float32
+    plain = (not single and not mask & Inputs.WRAD and tuple(texture_window) == (5, 3) and not remove_isolated
+             and not all_classes)
+    fields = {"dbzh": as_field("dbzh", dbzh, np.float64 if plain else np.float32, NO_ECHO)}
+    for name, value in given.items():
+        fields[name] = as_field_like(name, value, fields["dbzh"], "dbzh")
+    if missing == "no_echo" and np.isnan(fields["dbzh"]).any():
+        fields["dbzh"] = np.where(np.isnan(fields["dbzh"]), fields["dbzh"].dtype.type(NO_ECHO),
+                                  fields["dbzh"])
+    shape = fields["dbzh"].shape
+    if azimuth is not None and np.shape(azimuth)[-1:] != shape[-2:-1]:
+        raise ValueError(f"azimuth has the shape {np.shape(azimuth)}, but there are {shape[-2]} rays")
+    finite("elevation", elevation)
+    settings = {
+        "spacing": gate_spacing(range, shape[-1]),
+        "radar_constant": finite("radar_constant", radar_constant),
+        "min_snr": float(min_snr),
+        "inputs": int(mask),
+    }
+    directory = _ready_directory(membership, int(mask), all_classes)
+    if not plain:
+        settings |= _stage_settings(texture_window, remove_isolated, all_classes)
+    out = np.empty(shape, np.uint8)
+    for at in np.ndindex(shape[:-2]):
+        one = [fields[name][at] if name in fields else None for name in _ORDER[plain]]
+        out[at] = (_core.classify if plain else _core.classify_stage)(directory, *one, **settings)
+    return out
+
+
+#: Arguments of the two ways through the library, in their order.
+_ORDER = {
+    True: ("dbzh", "zdr", "phidp", "rhohv", "vrad", "ldr", "clutter_likelihood"),
+    False: ("dbzh", "zdr", "phidp", "rhohv", "vrad", "wrad", "ldr", "clutter_likelihood"),
+}
+
+
+def _stage_settings(window: tuple[int, int], remove_isolated: bool, all_classes: bool) -> dict[str, int]:
+    gates, rays = (int(size) for size in window)
+    if gates < 1 or rays < 1 or gates % 2 == 0 or rays % 2 == 0 or gates * rays < 2:
+        raise ValueError(f"texture_window must be two odd sizes and more than one gate, not {tuple(window)}")
+    return {"texture_gates": gates, "texture_rays": rays, "remove_isolated": bool(remove_isolated),
+            "all_classes": bool(all_classes)}

@@ -1,0 +1,44 @@
+/*
+ * arrays.h - numpy arrays as the library takes them.
+ *
+ * The Python side hands over C-contiguous arrays of the exact type, already checked for shape (see
+ * clutterclassifier/_arrays.py); nothing here converts. The library never writes to its inputs,
+ * though its signatures do not say so: read-only arrays are safe.
+ */
+#ifndef PYTHON_ARRAYS_H
+#define PYTHON_ARRAYS_H
+
+#include <pybind11/numpy.h>
+#include <pybind11/pybind11.h>
+#include <pybind11/stl.h>
+
+#include <optional>
+
+namespace python {
+
+namespace py = pybind11;
+
+/* A contiguous array; arguments of it are bound with noconvert(). */
+template <typename T>
+using Array = py::array_t<T, py::array::c_style>;
+
+template <typename T>
+using OptionalArray = std::optional<Array<T>>;
+
+/* The values, for a library that takes T* and does not write. */
+template <typename T>
+T* values(const Array<T>& array) {
+    return const_cast<T*>(array.data());
+}
+
+template <typename T>
+T* values(const OptionalArray<T>& array) {
+    return array ? values(*array) : nullptr;
+}
+
+/* Registers the functions of one source file. */
+void bindClassify(py::module_& module);
+
+}  // namespace python
+
+#endif
