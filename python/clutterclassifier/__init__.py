@@ -8,4 +8,4 @@ from ._classify import classify, membership_directory
 from .echo import (GROUND_CLUTTER, MISSING, NOISE, PRECIPITATION, SEA_CLUTTER, TURBINE_CLUTTER,
                    EchoClass, Inputs)
 
-__version__ = "0.1.0"
+from ._version import __version__
