@@ -8,4 +8,7 @@ from ._classify import classify, membership_directory
 from .echo import (GROUND_CLUTTER, MISSING, NOISE, PRECIPITATION, SEA_CLUTTER, TURBINE_CLUTTER,
                    EchoClass, Inputs)
 
+from ._process import Processed, Stage, process
+from ._settings import check_config, config_table, example_config
+
 from ._version import __version__
