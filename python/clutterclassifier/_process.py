@@ -36,7 +36,7 @@ class Stage(IntFlag):
 DEFAULT_MIN_SNR = 26.0
 
 #: Arguments by the keys that the library's own readers use.
-_KEYS = {"dbzh": "zhh", "zdr": "zdr", "phidp": "pdp", "rhohv": "rhv", "vrad": "vel", "wrad": "wid",
+KEYS = {"dbzh": "zhh", "zdr": "zdr", "phidp": "pdp", "rhohv": "rhv", "vrad": "vel", "wrad": "wid",
          "ldr": "ldr", "clutter_likelihood": "pdf"}
 
 #: CfRadial names of results; others keep the name of their record.
@@ -209,7 +209,7 @@ def process(dbzh: ArrayLike, *, zdr: ArrayLike | None = None, phidp: ArrayLike |
     mask = standard_inputs(inputs, settings, {"dbzh", *given})
     fields = {"zhh": as_field("dbzh", dbzh, np.float32)}
     for name, value in given.items():
-        fields[_KEYS[name]] = as_field_like(name, value, fields["zhh"], "dbzh")
+        fields[KEYS[name]] = as_field_like(name, value, fields["zhh"], "dbzh")
     if classes is not None and not stages & Stage.CLASSIFICATION:
         fields["CCl"] = _class_field(classes, fields["zhh"])
     shape = fields["zhh"].shape
