@@ -6,4 +6,9 @@ PYBIND11_MODULE(_core, module) {
     module.doc() =
         "Operations of the library on contiguous arrays; the package checks and documents.";
     python::bindClassify(module);
+    python::bindToolkit(module);
+    python::bindPhase(module);
+    python::bindAttenuation(module);
+    python::bindRain(module);
+    python::bindBeam(module);
 }
