@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cmath>
+#include <cstdio>
 #include <cstring>
 #include <iterator>
 #include <limits>
@@ -161,14 +162,16 @@ class Chain {
     }
 
     void closePhaseGaps() {
-        int without = 0;
-        for (int r = 0; r < context_->pdp.nrays; ++r) {
-            float* ray = context_->pdp.data + static_cast<size_t>(r) * sweep_.ngates;
-            without += !fillPhaseGaps(ray, sweep_.ngates) && r < sweep_.nrays;
-        }
-        if (without > 0)
-            out_.classified.notes.push_back("rays without any phase, taken as 0 degrees: " +
-                                            std::to_string(without));
+        Cpluvek& pdp = context_->pdp;
+        const EmptyRays empty = fillPhaseGaps(pdp.data, pdp.nrays, sweep_.ngates);
+        const auto without = std::count_if(empty.rays.begin(), empty.rays.end(),
+                                           [&](int ray) { return ray < sweep_.nrays; });
+        if (without == 0) return;
+        char note[100];
+        std::snprintf(note, sizeof note,
+                      "%d rays without any phase, taken as the others begin: %.1f deg",
+                      static_cast<int>(without), static_cast<double>(empty.phase));
+        out_.classified.notes.push_back(note);
     }
 
     void takeFields() {

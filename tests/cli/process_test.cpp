@@ -24,19 +24,35 @@ constexpr float kNan = std::numeric_limits<float>::quiet_NaN();
 TEST(PhaseGaps, AreClosedAlongTheRay) {
     const struct {
         std::vector<float> ray, filled;
-        bool hasValues;
     } kCases[] = {
-        {{1, 2, 3}, {1, 2, 3}, true},
-        {{10, kNan, kNan, kNan, 30}, {10, 15, 20, 25, 30}, true},
-        {{kNan, kNan, 5, kNan, 7, INFINITY}, {5, 5, 5, 6, 7, 7}, true},
-        {{kNan, 4}, {4, 4}, true},
-        {{kNan, kNan}, {0, 0}, false},
-        {{}, {}, false},
+        {{1, 2, 3}, {1, 2, 3}},
+        {{10, kNan, kNan, kNan, 30}, {10, 15, 20, 25, 30}},
+        {{kNan, kNan, 5, kNan, 7, INFINITY}, {5, 5, 5, 6, 7, 7}},
+        {{kNan, 4}, {4, 4}},
+        {{}, {}},
     };
     for (auto row : kCases) {
-        EXPECT_EQ(scan::fillPhaseGaps(row.ray.data(), static_cast<int>(row.ray.size())),
-                  row.hasValues);
+        scan::fillPhaseGaps(row.ray.data(), 1, static_cast<int>(row.ray.size()));
         EXPECT_EQ(row.ray, row.filled);
+    }
+}
+
+TEST(PhaseGaps, EmptyRaysTakeTheMedianOfTheFirstValues) {
+    const struct {
+        std::vector<float> scan, filled; /* rays of two gates */
+        std::vector<int> empty;
+    } kCases[] = {
+        {{kNan, kNan, 50, 99, kNan, 40, 60, 0, kNan, INFINITY},
+         {50, 50, 50, 99, 40, 40, 60, 0, 50, 50},
+         {0, 4}},
+        {{kNan, kNan, kNan, kNan}, {0, 0, 0, 0}, {0, 1}},
+        {{7, 8}, {7, 8}, {}},
+    };
+    for (auto row : kCases) {
+        const scan::EmptyRays empty =
+            scan::fillPhaseGaps(row.scan.data(), static_cast<int>(row.scan.size() / 2), 2);
+        EXPECT_EQ(row.scan, row.filled);
+        EXPECT_EQ(empty.rays, row.empty);
     }
 }
 
@@ -48,6 +64,10 @@ constexpr double kAlpha = 0.073;                      /* dB a degree, the nomina
 
 bool isRain(int gate) {
     return gate >= kFirstRain && gate <= kLastRain;
+}
+
+bool hasNoPhase(int ray) {
+    return ray == 9 || ray >= 44;
 }
 
 /* Phase and two-way attenuation at a gate of uniform rain. */
@@ -75,9 +95,9 @@ class Process : public testing::Test {
         std::vector<clutter::test::UfRecord> rays;
         for (int r = 0; r < kRays; ++r) {
             std::vector<UfField> fields = makeRay();
-            /* Ray 7 has gaps in its phase, ray 9 has none at all. */
+            /* Ray 7 has gaps in its phase; many have none at all. */
             for (int g = 0; g < kGates; ++g)
-                if (r == 9 || (r == 7 && g % 5 == 2))
+                if (hasNoPhase(r) || (r == 7 && g % 5 == 2))
                     fields[2].words[static_cast<size_t>(g)] = -32768;
             rays.push_back(clutter::test::ufRay(fields, r + 1));
             rays.back().set(33, r * 64 * 360 / kRays);
@@ -120,8 +140,9 @@ TEST_F(Process, RestoresTheReflectivityOfUniformRain) {
         const std::string out = directory_.file(name);
         const Outcome outcome = process("--what 159 --config " + config + " -o " + out);
         ASSERT_EQ(outcome.code, 0) << outcome.out;
-        EXPECT_NE(outcome.out.find("rays without any phase, taken as 0 degrees: 1"),
-                  std::string::npos);
+        EXPECT_NE(
+            outcome.out.find("17 rays without any phase, taken as the others begin: 60.0 deg"),
+            std::string::npos);
         EXPECT_EQ(scan::recognise(out),
                   words ? scan::FileFormat::kUniversalFormat : scan::FileFormat::kFieldRecord);
         const scan::Scan scan = scan::readScan(out);
