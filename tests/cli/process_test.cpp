@@ -196,6 +196,25 @@ TEST_F(Process, AppendsSamplesAtPoints) {
     EXPECT_FALSE(fs::exists(prefix + "_KDP.dat"));
 }
 
+/* No number of the context's own stands where the files hold no value. */
+TEST_F(Process, SamplesOfGatesWithoutValueAreNan) {
+    const std::string points = write("points.txt", "3000 18\n25000 18\n");
+    const std::string prefix = directory_.file("gauge");
+    const std::string arguments = " --points " + points + " --prefix " + prefix;
+    ASSERT_EQ(process("--what 17" + arguments).code, 0);  /* no echo */
+    ASSERT_EQ(process("--what 145" + arguments).code, 0); /* and blanked */
+    for (const char* field : {"_zhh.dat", "_R.dat", "_rhv.dat"}) {
+        std::ifstream file(prefix + field);
+        for (const bool blanks : {false, true}) {
+            std::string date, without, with;
+            for (int part = 0; part < 6; ++part) file >> date;
+            ASSERT_TRUE(file >> without >> with) << field;
+            EXPECT_EQ(without == "nan", blanks || std::string(field) != "_rhv.dat") << without;
+            EXPECT_NE(with, "nan") << field;
+        }
+    }
+}
+
 /* Zero rain would make zero reflectivity of everything. */
 TEST_F(Process, LeavesOutStagesThatLackTheirInputs) {
     const std::string config = write("settings.txt", "RAINFALL_ALG 3\n");
