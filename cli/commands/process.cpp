@@ -71,11 +71,11 @@ void reportProblems(const std::string& path, const Configuration& configuration)
         std::fprintf(stderr, "%s:%d: %s\n", path.c_str(), problem.line, problem.text.c_str());
 }
 
-/* A value that would be taken for another one ends the work; the rest is only said. */
+/* The rest is only said. */
 void requireReadable(const std::string& path, const Configuration& configuration) {
     reportProblems(path, configuration);
     for (const ConfigurationProblem& problem : configuration.problems)
-        if (problem.misread) throw std::runtime_error(path + ": has settings that are no values");
+        if (problem.fatal) throw std::runtime_error(path + ": has settings that cannot be used");
 }
 
 Settings readSettings(const std::string& path) {

@@ -250,6 +250,18 @@ TEST_F(Process, DrawsAndStaysQuiet) {
     EXPECT_GT(fs::file_size(picture), 5000u);
 }
 
+TEST_F(Process, WarnsOfSettingsThatMeanNothing) {
+    const std::string odd = write("odd.txt", "RAINFALL_ALG -2\nATTENUATION_ALG 9\n");
+    const char* const warning = "odd.txt:2: ATTENUATION_ALG: 9 is not within -1 to 8";
+    for (const auto& [command, code] : {std::pair{"process " + scan_ + " --what 17 --config ", 0},
+                                        {"process --check-config ", 1}}) {
+        const Outcome outcome = runProgram(command + odd);
+        EXPECT_EQ(outcome.code, code) << outcome.out;
+        EXPECT_NE(outcome.out.find(warning), std::string::npos) << outcome.out;
+        EXPECT_EQ(outcome.out.find("odd.txt:1:"), std::string::npos) << outcome.out;
+    }
+}
+
 TEST_F(Process, RefusesWithAReason) {
     const std::string bad = write("bad.txt", "WHAT2DO 1\nZDR_BIAS high\n");
     const std::string out = directory_.file("out.uf");
