@@ -291,6 +291,21 @@ TEST_F(Process, RefusesWithAReason) {
     EXPECT_EQ(runProgram("process").code, 2);
 }
 
+TEST_F(Process, KeepsTheFilesThatItReads) {
+    const std::string settings = write("settings.png", kSettings);
+    const std::string points = write("points.txt", "25000 18\n");
+    const std::string all =
+        "--config " + settings + " --points " + points + " --prefix " + directory_.file("p") + " ";
+    for (const std::string& result :
+         {"-o " + scan_, "-o " + settings, "-o " + points, "--plot Zh --picture " + settings}) {
+        const Outcome outcome = process(all + result);
+        EXPECT_EQ(outcome.code, 2) << result << outcome.out;
+        EXPECT_NE(outcome.out.find("would overwrite its input"), std::string::npos) << outcome.out;
+    }
+    EXPECT_EQ(fs::file_size(settings), sizeof kSettings - 1);
+    EXPECT_FALSE(fs::exists(directory_.file("p_zhh.dat")));
+}
+
 TEST_F(Process, PrintsSettingsThatItAccepts) {
     const std::string path = directory_.file("settings.txt");
     const Outcome printed = runProgram("process --print-config >" + path + " 2>/dev/null #");
