@@ -130,6 +130,15 @@ TEST_F(Formats, AllClassesAreToldApartOnRequest) {
         sea[i / 1080] += sweepOf(classes).fields[0].values[i] == 6.0f;
     EXPECT_LT(sea[0], 100);
     EXPECT_GT(sea[1], 300);
+
+    const std::string membership = dir_.file("membership");
+    std::filesystem::copy(MEMBERSHIP_DIRECTORY, membership);
+    std::filesystem::remove(membership + "/cal_mf_sZhh_turclut.dat");
+    EXPECT_TRUE(run(common + " --membership " + membership)) << said_;
+    EXPECT_FALSE(run(common + " --classes all --membership " + membership));
+    EXPECT_NE(said_.find("no membership function in " + membership + "/cal_mf_sZhh_turclut.dat"),
+              std::string::npos)
+        << said_;
 }
 
 TEST_F(Formats, RepackShortensOrSaysWhyNot) {
