@@ -127,10 +127,10 @@ void classifyStage(const std::string& membership, const Array<float>& zhh,
 
 void bindClassify(py::module_& module) {
     module.def("membership_directory",
-               [](const std::string& directory, int inputs, bool /*allClasses*/) {
+               [](const std::string& directory, int inputs, bool allClasses) {
                    const std::string name = scan::withSeparator(directory);
                    const py::gil_scoped_release release;
-                   scan::requireMembershipFiles(name, inputs);
+                   scan::requireMembershipFiles(name, inputs, allClasses);
                    return name;
                });
     const auto field = [](const char* name) { return py::arg(name).noconvert(); };
