@@ -10,4 +10,4 @@ from .echo import (GROUND_CLUTTER, MISSING, NOISE, PRECIPITATION, SEA_CLUTTER, T
                    EchoClass, Inputs)
 from .readers import open_dx, open_polar, open_record, open_uf, read, recognise
 
-__version__ = "0.1.0"
+from ._version import __version__
