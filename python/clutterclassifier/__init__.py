@@ -5,8 +5,10 @@ a command for archives (``python -m clutterclassifier.archive``). See docs/pytho
 """
 
 from ._classify import classify, membership_directory
+from ._synthetic import synthetic_arrays, synthetic_scan
 from .echo import (GROUND_CLUTTER, MISSING, NOISE, PRECIPITATION, SEA_CLUTTER, TURBINE_CLUTTER,
                    EchoClass, Inputs)
+from .readers import open_dx, open_polar, open_record, open_uf, read, recognise
 
 from ._process import Processed, Stage, process
 from ._settings import check_config, config_table, example_config

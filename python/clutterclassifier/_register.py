@@ -41,7 +41,7 @@ class _Watcher:
         try:
             self._action()
         except Exception as error:  # noqa: BLE001
-            warnings.warn(f"clutterclassifier has no accessor with this {self._name}: {error!r}", stacklevel=2)
+            warnings.warn(f"no clutterclassifier accessor for this {self._name}: {error!r}", stacklevel=2)
 
 
 def when_imported(name: str, action: Callable[[], Any]) -> None:

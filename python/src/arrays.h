@@ -60,6 +60,7 @@ void bindPhase(py::module_& module);
 void bindAttenuation(py::module_& module);
 void bindRain(py::module_& module);
 void bindBeam(py::module_& module);
+void bindScans(py::module_& module);
 
 }  // namespace python
 

@@ -12,4 +12,5 @@ PYBIND11_MODULE(_core, module) {
     python::bindAttenuation(module);
     python::bindRain(module);
     python::bindBeam(module);
+    python::bindScans(module);
 }
