@@ -112,12 +112,15 @@ def _view(ds: xr.Dataset, rays: str, rhi: bool, reach_km: float | None) -> _View
 
 def _draw_axes(axes: Axes, view: _View, rhi: bool) -> None:
     """Labels in km, and circles at round ranges."""
+    from matplotlib import patheffects
     from matplotlib.patches import Circle
     from matplotlib.ticker import MaxNLocator
 
     left, right, bottom, top = view.extent
     axes.set(xlim=(left, right), ylim=(bottom, top))
     axes.tick_params(labelsize=9, color="#777777", length=3)
+    axes.xaxis.label.set_size(9)
+    axes.yaxis.label.set_size(9)
     for spine in axes.spines.values():
         spine.set_color("#777777")
     if rhi:
@@ -129,8 +132,11 @@ def _draw_axes(axes: Axes, view: _View, rhi: bool) -> None:
     axes.xaxis.set_major_locator(MaxNLocator(5, steps=[1, 2, 5, 10]))
     axes.yaxis.set_major_locator(MaxNLocator(5, steps=[1, 2, 5, 10]))
     for radius in MaxNLocator(5, steps=[1, 2, 5, 10]).tick_values(0, right):
-        if 0 < radius <= right:
+        if 0 < radius < right:
             axes.add_patch(Circle((0, 0), radius, fill=False, **_LINES))
+            halo = [patheffects.withStroke(linewidth=2, foreground="white", alpha=0.8)]
+            axes.text(radius * np.sin(np.pi / 4), radius * np.cos(np.pi / 4), f"{radius:g} km", fontsize=8,
+                      ha="center", va="center", color="#333333", path_effects=halo)
     for angle in np.radians(np.arange(0, 360, 30)):
         axes.plot([0, right * np.sin(angle)], [0, right * np.cos(angle)], **_LINES)
 
@@ -174,8 +180,9 @@ def _draw_legend(axes: Axes, classes: NDArray[np.uint8]) -> None:
         handles.append(Patch(facecolor=colour, edgecolor="#555555", linewidth=0.6,
                              label=f"{word}  {100 * share:.1f} %"))
     axes.axis("off")
-    axes.legend(handles=handles, ncol=2, loc="center left", frameon=False, fontsize=9, borderaxespad=0,
-                handlelength=1.6, handleheight=1.0, columnspacing=2.5)
+    axes.legend(handles=handles, ncol=2 if len(handles) < 5 else 3, loc="center left", frameon=False,
+                fontsize=9, borderaxespad=0, borderpad=0, handlelength=1.6, handleheight=1.0,
+                columnspacing=2.5)
 
 
 def _titles(ds: xr.Dataset, rhi: bool) -> tuple[str, str]:
@@ -186,7 +193,7 @@ def _titles(ds: xr.Dataset, rhi: bool) -> tuple[str, str]:
     if "sweep_fixed_angle" in ds:
         words.append(f"{'azimuth' if rhi else 'elevation'} {float(ds['sweep_fixed_angle']):.1f}°")
     if "time" in ds and ds["time"].dtype.kind == "M" and ds["time"].notnull().any():
-        words.append(f"{ds['time'].min().values.astype('datetime64[s]')} UTC".replace("T", " "))
+        words.append(str(ds["time"].min().values.astype("datetime64[s]")).replace("T", " ") + " UTC")
     return heading, "    ".join(words)
 
 
@@ -231,8 +238,10 @@ def plot(ds: xr.Dataset, *, fields: FieldMap = None, title: str | None = None,
     classes = library_codes(ds[keywords.get("name", CLASS)]).transpose(*order).values
     view = _view(ds, sweep.rays, rhi, reach_km)
     figure = _new_figure(rhi) if figure is None else figure
-    grid = figure.add_gridspec(2, 2, height_ratios=[1, 0.035], left=0.065, right=0.985, bottom=0.1,
-                               top=0.86, wspace=0.16, hspace=0.2 if not rhi else 0.36)
+    height = figure.get_figheight()
+    grid = figure.add_gridspec(2, 2, height_ratios=[1, 0.06 if rhi else 0.035], left=0.065, right=0.985,
+                               bottom=0.75 / height, top=1 - 1.05 / height, wspace=0.16,
+                               hspace=0.4 if rhi else 0.22)
     left, right = figure.add_subplot(grid[0, 0]), figure.add_subplot(grid[0, 1])
     for axes, heading in ((left, f"Horizontal reflectivity ({sweep.dbzh.name})"), (right, "Classes")):
         _draw_axes(axes, view, rhi)
@@ -242,15 +251,15 @@ def plot(ds: xr.Dataset, *, fields: FieldMap = None, title: str | None = None,
     _draw_scale(figure, figure.add_subplot(grid[1, 0]), colours)
     _draw_legend(figure.add_subplot(grid[1, 1]), classes)
     heading, below = _titles(ds, rhi) if title is None else (title, "")
-    figure.text(0.065, 0.965, heading, fontsize=15, fontweight="bold", va="center")
-    figure.text(0.065, 0.92, below, fontsize=10, color="#555555", va="center")
+    figure.text(0.065, 1 - 0.27 / height, heading, fontsize=15, fontweight="bold", va="center")
+    figure.text(0.065, 1 - 0.57 / height, below, fontsize=10, color="#555555", va="center")
     return figure
 
 
 def _new_figure(rhi: bool) -> Figure:
     from matplotlib import pyplot
 
-    return pyplot.figure(figsize=(12.5, 5.0) if rhi else (12.5, 7.4), facecolor="white")
+    return pyplot.figure(figsize=(12.5, 5.4) if rhi else (12.5, 7.8), facecolor="white")
 
 
 def _draw_scale(figure: Figure, axes: Axes, colours: Any) -> None:

@@ -115,9 +115,9 @@ def from_radar(radar: Any) -> list[xr.Dataset]:
 
 def _by_raw_name(ds: xr.Dataset, fields: FieldMap) -> FieldMap:
     """A map of fields by the radar's own names."""
-    new: dict[Hashable, Hashable] = {variable.attrs.get("raw_name"): name
-                                     for name, variable in ds.data_vars.items()}
-    return {key: new.get(name, name) for key, name in (fields or {}).items()}
+    new: dict[Hashable, Hashable] = {variable.attrs["raw_name"]: name for name, variable in
+                                     ds.data_vars.items() if "raw_name" in variable.attrs}
+    return {key: None if name is None else new.get(name, name) for key, name in (fields or {}).items()}
 
 
 def classify_radar(radar: Any, *, fields: FieldMap = None, **keywords: Any) -> dict[str, Any]:
