@@ -23,10 +23,12 @@ def test_the_package_needs_numpy_only() -> None:
     assert run(f"import sys, clutterclassifier; print({heavy!r} & set(sys.modules))") == "set()\n"
 
 
-@pytest.mark.parametrize("imports", ["clutterclassifier, xarray", "xarray, clutterclassifier",
-                                     "clutterclassifier, xarray.backends"])
+@pytest.mark.parametrize("imports", [
+    "clutterclassifier, xarray", "xarray, clutterclassifier", "clutterclassifier, xarray.backends",
+    *(f"clutterclassifier.{name}" for name in ("accessor", "sweeps", "plot", "pyart", "backends", "_sweep"))])
 def test_whichever_is_imported_first(imports: str) -> None:
-    assert run(f"import {imports}; print(xarray.Dataset.clutter.__name__)") == "ClutterAccessor\n"
+    program = f"import warnings; warnings.simplefilter('error', UserWarning); import {imports}"
+    assert run(f"{program}; import xarray; print(xarray.Dataset.clutter.__name__)") == "ClutterAccessor\n"
 
 
 def test_a_failing_registration_does_not_spoil_the_other_import() -> None:

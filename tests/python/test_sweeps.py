@@ -168,8 +168,11 @@ def test_velocity_from_behind_the_filter_is_left_out(made_sweep: xr.Dataset) -> 
     ds = made_sweep.rename({"DBZH": "DBTH"})
     filtered = ds.assign(DBZH=ds.DBTH.where(np.arange(24 * 60).reshape(24, 60) % 50 > 0, -30.0))
     nearly = ds.assign(DBZH=ds.DBTH.where(np.arange(24 * 60).reshape(24, 60) % 500 > 0, -30.0))
-    for data, mask in ((filtered, 255 & ~16), (nearly, 255), (filtered.chunk(), 255 & ~16)):
-        np.testing.assert_array_equal(sweeps.classify(data, min_snr=MIN_SNR).CLASS, expected(mask))
+    for data, mask, said in ((filtered, 255 & ~16, False), (nearly, 255, True),
+                             (filtered.chunk(), 255 & ~16, True)):
+        result = sweeps.classify(data, min_snr=MIN_SNR).CLASS
+        np.testing.assert_array_equal(result, expected(mask))
+        assert ("VRAD" in result.attrs["history"]) == said
     for wish in ({"inputs": 255}, {"fields": {"vrad": "VRADH"}}):
         result = sweeps.classify(filtered, min_snr=MIN_SNR, **wish).CLASS
         np.testing.assert_array_equal(result, expected(255))
