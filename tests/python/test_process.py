@@ -104,7 +104,7 @@ def test_which_lowest_ratio_goes_with_which_constant() -> None:
 
 
 def test_one_elevation_stands_for_all_rays() -> None:
-    """That of the middle ray of a range-height scan, else the median; steep beams leave the rain at once."""
+    """That of the middle ray of a range-height scan, else the median. Steep beams leave the rain."""
     elevation = np.repeat([80.0, 0.5, 80.0], [10, 16, 10])
     for rhi, corrected in ((True, True), (False, False)):
         result = cc.process(**rainy(), **KEYWORDS, config=NOMINAL, elevation=elevation, rhi=rhi)
@@ -231,6 +231,22 @@ def test_no_echo_is_no_rain_and_not_measured_is_nothing() -> None:
     assert (result.DBZH[4, :5] == -32).all() and result.DBZH.attrs["_Undetect"] == -32
     blanked = sweeps.process(ds, what=Stage.CLASSIFICATION | Stage.BLANKING)
     assert blanked.DBZH[3:5, :5].isnull().all()
+
+
+def test_velocity_from_behind_the_filter_is_left_out() -> None:
+    one = make_sweep().rename({"DBZH": "DBTH"})
+    two = make_sweep(seed=2).rename({"DBZH": "DBTH"})
+    every = np.arange(24 * 60).reshape(24, 60)
+    one["DBZH"] = one.DBTH.where(every % 50 > 0, -30.0)
+    two["DBZH"] = two.DBTH.where(every % 500 > 0, -30.0)
+    both = xr.concat([one, two], dim="scan")
+    for data in (both, both.chunk({"scan": 1})):
+        result = sweeps.process(data, what=Stage.CLASSIFICATION).CLASS
+        for at, ds, inputs in ((0, one, 255 & ~16), (1, two, 255)):
+            expected = sweeps.process(ds, what=Stage.CLASSIFICATION, inputs=inputs).CLASS
+            np.testing.assert_array_equal(result.isel(scan=at), expected)
+    all_of_it = sweeps.process(one, what=Stage.CLASSIFICATION, inputs=255).CLASS
+    assert (all_of_it != result.isel(scan=0)).any()
 
 
 def test_classes_of_the_sweep_serve_the_other_stages() -> None:
