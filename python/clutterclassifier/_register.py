@@ -31,12 +31,12 @@ class _Watcher:
 
         def execute_and_act(module: ModuleType) -> None:
             execute(module)
-            self._act()
+            self.act()
 
         spec.loader.exec_module = execute_and_act  # type: ignore[method-assign]
         return spec
 
-    def _act(self) -> None:
+    def act(self) -> None:
         """What fails here must not spoil the import of the other module."""
         try:
             self._action()
@@ -46,7 +46,8 @@ class _Watcher:
 
 def when_imported(name: str, action: Callable[[], Any]) -> None:
     """Calls `action` now if the module `name` is imported already, else when it is."""
-    if name in sys.modules:
-        action()
+    watcher = _Watcher(name, action)
+    if sys.modules.get(name) is not None:  # None: somebody forbids the import
+        watcher.act()
     else:
-        sys.meta_path.insert(0, _Watcher(name, action))
+        sys.meta_path.insert(0, watcher)
