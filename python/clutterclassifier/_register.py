@@ -2,9 +2,9 @@
 
 from __future__ import annotations
 
-import contextlib
 import importlib.util
 import sys
+import threading
 import warnings
 from collections.abc import Callable
 from importlib.machinery import ModuleSpec
@@ -18,23 +18,32 @@ class _Watcher:
     def __init__(self, name: str, action: Callable[[], Any]) -> None:
         self._name = name
         self._action = action
+        self._asking = threading.local()
 
     def find_spec(self, name: str, path: Any = None, target: Any = None) -> ModuleSpec | None:
-        if name != self._name:
+        if name != self._name or getattr(self._asking, "others", False):
             return None
-        with contextlib.suppress(ValueError):  # another thread may have been faster
-            sys.meta_path.remove(self)
-        spec = importlib.util.find_spec(name)
-        if spec is None or spec.loader is None:
-            return spec
-        execute = spec.loader.exec_module
+        self._asking.others = True
+        try:
+            spec = importlib.util.find_spec(name)
+        finally:
+            self._asking.others = False
+        if spec is not None and spec.loader is not None:
+            self._act_behind(spec.loader)
+        return spec
+
+    def _act_behind(self, loader: Any) -> None:
+        """Until a module is executed, it was only looked for."""
+        execute = loader.exec_module
 
         def execute_and_act(module: ModuleType) -> None:
+            loader.exec_module = execute
             execute(module)
-            self.act()
+            if self in sys.meta_path:
+                sys.meta_path.remove(self)
+                self.act()
 
-        spec.loader.exec_module = execute_and_act  # type: ignore[method-assign]
-        return spec
+        loader.exec_module = execute_and_act
 
     def act(self) -> None:
         """What fails here must not spoil the import of the other module."""

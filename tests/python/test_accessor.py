@@ -32,6 +32,12 @@ def test_whichever_is_imported_first(imports: str) -> None:
     assert run(f"{program}; import xarray; print(xarray.Dataset.clutter.__name__)") == "ClutterAccessor\n"
 
 
+def test_looking_for_the_other_module_is_no_import() -> None:
+    program = ("import importlib, importlib.util, clutterclassifier; importlib.util.find_spec('xarray'); "
+               "import xarray; print(xarray.Dataset.clutter.__name__); importlib.reload(xarray)")
+    assert run(program) == "ClutterAccessor\n"
+
+
 def test_a_failing_registration_does_not_spoil_the_other_import() -> None:
     program = ("import warnings; warnings.simplefilter('ignore'); "
                "from clutterclassifier import _register; "
