@@ -59,7 +59,7 @@ constexpr Ranges kAlphaAndB{{0.02, 0.1}, {3e-5, 3e-5}, {0.65, 0.85}};
 TEST(TrialPowers, StayWithinTheStatedError) {
     double worst = 0.0;
     for (int i = -400000; i <= 400000; ++i) {
-        const double x = i * 1.6e-4 + 1e-6;
+        const double x = i * 1e-3 + 1e-6;
         double power = 0.0;
         approximatePowers(&x, &power, 1);
         worst = std::max(worst, std::fabs(power / std::exp2(x) - 1.0));
@@ -209,6 +209,44 @@ TEST(AttenuationSearch, OddRays) {
             }
         }
     }
+}
+
+/* Gates below -300 dBZ, as fill values leave them, must not cost the screening. */
+TEST(AttenuationSearch, FaintGatesAreScreened) {
+    std::mt19937 random(44);
+    std::uniform_real_distribution<double> exponent(-110.0, -30.0);
+    int screened = 0;
+    for (unsigned round = 0; round < 60; ++round) {
+        AttenuationRay ray = makeRainRay(120, 300 + round);
+        const unsigned share = 1 + round % 4; /* 1: there is nothing else */
+        for (double& z : ray.z)
+            if (random() % share == 0) z = std::pow(10.0, exponent(random));
+        ray.z[30] = 1e-110;
+        for (const auto& [method, ranges] :
+             {std::pair{0, kAlphaOnly}, {0, kAlphaAndB}, {1, kAll}, {2, kAll}}) {
+            const Trials trials = drawTrials(random, 80, ranges);
+            const Search search = searchOf(ray, method);
+            ASSERT_TRUE(canScreen(search, trials));
+            ASSERT_EQ(findBestTrial(search, trials),
+                      literal::bestTrial(ray, trials.alpha, trials.a, trials.b, method))
+                << "round " << round << ", method " << method;
+            screened += screenTrials(search, trials).size() <= 40 ? 1 : 0;
+        }
+    }
+    EXPECT_GT(screened, 120) << screened;
+}
+
+TEST(AttenuationSearch, ScreeningKeepsWithinItsBounds) {
+    AttenuationRay ray = makeRainRay(60, 1, 1.0, 0.0);
+    Trials trials{{0.06, 0.07}, {3e-5, 3e-5}, {0.1, 1.0}};
+    EXPECT_TRUE(canScreen(searchOf(ray, 0), trials));
+    trials.b[1] = std::nextafter(1.0, 2.0);
+    EXPECT_FALSE(canScreen(searchOf(ray, 0), trials));
+    trials.b[1] = 0.8;
+    ray.z[30] = std::nextafter(1e-110, 0.0);
+    EXPECT_FALSE(canScreen(searchOf(ray, 0), trials));
+    ray.mask[30] = 3.0;
+    EXPECT_TRUE(canScreen(searchOf(ray, 0), trials));
 }
 
 /* --- the whole correction of a ray --- */
