@@ -257,6 +257,18 @@ TEST_F(PolarReader, RefusalsLeaveTheRecordsAlone) {
     EXPECT_EQ(polar_.ReadPolarData(missing.data(), records_, 252, 1), 0);
 }
 
+/* Gates of the asked layout are counted, not those of the smallest one. */
+TEST_F(PolarReader, LargeFilesMustHoldAllTheirGates) {
+    constexpr std::size_t kLargeRays = 2100, kLargeGates = 2000; /* more than 2^22 */
+    ByteVector bytes = PolarBytes(2211, kLargeRays, kLargeGates).bytes();
+    bytes.resize(bytes.size() + kLargeRays * (10 + kLargeGates * 10) - 1);
+    EXPECT_EQ(read(bytes, 260), -1);
+    EXPECT_EQ(read(bytes, 280), -1);
+    EXPECT_EQ(read(bytes, 252), 1);
+    bytes.push_back(0);
+    EXPECT_EQ(read(bytes, 260), 1);
+}
+
 /* 30 rays: phase 45 degrees and high correlation, so that an offset is found and removed. */
 TEST_F(PolarReader, PhaseOffsetIsRemovedAndWeakEchoesAreBlanked) {
     const int ngates = 40;
