@@ -355,6 +355,7 @@ TEST(PolarNames, TellElevationTimeAndSite) {
         {"200708101820_augldr", -99, kAugust, 1},
         {"/sidpol/200708101820wetbulbfreezinglevel", 0, kAugust, 0},
         {"/x/200708101820wetbulbfreezinglevel", 0, kAugust, -1},
+        {"/x/200708101820_wetbulbfreezinglev_b2", 2, kAugust, -1},
         {"200713101820_sidpol_b3", 3, 0, 0},
         {"sidpol_b3", 3, 0, 0},
         {"tavo-rain-radar_chenies_200708101820_el3.0", 0, kAugust, 2},
