@@ -8,5 +8,6 @@ from ._classify import classify, membership_directory
 from ._synthetic import synthetic_arrays, synthetic_scan
 from .echo import (GROUND_CLUTTER, MISSING, NOISE, PRECIPITATION, SEA_CLUTTER, TURBINE_CLUTTER,
                    EchoClass, Inputs)
+from .readers import open_dx, open_polar, open_record, open_uf, read, recognise
 
 from ._version import __version__
