@@ -130,3 +130,16 @@ def small_files() -> dict[str, bytes]:
         "polar": polar_scan(2213, polar_2213(np.arange(40).reshape(5, 8) * 20)),
         "record": record_scan({"Zh": values, "V": values / 4}),
     }
+
+
+# --- reading them ---
+
+def written(tmp_path: Path, content: bytes) -> Path:
+    path = tmp_path / "scan.dat"
+    path.write_bytes(content)
+    return path
+
+
+def read_one(tmp_path: Path, content: bytes, **options):
+    [sweep] = cc.read(written(tmp_path, content), **options)
+    return sweep
