@@ -21,7 +21,8 @@ def make_sweep(nrays: int = 24, ngates: int = 60, seed: int = 1, rays: str = "az
     azimuth = (np.arange(nrays) + 0.5) * (360 / nrays)
     angles = {"azimuth": ("azimuth", azimuth), "elevation": ("azimuth", np.full(nrays, 1.5))}
     if rays == "elevation":
-        angles = {"azimuth": ("elevation", np.full(nrays, 30.0)), "elevation": ("elevation", np.arange(nrays) + 0.5)}
+        angles = {"azimuth": ("elevation", np.full(nrays, 30.0)),
+                  "elevation": ("elevation", np.arange(nrays) + 0.5)}
     return xr.Dataset(
         fields | {"sweep_mode": "rhi" if rays == "elevation" else "azimuth_surveillance", "sweep_number": 0,
                   "sweep_fixed_angle": 30.0 if rays == "elevation" else 1.5},
