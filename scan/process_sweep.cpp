@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cmath>
+#include <cstdio>
 #include <cstring>
 #include <iterator>
 #include <limits>
@@ -80,7 +81,7 @@ class Chain {
         process();
         out_.classified.seconds =
             std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
-        if (out_.hasClasses) takeClasses(sweep_, *context_, out_.classified);
+        if (out_.hasClasses) takeOutClasses();
         takeFields();
         out_.context = std::move(context_);
         return std::move(out_);
@@ -161,25 +162,36 @@ class Chain {
     }
 
     void closePhaseGaps() {
-        int without = 0;
-        for (int r = 0; r < context_->pdp.nrays; ++r) {
-            float* ray = context_->pdp.data + static_cast<size_t>(r) * sweep_.ngates;
-            without += !fillPhaseGaps(ray, sweep_.ngates) && r < sweep_.nrays;
-        }
-        if (without > 0)
-            out_.classified.notes.push_back("rays without any phase, taken as 0 degrees: " +
-                                            std::to_string(without));
+        Cpluvek& pdp = context_->pdp;
+        const EmptyRays empty = fillPhaseGaps(pdp.data, pdp.nrays, sweep_.ngates);
+        const auto without = std::count_if(empty.rays.begin(), empty.rays.end(),
+                                           [&](int ray) { return ray < sweep_.nrays; });
+        if (without == 0) return;
+        char note[100];
+        std::snprintf(note, sizeof note,
+                      "%d rays without any phase, taken as the others begin: %.1f deg",
+                      static_cast<int>(without), static_cast<double>(empty.phase));
+        out_.classified.notes.push_back(note);
+    }
+
+    /* What is taken out goes back as it is, so that samples of the context hold no value either
+     * where the files have none. */
+    void takeOutClasses() {
+        takeClasses(sweep_, *context_, out_.classified);
+        const std::vector<float>& classes = out_.classified.classes;
+        std::copy(classes.begin(), classes.end(), context_->ccl.data);
     }
 
     void takeFields() {
         out_.sweep = sweep_;
         out_.sweep.fields.clear();
         for (const auto& row : kResults) {
-            const Cpluvek& record = (*context_).*row.record;
+            Cpluvek& record = (*context_).*row.record;
             if (!record.data || (row.stages && !(out_.what & row.stages))) continue;
             Field field{row.name, row.units, {}, row.wordsPerUnit};
             field.values.assign(record.data, record.data + gates());
             clearGaps(row.record, field.values);
+            std::copy(field.values.begin(), field.values.end(), record.data);
             out_.sweep.fields.push_back(std::move(field));
         }
     }

@@ -68,6 +68,10 @@ Sweep sweepFrom(const Cpluvek* records, int count) {
     return sweep;
 }
 
+float finiteOrUnknown(float value) {
+    return std::isfinite(value) ? value : 0.0F;
+}
+
 }  // namespace
 
 Scan scanFromRecords(const Cpluvek* records, int count) {
@@ -78,6 +82,8 @@ Scan scanFromRecords(const Cpluvek* records, int count) {
     scan.altitudeM = first.altitude;
     scan.beamWidthDeg = degrees(first.beamwidth);
     scan.wavelengthM = first.wavelength;
+    scan.operation = {finiteOrUnknown(first.pulsedepth), finiteOrUnknown(first.rpm),
+                      finiteOrUnknown(first.prf), finiteOrUnknown(first.nsamples)};
     scan.time = {first.year, first.month, first.day, first.hour, first.minute, first.second};
     scan.sweeps.push_back(sweepFrom(records, count));
     return scan;

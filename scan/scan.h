@@ -43,12 +43,21 @@ struct DateTime {
     int year = 1900, month = 1, day = 1, hour = 0, minute = 0, second = 0;
 };
 
+/* How the radar scanned; 0: unknown. */
+struct Operation {
+    float pulseLengthM = 0;
+    float turnsPerMinute = 0;
+    float pulsesPerSecond = 0;
+    float pulsesPerRay = 0;
+};
+
 struct Scan {
     std::string path;
     std::string format; /* "Universal Format", "field record" */
     std::string radarName, siteName;
     double latitudeDeg = 0, longitudeDeg = 0, altitudeM = 0;
     double beamWidthDeg = 0, wavelengthM = 0;
+    Operation operation;
     DateTime time;
     double radarConstantDb = 0; /* only meaningful with hasRadarConstant */
     bool hasRadarConstant = false;

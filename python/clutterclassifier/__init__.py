@@ -5,7 +5,8 @@ a command for archives (``python -m clutterclassifier.archive``). See docs/pytho
 """
 
 from ._classify import classify, membership_directory
+from ._synthetic import synthetic_arrays, synthetic_scan
 from .echo import (GROUND_CLUTTER, MISSING, NOISE, PRECIPITATION, SEA_CLUTTER, TURBINE_CLUTTER,
                    EchoClass, Inputs)
 
-__version__ = "0.1.0"
+from ._version import __version__

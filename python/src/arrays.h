@@ -38,6 +38,7 @@ T* values(const OptionalArray<T>& array) {
 
 /* Registers the functions of one source file. */
 void bindClassify(py::module_& module);
+void bindScans(py::module_& module);
 
 }  // namespace python
 

@@ -6,4 +6,5 @@ PYBIND11_MODULE(_core, module) {
     module.doc() =
         "Operations of the library on contiguous arrays; the package checks and documents.";
     python::bindClassify(module);
+    python::bindScans(module);
 }

@@ -24,19 +24,35 @@ constexpr float kNan = std::numeric_limits<float>::quiet_NaN();
 TEST(PhaseGaps, AreClosedAlongTheRay) {
     const struct {
         std::vector<float> ray, filled;
-        bool hasValues;
     } kCases[] = {
-        {{1, 2, 3}, {1, 2, 3}, true},
-        {{10, kNan, kNan, kNan, 30}, {10, 15, 20, 25, 30}, true},
-        {{kNan, kNan, 5, kNan, 7, INFINITY}, {5, 5, 5, 6, 7, 7}, true},
-        {{kNan, 4}, {4, 4}, true},
-        {{kNan, kNan}, {0, 0}, false},
-        {{}, {}, false},
+        {{1, 2, 3}, {1, 2, 3}},
+        {{10, kNan, kNan, kNan, 30}, {10, 15, 20, 25, 30}},
+        {{kNan, kNan, 5, kNan, 7, INFINITY}, {5, 5, 5, 6, 7, 7}},
+        {{kNan, 4}, {4, 4}},
+        {{}, {}},
     };
     for (auto row : kCases) {
-        EXPECT_EQ(scan::fillPhaseGaps(row.ray.data(), static_cast<int>(row.ray.size())),
-                  row.hasValues);
+        scan::fillPhaseGaps(row.ray.data(), 1, static_cast<int>(row.ray.size()));
         EXPECT_EQ(row.ray, row.filled);
+    }
+}
+
+TEST(PhaseGaps, EmptyRaysTakeTheMedianOfTheFirstValues) {
+    const struct {
+        std::vector<float> scan, filled; /* rays of two gates */
+        std::vector<int> empty;
+    } kCases[] = {
+        {{kNan, kNan, 50, 99, kNan, 40, 60, 0, kNan, INFINITY},
+         {50, 50, 50, 99, 40, 40, 60, 0, 50, 50},
+         {0, 4}},
+        {{kNan, kNan, kNan, kNan}, {0, 0, 0, 0}, {0, 1}},
+        {{7, 8}, {7, 8}, {}},
+    };
+    for (auto row : kCases) {
+        const scan::EmptyRays empty =
+            scan::fillPhaseGaps(row.scan.data(), static_cast<int>(row.scan.size() / 2), 2);
+        EXPECT_EQ(row.scan, row.filled);
+        EXPECT_EQ(empty.rays, row.empty);
     }
 }
 
@@ -48,6 +64,10 @@ constexpr double kAlpha = 0.073;                      /* dB a degree, the nomina
 
 bool isRain(int gate) {
     return gate >= kFirstRain && gate <= kLastRain;
+}
+
+bool hasNoPhase(int ray) {
+    return ray == 9 || ray >= 44;
 }
 
 /* Phase and two-way attenuation at a gate of uniform rain. */
@@ -75,9 +95,9 @@ class Process : public testing::Test {
         std::vector<clutter::test::UfRecord> rays;
         for (int r = 0; r < kRays; ++r) {
             std::vector<UfField> fields = makeRay();
-            /* Ray 7 has gaps in its phase, ray 9 has none at all. */
+            /* Ray 7 has gaps in its phase; many have none at all. */
             for (int g = 0; g < kGates; ++g)
-                if (r == 9 || (r == 7 && g % 5 == 2))
+                if (hasNoPhase(r) || (r == 7 && g % 5 == 2))
                     fields[2].words[static_cast<size_t>(g)] = -32768;
             rays.push_back(clutter::test::ufRay(fields, r + 1));
             rays.back().set(33, r * 64 * 360 / kRays);
@@ -120,8 +140,9 @@ TEST_F(Process, RestoresTheReflectivityOfUniformRain) {
         const std::string out = directory_.file(name);
         const Outcome outcome = process("--what 159 --config " + config + " -o " + out);
         ASSERT_EQ(outcome.code, 0) << outcome.out;
-        EXPECT_NE(outcome.out.find("rays without any phase, taken as 0 degrees: 1"),
-                  std::string::npos);
+        EXPECT_NE(
+            outcome.out.find("17 rays without any phase, taken as the others begin: 60.0 deg"),
+            std::string::npos);
         EXPECT_EQ(scan::recognise(out),
                   words ? scan::FileFormat::kUniversalFormat : scan::FileFormat::kFieldRecord);
         const scan::Scan scan = scan::readScan(out);
@@ -175,6 +196,25 @@ TEST_F(Process, AppendsSamplesAtPoints) {
     EXPECT_FALSE(fs::exists(prefix + "_KDP.dat"));
 }
 
+/* No number of the context's own stands where the files hold no value. */
+TEST_F(Process, SamplesOfGatesWithoutValueAreNan) {
+    const std::string points = write("points.txt", "3000 18\n25000 18\n");
+    const std::string prefix = directory_.file("gauge");
+    const std::string arguments = " --points " + points + " --prefix " + prefix;
+    ASSERT_EQ(process("--what 17" + arguments).code, 0);  /* no echo */
+    ASSERT_EQ(process("--what 145" + arguments).code, 0); /* and blanked */
+    for (const char* field : {"_zhh.dat", "_R.dat", "_rhv.dat"}) {
+        std::ifstream file(prefix + field);
+        for (const bool blanks : {false, true}) {
+            std::string date, without, with;
+            for (int part = 0; part < 6; ++part) file >> date;
+            ASSERT_TRUE(file >> without >> with) << field;
+            EXPECT_EQ(without == "nan", blanks || std::string(field) != "_rhv.dat") << without;
+            EXPECT_NE(with, "nan") << field;
+        }
+    }
+}
+
 /* Zero rain would make zero reflectivity of everything. */
 TEST_F(Process, LeavesOutStagesThatLackTheirInputs) {
     const std::string config = write("settings.txt", "RAINFALL_ALG 3\n");
@@ -210,6 +250,18 @@ TEST_F(Process, DrawsAndStaysQuiet) {
     EXPECT_GT(fs::file_size(picture), 5000u);
 }
 
+TEST_F(Process, WarnsOfSettingsThatMeanNothing) {
+    const std::string odd = write("odd.txt", "RAINFALL_ALG -2\nATTENUATION_ALG 9\n");
+    const char* const warning = "odd.txt:2: ATTENUATION_ALG: 9 is not within -1 to 8";
+    for (const auto& [command, code] : {std::pair{"process " + scan_ + " --what 17 --config ", 0},
+                                        {"process --check-config ", 1}}) {
+        const Outcome outcome = runProgram(command + odd);
+        EXPECT_EQ(outcome.code, code) << outcome.out;
+        EXPECT_NE(outcome.out.find(warning), std::string::npos) << outcome.out;
+        EXPECT_EQ(outcome.out.find("odd.txt:1:"), std::string::npos) << outcome.out;
+    }
+}
+
 TEST_F(Process, RefusesWithAReason) {
     const std::string bad = write("bad.txt", "WHAT2DO 1\nZDR_BIAS high\n");
     const std::string out = directory_.file("out.uf");
@@ -237,6 +289,21 @@ TEST_F(Process, RefusesWithAReason) {
         EXPECT_FALSE(fs::exists(out));
     }
     EXPECT_EQ(runProgram("process").code, 2);
+}
+
+TEST_F(Process, KeepsTheFilesThatItReads) {
+    const std::string settings = write("settings.png", kSettings);
+    const std::string points = write("points.txt", "25000 18\n");
+    const std::string all =
+        "--config " + settings + " --points " + points + " --prefix " + directory_.file("p") + " ";
+    for (const std::string& result :
+         {"-o " + scan_, "-o " + settings, "-o " + points, "--plot Zh --picture " + settings}) {
+        const Outcome outcome = process(all + result);
+        EXPECT_EQ(outcome.code, 2) << result << outcome.out;
+        EXPECT_NE(outcome.out.find("would overwrite its input"), std::string::npos) << outcome.out;
+    }
+    EXPECT_EQ(fs::file_size(settings), sizeof kSettings - 1);
+    EXPECT_FALSE(fs::exists(directory_.file("p_zhh.dat")));
 }
 
 TEST_F(Process, PrintsSettingsThatItAccepts) {
