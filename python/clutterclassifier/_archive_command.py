@@ -8,7 +8,7 @@ import sys
 from collections.abc import Sequence
 
 from ._archive_plan import plan_jobs
-from ._archive_run import Place, Run, settings_of
+from ._archive_run import LostScheduler, NotReady, Place, Run, settings_of
 from ._archive_worker import reason_of
 from ._progress import printable
 
@@ -42,8 +42,6 @@ def main(argv: Sequence[str] | None = None) -> int:
 
 
 def _perform(arguments: argparse.Namespace) -> int:
-    from ._archive_dask import LostScheduler, NotReady
-
     try:
         run = _run_of(arguments)
     except (ValueError, TypeError, OSError) as error:

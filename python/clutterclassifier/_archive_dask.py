@@ -8,6 +8,7 @@ called the cause.
 from __future__ import annotations
 
 import contextlib
+import importlib.util
 import logging
 import os
 import queue
@@ -16,13 +17,13 @@ import signal
 import time
 from collections import deque
 from collections.abc import Callable, Iterable, Iterator
-from typing import TYPE_CHECKING, Any
+
+import dask
+from distributed import CancelledError, Client, Future, KilledWorker, LocalCluster, Worker, WorkerPlugin
 
 from ._archive_plan import Job
-from ._archive_worker import Outcome, ready, reason_of
-
-if TYPE_CHECKING:
-    from distributed import Client
+from ._archive_run import LostScheduler, NotReady
+from ._archive_worker import Outcome, reason_of
 
 #: Files under way for each thread of the workers: one at work, and the next ones at hand.
 _PER_THREAD = 3
@@ -35,14 +36,6 @@ _TICK = 0.5  # seconds
 Work = Callable[[Job], Outcome]
 
 
-class NotReady(RuntimeError):
-    """A worker cannot work for the run."""
-
-
-class LostScheduler(ConnectionError):
-    """The connection to the scheduler broke; what was complete by then is complete."""
-
-
 def processors() -> int:
     """Processors that this process may use."""
     return len(os.sched_getaffinity(0))
@@ -51,21 +44,20 @@ def processors() -> int:
 @contextlib.contextmanager
 def local_client(workers: int) -> Iterator[Client]:
     """A client of a cluster of processes on this machine, not reachable from others."""
-    import dask
-    from distributed import Client, LocalCluster
-
-    quiet = {"distributed.scheduler.allowed-failures": _LOCAL_FAILURES}
-    with dask.config.set(quiet), LocalCluster(
+    with dask.config.set({"distributed.scheduler.allowed-failures": _LOCAL_FAILURES}), LocalCluster(
             n_workers=workers, threads_per_worker=1, processes=True, host="127.0.0.1",
-            dashboard_address=None, silence_logs=logging.CRITICAL, preload=[__name__]) as cluster:
-        with Client(cluster) as client:
+            dashboard_address=None, silence_logs=logging.CRITICAL) as cluster:
+        with Client(cluster, set_as_default=False) as client:
+            client.register_worker_plugin(_DeafToInterruptions())
             yield client
 
 
-def dask_setup(worker: Any) -> None:
-    """Called by Dask in each process of the local cluster. An interruption from the terminal reaches
-    every process; it is for the one that leads the run to end the others."""
-    signal.signal(signal.SIGINT, signal.SIG_IGN)
+class _DeafToInterruptions(WorkerPlugin):
+    """An interruption from the terminal reaches every process; it is for the one that leads the run to
+    end the others."""
+
+    def setup(self, worker: Worker) -> None:
+        signal.signal(signal.SIGINT, signal.SIG_IGN)
 
 
 @contextlib.contextmanager
@@ -77,8 +69,6 @@ def remote_client(scheduler: str, timeout: float = 30) -> Iterator[Client]:
     ConnectionError
         There is none at this address.
     """
-    from distributed import Client
-
     try:
         client = Client(scheduler, timeout=timeout, set_as_default=False)
     except (OSError, ValueError) as error:
@@ -103,12 +93,20 @@ def require_ready(client: Client, out: str, waiting: Callable[[], None]) -> None
         with contextlib.suppress(TimeoutError):
             client.wait_for_workers(1, timeout=10 * _TICK)
     try:
-        answers = client.run(ready, out)
+        answers = client.run(_ready, out)
     except Exception as error:
         raise NotReady(f"the workers are not ready: {reason_of(error)}") from error
     for address, answer in answers.items():
         if answer:
             raise NotReady(f"the worker {address} {answer}")
+
+
+def _ready(out: str) -> str:
+    """Why a worker cannot work for a run; empty when it can."""
+    missing = [name for name in ("netCDF4", "xarray") if importlib.util.find_spec(name) is None]
+    if missing:
+        return f"lacks the package {missing[0]}"
+    return "" if os.path.isdir(out) else f"does not see the folder {out}"
 
 
 def run_jobs(client: Client, work: Work, jobs: Iterable[Job],
@@ -129,8 +127,6 @@ def run_jobs(client: Client, work: Work, jobs: Iterable[Job],
 
 def _window(client: Client, work: Work, jobs: Iterable[Job], tick: Callable[[], None],
             suspects: list[Job]) -> Iterator[Outcome]:
-    from distributed import Future, KilledWorker
-
     waiting = deque(jobs)
     under_way: dict[str, tuple[Future, Job]] = {}
     finished: queue.SimpleQueue[Future] = queue.SimpleQueue()
@@ -175,9 +171,7 @@ class _Limit:
         return max(4, _PER_THREAD * self._threads)
 
 
-def _outcome(future: Any, job: Job) -> Outcome:
-    from distributed import CancelledError, KilledWorker
-
+def _outcome(future: Future, job: Job) -> Outcome:
     try:
         return future.result()
     except KilledWorker:

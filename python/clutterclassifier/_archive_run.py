@@ -22,6 +22,14 @@ if TYPE_CHECKING:
 _LAYOUTS = (252, 260, 280)
 
 
+class NotReady(RuntimeError):
+    """A worker cannot work for the run."""
+
+
+class LostScheduler(ConnectionError):
+    """The connection to the scheduler broke; what was complete by then is complete."""
+
+
 @dataclass
 class Summary:
     """What a run did.
@@ -134,18 +142,18 @@ class Run:
             self._progress.advance()
 
     def _outcomes(self, jobs: Sequence[Job]) -> Iterator[Outcome]:
-        work = functools.partial(run_job, settings=self._settings, settings_text=self._text)
+        given = {"settings": self._settings, "settings_text": self._text}
         if not jobs:
             return
         if self._place.workers == 0 and self._place.scheduler is None:
-            yield from map(work, jobs)
+            yield from (run_job(job, **given) for job in jobs)
             return
-        from . import _archive_dask
+        from . import _archive_child, _archive_dask
 
         with self._client(len(jobs)) as client:
             _archive_dask.require_ready(client, self._folder, self._tell_waiting)
             self._progress.restart()
-            work = functools.partial(work, seconds=self._place.timeout)
+            work = functools.partial(_archive_child.run_apart, **given, seconds=self._place.timeout)
             yield from _archive_dask.run_jobs(client, work, jobs, self._progress.refresh)
 
     def _client(self, njobs: int) -> contextlib.AbstractContextManager[Client]:

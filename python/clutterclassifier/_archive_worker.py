@@ -1,11 +1,10 @@
-"""One file of an archive run: read, classified, written. Runs in a worker process."""
+"""One file of an archive run: read, classified, written."""
 
 from __future__ import annotations
 
 import hashlib
 import json
 import os
-import threading
 import warnings
 from collections.abc import Iterator
 from dataclasses import dataclass, field
@@ -65,38 +64,12 @@ class Outcome:
     gates: int = 0
 
 
-def ready(out: str) -> str:
-    """Why a worker cannot work for a run; empty when it can. Sent to the workers before any file."""
-    import netCDF4  # noqa: F401
-    import xarray  # noqa: F401
-
-    return "" if os.path.isdir(out) else f"does not see the folder {out}"
-
-
-def run_job(job: Job, settings: Settings, settings_text: str, seconds: float | None = None) -> Outcome:
-    """Does one job. A bad file is an outcome, not an exception.
-
-    A file that takes longer than `seconds` is given up, and the process, which cannot stop the work
-    on it otherwise, ends a moment later; its nanny starts a new one.
-    """
-    if not seconds:
-        return _attempt(job, settings, settings_text)
-    outcomes: list[Outcome] = []
-    thread = threading.Thread(target=lambda: outcomes.append(_attempt(job, settings, settings_text)),
-                              name=job.source, daemon=True)
-    thread.start()
-    thread.join(seconds)
-    if outcomes:
-        return outcomes[0]
-    threading.Timer(1.0, os._exit, (1,)).start()
-    return Outcome(job.source, f"not done after {seconds:g} seconds")
-
-
-def _attempt(job: Job, settings: Settings, settings_text: str) -> Outcome:
+def run_job(job: Job, settings: Settings, settings_text: str) -> Outcome:
+    """Does one job. A bad file is an outcome, not an exception."""
     try:
         return Outcome(job.source, gates=_make_output(job, settings, settings_text))
     except Exception as error:  # whatever one file does, the others are still to be done
-        return Outcome(job.source, reason_of(error))
+        return Outcome(job.source, reason_of(error).removeprefix(f"{job.source}: "))
 
 
 def reason_of(error: BaseException) -> str:
