@@ -148,9 +148,12 @@ def _without_encoding(sweep: xr.Dataset) -> xr.Dataset:
     """A shallow copy that remembers nothing of the file it came from."""
     plain = sweep.copy().assign_attrs(_attributes(sweep.attrs))
     plain.encoding = {}
-    for variable in plain.variables.values():
+    for name, variable in plain.variables.items():
         variable.encoding = {}
         variable.attrs = _attributes(variable.attrs)
+        if name in plain.data_vars:  # else their order would be another one in each process
+            further = sorted(set(plain[name].coords) - set(plain[name].dims))
+            variable.encoding = {"coordinates": " ".join(further)} if further else {}
     return plain
 
 

@@ -15,6 +15,8 @@ from collections.abc import Iterable
 from dataclasses import dataclass, field
 from typing import Union
 
+from ._archive_pattern import Folders, expand, identity, leading_folder
+
 PathLike = Union[str, "os.PathLike[str]"]
 
 #: Files of a run beside its outputs.
@@ -115,62 +117,39 @@ def _add_folder(search: _Search, path: str) -> None:
 
 
 def _add_pattern(search: _Search, item: str) -> None:
-    anchor = _leading_folder(item)
-    found = [os.path.abspath(path) for path in glob.iglob(item, recursive=True)]
-    inside = _is_below(search.out, anchor)
-    found = [path for path in found if not (inside and (path == search.out or _is_below(path, search.out)))
-             and not _in_circles(path)]
+    anchor = leading_folder(item)
+    found = expand(item)
+    if _is_below(search.out, anchor):
+        found = {path for path in found if path != search.out and not _is_below(path, search.out)}
     if not found:
         raise FileNotFoundError(f"{item}: nothing matches")
     search.anchors.append(anchor)
-    folders = {path for path in found if os.path.isdir(path)}
+    deep = "**" in item  # has brought what is in folders, and their names
     for path in found:
-        if path not in folders:
+        if not os.path.isdir(path):
             _add_file(search, path)
-        elif "**" not in item and path != search.out:  # ** has brought what is in folders already
+        elif not deep:
             _walk(search, path, ())
 
 
-def _leading_folder(item: str) -> str:
-    folder = item
-    while glob.has_magic(folder):
-        folder = os.path.dirname(folder)
-    return os.path.abspath(folder)
-
-
-def _in_circles(path: str) -> bool:
-    """Whether a path goes through a link back to one of its own folders."""
-    folder = os.path.dirname(path)
-    if os.path.realpath(folder) == folder:
-        return False
-    seen = set()
-    while folder != os.path.dirname(folder):
-        seen.add(os.path.realpath(folder))
-        if os.path.realpath(os.path.dirname(folder)) in seen:
-            return True
-        folder = os.path.dirname(folder)
-    return False
-
-
-def _walk(search: _Search, folder: str, above: tuple[tuple[int, int], ...]) -> None:
+def _walk(search: _Search, folder: str, above: Folders) -> None:
     """Adds what is in a folder. `above` are the folders on the way: a link back to one ends there."""
     try:
-        status = os.stat(folder)
-        with os.scandir(folder) as found:
-            entries = sorted(found, key=lambda entry: entry.name)
+        names = sorted(os.listdir(folder))
     except OSError as error:
         search.failures[folder] = error.strerror or str(error)
         return
-    here = (status.st_dev, status.st_ino)
-    if here in above:
+    here = identity(folder)
+    if here is None or here in above:
         return
-    for entry in entries:
-        if entry.name.startswith(".") or entry.path == search.out:
+    for name in names:
+        path = os.path.join(folder, name)
+        if name.startswith(".") or path == search.out:
             continue
-        if os.path.isdir(entry.path):
-            _walk(search, entry.path, (*above, here))
-        elif search.pattern is None or fnmatch.fnmatchcase(entry.name, search.pattern):
-            _add_file(search, entry.path)
+        if os.path.isdir(path):
+            _walk(search, path, (*above, here))
+        elif search.pattern is None or fnmatch.fnmatchcase(name, search.pattern):
+            _add_file(search, path)
 
 
 def _add_file(search: _Search, path: str) -> None:

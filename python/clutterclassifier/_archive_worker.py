@@ -19,6 +19,10 @@ if TYPE_CHECKING:
     import xarray as xr
 
 
+#: The variable with the classes.
+CLASS = "CLASS"
+
+
 @dataclass(frozen=True)
 class Settings:
     """What is done to every file; the same for all files of a run.
@@ -95,7 +99,7 @@ def _make_output(job: Job, settings: Settings, settings_text: str) -> int:
     attributes = {**_described(results[0], job, settings), **made_from, **_notes(caught)}
     with complete_or_not_at_all(job.output, made_from["source_modified_ns"]) as temporary:
         write_sweeps(temporary, results, attributes)
-    return sum(sweep["CLASS"].size for sweep in results)
+    return sum(_gates(sweep) for sweep in results)
 
 
 def _sweeps(path: str, settings: Settings) -> Iterator[xr.Dataset]:
@@ -109,15 +113,17 @@ def _result(sweep: xr.Dataset, settings: Settings) -> xr.Dataset:
     """A sweep with the classes, what processing made of it, and the input's fields when wanted."""
     from . import sweeps
 
-    step = sweeps.process if settings.process else sweeps.classify
-    made = step(sweep, **settings.options)
-    if settings.with_fields:
-        added = {name: value for name, value in sweep.variables.items() if name not in made.variables}
-        return made.assign(added)
-    inputs = [name for name, variable in made.data_vars.items()
-              if name in sweep.variables and variable.ndim > 1 and name != "CLASS"
-              and variable.identical(sweep[name])]
-    return made.drop_vars(inputs)
+    fields = [name for name, variable in sweep.data_vars.items() if variable.ndim > 1]
+    if settings.process:
+        made = sweeps.process(sweep, **settings.options)
+        wanted = [name for name in fields if name not in made] if settings.with_fields else []
+        return made.assign({name: sweep[name] for name in wanted})
+    made = sweeps.classify(sweep, **settings.options)
+    return made if settings.with_fields else made.drop_vars(set(fields) - {CLASS})
+
+
+def _gates(sweep: xr.Dataset) -> int:
+    return sweep.sizes["range"] * sweep.sizes["azimuth" if "azimuth" in sweep.sizes else "elevation"]
 
 
 def _described(result: xr.Dataset, job: Job, settings: Settings) -> dict[str, Any]:
