@@ -44,6 +44,7 @@ Field fieldFrom(const Cpluvek& record, size_t count) {
     if (field.units == "-" || field.units == field.name) field.units = "";
     if (field.units.empty()) field.units = roleInfo(roleOfName(field.name)).units;
     field.values.assign(record.data, record.data + count);
+    if (roleOfName(field.name) == Role::kZhh) field.noEcho = kNoRainDbz;
     return field;
 }
 

@@ -4,10 +4,14 @@
 #ifndef SCAN_SCAN_H
 #define SCAN_SCAN_H
 
+#include <optional>
 #include <string>
 #include <vector>
 
 namespace scan {
+
+/* The library's mark of a gate without rain, in reflectivities. */
+constexpr float kNoRainDbz = -32;
 
 /* One quantity of a sweep: nrays x ngates values, ray after ray. NaN is "no value". */
 struct Field {
@@ -15,6 +19,8 @@ struct Field {
     std::string units; /* "" when the file does not say */
     std::vector<float> values;
     int wordsPerUnit = 100; /* how finely Universal Format keeps it, when it is written */
+    /* What gates hold that were measured, but without an echo. */
+    std::optional<float> noEcho = std::nullopt;
 };
 
 /* Rays of one sweep number, padded to the longest. */

@@ -156,11 +156,12 @@ def classify(dbzh: ArrayLike, *, zdr: ArrayLike | None = None, phidp: ArrayLike 
     Examples
     --------
     >>> import clutterclassifier as cc
-    >>> scan = cc.synthetic_scan(5)
-    >>> fields = {name: scan[name.upper()].values for name in ("dbzh", "zdr", "phidp", "rhohv")}
-    >>> classes = cc.classify(**fields, range=scan.range, radar_constant=40.0, min_snr=10)
-    >>> bool((classes == cc.PRECIPITATION).any())
-    True
+    >>> scan = cc.synthetic_arrays(5)
+    >>> fields = {name: scan[name] for name in ("dbzh", "zdr", "phidp", "rhohv")}
+    >>> classes = cc.classify(**fields, range=scan["range"], radar_constant=scan["radar_constant"],
+    ...                       min_snr=scan["min_snr"])
+    >>> round(float((classes == scan["truth"]).mean()), 1)
+    1.0
     """
     if missing not in ("keep", "no_echo"):
         raise ValueError(f"missing must be 'keep' or 'no_echo', not {missing!r}")

@@ -12,7 +12,9 @@
 #include <pybind11/pybind11.h>
 #include <pybind11/stl.h>
 
+#include <algorithm>
 #include <optional>
+#include <vector>
 
 namespace python {
 
@@ -36,9 +38,29 @@ T* values(const OptionalArray<T>& array) {
     return array ? values(*array) : nullptr;
 }
 
+/* An array for results, in the shape of another one. */
+template <typename T>
+Array<T> like(const py::array& other) {
+    return Array<T>(std::vector<py::ssize_t>(other.shape(), other.shape() + other.ndim()));
+}
+
+/* Calls visit(first, n) for pieces of an array, each as long as the library can count. */
+template <class Visit>
+void forChunks(py::ssize_t size, Visit visit) {
+    constexpr py::ssize_t kMost = 1 << 30;
+    for (py::ssize_t at = 0; at < size; at += kMost)
+        visit(static_cast<size_t>(at), static_cast<int>(std::min(kMost, size - at)));
+}
+
 /* Registers the functions of one source file. */
 void bindClassify(py::module_& module);
 void bindScans(py::module_& module);
+void bindProcess(py::module_& module);
+void bindToolkit(py::module_& module);
+void bindPhase(py::module_& module);
+void bindAttenuation(py::module_& module);
+void bindRain(py::module_& module);
+void bindBeam(py::module_& module);
 
 }  // namespace python
 

@@ -1,5 +1,4 @@
 /* classify.cpp - one scan through the entry point, or through the processing context. */
-#include <algorithm>
 #include <cstdint>
 #include <cstring>
 #include <memory>
@@ -9,18 +8,11 @@
 #include "all_clutter.h"
 #include "arrays.h"
 #include "clutterclassifier/clutterclassifier.h"
+#include "loan.h"
 #include "membership_files.h"
 
 namespace python {
 namespace {
-
-/* rays x gates of an array of two dimensions. */
-struct Size {
-    explicit Size(const py::array& field)
-        : nrays(static_cast<int>(field.shape(0))), ngates(static_cast<int>(field.shape(1))) {}
-    size_t gates() const { return static_cast<size_t>(nrays) * static_cast<size_t>(ngates); }
-    int nrays, ngates;
-};
 
 /* Codes of the library fit a byte; anything else would be a fault of the library. */
 template <typename T>
@@ -61,35 +53,6 @@ void classify(const std::string& membership, const Array<double>& zhh,
     narrow(classes, size.gates(), out);
 }
 
-/* Lends the values of arrays to the records of a context, which would own them: takes them back. */
-class Loan {
-  public:
-    explicit Loan(const Size& size, float spacing) : size_(size), spacing_(spacing) {}
-    ~Loan() {
-        for (Cpluvek* record : records_) record->data = nullptr;
-    }
-    Loan(const Loan&) = delete;
-    Loan& operator=(const Loan&) = delete;
-
-    void lend(const OptionalArray<float>& field, Cpluvek& record) {
-        if (!field) return;
-        records_.push_back(&record);
-        record.nrays = size_.nrays;
-        record.ngates = size_.ngates;
-        record.gatesize = spacing_;
-        record.coordtype = 0;
-        record.nrecords = 1;
-        record.nsets = 1;
-        record.angles = new float[static_cast<size_t>(size_.nrays) + 1]();
-        record.data = values(field);
-    }
-
-  private:
-    Size size_;
-    float spacing_;
-    std::vector<Cpluvek*> records_;
-};
-
 /* For single-precision arrays, which the records take as they are, and for what the entry point has
  * no argument for: spectrum width, window, isolated pixels, all classes. */
 void classifyStage(const std::string& membership, const Array<float>& zhh,
@@ -127,10 +90,10 @@ void classifyStage(const std::string& membership, const Array<float>& zhh,
 
 void bindClassify(py::module_& module) {
     module.def("membership_directory",
-               [](const std::string& directory, int inputs, bool /*allClasses*/) {
+               [](const std::string& directory, int inputs, bool allClasses) {
                    const std::string name = scan::withSeparator(directory);
                    const py::gil_scoped_release release;
-                   scan::requireMembershipFiles(name, inputs);
+                   scan::requireMembershipFiles(name, inputs, allClasses);
                    return name;
                });
     const auto field = [](const char* name) { return py::arg(name).noconvert(); };

@@ -1,0 +1,190 @@
+"""Rain rates from reflectivity, differential reflectivity and specific differential phase."""
+
+from __future__ import annotations
+
+from collections.abc import Sequence
+from typing import NamedTuple
+
+import numpy as np
+from numpy.typing import ArrayLike, NDArray
+
+from . import _core
+from ._arrays import as_field, as_field_like, as_numbers, finite, gate_spacing
+from ._scans import per_gate, per_scan
+
+
+class _Relation(NamedTuple):
+    number: int
+    needs: tuple[str, ...]
+    coefficients: int
+
+
+_RELATIONS = {
+    "z": _Relation(0, ("dbzh",), 2),
+    "z_zdr": _Relation(1, ("dbzh", "zdr"), 3),
+    "kdp_zdr": _Relation(2, ("kdp", "zdr"), 3),
+    "kdp": _Relation(3, ("kdp",), 2),
+    "z_zdr_polynomial": _Relation(4, ("dbzh", "zdr"), 4),
+}
+
+
+def rain_rate(dbzh: ArrayLike | None = None, *, zdr: ArrayLike | None = None,
+              kdp: ArrayLike | None = None, relation: str = "z",
+              coefficients: Sequence[float] | None = None) -> NDArray[np.float32]:
+    """Rain rate, gate by gate, by one of five relations, with ``Z = 10^(0.1 dbzh)``:
+
+    ====================  =========================================================  ============
+    relation              R                                                          needs
+    ====================  =========================================================  ============
+    ``z``                 (Z / c0)^(1 / c1), Marshall and Palmer (1948)              dbzh
+    ``z_zdr``             c0 Z^c1 10^(c2 zdr)                                        dbzh and zdr
+    ``kdp_zdr``           c0 kdp^c1 10^(c2 zdr)                                      kdp and zdr
+    ``kdp``               c0 kdp^c1                                                  kdp
+    ``z_zdr_polynomial``  10^(0.1 (dbzh - (c0 + c1 zdr + c2 zdr^2 + c3 zdr^3)))      dbzh and zdr
+    ====================  =========================================================  ============
+
+    Parameters
+    ----------
+    dbzh : array_like
+        Horizontal reflectivity, dBZ, of any shape.
+    zdr, kdp : array_like
+        Differential reflectivity (dB) and specific differential phase (degrees/km) of the same shape.
+    relation : str
+        One of the table.
+    coefficients : sequence of float, optional
+        Leading coefficients of the relation in place of its own: 200 and 1.6; 0.01583, 0.8349 and
+        -0.3732; 49.2144, 0.9429 and -0.2731; 20.47 and 0.75; 18.996, 16.9758, -9.4325 and 2.1542.
+
+    Returns
+    -------
+    numpy.ndarray of float32
+        mm/h. NaN stays NaN, and a negative `kdp` gives NaN.
+
+    Raises
+    ------
+    ValueError
+        A wrong shape, an unknown relation, an array that it needs and does not get or gets and does not
+        use, too many coefficients.
+
+    Examples
+    --------
+    >>> import clutterclassifier as cc
+    >>> cc.rain_rate([23.0103, 40.0]).round(2)
+    array([ 1.  , 11.53], dtype=float32)
+    >>> cc.rain_rate(kdp=[1.0], relation="kdp")
+    array([20.47], dtype=float32)
+    """
+    if relation not in _RELATIONS:
+        raise ValueError(f"no such relation: {relation!r} ({', '.join(_RELATIONS)})")
+    row = _RELATIONS[relation]
+    given = {"dbzh": dbzh, "kdp": kdp, "zdr": zdr}
+    for name, value in given.items():
+        if (value is not None) != (name in row.needs):
+            verb = "needs" if value is None else "does not use"
+            raise ValueError(f"the relation {relation!r} {verb} {name}")
+    own = [finite("coefficients", value) for value in (() if coefficients is None else coefficients)]
+    if len(own) > row.coefficients:
+        raise ValueError(f"the relation {relation!r} has {row.coefficients} coefficients, not {len(own)}")
+    first = row.needs[0]
+    fields = {first: as_numbers(first, given[first], np.float32)}
+    for name in row.needs[1:]:
+        fields[name] = as_field_like(name, given[name], fields[first], first)
+    return _core.rain_rate(fields.get("dbzh"), fields.get("zdr"), fields.get("kdp"), row.number, own)[()]
+
+
+def hybrid_rain_rate(dbzh: ArrayLike, zdr: ArrayLike, *, range: ArrayLike, elevation: ArrayLike = 0.0,
+                     freezing_level: ArrayLike = 3000.0) -> NDArray[np.float32]:
+    """Rain rate of scans from reflectivity, and from differential reflectivity where it helps.
+
+    Relation ``z_zdr`` of `rain_rate` where ``dbzh > 15``, ``0.3 < zdr < 5`` and the beam is not above
+    the freezing level less 500 m; ``z`` elsewhere.
+
+    Parameters
+    ----------
+    dbzh, zdr : array_like, shape (..., azimuth, range)
+        Horizontal reflectivity (dBZ) and differential reflectivity (dB).
+    range : array_like, shape (range,), or float
+        Ranges of the gates, or their spacing, m. Only the spacing counts: gate g is taken at g spacings.
+    elevation : float or array_like
+        Elevation of the scan, degrees; one for all scans, or one for each.
+    freezing_level : float or array_like
+        Height of the freezing level above the antenna, m; for all gates, each ray or each gate.
+
+    Returns
+    -------
+    numpy.ndarray of float32
+        mm/h; gates of all classes hold a value.
+
+    Raises
+    ------
+    ValueError
+        A wrong shape.
+
+    Examples
+    --------
+    >>> import clutterclassifier as cc
+    >>> cc.hybrid_rain_rate([[40.0, 40.0]], [[0.0, 1.5]], range=250.0).round(2)
+    array([[11.53,  9.53]], dtype=float32)
+    """
+    field = as_field("dbzh", dbzh, np.float32)
+    return _core.hybrid_rain_rate(
+        field, as_field_like("zdr", zdr, field, "dbzh"),
+        per_gate("freezing_level", freezing_level, field.shape, np.float32),
+        np.deg2rad(per_scan("elevation", elevation, field.shape)), gate_spacing(range, field.shape[-1]))
+
+
+def z_to_rain(dbzh: ArrayLike, *, a: float = 200.0, b: float = 1.6,
+              threshold: float = -32.0) -> NDArray[np.float32]:
+    """Rain rate, mm/h: ``(10^(0.1 dbzh) / a)^(1 / b)``, Marshall and Palmer (1948).
+
+    Parameters
+    ----------
+    dbzh : array_like
+        Horizontal reflectivity, dBZ, of any shape.
+    a, b : float
+        Coefficients of ``Z = a R^b``, rounded to single precision.
+    threshold : float
+        Reflectivity of gates without rain, dBZ: what is not above it, NaN included, gives 0. (A NaN
+        stays NaN in `rain_rate`.)
+
+    Returns
+    -------
+    numpy.ndarray of float32
+        mm/h.
+
+    Examples
+    --------
+    >>> import clutterclassifier as cc
+    >>> cc.z_to_rain([-32.0, 23.0103]).round(3)
+    array([0., 1.], dtype=float32)
+    """
+    return _core.z_to_rain(as_numbers("dbzh", dbzh, np.float32), finite("a", a), finite("b", b),
+                           float(threshold))[()]
+
+
+def rain_to_z(rain: ArrayLike, *, a: float = 200.0, b: float = 1.6,
+              no_rain: float = -32.0) -> NDArray[np.float32]:
+    """Reflectivity, dBZ: ``10 log10(a rain^b)``, the inverse of `z_to_rain`.
+
+    Parameters
+    ----------
+    rain : array_like
+        Rain rate, mm/h, of any shape.
+    a, b : float
+        Coefficients of ``Z = a R^b``, rounded to single precision.
+    no_rain : float
+        Reflectivity where `rain` is not above 0, NaN included, dBZ.
+
+    Returns
+    -------
+    numpy.ndarray of float32
+        dBZ.
+
+    Examples
+    --------
+    >>> import clutterclassifier as cc
+    >>> cc.rain_to_z([0.0, 1.0])
+    array([-32.    ,  23.0103], dtype=float32)
+    """
+    return _core.rain_to_z(as_numbers("rain", rain, np.float32), finite("a", a), finite("b", b),
+                           float(no_rain))[()]

@@ -1,0 +1,410 @@
+"""Textures, smoothing, isolated gates, signal-to-noise ratio and scores of numpy arrays."""
+
+from __future__ import annotations
+
+from typing import Any, NamedTuple
+
+import numpy as np
+from numpy.typing import ArrayLike, NDArray
+
+from . import _core
+from ._arrays import as_field, as_field_like, as_numbers, finite, gate_spacing
+from ._scans import as_classes, excluded_gates, of_scans, whole, with_empty_rays
+from .echo import EchoClass
+
+
+def texture(field: ArrayLike, *, mask: ArrayLike | None = None, gates: int = 5, rays: int = 3,
+            closed: bool = True) -> NDArray[np.float32]:
+    """Texture: the standard deviation in a window around each gate.
+
+    ``sqrt(sum((x - mean)^2) / n)`` over the `n` gates of the window that take part, in single
+    precision: the quantity that the fuzzy classification works with.
+
+    Parameters
+    ----------
+    field : array_like, shape (..., azimuth, range)
+        Any quantity. Leading dimensions are scans of their own.
+    mask : array_like of bool, optional
+        True for gates that take no part, such as noise. By default those that are NaN; masked gates
+        of a masked array never take part.
+    gates, rays : int
+        Size of the window, both odd, together more than one gate.
+    closed : bool
+        The rays close a circle, so that windows go on from the last ray to the first one. False for
+        sectors and vertical cuts, where windows end at the edge.
+
+    Returns
+    -------
+    numpy.ndarray of float32
+        In the units and the shape of `field`; 0 at gates that take no part, and everywhere if a ray
+        is shorter than the window. The ``gates // 2`` gates at each end of a ray repeat the nearest
+        gate with a whole window.
+
+    Raises
+    ------
+    ValueError
+        A wrong shape, or a window of a wrong size.
+
+    Examples
+    --------
+    >>> import clutterclassifier as cc
+    >>> import numpy as np
+    >>> steps = np.tile([0.0, 2.0], (4, 6))
+    >>> cc.texture(steps, gates=3, rays=1).round(3)[0, :4]
+    array([0.943, 0.943, 0.943, 0.943], dtype=float32)
+    """
+    gates, rays = whole("gates", gates), whole("rays", rays)
+    if gates % 2 == 0 or rays % 2 == 0 or gates * rays < 2:
+        raise ValueError(f"gates and rays must be odd and more than one gate, not {gates} and {rays}")
+    return _windowed(_core.texture, field, mask, closed, gates, rays)
+
+
+def smooth(field: ArrayLike, *, mask: ArrayLike | None = None, gates: int = 7, rays: int = 1,
+           decibels: bool = False, closed: bool = True) -> NDArray[np.float32]:
+    """Mean of a window around each gate.
+
+    Parameters
+    ----------
+    field : array_like, shape (..., azimuth, range)
+        Any quantity. Leading dimensions are scans of their own.
+    mask : array_like of bool, optional
+        True for gates that take no part. By default those that are NaN; masked gates of a masked array
+        never take part. Gates that take no part get the mean of their window, too.
+    gates, rays : int
+        Size of the window: ``size // 2`` to both sides, so that 6 gates are 7. Gates beyond the ends
+        of a ray repeat the last one.
+    decibels : bool
+        `field` is in dB: the mean is ``10 log10(mean(10^(0.1 x)))``, formed in double precision. Else
+        sum and division are those of single precision.
+    closed : bool
+        The rays close a circle, so that windows go on from the last ray to the first one. False for
+        sectors and vertical cuts, where windows end at the edge.
+
+    Returns
+    -------
+    numpy.ndarray of float32
+        In the units and the shape of `field`. A gate without any other in its window keeps its value.
+
+    Raises
+    ------
+    ValueError
+        A wrong shape, or a window of a wrong size.
+
+    Examples
+    --------
+    >>> import clutterclassifier as cc
+    >>> cc.smooth([[1.0, 2.0, 6.0, 2.0, 1.0]], gates=3)
+    array([[1.3333334, 3.       , 3.3333333, 3.       , 1.3333334]],
+          dtype=float32)
+    """
+    gates, rays = whole("gates", gates), whole("rays", rays)
+    if gates * rays > np.iinfo(np.int32).max:
+        raise ValueError(f"the window has too many gates: {gates} x {rays}")
+    if gates * rays == 1:
+        return as_field("field", field, np.float32).copy()
+    return _windowed(_core.smooth, field, mask, closed, gates, rays, bool(decibels))
+
+
+def _windowed(function: Any, value: ArrayLike, mask: ArrayLike | None, closed: bool, gates: int,
+              rays: int, *settings: Any) -> NDArray[np.float32]:
+    field = as_field("field", value, np.float32)
+    excluded = excluded_gates("field", value, field, mask)
+    nrays = field.shape[-2]
+    if not closed:
+        reach = min(rays // 2, nrays)
+        field, excluded = with_empty_rays(field, reach, 0), with_empty_rays(excluded, reach, 1)
+        rays = 2 * reach + 1
+    result = function(field, excluded, gates, rays, *settings)
+    return result if closed else np.ascontiguousarray(result[..., :nrays, :])
+
+
+def isolated_gates(classes: ArrayLike, *, gates: int = 5, rays: int = 5, at_most: int = 1,
+                   closed: bool = True) -> NDArray[np.bool_]:
+    """Precipitation gates that stand nearly alone.
+
+    Parameters
+    ----------
+    classes : array_like of EchoClass, shape (..., azimuth, range)
+        Result of `classify`.
+    gates, rays : int
+        Size of the window, both at least 2: ``size // 2`` to both sides, so that 10 gates are 11.
+        Gates beyond the ends of a ray count the last one again.
+    at_most : int
+        Precipitation gates that the window of an isolated gate may hold, itself included.
+    closed : bool
+        The rays close a circle. False for sectors and vertical cuts.
+
+    Returns
+    -------
+    numpy.ndarray of bool
+        True where a precipitation gate is isolated.
+
+    Raises
+    ------
+    ValueError
+        A wrong shape, or a window of a wrong size.
+
+    Examples
+    --------
+    >>> import clutterclassifier as cc
+    >>> import numpy as np
+    >>> classes = np.full((8, 9), cc.NOISE)
+    >>> classes[1, 4] = classes[5, 2] = classes[5, 3] = cc.PRECIPITATION
+    >>> np.argwhere(cc.isolated_gates(classes, gates=3, rays=3))
+    array([[1, 4]])
+    """
+    gates, rays = whole("gates", gates, 2), whole("rays", rays, 2)
+    given = as_classes(classes)
+    nrays = given.shape[-2]
+    if not closed:
+        reach = min(rays // 2, nrays)
+        given, rays = with_empty_rays(given, reach, EchoClass.NOISE), 2 * reach
+    return np.ascontiguousarray(
+        _core.isolated_gates(given, gates, rays, whole("at_most", at_most, 0))[..., :nrays, :])
+
+
+#: Rays to either side that the removal of isolated gates looks at.
+_ISOLATED_REACH = 5
+
+
+def despeckle(classes: ArrayLike, *, window: tuple[int, int] | None = None, at_most: int = 1,
+              closed: bool = True) -> NDArray[np.uint8]:
+    """Turn isolated precipitation gates into ground clutter.
+
+    Without a `window`, in the two passes of the processing chain: first gates that are alone in 5 x 5
+    gates, then those with at most one other one in 10 x 10.
+
+    Parameters
+    ----------
+    classes : array_like of EchoClass, shape (..., azimuth, range)
+        Result of `classify`. Masked gates become `MISSING`.
+    window : (int, int), optional
+        Gates and rays of the window of a single pass, see `isolated_gates`.
+    at_most : int
+        With a `window`: precipitation gates that the window of an isolated gate may hold, itself
+        included.
+    closed : bool
+        The rays close a circle. False for sectors and vertical cuts.
+
+    Returns
+    -------
+    numpy.ndarray of uint8
+        Codes of `EchoClass`.
+
+    Raises
+    ------
+    ValueError
+        A wrong shape, a class that is no code, or a window of a wrong size.
+
+    Examples
+    --------
+    >>> import clutterclassifier as cc
+    >>> import numpy as np
+    >>> classes = np.full((8, 9), cc.NOISE)
+    >>> classes[3, 4] = cc.PRECIPITATION
+    >>> cc.EchoClass(cc.despeckle(classes)[3, 4]).meaning
+    'ground_clutter'
+    """
+    given = as_classes(classes)
+    if not ((given >= 0) & (given <= 255) & (given == np.floor(given))).all():
+        raise ValueError("classes must hold codes within 0 and 255")
+    if window is not None:
+        gates, rays = window
+        isolated = isolated_gates(given, gates=gates, rays=rays, at_most=at_most, closed=closed)
+        return np.where(isolated, np.uint8(EchoClass.GROUND_CLUTTER), given.astype(np.uint8))
+    nrays = given.shape[-2]
+    if not closed:
+        given = with_empty_rays(given, _ISOLATED_REACH, EchoClass.NOISE)
+    return np.ascontiguousarray(_core.remove_isolated(given)[..., :nrays, :])
+
+
+def signal_to_noise(dbzh: ArrayLike, *, range: ArrayLike, radar_constant: float) -> NDArray[np.float32]:
+    """Signal-to-noise ratio, dB: ``dbzh - 20 log10(range in km) + radar_constant``.
+
+    The quantity that `classify` compares with `min_snr`, in single precision.
+
+    Parameters
+    ----------
+    dbzh : array_like, shape (..., azimuth, range)
+        Horizontal reflectivity, dBZ.
+    range : array_like, shape (range,), or float
+        Ranges of the gates, or their spacing, m. Only the spacing counts, in whole metres: gate g is
+        taken at g spacings, gate 0 one spacing out.
+    radar_constant : float
+        Calibration constant, dB.
+
+    Returns
+    -------
+    numpy.ndarray of float32
+        dB, in the shape of `dbzh`.
+
+    Raises
+    ------
+    ValueError
+        A wrong shape, or a constant that is not finite.
+
+    Examples
+    --------
+    >>> import clutterclassifier as cc
+    >>> cc.signal_to_noise([[0.0, 0.0, 0.0]], range=1000.0, radar_constant=30.0).round(2)
+    array([[30.  , 30.  , 23.98]], dtype=float32)
+    """
+    field = as_field("dbzh", dbzh, np.float32)
+    return _core.signal_to_noise(field, gate_spacing(range, field.shape[-1]),
+                                 finite("radar_constant", radar_constant))
+
+
+class RadarConstant(NamedTuple):
+    """Calibration of the signal-to-noise ratio; arrays when there are leading dimensions.
+
+    `radar_constant` (dB) gives the noise of the receiver a ratio of about 0 dB, `min_snr` (dB) is the
+    lowest ratio of an echo that fits the `evidence`: ``"noise_gates"`` when the noise itself was found,
+    ``"lower_envelope"`` when only echo is left and its weakest stands for the noise, ``"nothing"`` when
+    there are too few values to tell.
+    """
+
+    radar_constant: Any
+    min_snr: Any
+    evidence: Any
+
+
+_EVIDENCE = np.array(["noise_gates", "lower_envelope", "nothing"])
+
+
+def estimate_radar_constant(dbzh: ArrayLike, *, rhohv: ArrayLike | None = None,
+                            range: ArrayLike) -> RadarConstant:
+    """Calibration constant of the signal-to-noise ratio, from the noise in a scan.
+
+    Receiver noise lies on ``N + 20 log10(range in km)`` in reflectivity. A scan that still holds its
+    noise gates shows `N` as the peak of ``dbzh - 20 log10(range in km)`` at the same place in all rings
+    that weather does not fill.
+
+    Parameters
+    ----------
+    dbzh : array_like, shape (..., azimuth, range)
+        Horizontal reflectivity, dBZ; NaN and masked gates have no value. A low value that many gates
+        share stands for "no echo".
+    rhohv : array_like, optional
+        Co-polar correlation (0..1): tells widespread rain from noise.
+    range : array_like, shape (range,), or float
+        Ranges of the gates, or their spacing, m.
+
+    Returns
+    -------
+    RadarConstant
+
+    Raises
+    ------
+    ValueError
+        A wrong shape.
+
+    Examples
+    --------
+    >>> import clutterclassifier as cc
+    >>> import numpy as np
+    >>> range_km = np.maximum(np.arange(400), 1) * 0.25
+    >>> noise = np.random.default_rng(1).normal(-42.0, 1.0, (90, 400)) + 20 * np.log10(range_km)
+    >>> found = cc.estimate_radar_constant(noise, range=250.0)
+    >>> found.evidence, round(float(found.radar_constant))
+    ('noise_gates', 42)
+    """
+    field = as_field("dbzh", dbzh, np.float32)
+    correlation = as_field_like("rhohv", rhohv, field, "dbzh")
+    constant, ratio, evidence = _core.estimate_radar_constant(field, correlation,
+                                                              gate_spacing(range, field.shape[-1]))
+    found = of_scans(_EVIDENCE[evidence], field.shape)
+    return RadarConstant(of_scans(constant, field.shape), of_scans(ratio, field.shape),
+                         str(found) if field.ndim == 2 else found)
+
+
+class Contingency(NamedTuple):
+    """Counts of pairs with an event in both fields, in one of them, in neither; and scores.
+
+    `detection` is ``both / (both + first_only)``, the probability of detection of what the first field
+    has; `false_share` is ``second_only / (first_only + second_only)``, the share of false alarms in all
+    mistakes. NaN where there is nothing to divide by.
+    """
+
+    both: int
+    second_only: int
+    first_only: int
+    neither: int
+    false_share: float
+    detection: float
+
+
+def contingency(first: ArrayLike, second: ArrayLike, *, threshold: float) -> Contingency:
+    """Contingency of two fields, an event being a value of at least `threshold`.
+
+    Parameters
+    ----------
+    first, second : array_like
+        The truth and what is compared with it, of one shape, in any units. NaN is no event.
+    threshold : float
+        In the same units.
+
+    Returns
+    -------
+    Contingency
+
+    Raises
+    ------
+    ValueError
+        Fields of different shapes.
+
+    Examples
+    --------
+    >>> import clutterclassifier as cc
+    >>> cc.contingency([0, 1, 1, 5], [0, 2, 0, 0], threshold=1).detection
+    0.3333333333333333
+    """
+    a = as_numbers("first", first, np.float32)
+    b = as_field_like("second", second, a, "first")
+    if a.size > np.iinfo(np.int32).max:
+        raise ValueError(f"first has more values than the library counts: {a.size}")
+    *counts, false_share, detection = _core.contingency(a, b, float(threshold))
+    return Contingency(*counts, *(np.nan if score < 0 else score for score in (false_share, detection)))
+
+
+def to_decibels(z: ArrayLike) -> NDArray[np.float32]:
+    """``10 log10(z)``: a linear reflectivity (mm6/m3) in dBZ, or a ratio in dB.
+
+    Parameters
+    ----------
+    z : array_like
+        Linear values. 0 becomes -inf, what is negative NaN.
+
+    Returns
+    -------
+    numpy.ndarray of float32
+        Computed in double precision.
+
+    Examples
+    --------
+    >>> import clutterclassifier as cc
+    >>> cc.to_decibels([1.0, 200.0])
+    array([ 0.    , 23.0103], dtype=float32)
+    """
+    return _core.to_decibels(as_numbers("z", z, np.float32))[()]
+
+
+def to_linear(dbz: ArrayLike) -> NDArray[np.float32]:
+    """``10^(0.1 dbz)``: the inverse of `to_decibels`.
+
+    Parameters
+    ----------
+    dbz : array_like
+        dBZ or dB.
+
+    Returns
+    -------
+    numpy.ndarray of float32
+        Linear values, computed in double precision.
+
+    Examples
+    --------
+    >>> import clutterclassifier as cc
+    >>> cc.to_linear([0.0, 20.0])
+    array([  1., 100.], dtype=float32)
+    """
+    return _core.to_linear(as_numbers("dbz", dbz, np.float32))[()]
