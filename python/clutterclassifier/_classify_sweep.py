@@ -150,6 +150,9 @@ def classify(ds: xr.Dataset, *, fields: FieldMap = None, inputs: InputSelection 
     sweep = find_sweep(ds, fields)
     mask, filtered = standard_inputs(ds, sweep, fields, inputs)
     calibration = estimate_now(sweep, find_calibration(ds, radar_constant, min_snr))
+    if filtered is not None and not sweep.is_lazy and sweep.dbzh.ndim == 2:
+        mask = mask & ~Inputs.VRAD if _differs(sweep.dbzh.values, filtered.values) else mask
+        filtered = None
     arrays = needed(sweep, mask, calibration)
     if filtered is not None:
         arrays["filtered"] = filtered
@@ -159,7 +162,8 @@ def classify(ds: xr.Dataset, *, fields: FieldMap = None, inputs: InputSelection 
                        calibration=calibration, inputs=int(mask), no_echo=no_echo_value(sweep.dbzh),
                        missing=missing, closed=closed, table=table, options=options)
     history = _history("classify", mask, calibration, texture_window=texture_window,
-                       remove_isolated=remove_isolated or None, all_classes=all_classes or None)
+                       remove_isolated=remove_isolated or None, all_classes=all_classes or None,
+                       without_vrad=None if filtered is None else f"where {filtered.name} differs in 1 %")
     classes = with_attributes(classes, name, None, history, **class_attributes(codes, all_classes))
     classes.encoding = {"_FillValue": np.uint8(MISSING if table is None else 0), "dtype": "uint8"}
     return with_history(ds.assign({name: classes}), history)

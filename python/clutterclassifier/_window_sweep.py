@@ -11,8 +11,8 @@ from numpy.typing import NDArray
 
 from . import _toolkit
 from ._codes import CLASS, ClassSelection, class_attributes, library_codes, parse_classes
-from ._sweep import (FieldMap, apply, describe, extended, find_fields, is_no_echo, no_echo_value, ray_dimension,
-                     with_attributes, with_history)
+from ._sweep import (FieldMap, apply, describe, extended, find_fields, is_no_echo, no_echo_value,
+                     ray_dimension, with_attributes, with_history)
 from .echo import MISSING, NOISE
 from .fields import BY_ARGUMENT
 

@@ -168,10 +168,14 @@ def test_velocity_from_behind_the_filter_is_left_out(made_sweep: xr.Dataset) -> 
     ds = made_sweep.rename({"DBZH": "DBTH"})
     filtered = ds.assign(DBZH=ds.DBTH.where(np.arange(24 * 60).reshape(24, 60) % 50 > 0, -30.0))
     nearly = ds.assign(DBZH=ds.DBTH.where(np.arange(24 * 60).reshape(24, 60) % 500 > 0, -30.0))
-    for data, mask in ((filtered, 255 & ~16), (nearly, 255), (filtered.chunk(), 255 & ~16)):
-        np.testing.assert_array_equal(sweeps.classify(data, min_snr=MIN_SNR).CLASS, expected(mask))
+    for data, mask, said in ((filtered, 255 & ~16, False), (nearly, 255, True),
+                             (filtered.chunk(), 255 & ~16, True)):
+        result = sweeps.classify(data, min_snr=MIN_SNR).CLASS
+        np.testing.assert_array_equal(result, expected(mask))
+        assert ("VRAD" in result.attrs["history"]) == said
     for wish in ({"inputs": 255}, {"fields": {"vrad": "VRADH"}}):
-        np.testing.assert_array_equal(sweeps.classify(filtered, min_snr=MIN_SNR, **wish).CLASS, expected(255))
+        result = sweeps.classify(filtered, min_snr=MIN_SNR, **wish).CLASS
+        np.testing.assert_array_equal(result, expected(255))
 
 
 def test_the_constant_is_estimated_where_none_is_known() -> None:
@@ -233,7 +237,8 @@ def test_clean_blanks_all_fields(made_sweep: xr.Dataset) -> None:
 
 def test_wrong_arguments_are_named(made_sweep: xr.Dataset) -> None:
     for wrong, words in (({"fields": {"dbzh": "none such"}}, "none such"),
-                         ({"fields": {"speed": "DBZH"}}, "speed"), ({"codes": "mine"}, "codes"), ({"missing": "zero"}, "missing"),
+                         ({"fields": {"speed": "DBZH"}}, "speed"), ({"codes": "mine"}, "codes"),
+                         ({"missing": "zero"}, "missing"),
                          ({"radar_constant": np.nan}, "radar_constant"), ({"inputs": "wrad"}, "wrad")):
         with pytest.raises(ValueError, match=words):
             sweeps.classify(made_sweep, **wrong)
