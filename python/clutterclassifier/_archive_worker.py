@@ -6,7 +6,6 @@ import hashlib
 import json
 import os
 import warnings
-from collections.abc import Iterator
 from dataclasses import dataclass, field
 from datetime import datetime, timezone
 from typing import TYPE_CHECKING, Any
@@ -93,20 +92,21 @@ def _make_output(job: Job, settings: Settings, settings_text: str) -> int:
     made_from = stamp(job.source, settings_text)  # before it is read: a later change is noticed
     with warnings.catch_warnings(record=True) as caught:
         warnings.simplefilter("always")
-        results = [_result(sweep, settings) for sweep in _sweeps(job.source, settings)]
+        given = _sweeps(job.source, settings)
+        results = [_result(sweep, settings) for sweep in given]
     if not results:
         raise ValueError("no sweeps in it")
-    attributes = {**_described(results[0], job, settings), **made_from, **_notes(caught)}
+    attributes = {**_described(given[0], job, settings), **made_from, **_notes(caught)}
     with complete_or_not_at_all(job.output, made_from["source_modified_ns"]) as temporary:
         write_sweeps(temporary, results, attributes)
     return sum(_gates(sweep) for sweep in results)
 
 
-def _sweeps(path: str, settings: Settings) -> Iterator[xr.Dataset]:
+def _sweeps(path: str, settings: Settings) -> list[xr.Dataset]:
     from . import readers
     from ._archive_netcdf import is_netcdf, read_netcdf
 
-    yield from read_netcdf(path) if is_netcdf(path) else readers.read(path, layout=settings.layout)
+    return read_netcdf(path) if is_netcdf(path) else readers.read(path, layout=settings.layout)
 
 
 def _result(sweep: xr.Dataset, settings: Settings) -> xr.Dataset:
@@ -126,7 +126,7 @@ def _gates(sweep: xr.Dataset) -> int:
     return sweep.sizes["range"] * sweep.sizes["azimuth" if "azimuth" in sweep.sizes else "elevation"]
 
 
-def _described(result: xr.Dataset, job: Job, settings: Settings) -> dict[str, Any]:
+def _described(sweep: xr.Dataset, job: Job, settings: Settings) -> dict[str, Any]:
     """Attributes of the whole file: those of the input, and one more line of history."""
     from . import __version__
 
@@ -134,8 +134,8 @@ def _described(result: xr.Dataset, job: Job, settings: Settings) -> dict[str, An
     step = "process" if settings.process else "classify"
     name = printable(os.path.basename(job.source))
     line = f"{now} clutterclassifier {__version__}: {step} {name}"
-    before = str(result.attrs.get("history", "")).strip()
-    return {**result.attrs, "source": f"clutterclassifier {__version__} from {name}",
+    before = str(sweep.attrs.get("history", "")).strip()
+    return {**sweep.attrs, "source": f"clutterclassifier {__version__} from {name}",
             "history": f"{before}\n{line}".strip()}
 
 

@@ -11,13 +11,14 @@ import sys
 from collections.abc import Iterable
 from typing import TYPE_CHECKING, Any
 
+from ._archive_command import main
 from ._archive_plan import PathLike, plan_jobs
 from ._archive_run import Place, Run, Summary, settings_of
 
 if TYPE_CHECKING:
     from distributed import Client
 
-__all__ = ["Summary", "classify_archive"]
+__all__ = ["Summary", "classify_archive", "main"]
 
 
 def classify_archive(files: Iterable[PathLike] | PathLike, out: PathLike, *, process: bool = False,
@@ -108,6 +109,4 @@ def classify_archive(files: Iterable[PathLike] | PathLike, out: PathLike, *, pro
 
 
 if __name__ == "__main__":
-    from ._archive_command import main
-
     sys.exit(main())

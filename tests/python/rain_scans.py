@@ -16,8 +16,11 @@ def rain_scan(nrays: int = 6, ngates: int = 160, seed: int = 1) -> dict[str, np.
     dbz = 38 + 6 * cells + random.standard_normal(shape)
     ah = 3e-5 * 10 ** (0.078 * dbz) * (1 + 3 * (np.arange(nrays)[:, np.newaxis] % 3 > 0))
     path = np.cumsum(2 * ah * km, axis=1)
-    classes = np.where(random.random(shape) < 0.05, cc.GROUND_CLUTTER, cc.PRECIPITATION)
-    classes[:, :25] = classes[:, -30:] = cc.PRECIPITATION
+    inside = np.s_[:, min(25, ngates // 4):-min(30, ngates // 4)]
+    classes = np.full(shape, cc.PRECIPITATION)
+    classes[inside][random.random(classes[inside].shape) < 0.05] = cc.GROUND_CLUTTER
+    if ngates < 60:
+        classes[inside][random.random(classes[inside].shape) < 0.4] = cc.NOISE
     return {
         "dbzh": (dbz - path).astype(np.float32),
         "zdr": (0.02 * dbz - 0.1 * path).astype(np.float32),

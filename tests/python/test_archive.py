@@ -4,6 +4,7 @@ from __future__ import annotations
 
 import csv
 import os
+import re
 import signal
 import subprocess
 import sys
@@ -46,7 +47,7 @@ def content(path: Path):
     """All that an output holds, but for the time in its history."""
     def of(group: netCDF4.Group):
         attributes = {name: np.asarray(group.getncattr(name)).tolist() for name in group.ncattrs()}
-        attributes["history"] = attributes.get("history", "").split(" ", 1)[-1]
+        attributes["history"] = re.sub(r"\d{4}-\S+Z", "TIME", attributes.get("history", ""))
         variables = {name: (variable.dimensions, str(variable.dtype), np.ma.getdata(variable[...]).tolist(),
                             {key: np.asarray(variable.getncattr(key)).tolist() for key in variable.ncattrs()})
                      for name, variable in group.variables.items()}

@@ -31,7 +31,8 @@ FUNCTIONS = {
     "close_phase_gaps": lambda f: cc.close_phase_gaps(f["phidp"]),
     "fill_phase": lambda f: cc.fill_phase(f["phidp"], f["classes"] == 0),
     "extend_phase": lambda f: cc.extend_phase(f["phidp"], f["classes"] == 0, gates=3, average=2),
-    "attenuation": lambda f: attenuated(f, algorithm="profile_nominal", min_phase_rise=0.1),
+    "attenuation": lambda f: attenuated(f, algorithm="forward_nominal", elevation=1,
+                                            freezing_level=480 + 4 * f["phidp"]),
     "specific_attenuation": lambda f: cc.specific_attenuation(f["dbzh"], classes=f["classes"],
                                                               range=SPACING, phase_rise=40),
     "correct_zdr": lambda f: cc.correct_zdr(f["zdr"], dbzh=f["dbzh"], specific_attenuation=f["rhohv"],
@@ -42,7 +43,8 @@ FUNCTIONS = {
         f["dbzh"], zdr=f["zdr"], rhohv=f["rhohv"], range=SPACING, between=(0, 1000), min_rhohv=0,
         min_dbzh=0),
     "rain_rate": lambda f: cc.rain_rate(f["dbzh"], zdr=f["zdr"], relation="z_zdr"),
-    "hybrid_rain_rate": lambda f: cc.hybrid_rain_rate(f["dbzh"], f["zdr"], range=SPACING),
+    "hybrid_rain_rate": lambda f: cc.hybrid_rain_rate(f["dbzh"], f["zdr"], range=SPACING, elevation=1,
+                                                      freezing_level=300 + 7 * f["phidp"]),
     "z_to_rain": lambda f: cc.z_to_rain(f["dbzh"]),
     "rain_to_z": lambda f: cc.rain_to_z(f["dbzh"]),
 }
@@ -87,6 +89,24 @@ def test_any_layout_and_type_gives_the_same_and_stays_as_it_was(name, nrays, nga
             assert whole.dtype == alone.dtype or whole.dtype.kind == "U"
     for key, values in fields.items():
         np.testing.assert_array_equal(arranged[key], values)
+
+
+def test_every_scan_has_its_own_elevation(tmp_path):
+    scans = [rain_scan(seed=seed) for seed in (1, 2)]
+    fields = {key: np.stack([scan[key] for scan in scans]) for key in scans[0]}
+    profiles = tmp_path / "profiles.dat"
+    np.savetxt(profiles, np.linspace(60, 0, 1800)[:, np.newaxis] + np.arange(60) / 3, fmt="%.3f")
+    settings = {"range": SPACING, "freezing_level": 1200.0}
+    for function in (
+            lambda f, angle: attenuated(f, algorithm="forward_nominal", elevation=angle, **settings),
+            lambda f, angle: cc.hybrid_rain_rate(f["dbzh"], f["zdr"], elevation=angle, **settings),
+            lambda f, angle: cc.correct_profile(f["dbzh"], profiles=profiles, elevation=angle, **settings)):
+        result = parts(function(fields, [0.5, 4.0]))
+        for at, angle in ((0, 0.5), (1, 4.0)):
+            for whole, alone in zip(result, parts(function(scans[at], angle))):
+                np.testing.assert_array_equal(whole[at], alone)
+        other = parts(function(scans[1], 0.5))
+        assert any((whole[1] != one).any() for whole, one in zip(result, other))
 
 
 @pytest.mark.parametrize("name", FUNCTIONS)

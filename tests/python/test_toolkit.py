@@ -205,9 +205,9 @@ def test_radar_constants_of_several_scans():
 
 
 def test_contingency_counts_pairs():
-    first = [1, 1, 1, 0, 0, NAN, 2, 0]
-    second = [1, 0, NAN, 1, 0, 1, 5, 0]
-    assert cc.contingency(first, second, threshold=1) == (2, 2, 2, 2, 0.5, 0.5)
+    first = [1, 1, 1, 1, 0, 0, NAN, 2, 0, 0, 0]
+    second = [1, 0, NAN, 0, 0, 2, 0, 5, 0, 0, 0.9]
+    assert cc.contingency(first, second, threshold=1) == (2, 1, 3, 5, 0.25, 0.4)
     scores = cc.contingency([[0.0]], [[0.0]], threshold=1)
     assert scores[:4] == (0, 0, 0, 1) and np.isnan(scores[4:]).all()
 
