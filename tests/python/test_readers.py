@@ -84,8 +84,13 @@ def test_rays_may_share_their_azimuth(tmp_path):
 @pytest.mark.parametrize("date", [(2014, 13, 1, 0, 0, 0), (2015, 2, 29, 0, 0, 0), (2014, 1, 1, 24, 0, 0),
                                   (2014, 1, 1, 0, 60, 0), (2014, 1, 1, 0, 0, 61), (1600, 1, 1, 0, 0, 0),
                                   (3000, 1, 1, 0, 0, 0)])
+@pytest.mark.filterwarnings("ignore:invalid value:RuntimeWarning")
 def test_impossible_date_is_no_time(tmp_path, date):
-    assert np.isnat(files.read_one(tmp_path, files.uf_scan(3, 2, date=date)).time.values).all()
+    sweep = files.read_one(tmp_path, files.uf_scan(3, 2, date=date))
+    assert np.isnat(sweep.time.values).all()
+    sweep.to_netcdf(tmp_path / "scan.nc")
+    with xr.open_dataset(tmp_path / "scan.nc") as back:
+        assert np.isnat(back.time.values).all()
 
 
 def test_leap_second_is_the_next_minute(tmp_path):
