@@ -62,6 +62,10 @@ void fillFieldRecord(const Scan& scan, const Sweep& sweep, const std::string& na
     record.longitude = static_cast<float>(scan.longitudeDeg);
     record.altitude = static_cast<float>(scan.altitudeM);
     record.nyquist = static_cast<float>(sweep.nyquist);
+    record.pulsedepth = scan.operation.pulseLengthM;
+    record.rpm = scan.operation.turnsPerMinute;
+    record.prf = scan.operation.pulsesPerSecond;
+    record.nsamples = scan.operation.pulsesPerRay;
     record.colorflag = 255;
     record.recindex = 0;
     record.nrecords = 1;
@@ -76,6 +80,11 @@ void fillFieldRecord(const Scan& scan, const Sweep& sweep, const std::string& na
         record.angles[1 + r] = static_cast<float>(sweep.azimuthDeg[r] * kRadiansPerDegree);
     record.data = new float[values.size()];
     std::copy(values.begin(), values.end(), record.data);
+}
+
+void noteLostElevations(const char* kind) {
+    std::printf("  note: %s cannot hold the elevations of a range-height scan; .uf and .csv can\n",
+                kind);
 }
 
 void writeFieldRecord(const std::string& path, const Scan& scan, const SweepClasses& classes) {

@@ -15,6 +15,9 @@ namespace cli {
 void fillFieldRecord(const Scan& scan, const Sweep& sweep, const std::string& name,
                      const std::string& units, const std::vector<float>& values, Cpluvek& record);
 
+/* Says on standard output that a kind of file, "a field record file", keeps one elevation only. */
+void noteLostElevations(const char* kind);
+
 /* A field record file of one record, "CCl", one byte a gate. */
 void writeFieldRecord(const std::string& path, const Scan& scan, const SweepClasses& classes);
 

@@ -5,6 +5,8 @@
 #include <cstddef>
 #include <limits>
 
+#include "scan.h"
+
 namespace scan {
 namespace {
 
@@ -42,8 +44,6 @@ struct Ring {
 struct Peak {
     double spreadingDb, level;
 };
-
-constexpr float kNoRain = -32; /* the library's mark of a gate without rain */
 
 /* The lowest value when so many gates share it that it cannot be a measurement. */
 float noEchoMarker(const std::vector<float>& values) {
@@ -93,7 +93,7 @@ std::vector<Ring> collectRings(std::vector<float> reflectivity,
     const float marker = noEchoMarker(reflectivity);
     std::replace_if(
         reflectivity.begin(), reflectivity.end(),
-        [marker](float value) { return value == marker || value == kNoRain; },
+        [marker](float value) { return value == marker || value == kNoRainDbz; },
         std::numeric_limits<float>::quiet_NaN());
     const auto present = std::count_if(reflectivity.begin(), reflectivity.end(),
                                        [](float value) { return std::isfinite(value); });

@@ -125,7 +125,7 @@ ClassifiedSweep prepareSweep(const Scan& scan, const Sweep& sweep, const Classif
         if (!note.empty() && takesPart(static_cast<Role>(i), options.mask.value_or(kDefaultMask)))
             result.notes.push_back(note);
     }
-    requireMembershipFiles(options.membership, result.mask);
+    requireMembershipFiles(options.membership, result.mask, options.allClasses);
     settleCalibration(scan, sweep, options, result);
     return result;
 }

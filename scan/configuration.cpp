@@ -5,7 +5,9 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <iomanip>
 #include <iterator>
+#include <limits>
 #include <locale>
 #include <map>
 #include <sstream>
@@ -16,42 +18,43 @@
 namespace scan {
 namespace {
 
-enum class Kind { kWord, kWhole, kNumber };
+enum class Kind { kWord, kShort, kInt, kWindow, kNumber };
 
 struct Setting {
     const char* key;
     Kind kind;
     const char* example;
-    double lowest, highest; /* of a number */
+    double lowest, highest; /* numbers that mean something */
     const char* meaning;
 };
 
-constexpr double kWidestWindow = 999;
+constexpr double kWidestWindow = 999; /* the work grows with it, without end */
 constexpr double kAny = 1e30;
+constexpr double kLeastInt = std::numeric_limits<int>::min();
 
 constexpr Setting kSettings[] = {
-    {"WHAT2DO", Kind::kWhole, "255", 0, 255,
+    {"WHAT2DO", Kind::kInt, "255", 0, 255,
      "stages, added up: 1 classification, 2 offset of ZDR, 4 smoothing, 8 attenuation, "
      "16 rain rate, 32 reflectivity from rain rate, 64 rain rate from reflectivity, "
      "128 blanking (the library's own default: 0)"},
     {"CLUTTER_MFS", Kind::kWord, "", 0, 0,
      "directory of the membership functions, with its last /"},
-    {"CLUTTER_ALG", Kind::kWhole, "255", 0, 511,
+    {"CLUTTER_ALG", Kind::kShort, "255", 0, 511,
      "inputs of the classification, added up: textures of 1 Z, 2 ZDR, 4 phase, 8 correlation; "
      "16 velocity, 32 LDR, 64 clutter likelihood, 128 correlation, 256 width"},
-    {"GATES2AVE_ZHH", Kind::kWhole, "7", 0, kWidestWindow, "smoothing window of Z, gates"},
-    {"GATES2AVE_ZDR", Kind::kWhole, "7", 0, kWidestWindow, "of ZDR"},
-    {"GATES2AVE_PDP", Kind::kWhole, "17", 0, kWidestWindow,
+    {"GATES2AVE_ZHH", Kind::kWindow, "7", 0, kWidestWindow, "smoothing window of Z, gates"},
+    {"GATES2AVE_ZDR", Kind::kWindow, "7", 0, kWidestWindow, "of ZDR"},
+    {"GATES2AVE_PDP", Kind::kWindow, "17", 0, kWidestWindow,
      "of the phase, also in the attenuation stage"},
-    {"GATES2AVE_RHV", Kind::kWhole, "0", 0, kWidestWindow, "of the correlation; 0: none"},
-    {"RAYS2AVE_ZHH", Kind::kWhole, "1", 0, kWidestWindow, "smoothing window of Z, rays"},
-    {"RAYS2AVE_ZDR", Kind::kWhole, "1", 0, kWidestWindow, "of ZDR"},
-    {"RAYS2AVE_PDP", Kind::kWhole, "1", 0, kWidestWindow, "of the phase"},
-    {"RAYS2AVE_RHV", Kind::kWhole, "0", 0, kWidestWindow, "of the correlation"},
-    {"RAINFALL_ALG", Kind::kWhole, "0", -1, 4,
-     "rain rate: 0 Z, 1 Z and ZDR, 4 polynomial of Z and ZDR; -1: 0 or 1, gate by gate "
+    {"GATES2AVE_RHV", Kind::kWindow, "0", 0, kWidestWindow, "of the correlation; 0: none"},
+    {"RAYS2AVE_ZHH", Kind::kWindow, "1", 0, kWidestWindow, "smoothing window of Z, rays"},
+    {"RAYS2AVE_ZDR", Kind::kWindow, "1", 0, kWidestWindow, "of ZDR"},
+    {"RAYS2AVE_PDP", Kind::kWindow, "1", 0, kWidestWindow, "of the phase"},
+    {"RAYS2AVE_RHV", Kind::kWindow, "0", 0, kWidestWindow, "of the correlation"},
+    {"RAINFALL_ALG", Kind::kInt, "0", kLeastInt, 4,
+     "rain rate: 0 Z, 1 Z and ZDR, 4 polynomial of Z and ZDR; negative: 0 or 1, gate by gate "
      "(2 and 3 need KDP, which the stage does not have: the rain rate stays 0)"},
-    {"ATTENUATION_ALG", Kind::kWhole, "0", -1, 8,
+    {"ATTENUATION_ALG", Kind::kInt, "0", -1, 8,
      "attenuation: 0 profile, 1 final value, 2 forward, 8 profile with b, coefficients searched; "
      "4, 5, 6 the same as 0, 1, 2 with nominal coefficients; 3 slope of the phase; -1, 7 none"},
     {"FREEZING_LEVEL", Kind::kNumber, "3000", -kAny, kAny,
@@ -114,7 +117,7 @@ bool isWhole(const std::string& word) {
 std::string shown(double value) {
     std::ostringstream stream;
     stream.imbue(std::locale::classic());
-    stream << value;
+    stream << std::setprecision(10) << value;
     return stream.str();
 }
 
@@ -127,24 +130,49 @@ std::string unknownKey(const std::string& key) {
     return text;
 }
 
-/* What is wrong with a value; empty when nothing is. */
-std::string valueProblem(const Setting& setting, const std::string& value) {
-    const std::string subject = std::string(setting.key) + ": ";
-    if (setting.kind == Kind::kWord) {
-        if (value.size() > kLongestDirectory) return subject + "the name is too long";
-        if (value.back() != '/') return subject + "the directory lacks its last /";
-        return "";
-    }
+/* Whether a setting has room for a number: whole ones wrap beyond, others become infinite. */
+template <class Number>
+bool fits(double number) {
+    using Limits = std::numeric_limits<Number>;
+    return number >= static_cast<double>(Limits::lowest()) &&
+           number <= static_cast<double>(Limits::max());
+}
+
+bool hasRoom(Kind kind, double number) {
+    if (kind == Kind::kShort) return fits<short>(number);
+    if (kind == Kind::kInt || kind == Kind::kWindow) return fits<int>(number);
+    return fits<float>(number);
+}
+
+/* What is wrong with a value; no text when nothing is. */
+struct ValueProblem {
+    std::string text;
+    bool fatal = false;
+};
+
+std::string directoryProblem(const std::string& value) {
+    if (value.size() > kLongestDirectory) return "the name is too long";
+    return value.back() == '/' ? "" : "the directory lacks its last /";
+}
+
+ValueProblem numberProblem(const Setting& setting, const std::string& value) {
     double number = 0;
-    const bool fits = value.size() <= kLongestWord && parseWholeWord(value, number);
-    if (!fits || !std::isfinite(number))
-        return subject + printable(value.substr(0, 60)) + " is no number";
-    if (setting.kind == Kind::kWhole && !isWhole(value))
-        return subject + value + " is no whole number";
+    const bool isNumber = value.size() <= kLongestWord && parseWholeWord(value, number);
+    if (!isNumber || !std::isfinite(number))
+        return {printable(value.substr(0, 60)) + " is no number", true};
+    if (setting.kind != Kind::kNumber && !isWhole(value))
+        return {value + " is no whole number", true};
+    if (!hasRoom(setting.kind, number))
+        return {value + " is too large, and would be read as another number", true};
     if (number < setting.lowest || number > setting.highest)
-        return subject + value + " is not within " + shown(setting.lowest) + " to " +
-               shown(setting.highest);
-    return "";
+        return {value + " is not within " + shown(setting.lowest) + " to " + shown(setting.highest),
+                setting.kind == Kind::kWindow && number > setting.highest};
+    return {};
+}
+
+ValueProblem valueProblem(const Setting& setting, const std::string& value) {
+    if (setting.kind == Kind::kWord) return {directoryProblem(value)};
+    return numberProblem(setting, value);
 }
 
 class Examination {
@@ -168,8 +196,9 @@ class Examination {
         ++at_;
         if (!setting) return report(key, unknownKey(key.text));
         noteRepetition(*setting, key);
-        const std::string wrong = valueProblem(*setting, value.text);
-        if (!wrong.empty()) report(value, wrong, setting->kind != Kind::kWord);
+        const ValueProblem wrong = valueProblem(*setting, value.text);
+        if (!wrong.text.empty())
+            report(value, std::string(setting->key) + ": " + wrong.text, wrong.fatal);
         configuration_.keys.push_back(key.text);
     }
 
@@ -180,8 +209,8 @@ class Examination {
                             " has it already, the last one counts");
     }
 
-    void report(const Word& where, const std::string& text, bool misread = false) {
-        configuration_.problems.push_back({where.line, printable(text), misread});
+    void report(const Word& where, const std::string& text, bool fatal = false) {
+        configuration_.problems.push_back({where.line, printable(text), fatal});
     }
 
     std::vector<Word> words_;

@@ -14,7 +14,8 @@ namespace scan {
 struct ConfigurationProblem {
     int line;
     std::string text;
-    bool misread; /* the library would take another value than the one that is meant */
+    bool fatal; /* the library would take another value than the one that is meant, or work on and
+                   on */
 };
 
 /* The pairs of a file as the library takes them, and what is wrong with them. */

@@ -14,7 +14,6 @@ constexpr double kRadiansPerDegree = 3.14159265358979323846 / 180;
 
 /* So weak that it is noise at any range and with any constant. */
 constexpr float kNoEcho = -999;
-constexpr float kNoRain = -32; /* the library's mark of a gate without rain */
 
 constexpr struct {
     Role role;
@@ -36,7 +35,7 @@ float fillValue(Role role) {
 }  // namespace
 
 bool isMissing(Role role, float value) {
-    return !std::isfinite(value) || (role == Role::kZhh && value == kNoRain);
+    return !std::isfinite(value) || (role == Role::kZhh && value == kNoRainDbz);
 }
 
 void fillRecord(const Sweep& sweep, const Field& field, Role role, int rays, Cpluvek& record) {

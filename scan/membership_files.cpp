@@ -2,6 +2,7 @@
 
 #include <memory>
 #include <stdexcept>
+#include <vector>
 
 #include "clutterclassifier/clutterclassifier.h"
 
@@ -38,11 +39,13 @@ std::string withSeparator(std::string directory) {
     return directory;
 }
 
-void requireMembershipFiles(const std::string& directory, int mask) {
+void requireMembershipFiles(const std::string& directory, int mask, bool allClasses) {
+    std::vector<const char*> classes = {"_clutter.dat", "_precipi.dat"};
+    if (allClasses) classes.insert(classes.end(), {"_seaclut.dat", "_turclut.dat"});
     for (const auto& row : kTags) {
         if (!(mask & row.bit)) continue;
-        for (const char* side : {"_clutter.dat", "_precipi.dat"}) {
-            const std::string path = directory + "cal_mf_" + row.tag + side;
+        for (const char* suffix : classes) {
+            const std::string path = directory + "cal_mf_" + row.tag + suffix;
             if (!isReadable(path)) throw std::runtime_error("no membership function in " + path);
         }
     }

@@ -81,7 +81,7 @@ class Chain {
         process();
         out_.classified.seconds =
             std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
-        if (out_.hasClasses) takeClasses(sweep_, *context_, out_.classified);
+        if (out_.hasClasses) takeOutClasses();
         takeFields();
         out_.context = std::move(context_);
         return std::move(out_);
@@ -174,15 +174,24 @@ class Chain {
         out_.classified.notes.push_back(note);
     }
 
+    /* What is taken out goes back as it is, so that samples of the context hold no value either
+     * where the files have none. */
+    void takeOutClasses() {
+        takeClasses(sweep_, *context_, out_.classified);
+        const std::vector<float>& classes = out_.classified.classes;
+        std::copy(classes.begin(), classes.end(), context_->ccl.data);
+    }
+
     void takeFields() {
         out_.sweep = sweep_;
         out_.sweep.fields.clear();
         for (const auto& row : kResults) {
-            const Cpluvek& record = (*context_).*row.record;
+            Cpluvek& record = (*context_).*row.record;
             if (!record.data || (row.stages && !(out_.what & row.stages))) continue;
             Field field{row.name, row.units, {}, row.wordsPerUnit};
             field.values.assign(record.data, record.data + gates());
             clearGaps(row.record, field.values);
+            std::copy(field.values.begin(), field.values.end(), record.data);
             out_.sweep.fields.push_back(std::move(field));
         }
     }

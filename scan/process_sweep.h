@@ -37,7 +37,7 @@ struct ProcessedSweep {
     bool hasClasses = false;
     double freezingLevelM = 0;
     Sweep sweep; /* the fields after the chain, by their record names; NaN is no value */
-    std::unique_ptr<Crres> context;
+    std::unique_ptr<Crres> context; /* its records too hold NaN where these fields do */
 };
 
 /*

@@ -21,9 +21,17 @@ bool holdsRays(const CGermanRadar& radar) {
                        [](double value) { return value != 0; });
 }
 
+/* The library's own value marks them, not its mark of no rain. */
+void markNoEcho(Field& field, bool keep) {
+    field.noEcho = kNoEchoDbz;
+    if (keep) return;
+    std::replace(field.values.begin(), field.values.end(), kNoEchoDbz,
+                 std::numeric_limits<float>::quiet_NaN());
+}
+
 }  // namespace
 
-Scan readGermanDx(const std::string& path) {
+Scan readGermanDx(const std::string& path, bool keepNoEcho) {
     const auto radar = std::make_unique<CGermanRadar>();
     std::string name = path;
     if (radar->readbinaryfile(name.data()) != 1)
@@ -35,8 +43,7 @@ Scan readGermanDx(const std::string& path) {
     scan.format = "German DX";
     Sweep& sweep = scan.sweeps[0];
     sweep.elevationDeg.assign(std::begin(radar->elevation), std::end(radar->elevation));
-    std::replace(sweep.fields[0].values.begin(), sweep.fields[0].values.end(), kNoEchoDbz,
-                 std::numeric_limits<float>::quiet_NaN());
+    markNoEcho(sweep.fields[0], keepNoEcho);
     scan.oddities.push_back(
         "A German DX file tells neither the place of its radar nor a "
         "calibration constant.");

@@ -8,8 +8,9 @@
 
 namespace scan {
 
-/* One field, "Z"; bins without an echo have no value. Throws std::runtime_error with the reason. */
-Scan readGermanDx(const std::string& path);
+/* One field, "Z"; bins without an echo have no value, unless they shall keep theirs. Throws
+ * std::runtime_error with the reason. */
+Scan readGermanDx(const std::string& path, bool keepNoEcho);
 
 }  // namespace scan
 

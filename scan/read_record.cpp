@@ -44,6 +44,7 @@ Field fieldFrom(const Cpluvek& record, size_t count) {
     if (field.units == "-" || field.units == field.name) field.units = "";
     if (field.units.empty()) field.units = roleInfo(roleOfName(field.name)).units;
     field.values.assign(record.data, record.data + count);
+    if (roleOfName(field.name) == Role::kZhh) field.noEcho = kNoRainDbz;
     return field;
 }
 
@@ -68,6 +69,10 @@ Sweep sweepFrom(const Cpluvek* records, int count) {
     return sweep;
 }
 
+float finiteOrUnknown(float value) {
+    return std::isfinite(value) ? value : 0.0F;
+}
+
 }  // namespace
 
 Scan scanFromRecords(const Cpluvek* records, int count) {
@@ -78,6 +83,8 @@ Scan scanFromRecords(const Cpluvek* records, int count) {
     scan.altitudeM = first.altitude;
     scan.beamWidthDeg = degrees(first.beamwidth);
     scan.wavelengthM = first.wavelength;
+    scan.operation = {finiteOrUnknown(first.pulsedepth), finiteOrUnknown(first.rpm),
+                      finiteOrUnknown(first.prf), finiteOrUnknown(first.nsamples)};
     scan.time = {first.year, first.month, first.day, first.hour, first.minute, first.second};
     scan.sweeps.push_back(sweepFrom(records, count));
     return scan;

@@ -37,7 +37,7 @@ Scan readAs(FileFormat format, const std::string& path, std::unique_ptr<Cufrw>& 
         case FileFormat::kPolarData:
             return readPolarData(path, options.polarLayout);
         case FileFormat::kGermanDx:
-            return readGermanDx(path);
+            return readGermanDx(path, options.keepNoEcho);
         case FileFormat::kUnknown:
             break;
     }
@@ -67,7 +67,7 @@ Scan readScan(const std::string& path, std::unique_ptr<Cufrw>& words, const Read
     words.reset();
     Scan scan = readAs(recognise(path), path, words, options);
     scan.path = path;
-    addOddities(scan);
+    if (options.oddities) addOddities(scan);
     return scan;
 }
 

@@ -20,7 +20,9 @@ FileFormat recognise(const std::string& path);
 
 /* What a file does not tell about itself. */
 struct ReadOptions {
-    int polarLayout = 0; /* 252, 260 or 280; 0: not told */
+    int polarLayout = 0;     /* 252, 260 or 280; 0: not told */
+    bool keepNoEcho = false; /* leave the value for "no echo" in place, where NaN would be put */
+    bool oddities = true;    /* look for what is unusual */
 };
 
 /* Reads a file of any format that the library reads. Throws std::runtime_error with the reason, a

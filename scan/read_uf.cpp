@@ -88,7 +88,9 @@ void unpack(const Cufray& ray, int field, float* out) {
 Field fieldFrom(const Cufray* rays, const Sweep& sweep, int fieldCount, int field) {
     Field result;
     result.name = textOf(rays[0].table[field].name);
-    result.units = roleInfo(roleOfName(result.name)).units;
+    const Role role = roleOfName(result.name);
+    result.units = roleInfo(role).units;
+    if (role == Role::kZhh && fromLibrary(rays[0])) result.noEcho = kNoRainDbz;
     result.values.assign(static_cast<size_t>(sweep.nrays) * static_cast<size_t>(sweep.ngates),
                          kNoValue);
     for (int r = 0; r < sweep.nrays; ++r) {

@@ -4,10 +4,14 @@
 #ifndef SCAN_SCAN_H
 #define SCAN_SCAN_H
 
+#include <optional>
 #include <string>
 #include <vector>
 
 namespace scan {
+
+/* The library's mark of a gate without rain, in reflectivities. */
+constexpr float kNoRainDbz = -32;
 
 /* One quantity of a sweep: nrays x ngates values, ray after ray. NaN is "no value". */
 struct Field {
@@ -15,6 +19,8 @@ struct Field {
     std::string units; /* "" when the file does not say */
     std::vector<float> values;
     int wordsPerUnit = 100; /* how finely Universal Format keeps it, when it is written */
+    /* What gates hold that were measured, but without an echo. */
+    std::optional<float> noEcho = std::nullopt;
 };
 
 /* Rays of one sweep number, padded to the longest. */
@@ -43,12 +49,21 @@ struct DateTime {
     int year = 1900, month = 1, day = 1, hour = 0, minute = 0, second = 0;
 };
 
+/* How the radar scanned; 0: unknown. */
+struct Operation {
+    float pulseLengthM = 0;
+    float turnsPerMinute = 0;
+    float pulsesPerSecond = 0;
+    float pulsesPerRay = 0;
+};
+
 struct Scan {
     std::string path;
     std::string format; /* "Universal Format", "field record" */
     std::string radarName, siteName;
     double latitudeDeg = 0, longitudeDeg = 0, altitudeM = 0;
     double beamWidthDeg = 0, wavelengthM = 0;
+    Operation operation;
     DateTime time;
     double radarConstantDb = 0; /* only meaningful with hasRadarConstant */
     bool hasRadarConstant = false;

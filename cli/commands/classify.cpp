@@ -22,6 +22,7 @@
 #include "picture.h"
 #include "progress.h"
 #include "read_scan.h"
+#include "record_output.h"
 #include "summary.h"
 
 namespace cli {
@@ -256,9 +257,7 @@ class Run {
         const bool rhi = std::any_of(sweeps.begin(), sweeps.end(),
                                      [](const Sweep* sweep) { return sweep->rhi; });
         if (rhi && ending != ".uf" && ending != ".csv" && !arguments_.quiet)
-            std::printf(
-                "  note: a field record file cannot hold the elevations of a range-height "
-                "scan; .uf and .csv can\n");
+            cli::noteLostElevations("a field record file");
     }
 
     void announce(const std::string& path) const {

@@ -1,6 +1,7 @@
 #include "commands/convert.h"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <filesystem>
@@ -67,6 +68,7 @@ const Field& chooseField(const Sweep& sweep, const std::string& name) {
 
 void writeRecords(const Scan& scan, const std::string& path) {
     const Sweep& sweep = scan.sweeps[0];
+    if (sweep.rhi) noteLostElevations("a field record file");
     const std::unique_ptr<Cpluvek[]> records(new Cpluvek[std::max<size_t>(sweep.fields.size(), 1)]);
     for (size_t f = 0; f < sweep.fields.size(); ++f) {
         fillFieldRecord(scan, sweep, sweep.fields[f].name, sweep.fields[f].units,
@@ -78,14 +80,41 @@ void writeRecords(const Scan& scan, const std::string& path) {
         throw std::runtime_error("cannot write " + path);
 }
 
+/* The site goes into unsigned words of 16 bits: what does not fit wraps. */
+void noteWrapped(const Scan& scan) {
+    constexpr double kWordEnd = 65536;
+    const struct {
+        const char* what;
+        double value;
+    } kWords[] = {{"longitude", scan.longitudeDeg},
+                  {"latitude", scan.latitudeDeg},
+                  {"height", scan.altitudeM}};
+    for (const auto& word : kWords) {
+        if (!(word.value >= 0 && word.value < kWordEnd))
+            std::printf("  note: a polar data file cannot hold a %s of %g\n", word.what,
+                        word.value);
+    }
+}
+
+/* 0 stands for "unknown"; there is no room for less. */
+float constantFor(const Scan& scan) {
+    if (!scan.hasRadarConstant) return 0;
+    if (scan.radarConstantDb <= 0)
+        std::printf("  note: a polar data file cannot hold a radar constant of %g dB: 0, unknown\n",
+                    scan.radarConstantDb);
+    return std::max(0.0F, static_cast<float>(scan.radarConstantDb));
+}
+
 /* The layer tells which gates have a value: integers have no other way to say so. */
 void writePolar(const Scan& scan, const ConvertArguments& arguments, const std::string& path) {
     const Sweep& sweep = scan.sweeps[0];
     const Field& field = chooseField(sweep, arguments.field);
+    if (sweep.rhi) noteLostElevations("a polar data file");
     Cpluvek values, layer;
     fillFieldRecord(scan, sweep, field.name, field.units, field.values, values);
     values.radarid = static_cast<short>(arguments.product);
-    values.radarconst = scan.hasRadarConstant ? static_cast<float>(scan.radarConstantDb) : 0.0F;
+    values.radarconst = constantFor(scan);
+    noteWrapped(scan);
     std::vector<float> present(field.values.size());
     for (size_t i = 0; i < present.size(); ++i) present[i] = std::isnan(field.values[i]) ? 0 : 1;
     fillFieldRecord(scan, sweep, "layer", "", present, layer);

@@ -7,14 +7,17 @@
 #include <cstdio>
 #include <memory>
 #include <stdexcept>
+#include <utility>
 
 #include "classify_sweep.h"
 #include "clutterclassifier/clutterclassifier.h"
 #include "membership_dir.h"
 #include "membership_files.h"
+#include "output_file.h"
 #include "picture.h"
 #include "scores.h"
 #include "synthetic.h"
+#include "uf_output.h"
 
 namespace cli {
 
@@ -26,6 +29,7 @@ constexpr int kPanels = 3, kNarrowestPx = kPanels * 240;
 
 struct DemoArguments {
     std::string output = "clutterclassifier-demo.png";
+    std::string scan; /* empty: not written */
     std::string membership;
     std::string inputs;
     std::uint64_t seed = 5;
@@ -84,28 +88,49 @@ void printVerdict(const SyntheticScan& scan, int mask, const Verdict& verdict) {
                 1e3 * verdict.seconds, kRuns, 1e-6 * scan.truth.size() / verdict.seconds);
 }
 
-Field asField(const char* name, const std::vector<double>& values) {
-    return {name, "", {values.begin(), values.end()}};
+Field asField(const char* name, const std::vector<double>& values, int wordsPerUnit = 100) {
+    return {name, "", {values.begin(), values.end()}, wordsPerUnit};
 }
 
-void drawDemo(const SyntheticScan& synthetic, const Verdict& verdict,
-              const DemoArguments& arguments) {
+/* The scan as if it came from a file. */
+Scan asScan(const SyntheticScan& synthetic, std::uint64_t seed) {
     Scan scan;
-    scan.radarName = "Synthetic scan, seed " + std::to_string(arguments.seed);
+    scan.radarName = "Synthetic scan, seed " + std::to_string(seed);
     Sweep sweep;
+    sweep.number = 1;
     sweep.fixedAngleDeg = synthetic.elevationDeg;
     sweep.azimuthDeg = synthetic.azimuthDeg;
+    sweep.elevationDeg.assign(synthetic.azimuthDeg.size(), synthetic.elevationDeg);
     sweep.nrays = synthetic.nrays;
     sweep.ngates = synthetic.ngates;
     sweep.gateSpacingM = synthetic.gateSpacingM;
+    sweep.firstGateM = synthetic.rangeM.front();
     sweep.nyquist = synthetic.nyquist;
+    sweep.fields = {asField("DZ", synthetic.zhh),       asField("DR", synthetic.zdr),
+                    asField("PH", synthetic.phidp, 50), asField("RH", synthetic.rhohv, 10000),
+                    asField("VR", synthetic.velocity),  asField("SW", synthetic.width),
+                    asField("LD", synthetic.ldr)};
+    scan.sweeps.push_back(std::move(sweep));
+    return scan;
+}
+
+void drawDemo(const Scan& scan, const SyntheticScan& synthetic, const Verdict& verdict,
+              const DemoArguments& arguments) {
     PictureOptions options;
     options.widthPx = arguments.widthPx;
     options.headings = {"Horizontal reflectivity", "Classified", "Truth"};
-    drawPanels(scan, sweep,
+    drawPanels(scan, scan.sweeps[0],
                {asField("DBZH", synthetic.zhh), asField("CCl", verdict.classes),
                 Field{"CCl", "", synthetic.truth}},
                options, arguments.output);
+}
+
+void writeScan(const Scan& scan, const std::string& path) {
+    if (path.empty()) return;
+    OutputFile file(path);
+    writeUniversalFormat(file.temporary(), scan, nullptr);
+    file.commit();
+    std::printf("Scan: %s\n", path.c_str());
 }
 
 /* Two sets unless the user asks for one. The entry point takes no spectrum width. */
@@ -131,9 +156,11 @@ void runDemo(const DemoArguments& arguments) {
         verdicts.push_back(classify(scan, directory, mask));
         printVerdict(scan, mask, verdicts.back());
     }
-    drawDemo(scan, verdicts.front(), arguments);
+    const Scan whole = asScan(scan, arguments.seed);
+    drawDemo(whole, scan, verdicts.front(), arguments);
     std::printf("\nPicture (%s): %s\n", describeInputs(masks.front()).c_str(),
                 arguments.output.c_str());
+    writeScan(whole, arguments.scan);
 }
 
 }  // namespace
@@ -144,6 +171,8 @@ void addDemoCommand(CLI::App& app) {
         "demo", "Classify a synthetic scan and compare the result with its known truth");
     command->add_option("-o,--output", arguments->output, "Picture: FILE.png, FILE.svg or FILE.pdf")
         ->capture_default_str();
+    command->add_option("--scan", arguments->scan,
+                        "Write the scan itself, too: FILE.uf (Universal Format)");
     command->add_option("--seed", arguments->seed, "Another seed, another scan")
         ->capture_default_str();
     command->add_option("--width", arguments->widthPx, "Width of the picture in pixels")

@@ -78,6 +78,13 @@ void loadSweep(const ExportArguments& arguments, Source& source) {
     if (sweep.rhi) headByElevation(sweep, source.record);
 }
 
+/* What only a scan has must not be passed over in silence. */
+void requireGridOptions(const ExportArguments& arguments) {
+    if (arguments.sweep) throw CLI::ValidationError("--sweep", "a grid has no sweeps");
+    if (arguments.read.polarLayout != 0)
+        throw CLI::ValidationError("--layout", "a grid is no polar data file");
+}
+
 void loadGrid(const RecordArray& array, const std::string& field, Source& source) {
     const std::vector<std::string> names = array.names();
     const size_t at = field.empty() ? 0 : findName(names, field);
@@ -89,7 +96,10 @@ void loadGrid(const RecordArray& array, const std::string& field, Source& source
 void load(const ExportArguments& arguments, Source& source) {
     if (recognise(arguments.input) == FileFormat::kFieldRecord) {
         const RecordArray array = loadRecords(arguments.input);
-        if (array.isGrid()) return loadGrid(array, arguments.field, source);
+        if (array.isGrid()) {
+            requireGridOptions(arguments);
+            return loadGrid(array, arguments.field, source);
+        }
     }
     loadSweep(arguments, source);
 }
@@ -153,6 +163,8 @@ void runExport(const ExportArguments& arguments) {
         file.commit();
     } catch (const std::bad_alloc&) {
         throw;
+    } catch (const CLI::Error&) {
+        throw;  // a wrong call, not a wrong file
     } catch (const std::exception& error) {
         throw std::runtime_error(arguments.input + ": " + error.what());
     }

@@ -42,7 +42,7 @@ struct ExtractArguments {
     std::optional<int> sweep;
     ReadOptions read;
     bool map = false;
-    std::vector<double> origin = {0.0, 0.0};
+    std::vector<double> origin; /* empty: the radar is at 0,0 */
 };
 
 /* Values at the points as they were asked for. */
@@ -70,9 +70,10 @@ Extract extractFromScan(const ExtractArguments& arguments, Points points) {
     Extract extract;
     extract.time = scan.time;
     extract.map = arguments.map;
-    const Points polar = arguments.map ? polarFromMap(points, arguments.origin[0],
-                                                      arguments.origin[1], sweep.fixedAngleDeg)
-                                       : points;
+    const double east = arguments.origin.empty() ? 0.0 : arguments.origin[0];
+    const double north = arguments.origin.empty() ? 0.0 : arguments.origin[1];
+    const Points polar =
+        arguments.map ? polarFromMap(points, east, north, sweep.fixedAngleDeg) : points;
     extract.samples = sampleSweep(scan, sweep, polar, arguments.fields);
     extract.points = std::move(points);
     return extract;
@@ -80,6 +81,15 @@ Extract extractFromScan(const ExtractArguments& arguments, Points points) {
 
 bool isGridFile(const std::string& path) {
     return recognise(path) == FileFormat::kFieldRecord && loadRecords(path).isGrid();
+}
+
+/* What only a scan has must not be passed over in silence. */
+void requireGridOptions(const ExtractArguments& arguments) {
+    if (arguments.sweep) throw CLI::ValidationError("--sweep", "a grid has no sweeps");
+    if (arguments.read.polarLayout != 0)
+        throw CLI::ValidationError("--layout", "a grid is no polar data file");
+    if (!arguments.origin.empty())
+        throw CLI::ValidationError("--origin", "a grid has its own coordinates");
 }
 
 /* As short as it can be and still be the same number. */
@@ -90,9 +100,18 @@ void printNumber(float value, std::FILE* out) {
     std::fwrite(digits, 1, static_cast<size_t>(end - digits), out);
 }
 
+/* As a cell of the table: in quotes where it would not be one otherwise. */
+std::string cellOf(const std::string& name) {
+    if (name.find_first_of(",\"\r\n") == std::string::npos) return name;
+    std::string cell = "\"";
+    for (const char c : name) cell += c == '"' ? std::string("\"\"") : std::string(1, c);
+    return cell + "\"";
+}
+
 void printTable(const Extract& extract, std::FILE* out) {
     std::fputs(extract.map ? "x,y" : "range,azimuth", out);
-    for (const std::string& name : extract.samples.names) std::fprintf(out, ",%s", name.c_str());
+    for (const std::string& name : extract.samples.names)
+        std::fprintf(out, ",%s", cellOf(name).c_str());
     std::fputc('\n', out);
     for (size_t i = 0; i < extract.points.size(); ++i) {
         printNumber(extract.points.first[i], out);
@@ -166,10 +185,11 @@ void runExtract(const ExtractArguments& arguments) {
         if (std::filesystem::equivalent(input, arguments.output, ignored))
             throw CLI::ValidationError("--output", "would overwrite " + input);
     }
+    const bool grid = naming(arguments.input, [&] { return isGridFile(arguments.input); });
+    if (grid) requireGridOptions(arguments);
     const Points points = naming(arguments.points, [&] { return readPoints(arguments.points); });
     const Extract extract = naming(arguments.input, [&] {
-        return isGridFile(arguments.input) ? extractFromGrid(arguments, points)
-                                           : extractFromScan(arguments, points);
+        return grid ? extractFromGrid(arguments, points) : extractFromScan(arguments, points);
     });
     write(extract, arguments.output);
 }
@@ -191,12 +211,14 @@ void addExtractCommand(CLI::App& app) {
     command->add_option("--fields", arguments->fields, "Fields (default: all)")->delimiter(',');
     command->add_option("--sweep", arguments->sweep, "Number of the sweep (default: the first)");
     addLayoutOption(*command, arguments->read);
-    command->add_flag("--map", arguments->map, "POINTS are x (east) and y (north) in m");
+    CLI::Option* map =
+        command->add_flag("--map", arguments->map, "POINTS are x (east) and y (north) in m");
     command
         ->add_option("--origin", arguments->origin,
                      "x and y of the radar, for --map (default: 0,0)")
         ->delimiter(',')
-        ->expected(2);
+        ->expected(2)
+        ->needs(map);
     command->callback([arguments] { runExtract(*arguments); });
 }
 

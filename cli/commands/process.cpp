@@ -71,11 +71,11 @@ void reportProblems(const std::string& path, const Configuration& configuration)
         std::fprintf(stderr, "%s:%d: %s\n", path.c_str(), problem.line, problem.text.c_str());
 }
 
-/* A value that would be taken for another one ends the work; the rest is only said. */
+/* The rest is only said. */
 void requireReadable(const std::string& path, const Configuration& configuration) {
     reportProblems(path, configuration);
     for (const ConfigurationProblem& problem : configuration.problems)
-        if (problem.misread) throw std::runtime_error(path + ": has settings that are no values");
+        if (problem.fatal) throw std::runtime_error(path + ": has settings that cannot be used");
 }
 
 Settings readSettings(const std::string& path) {
@@ -127,6 +127,17 @@ std::string picturePath(const Arguments& arguments) {
     return fs::path(arguments.input).stem().string() + "_processed.png";
 }
 
+/* No result may take the place of a file that is read. */
+void requireInputsKept(const Arguments& arguments, const std::string& picture) {
+    for (const std::string& target : {arguments.output, picture}) {
+        for (const std::string& input : {arguments.input, arguments.config, arguments.points}) {
+            std::error_code ignored;
+            if (!target.empty() && fs::equivalent(target, input, ignored))
+                throw CLI::ValidationError(target + " would overwrite its input");
+        }
+    }
+}
+
 void requireSoundArguments(const Arguments& arguments) {
     if (arguments.input.empty()) throw CLI::ValidationError("INPUT", "is missing");
     if (arguments.points.empty() != arguments.prefix.empty())
@@ -134,11 +145,7 @@ void requireSoundArguments(const Arguments& arguments) {
     if (!arguments.picture.empty() && arguments.plot.empty())
         throw CLI::ValidationError("--picture", "needs the fields, --plot");
     const std::string picture = picturePath(arguments);
-    for (const std::string& target : {arguments.output, picture}) {
-        std::error_code ignored;
-        if (!target.empty() && fs::equivalent(target, arguments.input, ignored))
-            throw CLI::ValidationError(target + " would overwrite its input");
-    }
+    requireInputsKept(arguments, picture);
     if (!picture.empty() && picture == arguments.output)
         throw CLI::ValidationError("two results would be written to " + picture);
     try {

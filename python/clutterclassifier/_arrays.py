@@ -17,6 +17,8 @@ def as_numbers(name: str, value: ArrayLike, dtype: DTypeLike = np.float64,
 
     No copy is made of an array that is already so. The argument itself is never modified.
     """
+    if type(value) is np.ndarray and value.dtype == dtype and value.flags.c_contiguous:
+        return value
     data = np.ma.getdata(value)
     if data.dtype.kind not in "fiub":
         raise TypeError(f"{name} must hold real numbers, not {data.dtype}")

@@ -18,7 +18,7 @@ from .echo import Inputs
 InputSelection = Union[Inputs, int, str, Iterable[Union[Inputs, int, str]], None]
 
 #: Membership functions that come with the package.
-_PACKAGED = Path(__file__).parent / "membership"
+_PACKAGED = str(Path(__file__).parent / "membership")
 
 #: Which array an input needs.
 _NEEDS = {
@@ -52,6 +52,12 @@ def _ready_directory(membership: str | os.PathLike[str] | None, mask: int, all_c
     return _checked_directory(directory, mask, all_classes, changed)
 
 
+@functools.lru_cache(maxsize=None)
+def _possible_inputs(available: frozenset[str]) -> Inputs:
+    """The inputs that some arrays allow."""
+    return Inputs(sum(bit for bit, name in _NEEDS.items() if name in available))
+
+
 def parse_inputs(inputs: InputSelection, available: Iterable[str]) -> Inputs:
     """The inputs that are asked for; all that are `available` (names of arguments) for None.
 
@@ -60,8 +66,7 @@ def parse_inputs(inputs: InputSelection, available: Iterable[str]) -> Inputs:
     ValueError
         for a name that is no input, an input whose array is missing, and when nothing is left.
     """
-    present = set(available)
-    possible = Inputs(sum(bit for bit, name in _NEEDS.items() if name in present))
+    possible = _possible_inputs(frozenset(available))
     if inputs is None:
         return possible
     if isinstance(inputs, str) or not isinstance(inputs, Iterable):
@@ -151,11 +156,12 @@ def classify(dbzh: ArrayLike, *, zdr: ArrayLike | None = None, phidp: ArrayLike 
     Examples
     --------
     >>> import clutterclassifier as cc
-    >>> scan = cc.synthetic_scan(5)
-    >>> fields = {name: scan[name.upper()].values for name in ("dbzh", "zdr", "phidp", "rhohv")}
-    >>> classes = cc.classify(**fields, range=scan.range, radar_constant=40.0, min_snr=10)
-    >>> bool((classes == cc.PRECIPITATION).any())
-    True
+    >>> scan = cc.synthetic_arrays(5)
+    >>> fields = {name: scan[name] for name in ("dbzh", "zdr", "phidp", "rhohv")}
+    >>> classes = cc.classify(**fields, range=scan["range"], radar_constant=scan["radar_constant"],
+    ...                       min_snr=scan["min_snr"])
+    >>> round(float((classes == scan["truth"]).mean()), 1)
+    1.0
     """
     if missing not in ("keep", "no_echo"):
         raise ValueError(f"missing must be 'keep' or 'no_echo', not {missing!r}")
@@ -185,10 +191,11 @@ def classify(dbzh: ArrayLike, *, zdr: ArrayLike | None = None, phidp: ArrayLike 
     directory = _ready_directory(membership, int(mask), all_classes)
     if not plain:
         settings |= _stage_settings(texture_window, remove_isolated, all_classes)
+    run = _core.classify if plain else _core.classify_stage
     out = np.empty(shape, np.uint8)
-    for at in np.ndindex(shape[:-2]):
+    for at in np.ndindex(shape[:-2]) if len(shape) > 2 else [()]:
         one = [fields[name][at] if name in fields else None for name in _ORDER[plain]]
-        out[at] = (_core.classify if plain else _core.classify_stage)(directory, *one, **settings)
+        run(directory, *one, **settings, out=out[at])
     return out
 
 

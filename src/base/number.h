@@ -26,6 +26,16 @@ Integer truncateAndWrap(double value) {
     return static_cast<Integer>(static_cast<std::int64_t>(wrapped));
 }
 
+/* The nearest float, an infinity where that would be beyond the largest. */
+inline float roundToFloat(double value) {
+    constexpr float kLargest = std::numeric_limits<float>::max();
+    constexpr double kMidway = 0x1.ffffffp127;  // from there on, infinity is the nearest
+    const double size = std::fabs(value);
+    if (!(size > kLargest)) return static_cast<float>(value);
+    const float rounded = size < kMidway ? kLargest : std::numeric_limits<float>::infinity();
+    return std::signbit(value) ? -rounded : rounded;
+}
+
 }  // namespace clutter::base
 
 #endif

@@ -10,6 +10,7 @@
 
 #include "base/array.h"
 #include "base/file.h"
+#include "base/number.h"
 #include "base/text.h"
 #include "clutterclassifier/Crres.h"
 #include "driver/echo_class.h"
@@ -135,8 +136,8 @@ void Crres::ReadRangeAngleLocations(char* file, float** ranges, float** angles, 
         const auto range = tokens.next();
         const auto angle = range ? tokens.next() : std::nullopt;
         if (!angle) break;
-        pairs[0].push_back(static_cast<float>(base::parseNumber(*range)));
-        pairs[1].push_back(static_cast<float>(base::parseNumber(*angle)));
+        pairs[0].push_back(base::roundToFloat(base::parseNumber(*range)));
+        pairs[1].push_back(base::roundToFloat(base::parseNumber(*angle)));
     }
     if (pairs[0].empty()) return;
     n = static_cast<int>(pairs[0].size());

@@ -8,6 +8,7 @@
 #include <variant>
 
 #include "base/file.h"
+#include "base/number.h"
 #include "base/text.h"
 #include "clutterclassifier/Crres.h"
 
@@ -85,7 +86,7 @@ class Store {
     }
 
   private:
-    float singlePrecision() const { return static_cast<float>(base::parseNumber(value_)); }
+    float singlePrecision() const { return base::roundToFloat(base::parseNumber(value_)); }
 
     Crres& context_;
     std::string_view value_;

@@ -11,6 +11,7 @@
 
 #include "base/array.h"
 #include "base/file.h"
+#include "base/number.h"
 #include "base/text.h"
 #include "base/text_writer.h"
 #include "clutterclassifier/CDSP.h"
@@ -83,7 +84,7 @@ std::unique_ptr<float[]> unpackGrid(TokenReader& tokens, std::size_t nrows, std:
             const auto token = tokens.next();
             if (!token) return cells;
             cells[nrows - line - 1 + nrows * column] =
-                static_cast<float>(clutter::base::parseNumber(*token));
+                clutter::base::roundToFloat(clutter::base::parseNumber(*token));
         }
     }
     return cells;

@@ -2,6 +2,7 @@
 
 #include <limits>
 
+#include "base/number.h"
 #include "base/text.h"
 #include "base/text_writer.h"
 
@@ -38,14 +39,14 @@ MatrixShape measureMatrix(std::string_view text) {
 std::unique_ptr<float[]> unpackMatrix(std::string_view text, const MatrixShape& shape,
                                       float nanValue) {
     std::unique_ptr<float[]> cells(new float[shape.cells()]);
-    const auto standIn = static_cast<float>(
+    const auto standIn = base::roundToFloat(
         parseNumber(base::fixedText(static_cast<double>(nanValue), kDecimalsOfNan)));
     TokenReader tokens(text);
     for (std::size_t row = 0; row < shape.rows; ++row) {
         for (std::size_t column = 0; column < shape.columns; ++column) {
             const std::string_view token = tokens.next().value_or("");
             cells[row + shape.rows * column] =
-                token == "nan" ? standIn : static_cast<float>(parseNumber(token));
+                token == "nan" ? standIn : base::roundToFloat(parseNumber(token));
         }
     }
     return cells;

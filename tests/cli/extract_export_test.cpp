@@ -47,7 +47,7 @@ class Files : public testing::Test {
         writeGrid();
     }
     /* 3 columns to the east, 2 rows to the north, 100 m, from (1000, 2000): 10 x column + row. */
-    void writeGrid() {
+    void writeGrid(const char* name = "RATE") {
         Cpluvek record;
         record.nrays = 3;
         record.ngates = 2;
@@ -59,7 +59,7 @@ class Files : public testing::Test {
         record.year = 2014;
         const float limits[6] = {1000, 1300, 100, 2000, 2200, 100};
         std::copy(limits, limits + 6, record.axislimits);
-        std::strcpy(record.name, "RATE");
+        std::strcpy(record.name, name);
         record.data = new float[6]{0, 1, 10, 11, 20, NAN};
         record.angles = new float[4]{};
         ASSERT_EQ(record.WriteDataToFile(grid_.c_str()), 1);
@@ -140,6 +140,27 @@ TEST_F(Files, ExtractFromAGridTakesCells) {
               "x,y,RATE\n1050,2050,0\n1250,2099,20\n1250,2150,nan\n999,2050,nan\n1050,2200,nan\n");
 }
 
+TEST_F(Files, PointsAreTwoNumbersALine) {
+    const cli::Points points = cli::readPoints(this->points(" 1e3\t-2.5\r\n\n \n0 7"));
+    EXPECT_EQ(points.first, (std::vector<float>{1000, 0}));
+    EXPECT_EQ(points.second, (std::vector<float>{-2.5, 7}));
+    for (const char* line : {"1", "1 2 3", "range azimuth", "1 2km", "1 nan", "inf 1", "1 1e39"}) {
+        const std::string list = this->points(std::string("1 2\n") + line + "\n3 4\n");
+        try {
+            cli::readPoints(list);
+            ADD_FAILURE() << line;
+        } catch (const std::runtime_error& error) {
+            EXPECT_STREQ(error.what(), "line 2: two numbers are expected") << line;
+        }
+    }
+}
+
+TEST_F(Files, NamesOfColumnsAreQuotedWhereTheyMust) {
+    writeGrid("\"R\", mm/h");
+    const Outcome outcome = runProgram("extract " + grid_ + " " + points("1050 2050\n"));
+    EXPECT_EQ(outcome.out, "x,y,\"\"\"R\"\", mm/h\"\n1050,2050,0\n");
+}
+
 TEST_F(Files, ExtractWritesAColumnFileThatReadsBack) {
     const std::string list = points("3000 15\n2250 95\n");
     std::string out = dir_.file("values.dat");
@@ -202,10 +223,17 @@ TEST_F(Files, WhatCannotBeDoneIsToldInOneLine) {
         {"extract " + scan_ + " " + empty, 1, "empty.txt: holds no points"},
         {"extract " + scan_ + " " + one, 1, "one.txt: line 1: two numbers"},
         {"extract " + scan_ + " " + dir_.file("none"), 1, "none: cannot be read"},
+        {"extract " + scan_ + " " + dir_.path(), 1, "cannot be read"},
         {"extract " + dir_.file("none.uf") + " " + list, 1, "none.uf: No such file"},
         {"extract " + scan_ + " " + list + " --fields XX", 1, "has no field XX among: DZ VR"},
         {"extract " + scan_ + " " + list + " --sweep 9", 1, "has no sweep 9"},
         {"extract " + scan_ + " " + list + " -o " + list, 2, "would overwrite"},
+        {"extract " + scan_ + " " + list + " --origin 1,2", 2, "--map"},
+        {"extract " + grid_ + " " + list + " --map --origin 1,2", 2, "--origin"},
+        {"extract " + grid_ + " " + list + " --sweep 1", 2, "a grid has no sweeps"},
+        {"extract " + grid_ + " " + list + " --layout 260", 2, "--layout"},
+        {"export " + grid_ + " --sweep 1 -o " + out + ".asc", 2, "a grid has no sweeps"},
+        {"export " + grid_ + " --layout 260 -o " + out + ".asc", 2, "--layout"},
         {"export " + scan_ + " -o " + out + ".asc", 1, "needs a Cartesian record"},
         {"export " + grid_ + " -o " + out + ".csv", 1, "a table needs a scan"},
         {"export " + grid_ + " --field XX -o " + out + ".asc", 1, "has no field XX among: RATE"},

@@ -2,7 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <cstdlib>
+#include <cstddef>
 #include <cstring>
 #include <random>
 #include <stdexcept>
@@ -10,7 +10,9 @@
 
 #include "formats/german_dx_bytes.h"
 #include "formats/polar_bytes.h"
+#include "formats/uf_bytes.h"
 #include "read_scan.h"
+#include "run_program.h"
 #include "support/temp_dir.h"
 
 namespace {
@@ -20,12 +22,10 @@ using namespace clutter::test;
 class Formats : public testing::Test {
   protected:
     bool run(const std::string& arguments) {
-        const std::string log = dir_.file("log");
-        const std::string command = std::string(PROGRAM) + " " + arguments + " >" + log + " 2>&1";
-        const bool good = std::system(command.c_str()) == 0;
-        const ByteVector bytes = readFile(log);
-        said_.assign(bytes.begin(), bytes.end());
-        return good;
+        const Outcome outcome = runProgram(arguments);
+        said_ = outcome.out;
+        code_ = outcome.code;
+        return code_ == 0;
     }
     std::string put(const std::string& name, const ByteVector& bytes) {
         writeFile(dir_.file(name), bytes);
@@ -43,6 +43,7 @@ class Formats : public testing::Test {
 
     TempDir dir_;
     std::string said_;
+    int code_ = 0;
     std::mt19937 random_{5};
 };
 
@@ -100,10 +101,73 @@ TEST_F(Formats, ConvertedScansKeepTheirValues) {
             ASSERT_NEAR(sweepOf(after).azimuthDeg[r], static_cast<double>(r), 0.01);
     }
     EXPECT_NE(said_.find("wrote"), std::string::npos);
-    EXPECT_FALSE(run("convert " + dx + " " + dx)) << "over itself";
-    EXPECT_FALSE(run("convert " + dx + " " + dir_.file("x.pol") + " --product 2213"));
-    EXPECT_FALSE(run("convert " + dx + " " + dir_.file("x.pol") + " --field W"));
-    EXPECT_TRUE(readFile(dir_.file("x.pol")).empty()) << "nothing is left behind";
+}
+
+/* A wrong call is told from what cannot be done with the file. */
+TEST_F(Formats, ConvertAndRepackRefuseWithAReason) {
+    const std::string dx = put("scan.dx", dxFile(100));
+    const std::string out = dir_.file("x.pol");
+    const struct {
+        std::string arguments;
+        int code;
+        const char* reason;
+    } kCases[] = {
+        {"convert " + dx + " " + dx, 2, "would overwrite the input"},
+        {"convert " + dx + " " + dir_.path() + "/./scan.dx", 2, "would overwrite the input"},
+        {"convert " + dx + " " + out + " --product -1", 2, "--product"},
+        {"convert " + dx + " " + out + " --product 32768", 2, "--product"},
+        {"convert " + dx + " " + out + " --product 2213", 1, "as product 2213"},
+        {"convert " + dx + " " + out + " --field W", 1, "has no field W"},
+        {"convert " + dx + " " + out + " --sweep 8", 1, "has no sweep number 8"},
+        {"repack " + dx + " " + dx, 2, "would overwrite the input"},
+        {"repack " + dx + " " + out, 1, "is no polar data file"},
+    };
+    for (const auto& row : kCases) {
+        run(row.arguments);
+        EXPECT_EQ(code_, row.code) << row.arguments << said_;
+        EXPECT_NE(said_.find(row.reason), std::string::npos) << said_;
+        EXPECT_TRUE(readFile(out).empty()) << "nothing is left behind";
+    }
+    EXPECT_EQ(readFile(dx), dxFile(100));
+}
+
+/* The reader turns 10 turns a minute, 36 rays and 900 pulses a second into 150 pulses a ray. */
+TEST_F(Formats, ConvertedScansKeepHowTheRadarWorked) {
+    const std::string first =
+        put("scan.pol", randomPolarFile(2213, 10, false, 36, 20, random_).set(118, 150).bytes());
+    const std::string second = dir_.file("copy.plv"), third = dir_.file("copy.pol");
+    ASSERT_TRUE(run("convert " + first + " " + second)) << said_;
+    ASSERT_TRUE(run("convert " + second + " " + third)) << said_;
+    for (const std::string& path : {first, second, third}) {
+        const scan::Operation operation = scan::readScan(path).operation;
+        EXPECT_EQ(operation.pulseLengthM, 150.0f) << path;
+        EXPECT_EQ(operation.turnsPerMinute, 10.0f);
+        EXPECT_EQ(operation.pulsesPerSecond, 900.0f);
+        EXPECT_EQ(operation.pulsesPerRay, 150.0f);
+    }
+}
+
+TEST_F(Formats, ConvertSaysWhatAPolarDataFileCannotHold) {
+    UfRecord ray = ufRay({{"DM", {-9000, -8000}}, {"DZ", {100, 200}}});
+    const auto say = [&](const char* ending) {
+        const std::string path = put("scan.uf", ufFile({ray}));
+        EXPECT_TRUE(run("convert " + path + " " + dir_.file("out") + ending)) << said_;
+    };
+    say(".pol");
+    EXPECT_EQ(said_.find("note:"), std::string::npos) << said_;
+    constexpr std::size_t kHeader = 67; /* of the first field: its constant and its noise */
+    ray.set(19, -50).set(20, 0).set(21, 0).set(22, -7).set(23, 0).set(24, 0).set(25, -4);
+    ray.set(35, 3).set(kHeader + 19, 11500).set(kHeader + 20, -11000);
+    say(".pol");
+    for (const char* what :
+         {"a longitude of -7", "a latitude of -50", "a height of -4", "a radar constant of -5 dB",
+          "a polar data file cannot hold the elevations"})
+        EXPECT_NE(said_.find(what), std::string::npos) << what << said_;
+    EXPECT_FALSE(scan::readScan(dir_.file("out.pol")).hasRadarConstant);
+    say(".plv");
+    EXPECT_NE(said_.find("a field record file cannot hold the elevations"), std::string::npos);
+    say(".uf");
+    EXPECT_EQ(said_.find("note:"), std::string::npos) << said_;
 }
 
 TEST_F(Formats, AllClassesAreToldApartOnRequest) {
@@ -130,6 +194,15 @@ TEST_F(Formats, AllClassesAreToldApartOnRequest) {
         sea[i / 1080] += sweepOf(classes).fields[0].values[i] == 6.0f;
     EXPECT_LT(sea[0], 100);
     EXPECT_GT(sea[1], 300);
+
+    const std::string membership = dir_.file("membership");
+    std::filesystem::copy(MEMBERSHIP_DIRECTORY, membership);
+    std::filesystem::remove(membership + "/cal_mf_sZhh_turclut.dat");
+    EXPECT_TRUE(run(common + " --membership " + membership)) << said_;
+    EXPECT_FALSE(run(common + " --classes all --membership " + membership));
+    EXPECT_NE(said_.find("no membership function in " + membership + "/cal_mf_sZhh_turclut.dat"),
+              std::string::npos)
+        << said_;
 }
 
 TEST_F(Formats, RepackShortensOrSaysWhyNot) {

@@ -196,6 +196,25 @@ TEST_F(Process, AppendsSamplesAtPoints) {
     EXPECT_FALSE(fs::exists(prefix + "_KDP.dat"));
 }
 
+/* No number of the context's own stands where the files hold no value. */
+TEST_F(Process, SamplesOfGatesWithoutValueAreNan) {
+    const std::string points = write("points.txt", "3000 18\n25000 18\n");
+    const std::string prefix = directory_.file("gauge");
+    const std::string arguments = " --points " + points + " --prefix " + prefix;
+    ASSERT_EQ(process("--what 17" + arguments).code, 0);  /* no echo */
+    ASSERT_EQ(process("--what 145" + arguments).code, 0); /* and blanked */
+    for (const char* field : {"_zhh.dat", "_R.dat", "_rhv.dat"}) {
+        std::ifstream file(prefix + field);
+        for (const bool blanks : {false, true}) {
+            std::string date, without, with;
+            for (int part = 0; part < 6; ++part) file >> date;
+            ASSERT_TRUE(file >> without >> with) << field;
+            EXPECT_EQ(without == "nan", blanks || std::string(field) != "_rhv.dat") << without;
+            EXPECT_NE(with, "nan") << field;
+        }
+    }
+}
+
 /* Zero rain would make zero reflectivity of everything. */
 TEST_F(Process, LeavesOutStagesThatLackTheirInputs) {
     const std::string config = write("settings.txt", "RAINFALL_ALG 3\n");
@@ -231,6 +250,18 @@ TEST_F(Process, DrawsAndStaysQuiet) {
     EXPECT_GT(fs::file_size(picture), 5000u);
 }
 
+TEST_F(Process, WarnsOfSettingsThatMeanNothing) {
+    const std::string odd = write("odd.txt", "RAINFALL_ALG -2\nATTENUATION_ALG 9\n");
+    const char* const warning = "odd.txt:2: ATTENUATION_ALG: 9 is not within -1 to 8";
+    for (const auto& [command, code] : {std::pair{"process " + scan_ + " --what 17 --config ", 0},
+                                        {"process --check-config ", 1}}) {
+        const Outcome outcome = runProgram(command + odd);
+        EXPECT_EQ(outcome.code, code) << outcome.out;
+        EXPECT_NE(outcome.out.find(warning), std::string::npos) << outcome.out;
+        EXPECT_EQ(outcome.out.find("odd.txt:1:"), std::string::npos) << outcome.out;
+    }
+}
+
 TEST_F(Process, RefusesWithAReason) {
     const std::string bad = write("bad.txt", "WHAT2DO 1\nZDR_BIAS high\n");
     const std::string out = directory_.file("out.uf");
@@ -258,6 +289,21 @@ TEST_F(Process, RefusesWithAReason) {
         EXPECT_FALSE(fs::exists(out));
     }
     EXPECT_EQ(runProgram("process").code, 2);
+}
+
+TEST_F(Process, KeepsTheFilesThatItReads) {
+    const std::string settings = write("settings.png", kSettings);
+    const std::string points = write("points.txt", "25000 18\n");
+    const std::string all =
+        "--config " + settings + " --points " + points + " --prefix " + directory_.file("p") + " ";
+    for (const std::string& result :
+         {"-o " + scan_, "-o " + settings, "-o " + points, "--plot Zh --picture " + settings}) {
+        const Outcome outcome = process(all + result);
+        EXPECT_EQ(outcome.code, 2) << result << outcome.out;
+        EXPECT_NE(outcome.out.find("would overwrite its input"), std::string::npos) << outcome.out;
+    }
+    EXPECT_EQ(fs::file_size(settings), sizeof kSettings - 1);
+    EXPECT_FALSE(fs::exists(directory_.file("p_zhh.dat")));
 }
 
 TEST_F(Process, PrintsSettingsThatItAccepts) {

@@ -14,11 +14,11 @@ namespace {
 using scan::Configuration;
 using scan::examineConfiguration;
 
-/* "line: text" of every problem; '!' where the library would read another value. */
+/* "line: text" of every problem; '!' where a scan cannot be processed so. */
 std::string problemsOf(const std::string& text) {
     std::ostringstream all;
     for (const scan::ConfigurationProblem& problem : examineConfiguration(text).problems)
-        all << problem.line << (problem.misread ? "! " : ": ") << problem.text << "\n";
+        all << problem.line << (problem.fatal ? "! " : ": ") << problem.text << "\n";
     return all.str();
 }
 
@@ -38,8 +38,24 @@ TEST(ConfigurationCheck, TellsWhatIsWrongAndWhere) {
         {"FREEZING_LEVEL nan", "1! FREEZING_LEVEL: nan is no number\n"},
         {"ZDR_BIAS 0,2", "1! ZDR_BIAS: 0,2 is no number\n"},
         {"WHAT2DO 1.0", "1! WHAT2DO: 1.0 is no whole number\n"},
-        {"WHAT2DO 256", "1! WHAT2DO: 256 is not within 0 to 255\n"},
-        {"RAINFALL_ALG -1 GATES2AVE_ZHH -1", "1! GATES2AVE_ZHH: -1 is not within 0 to 999\n"},
+        /* Beyond the table, but read as it stands. */
+        {"WHAT2DO 256", "1: WHAT2DO: 256 is not within 0 to 255\n"},
+        {"ATTENUATION_ALG 9", "1: ATTENUATION_ALG: 9 is not within -1 to 8\n"},
+        {"RAINFALL_ALG -1 GATES2AVE_ZHH -1", "1: GATES2AVE_ZHH: -1 is not within 0 to 999\n"},
+        {"RAINFALL_ALG -2147483648\nRAINFALL_ALG 7",
+         "2: RAINFALL_ALG is given again: line 1 has it already, the last one counts\n"
+         "2: RAINFALL_ALG: 7 is not within -2147483648 to 4\n"},
+        {"CLUTTER_ALG 32767", "1: CLUTTER_ALG: 32767 is not within 0 to 511\n"},
+        {"ZDR_BIAS 3e38", "1: ZDR_BIAS: 3e38 is not within -1e+30 to 1e+30\n"},
+        /* Beyond what the setting holds, or what a window can be. */
+        {"RAYS2AVE_PDP 1000", "1! RAYS2AVE_PDP: 1000 is not within 0 to 999\n"},
+        {"CLUTTER_ALG 32768",
+         "1! CLUTTER_ALG: 32768 is too large, and would be read as another number\n"},
+        {"WHAT2DO 4294967297",
+         "1! WHAT2DO: 4294967297 is too large, and would be read as another number\n"},
+        {"RAINFALL_ALG -2147483649",
+         "1! RAINFALL_ALG: -2147483649 is too large, and would be read as another number\n"},
+        {"ZDR_BIAS 4e38", "1! ZDR_BIAS: 4e38 is too large, and would be read as another number\n"},
         {"CLUTTER_MFS mf", "1: CLUTTER_MFS: the directory lacks its last /\n"},
         {"WHAT2DO 1\nZDR_BIAS", "2: ZDR_BIAS has no value\n"},
         /* One missing value does not put the rest out of step. */

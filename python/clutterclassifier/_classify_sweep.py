@@ -1,0 +1,228 @@
+"""Classification and cleaning of sweeps."""
+
+from __future__ import annotations
+
+import os
+from typing import Any
+
+import numpy as np
+import xarray as xr
+from numpy.typing import NDArray
+
+from . import _classify, _process
+from ._arrays import NO_ECHO
+from ._calibration_sweep import Calibration, estimate_now, estimated, find_calibration
+from ._classify import InputSelection, parse_inputs
+from ._codes import CLASS, ClassSelection, class_attributes, code_table, library_codes, parse_classes
+from ._sweep import (FieldMap, Sweep, apply, describe, extended, find_sweep, has_gates, is_no_echo,
+                     is_unfiltered, no_echo_value, other_reflectivity, with_attributes, with_history)
+from .echo import MISSING, PRECIPITATION, Inputs
+
+#: Share of gates that a clutter filter changes, at least.
+_FILTERED_SHARE = 0.01
+
+
+def _differs(one: NDArray[Any], other: NDArray[Any]) -> bool:
+    """Whether a clutter filter stands between two reflectivities."""
+    known = other[~np.isnan(other)]
+    if known.size == 0 or (known == known[0]).all():
+        return False
+    same = (one == other) | (np.isnan(one) & np.isnan(other))
+    return bool(np.count_nonzero(~same) >= _FILTERED_SHARE * same.size)
+
+
+def _classify_arrays(dbzh: NDArray[Any], *, filtered: NDArray[Any] | None = None, **settings: Any
+                     ) -> NDArray[np.uint8]:
+    """Classes of scans, each on its own."""
+    others = {name: settings.pop(name) for name in _process.KEYS if name in settings}
+    if dbzh.dtype.kind != "f":
+        dbzh = dbzh.astype(np.float64)
+    out = np.empty(dbzh.shape, np.uint8)
+    for at in np.ndindex(dbzh.shape[:-2]):
+        one = {name: values[at] for name, values in others.items()}
+        out[at] = _classify_one(dbzh[at], one, None if filtered is None else filtered[at], **settings)
+    return out
+
+
+def _classify_one(dbzh: NDArray[Any], others: dict[str, NDArray[Any]], filtered: NDArray[Any] | None, *,
+                  spacing: float, calibration: Calibration, inputs: int, no_echo: float | None,
+                  missing: str, closed: bool, table: NDArray[np.uint8] | None,
+                  options: dict[str, Any]) -> NDArray[np.uint8]:
+    constant, ratio, _ = calibration
+    if constant is None:
+        constant, ratio = estimated(dbzh, others.get("rhohv"), spacing, ratio, no_echo)
+    if filtered is not None and _differs(dbzh, filtered):
+        inputs &= ~Inputs.VRAD
+    fields = {"dbzh": dbzh, **others}
+    unknown = np.isnan(dbzh) if missing == "mask" else None
+    if missing != "keep":
+        nothing = is_no_echo(dbzh, no_echo) | np.isnan(dbzh)
+        if nothing.any():
+            fields["dbzh"] = np.where(nothing, dbzh.dtype.type(NO_ECHO), dbzh)
+    if not closed:
+        fields = {name: _with_empty_rays(name, values, _reach(options)) for name, values in fields.items()}
+    classes = _classify.classify(**fields, range=spacing, radar_constant=constant, min_snr=ratio,
+                                 inputs=inputs, missing="keep", **options)[:len(dbzh)]
+    if unknown is not None:
+        classes[unknown] = MISSING
+    return classes if table is None else table[classes]
+
+
+def _reach(options: dict[str, Any]) -> int:
+    """Rays that windows reach to either side."""
+    return max(options["texture_window"][1] // 2, 5 if options["remove_isolated"] else 0)
+
+
+def _with_empty_rays(name: str, values: NDArray[Any], count: int) -> NDArray[Any]:
+    """With rays without echo behind the last, so that windows do not go round to the first."""
+    dtype = values.dtype if values.dtype.kind == "f" else np.float64
+    fill = NO_ECHO if name == "dbzh" else np.nan
+    return np.concatenate([values, np.full((count, values.shape[1]), fill, dtype)])
+
+
+def standard_inputs(ds: xr.Dataset, sweep: Sweep, fields: FieldMap, inputs: InputSelection
+                     ) -> tuple[Inputs, xr.DataArray | None]:
+    """The inputs, and the reflectivity that tells whether the velocity is from behind the filter."""
+    available = parse_inputs(None, sweep.fields)
+    if inputs is not None:
+        return parse_inputs(inputs, sweep.fields), None
+    named = {str(key).lower() for key in fields or {}}
+    velocity = sweep.fields.get("vrad")
+    if velocity is None or named & {"vrad", "vradh"} or is_unfiltered(velocity):
+        return available & ~Inputs.WRAD, None
+    return available & ~Inputs.WRAD, other_reflectivity(ds, sweep.dbzh)
+
+
+def classify(ds: xr.Dataset, *, fields: FieldMap = None, inputs: InputSelection = None,
+             radar_constant: float | None = None, min_snr: float | None = None,
+             membership: str | os.PathLike[str] | None = None,
+             texture_window: tuple[int, int] = (5, 3), remove_isolated: bool = False,
+             all_classes: bool = False, missing: str = "mask", closed: bool = True,
+             codes: str = "library", name: str = CLASS) -> xr.Dataset:
+    """Tell precipitation from ground clutter and noise: the sweep with a variable ``CLASS``.
+
+    Parameters
+    ----------
+    ds : xarray.Dataset
+        A sweep.
+    fields : dict, optional
+        Which variable is what: ``{"dbzh": "my_name"}``; None leaves a quantity out.
+    inputs : Inputs, int, str or several of them, optional
+        As for `clutterclassifier.classify`. By default all that the sweep has but the spectrum width.
+        The velocity is then left out too where the reflectivity is that from before the clutter
+        filter and the sweep holds another one that differs in 1 % of the gates: behind the filter
+        clutter does not stand still any more.
+    radar_constant : float, optional
+        Calibration constant, dB; by default the attribute ``radar_constant`` of the dataset, else
+        estimated from each scan (within the computation where arrays are lazy).
+    min_snr : float, optional
+        Lowest signal-to-noise ratio of an echo, dB; by default the attribute ``min_snr``, else 26
+        with a given constant, 10 with that of the dataset, and what the estimate says with an
+        estimated one (10 where it found the noise).
+    membership, texture_window, remove_isolated, all_classes
+        As for `clutterclassifier.classify`.
+    missing : {"mask", "no_echo", "keep"}
+        What NaN in the reflectivity means. ``"mask"``: not measured, no echo to the gates around it,
+        class 255 (``_FillValue``). ``"no_echo"``: noise. ``"keep"``: handed to the library as it is.
+        Gates with the value of the attribute ``_Undetect`` are noise, but for ``"keep"``.
+    closed : bool
+        Whether the last ray is a neighbour of the first.
+    codes : {"library", "pyrad"}
+        ``"pyrad"`` numbers noise, clutter and precipitation 1, 2, 3, with 0 for no value.
+    name : str
+        Of the new variable.
+
+    Returns
+    -------
+    xarray.Dataset
+
+    Examples
+    --------
+    >>> import clutterclassifier as cc
+    >>> from clutterclassifier import sweeps
+    >>> sweep = sweeps.classify(cc.synthetic_scan(5, nrays=90, ngates=200))
+    >>> sweep.CLASS.attrs["flag_meanings"]
+    'precipitation noise ground_clutter'
+    """
+    if missing not in ("mask", "no_echo", "keep"):
+        raise ValueError(f"missing must be 'mask', 'no_echo' or 'keep', not {missing!r}")
+    table = code_table(codes)
+    sweep = find_sweep(ds, fields)
+    mask, filtered = standard_inputs(ds, sweep, fields, inputs)
+    calibration = estimate_now(sweep, find_calibration(ds, radar_constant, min_snr))
+    if filtered is not None and not sweep.is_lazy and sweep.dbzh.ndim == 2:
+        mask = mask & ~Inputs.VRAD if _differs(sweep.dbzh.values, filtered.values) else mask
+        filtered = None
+    arrays = needed(sweep, mask, calibration)
+    if filtered is not None:
+        arrays["filtered"] = filtered
+    options = {"membership": membership, "texture_window": texture_window,
+               "remove_isolated": remove_isolated, "all_classes": all_classes}
+    (classes,) = apply(_classify_arrays, arrays, sweep.rays, [np.uint8], spacing=sweep.spacing,
+                       calibration=calibration, inputs=int(mask), no_echo=no_echo_value(sweep.dbzh),
+                       missing=missing, closed=closed, table=table, options=options)
+    history = _history("classify", mask, calibration, texture_window=texture_window,
+                       remove_isolated=remove_isolated or None, all_classes=all_classes or None,
+                       without_vrad=None if filtered is None else f"where {filtered.name} differs in 1 %")
+    classes = with_attributes(classes, name, None, history, **class_attributes(codes, all_classes))
+    classes.encoding = {"_FillValue": np.uint8(MISSING if table is None else 0), "dtype": "uint8"}
+    return with_history(ds.assign({name: classes}), history)
+
+
+def needed(sweep: Sweep, mask: Inputs, calibration: Calibration) -> dict[str, xr.DataArray]:
+    """The fields that take part; the correlation also tells weather from noise in the estimate."""
+    names = {_classify._NEEDS[bit] for bit in _classify._NEEDS if bit & mask} | {"dbzh"}
+    if calibration.radar_constant is None:
+        names.add("rhohv")
+    return {name: field for name, field in sweep.fields.items() if name in names}
+
+
+def _history(function: str, inputs: Inputs, calibration: Calibration, **settings: Any) -> str:
+    names = "|".join(bit.name for bit in Inputs if bit & inputs and bit in _classify._NEEDS)
+    return describe(function, inputs=names, radar_constant=calibration.words, min_snr=calibration.min_snr,
+                    **settings)
+
+
+def clean(ds: xr.Dataset, *, keep: ClassSelection = PRECIPITATION, classes: xr.DataArray | None = None,
+          **keywords: Any) -> xr.Dataset:
+    """The sweep with clutter and noise blanked: all its fields of floating-point numbers become NaN there.
+
+    Parameters
+    ----------
+    ds : xarray.Dataset
+        A sweep.
+    keep : EchoClass, int, str or several of them
+        Classes that stay: ``"precipitation"``, ``["precipitation", "noise"]``.
+    classes : xarray.DataArray, optional
+        Classes to go by; by default the variable ``CLASS`` of the sweep when it has one and no
+        keywords are given, else those of `classify` with these keywords.
+
+    Returns
+    -------
+    xarray.Dataset
+        With the variable ``CLASS``.
+
+    Examples
+    --------
+    >>> import clutterclassifier as cc
+    >>> from clutterclassifier import sweeps
+    >>> rain = sweeps.clean(cc.synthetic_scan(5, nrays=90, ngates=200))
+    >>> bool((rain.CLASS.where(rain.DBZH.notnull(), cc.PRECIPITATION) == cc.PRECIPITATION).all())
+    True
+    """
+    kept = parse_classes("keep", keep)
+    if classes is not None:
+        ds = ds.assign({CLASS: classes})
+    elif keywords or CLASS not in ds:
+        ds = classify(ds, **keywords)
+    name = keywords.get("name", CLASS)
+    stays = library_codes(ds[name]).isin([int(echo) for echo in kept])
+    history = describe("clean", keep="|".join(echo.meaning for echo in kept))
+    blanked = {}
+    for key, field in ds.data_vars.items():
+        if key == name or not has_gates(field) or field.dtype.kind != "f":
+            continue
+        blanked[key] = field.where(stays).transpose(..., *field.dims)
+        blanked[key].attrs = field.attrs | {"history": extended(field, history)}
+        blanked[key].encoding = field.encoding
+    return with_history(ds.assign(blanked), history)

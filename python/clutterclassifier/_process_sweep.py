@@ -1,0 +1,120 @@
+"""The processing chain on sweeps."""
+
+from __future__ import annotations
+
+import os
+from typing import Any
+
+import numpy as np
+import xarray as xr
+from numpy.typing import NDArray
+
+from . import _process
+from ._classify import InputSelection
+from ._calibration_sweep import Calibration, estimate_now, find_calibration
+from ._codes import CLASS, class_attributes, library_codes
+from ._process import KEYS, Processed, Stage
+from ._settings import Config, Settings, read_settings
+from ._sweep import (FieldMap, Sweep, angles, apply, describe, find_sweep, has_gates, is_no_echo, is_rhi,
+                     no_echo_value, on_measured, described, with_attributes, with_history)
+from .echo import MISSING
+
+_STAGES = tuple(stage for stage in Stage if stage != Stage.ALL)
+
+
+def _process_arrays(dbzh: NDArray[Any], *, names: tuple[str, ...], no_echo: float | None,
+                    settings: dict[str, Any], **others: NDArray[Any]) -> tuple[NDArray[Any], ...]:
+    """Fields in the order of `names`, and the classes where there are any."""
+    if dbzh.dtype.kind != "f":
+        dbzh = dbzh.astype(np.float64)
+    unknown = np.isnan(dbzh)
+    nothing = is_no_echo(dbzh, no_echo)
+    result = _process.process(on_measured(dbzh, no_echo), **others, **settings)
+    if not result.stages & Stage.BLANKING:
+        for name, value in (("DBZH", no_echo), ("RATE", 0.0)):  # no echo is no rain
+            if name in result.fields:
+                result.fields[name][nothing] = value
+    fields = tuple(result.fields[name] for name in names)
+    if result.classes is None:
+        return fields
+    return (*fields, np.where(unknown, np.uint8(MISSING), result.classes))
+
+
+def _foresee(sweep: Sweep, arguments: set[str], settings: dict[str, Any]) -> Processed:
+    """What will come out: it follows from settings and kinds of fields, so that a scan of a few gates
+    tells it."""
+    rehearsal = settings | {"radar_constant": 0.0, "min_snr": 0.0, "range": sweep.spacing}
+    few = np.zeros((3, 8), np.float32)
+    return _process.process(few, **{name: few for name in arguments - {"dbzh"}}, **rehearsal)
+
+
+def process(ds: xr.Dataset, config: Config | Settings = None, *, fields: FieldMap = None,
+            inputs: InputSelection = None, what: Stage | int | None = None,
+            freezing_level: float | None = None, radar_constant: float | None = None,
+            min_snr: float | None = None, membership: str | os.PathLike[str] | None = None) -> xr.Dataset:
+    """Run the processing chain: classification, smoothing, attenuation, rain rate, blanking.
+
+    Parameters
+    ----------
+    ds : xarray.Dataset
+        A sweep.
+    config : path or dict, optional
+        Settings of the stages: a file of them, or its keys and values.
+    fields : dict, optional
+        Which variable is what: ``{"dbzh": "my_name"}``; None leaves a quantity out.
+    what, inputs, freezing_level, membership
+        As for `clutterclassifier.process`.
+    radar_constant, min_snr : float, optional
+        As for `classify` of sweeps.
+
+    Returns
+    -------
+    xarray.Dataset
+        The fields behind the chain by their CfRadial names (see `clutterclassifier.Processed` for the
+        others), ``CLASS``, and what the sweep has beside its fields. A stage that lacks an input is
+        left out, which ``history`` tells. Not measured is NaN, and 255 in ``CLASS``. Gates with the
+        value of the attribute ``_Undetect`` hold no echo: they are noise.
+
+    Examples
+    --------
+    >>> import clutterclassifier as cc
+    >>> from clutterclassifier import sweeps
+    >>> rain = sweeps.process(cc.synthetic_scan(5, nrays=90, ngates=200), {"ATTENUATION_ALG": 4})
+    >>> rain.RATE.attrs["units"]
+    'mm h-1'
+    """
+    settings = read_settings(config)
+    stages = _process.parse_stages(what, settings)
+    sweep = find_sweep(ds, fields)
+    arrays = {name: sweep.fields[name] for name in KEYS if name in sweep.fields}
+    mask = _process.standard_inputs(inputs, settings, set(arrays))
+    if CLASS in ds and not stages & Stage.CLASSIFICATION:
+        arrays["classes"] = library_codes(ds[CLASS])
+    calibration = estimate_now(sweep, find_calibration(ds, radar_constant, min_snr))
+    rhi = is_rhi(ds, sweep.rays)
+    keywords = {"rhi": rhi, "inputs": mask, "config": settings, "what": stages, "membership": membership,
+                "freezing_level": freezing_level}
+    outcome = _foresee(sweep, set(arrays), keywords)
+    keywords |= {"range": sweep.spacing, "radar_constant": calibration.radar_constant,
+                 "min_snr": calibration.min_snr}
+    names = tuple(outcome.fields)
+    dtypes = [np.float32] * len(names) + [np.uint8] * (outcome.classes is not None)
+    results = apply(_process_arrays, arrays, sweep.rays, dtypes, along_rays=angles(ds, sweep, rhi),
+                    names=names, no_echo=no_echo_value(sweep.dbzh), settings=keywords)
+    history = _history(outcome, calibration, settings)
+    variables = {name: described(name, result, sweep, history) for name, result in zip(names, results)}
+    if outcome.classes is not None:
+        classes = with_attributes(results[-1], CLASS, None, history, **class_attributes("library", False))
+        classes.encoding = {"_FillValue": np.uint8(MISSING), "dtype": "uint8"}
+        variables[CLASS] = classes
+    rest = ds.drop_vars([name for name, field in ds.data_vars.items() if has_gates(field)])
+    return with_history(rest.assign(variables), history)
+
+
+def _history(outcome: Processed, calibration: Calibration, settings: Settings) -> str:
+    return describe(
+        "process", stages="|".join(stage.name for stage in _STAGES if stage & outcome.stages),
+        inputs=int(outcome.inputs) if outcome.stages & Stage.CLASSIFICATION else None,
+        radar_constant=calibration.words, min_snr=calibration.min_snr,
+        freezing_level=outcome.freezing_level,
+        settings=" ".join(settings.text.split()) or None, notes="; ".join(outcome.notes) or None)

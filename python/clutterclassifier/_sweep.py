@@ -1,0 +1,263 @@
+"""Sweeps as xarray datasets: which variable is what, and functions on arrays along their dimensions."""
+
+from __future__ import annotations
+
+import functools
+from collections.abc import Callable, Hashable, Mapping, Sequence
+from typing import Any, NamedTuple, Union
+
+import numpy as np
+import xarray as xr
+from numpy.typing import ArrayLike, DTypeLike, NDArray
+
+from ._arrays import as_numbers
+from ._version import __version__
+from .fields import BY_ARGUMENT, BY_NAME, QUANTITIES
+
+#: What fields are: ``{"dbzh": "my_reflectivity", "ldr": None}``; None leaves a quantity out.
+FieldMap = Union[Mapping[str, Union[Hashable, None]], None]
+
+RANGE = "range"
+
+#: Names that say: from before the radar's clutter filter.
+UNFILTERED = frozenset({"zt", "dbth", "th", "tz", "uz", "total_power", "vt"})
+
+
+class Sweep(NamedTuple):
+    """The parts of a dataset that functions on arrays need."""
+
+    fields: dict[str, xr.DataArray]
+    rays: str  # the dimension along which they lie
+    spacing: float  # of the gates, m
+
+    @property
+    def dbzh(self) -> xr.DataArray:
+        return self.fields["dbzh"]
+
+    @property
+    def is_lazy(self) -> bool:
+        return any(field.chunks is not None for field in self.fields.values())
+
+
+def ray_dimension(field: xr.DataArray) -> str:
+    """The dimension of the rays: azimuth, of an RHI elevation, else the only one beside range."""
+    others = [str(name) for name in field.dims if name != RANGE]
+    if RANGE not in field.dims or not others:
+        raise ValueError(f"{field.name} must have the dimensions (azimuth, range), not {field.dims}")
+    for name in ("azimuth", "elevation"):
+        if name in others:
+            return name
+    if len(others) > 1:
+        raise ValueError(f"which of the dimensions {field.dims} of {field.name} is that of the rays? "
+                         "It must be called azimuth or elevation")
+    return others[0]
+
+
+def has_gates(field: xr.DataArray) -> bool:
+    """Whether a variable holds one value a gate."""
+    return RANGE in field.dims and field.ndim > 1
+
+
+def _overrides(ds: xr.Dataset, fields: FieldMap) -> dict[str, Hashable | None]:
+    """The wishes of the caller by names of arguments; CfRadial names are understood as well."""
+    wishes: dict[str, Hashable | None] = {}
+    for key, name in (fields or {}).items():
+        quantity = BY_ARGUMENT.get(str(key).lower()) or BY_NAME.get(str(key).upper())
+        if quantity is None:
+            raise ValueError(f"fields: no such quantity: {key!r} ({', '.join(BY_ARGUMENT)})")
+        if name is not None and name not in ds:
+            raise ValueError(f"fields: the dataset has no variable {name!r}")
+        wishes[quantity.argument] = name
+    return wishes
+
+
+def find_fields(ds: xr.Dataset, fields: FieldMap = None) -> dict[str, xr.DataArray]:
+    """The variables of a sweep by names of arguments: those of `fields`, else by their known names."""
+    wishes = _overrides(ds, fields)
+    taken = set(wishes.values())
+    known = {str(name).lower(): name for name, variable in ds.data_vars.items()
+             if has_gates(variable) and variable.dtype.kind in "fiu" and name not in taken}
+    found = {}
+    for quantity in QUANTITIES:
+        if quantity.argument in wishes:
+            name = wishes[quantity.argument]
+        else:
+            name = next((known[alias] for alias in quantity.aliases if alias in known), None)
+        if name is not None:
+            found[quantity.argument] = ds[name]
+    return found
+
+
+def is_unfiltered(field: xr.DataArray) -> bool:
+    """Whether the name of a field, or that in its file, says: from before the clutter filter."""
+    return not UNFILTERED.isdisjoint({str(field.name).lower(), str(field.attrs.get("raw_name")).lower()})
+
+
+def other_reflectivity(ds: xr.Dataset, dbzh: xr.DataArray) -> xr.DataArray | None:
+    """The reflectivity behind the clutter filter, beside one from before it."""
+    if not is_unfiltered(dbzh):
+        return None
+    for name, field in ds.data_vars.items():
+        known = str(name).lower() in BY_NAME["DBZH"].aliases
+        if known and not is_unfiltered(field) and field.dims == dbzh.dims:
+            return field
+    return None
+
+
+def gate_step(ds: xr.Dataset) -> float:
+    """The gate spacing of a sweep, m."""
+    if RANGE in ds.coords:
+        ranges = as_numbers(RANGE, ds[RANGE].values)
+        if ranges.ndim != 1:
+            raise ValueError(f"range must have one dimension, not the shape {ranges.shape}")
+        return float(ranges[1] - ranges[0]) if ranges.size > 1 else float(ranges[0])
+    raise ValueError("the dataset has no coordinate range (m)")
+
+
+def find_sweep(ds: xr.Dataset, fields: FieldMap = None) -> Sweep:
+    """The parts of a sweep.
+
+    Raises
+    ------
+    ValueError
+        There is no reflectivity, no range, or no dimension of rays.
+    """
+    found = find_fields(ds, fields)
+    if "dbzh" not in found:
+        names = ", ".join(map(str, ds.data_vars)) or "no variables"
+        raise ValueError(f"no reflectivity is known among {names}: name it with fields={{'dbzh': ...}}")
+    return Sweep(found, ray_dimension(found["dbzh"]), gate_step(ds))
+
+
+def no_echo_value(field: xr.DataArray) -> float | None:
+    """The value of a gate that was measured and holds no echo; None where the field has none.
+
+    The attribute ``_Undetect`` counts in the units of the file, where the field was packed.
+    """
+    value = field.attrs.get("_Undetect", field.encoding.get("_Undetect"))
+    if value is None:
+        return None
+    scale, offset = field.encoding.get("scale_factor", 1.0), field.encoding.get("add_offset", 0.0)
+    return float(np.asarray(value).item() * scale + offset)
+
+
+def is_no_echo(values: NDArray[Any], no_echo: float | None) -> NDArray[np.bool_]:
+    """Gates that hold the value of no echo, but for rounding."""
+    if no_echo is None:
+        return np.zeros(values.shape, bool)
+    return np.isclose(values, no_echo, rtol=1e-5, atol=1e-4)
+
+
+def on_measured(values: NDArray[Any], no_echo: float | None) -> NDArray[Any]:
+    """The values with NaN for no echo."""
+    nothing = is_no_echo(values, no_echo)
+    return np.where(nothing, np.nan, values).astype(values.dtype) if nothing.any() else values
+
+
+def _on_arrays(function: Callable[..., Any], names: Sequence[str], gates: int, settings: dict[str, Any],
+               *arrays: ArrayLike) -> Any:
+    """Calls a function with arrays by name, all of the same leading dimensions."""
+    arrays = [np.asarray(array) for array in arrays]
+    field_shape = np.broadcast_shapes(*(array.shape for array in arrays[:gates]))
+    shapes = [field_shape] * gates + [field_shape[:-1]] * (len(arrays) - gates)
+    return function(**{name: np.broadcast_to(array, shape)
+                       for name, array, shape in zip(names, arrays, shapes)}, **settings)
+
+
+def apply(function: Callable[..., Any], fields: Mapping[str, xr.DataArray], rays: str,
+          output_dtypes: Sequence[DTypeLike], /, *,
+          along_rays: Mapping[str, xr.DataArray] | None = None,
+          per_ray: int = 0, **settings: Any) -> list[xr.DataArray]:
+    """Arrays through a function of arrays by name, shape (..., rays, range), with coordinates kept.
+
+    Dask arrays stay lazy: whole scans in one piece, leading dimensions chunk by chunk. The results
+    have the dimensions of the first field in its order, the last `per_ray` of them without range.
+    """
+    by_ray = dict(along_rays or {})
+    arrays = [*fields.values(), *by_ray.values()]
+    core = [[rays, RANGE]] * len(fields) + [[rays]] * len(by_ray)
+    for name, field in fields.items():
+        if rays not in field.dims or RANGE not in field.dims:
+            raise ValueError(f"{name} has the dimensions {field.dims}, without {rays} or {RANGE}")
+    call = functools.partial(_on_arrays, function, [*fields, *by_ray], len(fields), settings)
+    of_gates = [[rays, RANGE]] * (len(output_dtypes) - per_ray)
+    results = xr.apply_ufunc(
+        call, *arrays, input_core_dims=core, output_core_dims=of_gates + [[rays]] * per_ray,
+        dask="parallelized", output_dtypes=list(output_dtypes), dask_gufunc_kwargs={"allow_rechunk": True})
+    results = list(results) if isinstance(results, tuple) else [results]
+    order = next(iter(fields.values())).dims
+    return [result.transpose(..., *(name for name in order if name in result.dims)) for result in results]
+
+
+def angles(ds: xr.Dataset, sweep: Sweep, rhi: bool) -> dict[str, xr.DataArray]:
+    """Azimuth and elevation along the rays; the fixed angle of a sweep is the elevation of all."""
+    count = xr.DataArray(np.zeros(sweep.dbzh.sizes[sweep.rays]), dims=[sweep.rays])
+    sources = {"azimuth": ds.get("azimuth"), "elevation": ds.get("elevation")}
+    fixed = ds.get("sweep_fixed_angle")
+    if not rhi and fixed is not None and fixed.dtype.kind in "fiu":
+        sources["elevation"] = fixed
+    return {name: (angle + count).reset_coords(drop=True) for name, angle in sources.items()
+            if angle is not None and RANGE not in angle.dims}
+
+
+def is_rhi(ds: xr.Dataset, rays: str) -> bool:
+    """Whether a sweep is a range-height scan, by its dimension or its mode."""
+    mode = ds.get("sweep_mode")
+    if rays == "elevation" or mode is None:
+        return rays == "elevation"
+    words = np.unique(np.atleast_1d(np.asarray(mode.values)).astype(str))
+    return all("rhi" in word or "elevation" in word for word in words)
+
+
+def with_attributes(field: xr.DataArray, name: str, source: xr.DataArray | None, history: str,
+                    **attributes: Any) -> xr.DataArray:
+    """A result with the name and attributes of its quantity, those of its source, and its history."""
+    quantity = BY_NAME.get(name)
+    attrs = {} if source is None else {
+        key: value for key, value in source.attrs.items() if key in ("raw_name", "ancillary_variables")}
+    if quantity is not None:
+        attrs |= {"units": quantity.units, "standard_name": quantity.standard_name,
+                  "long_name": quantity.long_name}
+    attrs |= attributes | {"history": history if source is None else extended(source, history)}
+    result = field.rename(name)
+    result.attrs = attrs
+    return result
+
+
+def extended(old: xr.Dataset | xr.DataArray, history: str) -> str:
+    """A history with one more line."""
+    return f"{old.attrs.get('history', '')}\n{history}".lstrip("\n")
+
+
+def with_history(ds: xr.Dataset, history: str) -> xr.Dataset:
+    """The dataset with one more line in its history."""
+    return ds.assign_attrs(history=extended(ds, history))
+
+
+def describe(function: str, **settings: Any) -> str:
+    """One line of history."""
+    words = ", ".join(f"{name}={value}" for name, value in settings.items() if value is not None)
+    return f"clutterclassifier {__version__}: {function}({words})"
+
+
+#: Results without a name in CfRadial: units, and what they are.
+_OTHER = {
+    "Dpdp": ("degrees", "Rise of the differential phase along the ray"),
+    "PdpC": ("degrees", "Differential phase rebuilt from the attenuation"),
+    "Ah": ("dB/km", "Specific attenuation H"),
+    "TA": ("dB", "Attenuation of the whole ray H"),
+    "a": ("unitless", "Coefficient a of Ah = a Z^b"),
+    "b": ("unitless", "Exponent b of Ah = a Z^b"),
+    "alpha": ("dB per degree", "Coefficient alpha of Ah = alpha KDP"),
+}
+
+
+def described(name: str, result: xr.DataArray, sweep: Sweep, history: str) -> xr.DataArray:
+    """A result of the chain with the attributes of its quantity and of the field it was made of."""
+    sources = {BY_ARGUMENT[argument].name: field for argument, field in sweep.fields.items()}
+    source = sources.get(name)
+    units, long_name = _OTHER.get(name, (None, None))
+    attributes = {} if units is None else {"units": units, "long_name": long_name}
+    if name == "DBZH" and source is not None and "_Undetect" in source.attrs:
+        attributes["_Undetect"] = no_echo_value(source)
+    return with_attributes(result, name, source, history, **attributes)

@@ -1,0 +1,19 @@
+"""The steps of the chain as functions of a sweep: dataset in, dataset out.
+
+Each has the shape ``func(sweep, **keywords) -> xarray.Dataset`` that helpers which map over the sweeps
+of a volume expect, and never modifies its argument. A sweep has the dimensions (azimuth, range), of
+an RHI (elevation, range), in any order; further dimensions (time, sweep) hold scans of their own.
+Dask arrays stay lazy. Variables are found by the names of CfRadial and other conventions (see
+`clutterclassifier.fields`); ``fields={"dbzh": "my_name", "ldr": None}`` says otherwise.
+
+Rays close a circle: the last one is a neighbour of the first. Where they do not (a sector, an RHI),
+``closed=False`` keeps their ends apart; `process` sees it from the azimuths.
+"""
+
+from ._classify_sweep import classify, clean
+from ._process_sweep import process
+from ._rain_sweep import attenuation, beam_height, rain_rate, signal_to_noise
+from ._window_sweep import despeckle, smooth, texture
+
+__all__ = ["attenuation", "beam_height", "classify", "clean", "despeckle", "process", "rain_rate",
+           "signal_to_noise", "smooth", "texture"]

@@ -1,0 +1,81 @@
+"""What README.md shows, run as a reader would run it."""
+
+from __future__ import annotations
+
+import os
+import re
+import shutil
+import subprocess
+import sys
+from pathlib import Path
+
+import clutterclassifier as cc
+import pytest
+
+ROOT = Path(__file__).resolve().parents[2]
+PROGRAM = Path(os.environ["CLUTTERCLASSIFIER_PROGRAM"])
+LIBRARY = PROGRAM.parent.parent / "lib"
+
+
+def blocks(language: str) -> list[str]:
+    """The fenced blocks of one language."""
+    return re.findall(rf"^```{language}\n(.*?)^```", (ROOT / "README.md").read_text(), re.M | re.S)
+
+
+def run(command: list[str], folder: Path) -> str:
+    path = f"{PROGRAM.parent}:{os.environ['PATH']}"
+    done = subprocess.run(command, cwd=folder, env={**os.environ, "PATH": path}, text=True,
+                          stdout=subprocess.PIPE, stderr=subprocess.STDOUT)
+    assert done.returncode == 0, done.stdout
+    return done.stdout
+
+
+@pytest.fixture(scope="module")
+def folder(tmp_path_factory: pytest.TempPathFactory) -> Path:
+    """Where the files are that the examples name."""
+    folder = tmp_path_factory.mktemp("readme")
+    run(["clutterclassifier", "demo", "--scan", "scan.uf", "-o", "demo.png"], folder)
+    (folder / "volume").mkdir()
+    for number in range(2):
+        shutil.copy(folder / "scan.uf", folder / "volume" / f"{number}.uf")
+    (folder / "gauges.txt").write_text("12000 45\n30500 310.5\n")
+    return folder
+
+
+def test_shell(folder):
+    (block,) = blocks("sh")
+    for line in block.splitlines():
+        run(["sh", "-c", line], folder)
+    for name in ("classes.uf", "classes.png", "classified/0.uf", "corrected.uf"):
+        assert (folder / name).stat().st_size > 1000, name
+
+
+def test_python(folder):
+    (block,) = blocks("python")
+    assert len([line for line in block.splitlines() if line.strip()]) == 5
+    output = run([sys.executable, "-c", block], folder)
+    assert "ground_clutter" in output
+    assert (folder / "classes.png").stat().st_size > 10000
+
+
+def test_c(folder):
+    (block,) = blocks("c")
+    include, call = block.split("\n", 1)
+    (folder / "example.c").write_text(f"""{include}
+#include <stdio.h>
+#include <stddef.h>
+enum {{ nrays = 8, ngates = 50 }};
+int main(void) {{
+    static double zhh[nrays * ngates], zdr[nrays * ngates], phidp[nrays * ngates], rhohv[nrays * ngates];
+    static double classes[nrays * ngates], ranges[ngates], azimuths[nrays], elevation = 0.5;
+    for (int i = 0; i < nrays * ngates; ++i) zhh[i] = 30.0 - i % ngates * 2.0, rhohv[i] = 0.99;
+    for (int i = 0; i < ngates; ++i) ranges[i] = 250.0 * i;
+{call}
+    for (int i = 0; i < ngates; ++i) printf("%.0f", classes[i]);
+    return 0;
+}}
+""".replace("/usr/local/share/clutterclassifier/membership/", cc.membership_directory() + "/"))
+    run(["cc", "-std=c99", "example.c", "-o", "example", f"-I{ROOT / 'include'}", f"-L{LIBRARY}",
+         "-lclutterclassifier", f"-Wl,-rpath,{LIBRARY}"], folder)
+    output = run(["./example"], folder)
+    assert set(output) == {"0", "3"} and output.endswith("3")
