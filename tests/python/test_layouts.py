@@ -17,7 +17,7 @@ NAN = np.nan
 
 FUNCTIONS = {
     "texture": lambda f: cc.texture(f["dbzh"], mask=f["classes"] != 0),
-    "smooth": lambda f: cc.smooth(f["dbzh"], rays=3, decibels=True),
+    "smooth": lambda f: cc.smooth(f["dbzh"], mask=f["classes"] != 0, rays=3, decibels=True),
     "isolated_gates": lambda f: cc.isolated_gates(f["classes"]),
     "despeckle": lambda f: cc.despeckle(f["classes"]),
     "signal_to_noise": lambda f: cc.signal_to_noise(f["dbzh"], range=SPACING, radar_constant=3),
@@ -32,7 +32,7 @@ FUNCTIONS = {
     "fill_phase": lambda f: cc.fill_phase(f["phidp"], f["classes"] == 0),
     "extend_phase": lambda f: cc.extend_phase(f["phidp"], f["classes"] == 0, gates=3, average=2),
     "attenuation": lambda f: attenuated(f, algorithm="forward_nominal", elevation=1,
-                                            freezing_level=480 + 4 * f["phidp"]),
+                                            freezing_level=500 + 3 * f["dbzh"]),
     "specific_attenuation": lambda f: cc.specific_attenuation(f["dbzh"], classes=f["classes"],
                                                               range=SPACING, phase_rise=40),
     "correct_zdr": lambda f: cc.correct_zdr(f["zdr"], dbzh=f["dbzh"], specific_attenuation=f["rhohv"],
