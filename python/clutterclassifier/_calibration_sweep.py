@@ -4,7 +4,6 @@ from __future__ import annotations
 
 from typing import Any, NamedTuple
 
-import numpy as np
 import xarray as xr
 from numpy.typing import NDArray
 

@@ -22,7 +22,7 @@ from .echo import MISSING, PRECIPITATION, Inputs
 _FILTERED_SHARE = 0.01
 
 
-def _differs(one: NDArray[Any], other: NDArray[Any]) -> bool:
+def is_filtered(one: NDArray[Any], other: NDArray[Any]) -> bool:
     """Whether a clutter filter stands between two reflectivities."""
     known = other[~np.isnan(other)]
     if known.size == 0 or (known == known[0]).all():
@@ -51,7 +51,7 @@ def _classify_one(dbzh: NDArray[Any], others: dict[str, NDArray[Any]], filtered:
     constant, ratio, _ = calibration
     if constant is None:
         constant, ratio = estimated(dbzh, others.get("rhohv"), spacing, ratio, no_echo)
-    if filtered is not None and _differs(dbzh, filtered):
+    if filtered is not None and is_filtered(dbzh, filtered):
         inputs &= ~Inputs.VRAD
     fields = {"dbzh": dbzh, **others}
     unknown = np.isnan(dbzh) if missing == "mask" else None
@@ -80,17 +80,14 @@ def _with_empty_rays(name: str, values: NDArray[Any], count: int) -> NDArray[Any
     return np.concatenate([values, np.full((count, values.shape[1]), fill, dtype)])
 
 
-def standard_inputs(ds: xr.Dataset, sweep: Sweep, fields: FieldMap, inputs: InputSelection
-                     ) -> tuple[Inputs, xr.DataArray | None]:
-    """The inputs, and the reflectivity that tells whether the velocity is from behind the filter."""
-    available = parse_inputs(None, sweep.fields)
-    if inputs is not None:
-        return parse_inputs(inputs, sweep.fields), None
+def behind_filter(ds: xr.Dataset, sweep: Sweep, fields: FieldMap) -> xr.DataArray | None:
+    """The reflectivity that tells whether the velocity is from behind the clutter filter; None where
+    that is no question."""
     named = {str(key).lower() for key in fields or {}}
     velocity = sweep.fields.get("vrad")
     if velocity is None or named & {"vrad", "vradh"} or is_unfiltered(velocity):
-        return available & ~Inputs.WRAD, None
-    return available & ~Inputs.WRAD, other_reflectivity(ds, sweep.dbzh)
+        return None
+    return other_reflectivity(ds, sweep.dbzh)
 
 
 def classify(ds: xr.Dataset, *, fields: FieldMap = None, inputs: InputSelection = None,
@@ -148,14 +145,16 @@ def classify(ds: xr.Dataset, *, fields: FieldMap = None, inputs: InputSelection 
         raise ValueError(f"missing must be 'mask', 'no_echo' or 'keep', not {missing!r}")
     table = code_table(codes)
     sweep = find_sweep(ds, fields)
-    mask, filtered = standard_inputs(ds, sweep, fields, inputs)
+    mask = parse_inputs(inputs, sweep.fields) & (Inputs.ALL if inputs is not None else ~Inputs.WRAD)
+    filtered = behind_filter(ds, sweep, fields) if inputs is None else None
     calibration = estimate_now(sweep, find_calibration(ds, radar_constant, min_snr))
     if filtered is not None and not sweep.is_lazy and sweep.dbzh.ndim == 2:
-        mask = mask & ~Inputs.VRAD if _differs(sweep.dbzh.values, filtered.values) else mask
+        mask = mask & ~Inputs.VRAD if is_filtered(sweep.dbzh.values, filtered.values) else mask
         filtered = None
     arrays = needed(sweep, mask, calibration)
     if filtered is not None:
         arrays["filtered"] = filtered
+    _classify._stage_settings(texture_window, remove_isolated, all_classes)
     options = {"membership": membership, "texture_window": texture_window,
                "remove_isolated": remove_isolated, "all_classes": all_classes}
     (classes,) = apply(_classify_arrays, arrays, sweep.rays, [np.uint8], spacing=sweep.spacing,

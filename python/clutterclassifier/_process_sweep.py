@@ -12,19 +12,34 @@ from numpy.typing import NDArray
 from . import _process
 from ._classify import InputSelection
 from ._calibration_sweep import Calibration, estimate_now, find_calibration
+from ._classify_sweep import behind_filter, is_filtered
 from ._codes import CLASS, class_attributes, library_codes
 from ._process import KEYS, Processed, Stage
 from ._settings import Config, Settings, read_settings
 from ._sweep import (FieldMap, Sweep, angles, apply, describe, find_sweep, has_gates, is_no_echo, is_rhi,
                      no_echo_value, on_measured, described, with_attributes, with_history)
-from .echo import MISSING
+from .echo import MISSING, Inputs
 
 _STAGES = tuple(stage for stage in Stage if stage != Stage.ALL)
 
 
-def _process_arrays(dbzh: NDArray[Any], *, names: tuple[str, ...], no_echo: float | None,
-                    settings: dict[str, Any], **others: NDArray[Any]) -> tuple[NDArray[Any], ...]:
+def _process_arrays(dbzh: NDArray[Any], *, filtered: NDArray[Any] | None = None, settings: dict[str, Any],
+                    names: tuple[str, ...], no_echo: float | None, **others: NDArray[Any]
+                    ) -> tuple[NDArray[Any], ...]:
     """Fields in the order of `names`, and the classes where there are any."""
+    if filtered is None:
+        return _process_scans(dbzh, names=names, no_echo=no_echo, settings=settings, **others)
+    results = []
+    for at in np.ndindex(dbzh.shape[:-2]):  # the velocity takes part in each scan or not
+        inputs = settings["inputs"] & (~Inputs.VRAD if is_filtered(dbzh[at], filtered[at]) else Inputs.ALL)
+        one = {name: values[at] for name, values in others.items()}
+        results.append(_process_scans(dbzh[at], names=names, no_echo=no_echo,
+                                      settings=settings | {"inputs": inputs}, **one))
+    return tuple(np.stack(arrays).reshape(dbzh.shape) for arrays in zip(*results))
+
+
+def _process_scans(dbzh: NDArray[Any], *, names: tuple[str, ...], no_echo: float | None,
+                   settings: dict[str, Any], **others: NDArray[Any]) -> tuple[NDArray[Any], ...]:
     if dbzh.dtype.kind != "f":
         dbzh = dbzh.astype(np.float64)
     unknown = np.isnan(dbzh)
@@ -63,7 +78,7 @@ def process(ds: xr.Dataset, config: Config | Settings = None, *, fields: FieldMa
     fields : dict, optional
         Which variable is what: ``{"dbzh": "my_name"}``; None leaves a quantity out.
     what, inputs, freezing_level, membership
-        As for `clutterclassifier.process`.
+        As for `clutterclassifier.process`; of the velocity see `classify` of sweeps.
     radar_constant, min_snr : float, optional
         As for `classify` of sweeps.
 
@@ -95,13 +110,17 @@ def process(ds: xr.Dataset, config: Config | Settings = None, *, fields: FieldMa
     keywords = {"rhi": rhi, "inputs": mask, "config": settings, "what": stages, "membership": membership,
                 "freezing_level": freezing_level}
     outcome = _foresee(sweep, set(arrays), keywords)
+    usual = inputs is None and settings.inputs in (None, 255)
+    filtered = behind_filter(ds, sweep, fields) if usual else None
+    if filtered is not None:
+        arrays["filtered"] = filtered
     keywords |= {"range": sweep.spacing, "radar_constant": calibration.radar_constant,
                  "min_snr": calibration.min_snr}
     names = tuple(outcome.fields)
     dtypes = [np.float32] * len(names) + [np.uint8] * (outcome.classes is not None)
     results = apply(_process_arrays, arrays, sweep.rays, dtypes, along_rays=angles(ds, sweep, rhi),
                     names=names, no_echo=no_echo_value(sweep.dbzh), settings=keywords)
-    history = _history(outcome, calibration, settings)
+    history = _history(outcome, calibration, settings, filtered)
     variables = {name: described(name, result, sweep, history) for name, result in zip(names, results)}
     if outcome.classes is not None:
         classes = with_attributes(results[-1], CLASS, None, history, **class_attributes("library", False))
@@ -111,10 +130,12 @@ def process(ds: xr.Dataset, config: Config | Settings = None, *, fields: FieldMa
     return with_history(rest.assign(variables), history)
 
 
-def _history(outcome: Processed, calibration: Calibration, settings: Settings) -> str:
+def _history(outcome: Processed, calibration: Calibration, settings: Settings,
+             filtered: xr.DataArray | None) -> str:
     return describe(
         "process", stages="|".join(stage.name for stage in _STAGES if stage & outcome.stages),
         inputs=int(outcome.inputs) if outcome.stages & Stage.CLASSIFICATION else None,
         radar_constant=calibration.words, min_snr=calibration.min_snr,
         freezing_level=outcome.freezing_level,
+        without_vrad=None if filtered is None else f"where {filtered.name} differs in 1 %",
         settings=" ".join(settings.text.split()) or None, notes="; ".join(outcome.notes) or None)

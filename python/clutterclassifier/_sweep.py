@@ -10,7 +10,7 @@ import numpy as np
 import xarray as xr
 from numpy.typing import ArrayLike, DTypeLike, NDArray
 
-from ._arrays import as_numbers
+from ._arrays import gate_spacing
 from ._version import __version__
 from .fields import BY_ARGUMENT, BY_NAME, QUANTITIES
 
@@ -107,10 +107,7 @@ def other_reflectivity(ds: xr.Dataset, dbzh: xr.DataArray) -> xr.DataArray | Non
 def gate_step(ds: xr.Dataset) -> float:
     """The gate spacing of a sweep, m."""
     if RANGE in ds.coords:
-        ranges = as_numbers(RANGE, ds[RANGE].values)
-        if ranges.ndim != 1:
-            raise ValueError(f"range must have one dimension, not the shape {ranges.shape}")
-        return float(ranges[1] - ranges[0]) if ranges.size > 1 else float(ranges[0])
+        return gate_spacing(np.atleast_1d(ds[RANGE].values), ds.sizes[RANGE])
     raise ValueError("the dataset has no coordinate range (m)")
 
 

@@ -10,7 +10,7 @@ import numpy as np
 import pytest
 import xarray as xr
 from clutterclassifier import accessor, sweeps
-from conftest import make_sweep
+from conftest import make_sweep, rainy, rainy_sweep
 
 
 def run(program: str) -> str:
@@ -25,7 +25,8 @@ def test_the_package_needs_numpy_only() -> None:
 
 @pytest.mark.parametrize("imports", [
     "clutterclassifier, xarray", "xarray, clutterclassifier", "clutterclassifier, xarray.backends",
-    *(f"clutterclassifier.{name}" for name in ("accessor", "sweeps", "plot", "pyart", "backends", "_sweep"))])
+    *(f"clutterclassifier.{name}"
+      for name in ("accessor", "sweeps", "plot", "pyart", "backends", "_sweep", "_codes"))])
 def test_whichever_is_imported_first(imports: str) -> None:
     program = f"import warnings; warnings.simplefilter('error', UserWarning); import {imports}"
     assert run(f"{program}; import xarray; print(xarray.Dataset.clutter.__name__)") == "ClutterAccessor\n"
@@ -129,16 +130,27 @@ def test_steps_equal_the_functions_on_arrays(made_sweep: xr.Dataset) -> None:
         np.testing.assert_array_equal(sweeps.despeckle(data).CLASS, cc.despeckle(classes))
         np.testing.assert_array_equal(sweeps.rain_rate(data, relation="z_zdr").RATE,
                                       cc.rain_rate(arrays["DBZH"], zdr=arrays["ZDR"], relation="z_zdr"))
-        corrected = sweeps.attenuation(data, algorithm="profile_nominal")
-        expected = cc.attenuation(arrays["DBZH"], phidp=arrays["PHIDP"], classes=classes, range=250.0,
-                                  elevation=1.5, algorithm="profile_nominal")
-        np.testing.assert_array_equal(corrected.DBZH, expected.dbzh)
-        np.testing.assert_array_equal(corrected.TA, expected.path_attenuation)
-        assert corrected.TA.dims == ("azimuth",)
         np.testing.assert_array_equal(sweeps.signal_to_noise(data).SNRH,
                                       cc.signal_to_noise(arrays["DBZH"], range=250.0, radar_constant=40.0))
     np.testing.assert_allclose(sweeps.beam_height(ds).beam_height,
                                cc.beam_height(ds.range.values, ds.elevation.values[:, np.newaxis]))
+
+
+def test_attenuation_equals_the_function_on_arrays() -> None:
+    ds = sweeps.classify(rainy_sweep())
+    fields = rainy()
+    expected = cc.attenuation(fields["dbzh"], phidp=fields["phidp"], classes=ds.CLASS.values, range=250.0,
+                              elevation=1.5, algorithm="profile_nominal")
+    assert expected.path_attenuation.min() > 1
+    for data in (ds, ds.chunk({"azimuth": 7}), rainy_sweep()):
+        corrected = sweeps.attenuation(data, algorithm="profile_nominal")
+        np.testing.assert_array_equal(corrected.DBZH, expected.dbzh)
+        np.testing.assert_array_equal(corrected.PHIDP, expected.phidp)
+        np.testing.assert_array_equal(corrected.TA, expected.path_attenuation)
+        np.testing.assert_array_equal(corrected.alpha, expected.alpha)
+        assert corrected.TA.dims == ("azimuth",) and corrected.TA.attrs["units"] == "dB"
+    steep = sweeps.attenuation(ds.assign(sweep_fixed_angle=80.0), algorithm="profile_nominal")
+    assert steep.TA.max() == 0
 
 
 def test_no_echo_does_not_rain(made_sweep: xr.Dataset) -> None:

@@ -11,24 +11,12 @@ import numpy as np
 import pytest
 import xarray as xr
 from clutterclassifier import Stage, sweeps
-from conftest import CONSTANT, SPACING, make_sweep
+from conftest import CONSTANT, SPACING, make_sweep, rainy, rainy_sweep
 from entry_point import scan_fields
 
 #: Coefficients of the attenuation are drawn at random, but for the nominal algorithms.
 NOMINAL = {"ATTENUATION_ALG": 4}
 KEYWORDS = {"range": SPACING, "radar_constant": CONSTANT, "min_snr": 10.0}
-
-
-def rainy(nrays: int = 36, ngates: int = 200) -> dict[str, np.ndarray]:
-    """Uniform rain whose phase rises along the ray, with noise behind it."""
-    random = np.random.default_rng(2)
-    shape = (nrays, ngates)
-    ranges = np.arange(ngates) * SPACING / 1000
-    beyond = np.arange(ngates) > 160
-    return {"dbzh": np.where(beyond, -30.0, 42.0) + 0.3 * random.standard_normal(shape),
-            "zdr": 1.5 + 0.1 * random.standard_normal(shape),
-            "phidp": 20 + 2.0 * ranges + random.standard_normal(shape),
-            "rhohv": np.where(beyond, random.random(shape), 0.99), "vrad": np.full(shape, 8.0)}
 
 
 def test_classes_are_those_of_the_classification() -> None:
@@ -106,6 +94,21 @@ def test_inputs_stay_and_odd_arrays_work() -> None:
     result = cc.process(**odd, **KEYWORDS, config=NOMINAL)
     for name, values in expected.fields.items():
         np.testing.assert_array_equal(result.fields[name], values, err_msg=name)
+
+
+def test_which_lowest_ratio_goes_with_which_constant() -> None:
+    assert cc.process(**rainy(), range=SPACING, radar_constant=CONSTANT, what=1).min_snr == 26
+    estimated = cc.process(**rainy(), range=SPACING, what=1)
+    own = cc.estimate_radar_constant(rainy()["dbzh"], rhohv=rainy()["rhohv"], range=SPACING)
+    assert (estimated.radar_constant, estimated.min_snr) == (own.radar_constant, own.min_snr)
+
+
+def test_one_elevation_stands_for_all_rays() -> None:
+    """That of the middle ray of a range-height scan, else the median. Steep beams leave the rain."""
+    elevation = np.repeat([80.0, 0.5, 80.0], [10, 16, 10])
+    for rhi, corrected in ((True, True), (False, False)):
+        result = cc.process(**rainy(), **KEYWORDS, config=NOMINAL, elevation=elevation, rhi=rhi)
+        assert (result.fields["TA"].max() > 1) == corrected
 
 
 def test_settings_as_file_and_as_dict(tmp_path) -> None:
@@ -187,13 +190,6 @@ def test_messages_stay_silent(capfd) -> None:
     assert captured.out == "" and captured.err == ""
 
 
-def rainy_sweep() -> xr.Dataset:
-    names = {"dbzh": "DBZH", "zdr": "ZDR", "phidp": "PHIDP", "rhohv": "RHOHV", "vrad": "VRADH"}
-    ds = make_sweep(36, 200).drop_vars(["LDR", "CMAP"])
-    return ds.assign({names[name]: (("azimuth", "range"), values, {"raw_name": name})
-                      for name, values in rainy().items()})
-
-
 @pytest.mark.parametrize("chunks", [None, {"azimuth": 10}])
 def test_a_sweep_equals_the_arrays(chunks: dict | None) -> None:
     ds = rainy_sweep()
@@ -237,11 +233,32 @@ def test_no_echo_is_no_rain_and_not_measured_is_nothing() -> None:
     assert blanked.DBZH[3:5, :5].isnull().all()
 
 
+def test_velocity_from_behind_the_filter_is_left_out() -> None:
+    one = make_sweep().rename({"DBZH": "DBTH"})
+    two = make_sweep(seed=2).rename({"DBZH": "DBTH"})
+    every = np.arange(24 * 60).reshape(24, 60)
+    one["DBZH"] = one.DBTH.where(every % 50 > 0, -30.0)
+    two["DBZH"] = two.DBTH.where(every % 500 > 0, -30.0)
+    both = xr.concat([one, two], dim="scan")
+    for data in (both, both.chunk({"scan": 1})):
+        result = sweeps.process(data, what=Stage.CLASSIFICATION).CLASS
+        for at, ds, inputs in ((0, one, 255 & ~16), (1, two, 255)):
+            expected = sweeps.process(ds, what=Stage.CLASSIFICATION, inputs=inputs).CLASS
+            np.testing.assert_array_equal(result.isel(scan=at), expected)
+    all_of_it = sweeps.process(one, what=Stage.CLASSIFICATION, inputs=255).CLASS
+    assert (all_of_it != result.isel(scan=0)).any()
+
+
 def test_classes_of_the_sweep_serve_the_other_stages() -> None:
     ds = rainy_sweep()
     ds = sweeps.classify(ds, codes="pyrad")
     result = sweeps.process(ds, what=Stage.BLANKING)
     np.testing.assert_array_equal(result.DBZH.isnull(), ds.CLASS != 3)
+
+
+def test_settings_that_leave_no_input_are_named() -> None:
+    with pytest.raises(ValueError, match="CLUTTER_ALG 2"):
+        cc.process(scan_fields()["dbzh"], **KEYWORDS, config={"CLUTTER_ALG": 2})
 
 
 def test_ends_of_a_range_height_scan_are_no_neighbours() -> None:
@@ -250,3 +267,15 @@ def test_ends_of_a_range_height_scan_are_no_neighbours() -> None:
     expected = sweeps.classify(ds, closed=False, remove_isolated=True).CLASS
     np.testing.assert_array_equal(result.CLASS, expected)
     assert (expected != sweeps.classify(ds, remove_isolated=True).CLASS).any()
+
+
+def test_a_speck_on_the_first_ray_has_no_company_on_the_last() -> None:
+    ds = make_sweep(24, 60, rays="elevation")
+    ds.DBZH[:] = -60.0
+    ds.DBZH[0, 20] = 30.0
+    ds.DBZH[-3:, 10:30] = 30.0
+    keywords = {"inputs": "dbzh_texture", "min_snr": 10.0}
+    for result in (sweeps.process(ds, what=Stage.CLASSIFICATION, **keywords),
+                   sweeps.classify(ds, closed=False, remove_isolated=True, **keywords)):
+        assert result.CLASS[0, 20] == cc.GROUND_CLUTTER
+    assert sweeps.classify(ds, remove_isolated=True, **keywords).CLASS[0, 20] == cc.PRECIPITATION

@@ -164,6 +164,16 @@ def test_a_dict_overrides_the_names(made_sweep: xr.Dataset) -> None:
     np.testing.assert_array_equal(result, expected(255 & ~32))
 
 
+def test_the_spectrum_width_takes_part_on_request_only(made_sweep: xr.Dataset) -> None:
+    ds = made_sweep.assign(WRADH=made_sweep.VRADH * 0 + 9.0)
+    np.testing.assert_array_equal(sweeps.classify(ds, min_snr=MIN_SNR).CLASS, expected(255))
+    with_width = sweeps.classify(ds, min_snr=MIN_SNR, inputs=511).CLASS
+    fields = scan_fields() | {"wrad": ds.WRADH.values}
+    np.testing.assert_array_equal(with_width, cc.classify(
+        **fields, range=SPACING, radar_constant=CONSTANT, min_snr=MIN_SNR))
+    assert (with_width != expected(255)).any()
+
+
 def test_velocity_from_behind_the_filter_is_left_out(made_sweep: xr.Dataset) -> None:
     ds = made_sweep.rename({"DBZH": "DBTH"})
     filtered = ds.assign(DBZH=ds.DBTH.where(np.arange(24 * 60).reshape(24, 60) % 50 > 0, -30.0))
