@@ -5,7 +5,6 @@
 #include <cstdlib>
 #include <fstream>
 #include <limits>
-#include <memory>
 #include <sstream>
 #include <stdexcept>
 #include <string>
@@ -76,6 +75,23 @@ std::vector<float> sampleRecord(Cpluvek& record, const Points& points) {
     return values;
 }
 
+/* The two numbers of a line, if it is not blank: a title or a third column must not become a point
+ * that nobody asked for. */
+void appendPair(const std::string& line, int number, Points& points) {
+    std::istringstream words(line);
+    std::vector<float> values;
+    for (std::string word; words >> word;) {
+        char* end = nullptr;
+        values.push_back(std::strtof(word.c_str(), &end));
+        if (*end != '\0') values.back() = kNoValue;
+    }
+    if (values.empty()) return;
+    if (values.size() != 2 || !std::isfinite(values[0]) || !std::isfinite(values[1]))
+        throw std::runtime_error("line " + std::to_string(number) + ": two numbers are expected");
+    points.first.push_back(values[0]);
+    points.second.push_back(values[1]);
+}
+
 }  // namespace
 
 GatePoints gatePoints(const Sweep& sweep, const Points& points) {
@@ -94,46 +110,14 @@ GatePoints gatePoints(const Sweep& sweep, const Points& points) {
     return out;
 }
 
-/* The library's reader takes anything for a number: a title or a third column must not become a
- * point that nobody asked for. */
-void requirePairs(const std::string& path) {
-    std::ifstream file(path);
-    std::string line;
-    for (int number = 1; std::getline(file, line); ++number) {
-        std::istringstream words(line);
-        std::string word;
-        int count = 0;
-        bool sound = true;
-        while (words >> word) {
-            char* end = nullptr;
-            sound = sound && std::isfinite(std::strtod(word.c_str(), &end)) && *end == '\0';
-            ++count;
-        }
-        if (count != 0 && (count != 2 || !sound)) {
-            throw std::runtime_error("line " + std::to_string(number) +
-                                     ": two numbers are expected");
-        }
-    }
-}
-
 Points readPoints(const std::string& path) {
-    float* read = nullptr;
-    int rows = 0;
-    int columns = 0;
-    std::string name = path;
-    CDSP dsp;
-    const int result = dsp.OnReadASCIIDataFile(name.data(), &read, rows, columns, kNoValue);
-    const std::unique_ptr<float[]> cells(read);
-    if (result != 1) throw std::runtime_error("cannot be read");
-    requirePairs(path);
-    if (columns < 2 || rows < 1)
-        throw std::runtime_error("holds no points: two numbers a line are expected");
+    std::ifstream file(path);
     Points points;
-    points.first.assign(read, read + rows);
-    points.second.assign(read + rows, read + 2 * static_cast<std::ptrdiff_t>(rows));
-    for (size_t i = 0; i < points.size(); ++i)
-        if (!std::isfinite(points.first[i]) || !std::isfinite(points.second[i]))
-            throw std::runtime_error("point " + std::to_string(i + 1) + " is no number");
+    std::string line;
+    for (int number = 1; std::getline(file, line); ++number) appendPair(line, number, points);
+    if (!file.is_open() || file.bad()) throw std::runtime_error("cannot be read");
+    if (points.size() == 0)
+        throw std::runtime_error("holds no points: two numbers a line are expected");
     return points;
 }
 

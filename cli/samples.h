@@ -19,7 +19,8 @@ struct Points {
     size_t size() const { return first.size(); }
 };
 
-/* The first two columns of a text file of numbers. Throws std::runtime_error with the reason. */
+/* A text file with two numbers on each line that is not blank. Throws std::runtime_error with the
+ * reason. */
 Points readPoints(const std::string& path);
 
 /* Range and azimuth of map points, seen from a radar at (east, north) along beams of an elevation;

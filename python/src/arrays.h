@@ -54,13 +54,13 @@ void forChunks(py::ssize_t size, Visit visit) {
 
 /* Registers the functions of one source file. */
 void bindClassify(py::module_& module);
+void bindScans(py::module_& module);
 void bindProcess(py::module_& module);
 void bindToolkit(py::module_& module);
 void bindPhase(py::module_& module);
 void bindAttenuation(py::module_& module);
 void bindRain(py::module_& module);
 void bindBeam(py::module_& module);
-void bindScans(py::module_& module);
 
 }  // namespace python
 

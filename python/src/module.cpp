@@ -6,11 +6,11 @@ PYBIND11_MODULE(_core, module) {
     module.doc() =
         "Operations of the library on contiguous arrays; the package checks and documents.";
     python::bindClassify(module);
+    python::bindScans(module);
     python::bindProcess(module);
     python::bindToolkit(module);
     python::bindPhase(module);
     python::bindAttenuation(module);
     python::bindRain(module);
     python::bindBeam(module);
-    python::bindScans(module);
 }

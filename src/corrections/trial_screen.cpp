@@ -28,8 +28,15 @@ constexpr double kInfinity = std::numeric_limits<double>::infinity();
 constexpr double kUnitRoundoff = 0x1p-53;
 constexpr double kLargestSigma = 1e-3;
 
-/* Inputs for which neither powers nor sums can leave the range of numbers. */
-constexpr double kLeastZ = 1e-30, kLargestZ = 1e30;
+/*
+ * Inputs for which neither powers nor sums can leave the range of numbers. With b from 0.1 to 1,
+ * z^b is within 1e-110..1e30 and e = 0.46 b z^b dr a above 1e-130; the rates are 0 or above 1e-26,
+ * and so, wherever sigma is known, a step of the phase is 0 or above 1e-200: far from 2e-308, below
+ * which roundings are not relative. The argument of the approximate power is within +-366; its two
+ * roundings add less than 1e-13 to the power's relative error, which has 2e-9 to spare.
+ */
+constexpr double kLeastZ = 1e-110, kLargestZ = 1e30;
+constexpr double kLeastExponent = 0.1, kLargestExponent = 1.0;
 constexpr double kLeastStep = 1e-9, kLargestStep = 1e6;
 constexpr double kLargestPhase = 1e4;
 
@@ -310,7 +317,8 @@ bool canScreen(const Search& search, const Trials& trials) {
     }
     for (int i = 0; i < trials.count(); ++i) {
         const Coefficients c = trials.at(i);
-        if (!within(c.alpha, 1e-3, 10.0) || !within(c.a, 1e-8, 1.0) || !within(c.b, 0.1, 3.0)) {
+        if (!within(c.alpha, 1e-3, 10.0) || !within(c.a, 1e-8, 1.0) ||
+            !within(c.b, kLeastExponent, kLargestExponent)) {
             return false;
         }
     }

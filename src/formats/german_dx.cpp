@@ -43,7 +43,7 @@ struct DxTime {
     int day, hour, minute, month, year;
 };
 
-/* False when a token is missing or the header does not end. */
+/* As far as the message; false when a token is missing. */
 bool readHeader(ByteCursor& file, DxTime& time) {
     if (textOf(file.skip(2)) != kDxStart) return false;
     time.day = numberOf(file.skip(2));
@@ -56,9 +56,13 @@ bool readHeader(ByteCursor& file, DxTime& time) {
         if (textOf(file.skip(2)) != token.name) return false;
         file.skip(token.bytes);
     }
-    if (textOf(file.skip(2)) != kDxMessage) return false;
-    file.skip(static_cast<std::size_t>(numberOf(file.skip(kDxMessageDigits))));
-    return !file.failed();
+    return textOf(file.skip(2)) == kDxMessage;
+}
+
+/* A message that is longer than the file leaves nothing: a ray is then what is missing. */
+void skipMessage(ByteCursor& file) {
+    const Bytes digits = file.skip(std::min(kDxMessageDigits, file.remaining()));
+    file.skip(std::min(static_cast<std::size_t>(numberOf(digits)), file.remaining()));
 }
 
 /* --- rays --- */
@@ -175,6 +179,7 @@ int CGermanRadar::readbinaryfile(char* path) {
     day = time.day;
     hour = time.hour;
     minute = time.minute;
+    skipMessage(file);
     if (!readRays(file, *this)) {
         std::puts(kNoRay);
         return 0;

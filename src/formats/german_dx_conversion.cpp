@@ -3,7 +3,6 @@
  */
 #include <algorithm>
 #include <cstddef>
-#include <cstdio>
 #include <memory>
 #include <utility>
 
@@ -11,6 +10,7 @@
 #include "base/text.h"
 #include "clutterclassifier/CGermanRadar.h"
 #include "formats/german_dx_layout.h"
+#include "model/display.h"
 
 using clutter::base::adopt;
 using clutter::base::copyText;
@@ -70,24 +70,14 @@ void fillHeader(const CGermanRadar& radar, int ngates, int k, Cpluvek& record) {
     record.hour = radar.hour;
     record.minute = radar.minute;
     record.second = radar.second;
-    record.coordtype = 0;
     record.beamwidth = kBeamWidth;
     record.gatesize = kGateSize;
     record.firstgate = 0;
 }
 
 void fillDisplay(const Description& description, Cpluvek& record) {
-    const float reach = static_cast<float>(record.ngates) * kGateSize;
-    const float tick = (reach - -reach) / 5.0f;
-    const float limits[6] = {-reach, reach, tick, -reach, reach, tick};
-    std::copy_n(limits, 6, record.axislimits);
-    std::copy_n(limits, 6, record.axislimits0);
-    record.colorflag = 255;
-    record.colormap = 7;
-    record.GetDateTime();
-    std::snprintf(record.title, sizeof record.title, "DATA FILE, %s", record.datetime);
-    copyText(record.xlabel, "Range [km]");
-    copyText(record.ylabel, "Range [km]");
+    clutter::model::showWholeScan(record, 5.0f, "Range [km]", "Range [km]");
+    clutter::model::entitleByTime(record);
     copyText(record.name, description.name);
     copyText(record.units, description.units);
     record.displaymin = description.displaymin;

@@ -47,7 +47,7 @@ constexpr int kPolarUnknownProduct = -2;
  * with the result kPolarRead: both counts are then positive, and a file too short for them claims
  * no more gates than a small one may. Prints the message for counts below 1.
  */
-int readPolarHeader(base::Bytes file, PolarHeader& header);
+int readPolarHeader(base::Bytes file, int layout, PolarHeader& header);
 
 /* Stores a header in the first record of a scan. */
 void storePolarHeader(const PolarHeader& header, Cpluvek& record);

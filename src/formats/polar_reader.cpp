@@ -24,6 +24,7 @@
 #include "formats/polar_layout.h"
 #include "formats/polar_packing.h"
 #include "formats/polar_rays.h"
+#include "model/display.h"
 
 using namespace clutter;
 using namespace clutter::formats;
@@ -225,18 +226,9 @@ void blankWeakEchoes(Cpluvek* fields, float threshold) {
 /* --- records --- */
 
 void storeDisplay(Cpluvek& record) {
-    const float reach = static_cast<float>(record.ngates) * record.gatesize;
-    const float tick = (reach - -reach) / 4.0f;
-    const float limits[6] = {-reach, reach, tick, -reach, reach, tick};
-    std::copy_n(limits, 6, record.axislimits);
-    std::copy_n(limits, 6, record.axislimits0);
-    base::copyText(record.xlabel, "Range [km]");
-    base::copyText(record.ylabel, "Range [km]");
+    model::showWholeScan(record, 4.0f, "Range [km]", "Range [km]");
     record.recindex = 0;
-    record.coordtype = 0;
     record.valid = 1;
-    record.colormap = 7;
-    record.colorflag = 255;
 }
 
 }  // namespace
@@ -245,7 +237,7 @@ int CThuPolDaFor::ReadPolarData(char* path, Cpluvek* fields, int layout, int ski
     const auto bytes = base::readWholeFile(path);
     if (!bytes || fields == nullptr) return kPolarNotOpened;
     PolarHeader header;
-    const int result = readPolarHeader(*bytes, header);
+    const int result = readPolarHeader(*bytes, layout, header);
     if (result != kPolarRead) return result;
     ScanArrays scan(header);
     readRays(*bytes, header, layout, scan);

@@ -246,7 +246,7 @@ void appendLayer(const Cpluvek* layer, std::size_t cells, Output& out) {
 int CThuPolDaFor::PackAgainDataFiles(char* inpath, char* outpath, int layout) {
     const auto file = base::readWholeFile(inpath);
     PolarHeader header;
-    if (!file || readPolarHeader(*file, header) != kPolarRead) return 0;
+    if (!file || readPolarHeader(*file, layout, header) != kPolarRead) return 0;
     const std::size_t gateBytes = repackedGateBytes(fieldsOfProduct(header.product), layout);
     const int ngates = shortenedGates(header);
     if (gateBytes == 0 || ngates >= header.ngates) return 0;

@@ -21,6 +21,7 @@
 #include "clutterclassifier/Cufrw.h"
 #include "formats/uf_fields.h"
 #include "formats/uf_layout.h"
+#include "model/display.h"
 
 using clutter::base::adopt;
 using clutter::base::cellCount;
@@ -36,9 +37,6 @@ constexpr float kPiRead = 3.1415927f;
 constexpr short kMissing = std::numeric_limits<short>::min();
 constexpr short kValueScale = 100;
 constexpr short kBitsPerGate = 16;
-
-constexpr int kColormap = 7;
-constexpr unsigned char kColorflag = 255;
 
 /* A value truncated toward zero and wrapped to a word; 0 for what is no finite number. */
 short wordOf(float value) {
@@ -212,13 +210,7 @@ void fillDescription(const Cufray& first, Cpluvek& record) {
     record.hour = first.hour;
     record.minute = first.minute;
     record.second = first.second;
-    record.coordtype = 0;
-    record.colormap = kColormap;
-    record.colorflag = kColorflag;
-    record.GetDateTime();
-    std::snprintf(record.title, sizeof record.title, "DATA FILE, %s", record.datetime);
-    copyText(record.xlabel, "Easting [km]");
-    copyText(record.ylabel, "Northing [km]");
+    clutter::model::entitleByTime(record);
 }
 
 void fillGeometry(const CufFieldHeader& header, short missing, Cpluvek& record) {
@@ -230,11 +222,7 @@ void fillGeometry(const CufFieldHeader& header, short missing, Cpluvek& record) 
     if (header.gatespacing != 0) {
         record.firstgate = header.firstgaterange * 1000 / header.gatespacing;
     }
-    const float highest = static_cast<float>(record.ngates) * record.gatesize;
-    const float tick = (highest - -highest) / 5.0f;
-    const float limits[6] = {-highest, highest, tick, -highest, highest, tick};
-    std::copy_n(limits, 6, record.axislimits);
-    std::copy_n(limits, 6, record.axislimits0);
+    clutter::model::showWholeScan(record, 5.0f, "Easting [km]", "Northing [km]");
 }
 
 void fillDisplay(const char* ufName, Cpluvek& record) {

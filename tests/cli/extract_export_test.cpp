@@ -140,6 +140,21 @@ TEST_F(Files, ExtractFromAGridTakesCells) {
               "x,y,RATE\n1050,2050,0\n1250,2099,20\n1250,2150,nan\n999,2050,nan\n1050,2200,nan\n");
 }
 
+TEST_F(Files, PointsAreTwoNumbersALine) {
+    const cli::Points points = cli::readPoints(this->points(" 1e3\t-2.5\r\n\n \n0 7"));
+    EXPECT_EQ(points.first, (std::vector<float>{1000, 0}));
+    EXPECT_EQ(points.second, (std::vector<float>{-2.5, 7}));
+    for (const char* line : {"1", "1 2 3", "range azimuth", "1 2km", "1 nan", "inf 1", "1 1e39"}) {
+        const std::string list = this->points(std::string("1 2\n") + line + "\n3 4\n");
+        try {
+            cli::readPoints(list);
+            ADD_FAILURE() << line;
+        } catch (const std::runtime_error& error) {
+            EXPECT_STREQ(error.what(), "line 2: two numbers are expected") << line;
+        }
+    }
+}
+
 TEST_F(Files, NamesOfColumnsAreQuotedWhereTheyMust) {
     writeGrid("\"R\", mm/h");
     const Outcome outcome = runProgram("extract " + grid_ + " " + points("1050 2050\n"));
@@ -208,6 +223,7 @@ TEST_F(Files, WhatCannotBeDoneIsToldInOneLine) {
         {"extract " + scan_ + " " + empty, 1, "empty.txt: holds no points"},
         {"extract " + scan_ + " " + one, 1, "one.txt: line 1: two numbers"},
         {"extract " + scan_ + " " + dir_.file("none"), 1, "none: cannot be read"},
+        {"extract " + scan_ + " " + dir_.path(), 1, "cannot be read"},
         {"extract " + dir_.file("none.uf") + " " + list, 1, "none.uf: No such file"},
         {"extract " + scan_ + " " + list + " --fields XX", 1, "has no field XX among: DZ VR"},
         {"extract " + scan_ + " " + list + " --sweep 9", 1, "has no sweep 9"},

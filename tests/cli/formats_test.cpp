@@ -2,7 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <cstdlib>
+#include <cstddef>
 #include <cstring>
 #include <random>
 #include <stdexcept>
@@ -12,6 +12,7 @@
 #include "formats/polar_bytes.h"
 #include "formats/uf_bytes.h"
 #include "read_scan.h"
+#include "run_program.h"
 #include "support/temp_dir.h"
 
 namespace {
@@ -21,12 +22,10 @@ using namespace clutter::test;
 class Formats : public testing::Test {
   protected:
     bool run(const std::string& arguments) {
-        const std::string log = dir_.file("log");
-        const std::string command = std::string(PROGRAM) + " " + arguments + " >" + log + " 2>&1";
-        const bool good = std::system(command.c_str()) == 0;
-        const ByteVector bytes = readFile(log);
-        said_.assign(bytes.begin(), bytes.end());
-        return good;
+        const Outcome outcome = runProgram(arguments);
+        said_ = outcome.out;
+        code_ = outcome.code;
+        return code_ == 0;
     }
     std::string put(const std::string& name, const ByteVector& bytes) {
         writeFile(dir_.file(name), bytes);
@@ -44,6 +43,7 @@ class Formats : public testing::Test {
 
     TempDir dir_;
     std::string said_;
+    int code_ = 0;
     std::mt19937 random_{5};
 };
 
@@ -101,10 +101,34 @@ TEST_F(Formats, ConvertedScansKeepTheirValues) {
             ASSERT_NEAR(sweepOf(after).azimuthDeg[r], static_cast<double>(r), 0.01);
     }
     EXPECT_NE(said_.find("wrote"), std::string::npos);
-    EXPECT_FALSE(run("convert " + dx + " " + dx)) << "over itself";
-    EXPECT_FALSE(run("convert " + dx + " " + dir_.file("x.pol") + " --product 2213"));
-    EXPECT_FALSE(run("convert " + dx + " " + dir_.file("x.pol") + " --field W"));
-    EXPECT_TRUE(readFile(dir_.file("x.pol")).empty()) << "nothing is left behind";
+}
+
+/* A wrong call is told from what cannot be done with the file. */
+TEST_F(Formats, ConvertAndRepackRefuseWithAReason) {
+    const std::string dx = put("scan.dx", dxFile(100));
+    const std::string out = dir_.file("x.pol");
+    const struct {
+        std::string arguments;
+        int code;
+        const char* reason;
+    } kCases[] = {
+        {"convert " + dx + " " + dx, 2, "would overwrite the input"},
+        {"convert " + dx + " " + dir_.path() + "/./scan.dx", 2, "would overwrite the input"},
+        {"convert " + dx + " " + out + " --product -1", 2, "--product"},
+        {"convert " + dx + " " + out + " --product 32768", 2, "--product"},
+        {"convert " + dx + " " + out + " --product 2213", 1, "as product 2213"},
+        {"convert " + dx + " " + out + " --field W", 1, "has no field W"},
+        {"convert " + dx + " " + out + " --sweep 8", 1, "has no sweep number 8"},
+        {"repack " + dx + " " + dx, 2, "would overwrite the input"},
+        {"repack " + dx + " " + out, 1, "is no polar data file"},
+    };
+    for (const auto& row : kCases) {
+        run(row.arguments);
+        EXPECT_EQ(code_, row.code) << row.arguments << said_;
+        EXPECT_NE(said_.find(row.reason), std::string::npos) << said_;
+        EXPECT_TRUE(readFile(out).empty()) << "nothing is left behind";
+    }
+    EXPECT_EQ(readFile(dx), dxFile(100));
 }
 
 /* The reader turns 10 turns a minute, 36 rays and 900 pulses a second into 150 pulses a ray. */

@@ -70,7 +70,13 @@ TEST_F(GermanDx, EveryTokenIsAskedFor) {
         EXPECT_EQ(read(bytes), 0) << token;
         EXPECT_EQ(message_, "");
     }
-    EXPECT_EQ(read(dxStart(dxHeader("999short"))), 0) << "a header that does not end";
+}
+
+TEST_F(GermanDx, AMessageBeyondTheEndLeavesNoRay) {
+    for (const char* message : {"999short", "006short", "005short", "12", ""}) {
+        EXPECT_EQ(read(dxStart(dxHeader(message), 0)), 0) << message;
+        EXPECT_EQ(message_, kNoRay) << message;
+    }
 }
 
 TEST_F(GermanDx, MessageLengthsAndFillers) {

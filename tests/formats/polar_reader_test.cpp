@@ -257,6 +257,18 @@ TEST_F(PolarReader, RefusalsLeaveTheRecordsAlone) {
     EXPECT_EQ(polar_.ReadPolarData(missing.data(), records_, 252, 1), 0);
 }
 
+/* Gates of the asked layout are counted, not those of the smallest one. */
+TEST_F(PolarReader, LargeFilesMustHoldAllTheirGates) {
+    constexpr std::size_t kLargeRays = 2100, kLargeGates = 2000; /* more than 2^22 */
+    ByteVector bytes = PolarBytes(2211, kLargeRays, kLargeGates).bytes();
+    bytes.resize(bytes.size() + kLargeRays * (10 + kLargeGates * 10) - 1);
+    EXPECT_EQ(read(bytes, 260), -1);
+    EXPECT_EQ(read(bytes, 280), -1);
+    EXPECT_EQ(read(bytes, 252), 1);
+    bytes.push_back(0);
+    EXPECT_EQ(read(bytes, 260), 1);
+}
+
 /* 30 rays: phase 45 degrees and high correlation, so that an offset is found and removed. */
 TEST_F(PolarReader, PhaseOffsetIsRemovedAndWeakEchoesAreBlanked) {
     const int ngates = 40;
@@ -343,6 +355,7 @@ TEST(PolarNames, TellElevationTimeAndSite) {
         {"200708101820_augldr", -99, kAugust, 1},
         {"/sidpol/200708101820wetbulbfreezinglevel", 0, kAugust, 0},
         {"/x/200708101820wetbulbfreezinglevel", 0, kAugust, -1},
+        {"/x/200708101820_wetbulbfreezinglev_b2", 2, kAugust, -1},
         {"200713101820_sidpol_b3", 3, 0, 0},
         {"sidpol_b3", 3, 0, 0},
         {"tavo-rain-radar_chenies_200708101820_el3.0", 0, kAugust, 2},

@@ -6,45 +6,19 @@
 #include <vector>
 
 #include "clutterclassifier/Cfuzzy.h"
-#include "support/bits.h"
+#include "support/engines.h"
 #include "support/literal.h"
 #include "support/membership_files.h"
 #include "support/temp_dir.h"
 
 namespace {
 
+using clutter::test::fillEngine;
+using clutter::test::roughValues;
 using clutter::test::writeText;
 using literal::Function;
 
 constexpr float kNan = std::numeric_limits<float>::quiet_NaN();
-
-/* Fills an engine with a literal rule base; tables become files. */
-void fillEngine(Cfuzzy& engine, const literal::RuleBase& base,
-                const clutter::test::TempDir& directory) {
-    for (std::size_t i = 0; i < base.functions.size(); ++i) {
-        for (std::size_t m = 0; m < base.functions[i].size(); ++m) {
-            const Function& function = base.functions[i][m];
-            std::string type = function.shape;
-            if (!function.px.empty()) {
-                type = directory.file(std::to_string(i) + "_" + std::to_string(m));
-                clutter::test::writeFunction(type, function);
-            }
-            float params[5];
-            std::copy(std::begin(function.params), std::end(function.params), params);
-            ASSERT_EQ(engine.Fillmfs(static_cast<int>(i), static_cast<int>(m), "input", "f",
-                                     type.c_str(), params),
-                      1);
-        }
-    }
-    std::vector<short> table;
-    for (std::size_t k = 0; k < base.rules.size(); ++k) {
-        for (const int mf : base.rules[k]) table.push_back(static_cast<short>(mf));
-        table.push_back(static_cast<short>(base.classes[k]));
-    }
-    engine.Fillrules(table.data(), static_cast<int>(base.rules.size()));
-    engine.combination = base.product ? 1 : 0;
-    for (std::size_t i = 0; i < base.weights.size(); ++i) engine.weights[i] = base.weights[i];
-}
 
 Function roughFunction(std::mt19937& random, bool tablesOnly) {
     const char* shapes[] = {"same", "complement", "gaussian", "gaussian2s", "ones", "trapezoidal"};
@@ -72,17 +46,6 @@ literal::RuleBase roughBase(std::mt19937& random, int ninputs, int nrules, bool 
         base.classes.push_back(static_cast<float>(10 + k));
     }
     return base;
-}
-
-std::vector<float> roughValues(std::mt19937& random, int n) {
-    std::uniform_real_distribution<float> uniform(-5.0f, 25.0f);
-    std::vector<float> x;
-    for (int j = 0; j < n; ++j) {
-        x.push_back(random() % 30 == 0   ? kNan
-                    : random() % 30 == 0 ? static_cast<float>(random() % 2)
-                                         : uniform(random));
-    }
-    return x;
 }
 
 /* Small arrays take the plain path, large two-rule products the quick one. */
@@ -116,129 +79,10 @@ TEST_P(EngineAgainstLiteral, SameClasses) {
 
 INSTANTIATE_TEST_SUITE_P(Sizes, EngineAgainstLiteral, testing::Values(1, 255, 700, 5000));
 
-TEST(QuickVerdict, SmoothPairsSettleAsTheExactProductDoes) {
-    // The everyday case: overlapping bells with a floor, and a likelihood that is exactly 0 or 1 at
-    // times.
-    clutter::test::TempDir directory;
-    std::mt19937 random(77);
-    literal::RuleBase base;
-    base.classes = {0.0f, 1.0f};
-    base.rules = {{0, 0, 0}, {1, 1, 1}};
-    for (int i = 0; i < 2; ++i) {
-        Function low, high;
-        for (double x = 0.0; x <= 32.0; x += 1.0) {
-            low.px.push_back(x);
-            high.px.push_back(x);
-            low.py.push_back(0.01 + 1.0 / (1.0 + x * x / 16.0));
-            high.py.push_back(0.02 + x / 33.0);
-        }
-        base.functions.push_back({high, low});
-    }
-    base.functions.push_back({Function{"same", {}, {}, {}}, Function{"complement", {}, {}, {}}});
-    Cfuzzy engine(3, 2, 1, 2);
-    fillEngine(engine, base, directory);
-    const int n = 60000;
-    std::vector<std::vector<float>> values = {roughValues(random, n), roughValues(random, n), {}};
-    for (int j = 0; j < n; ++j) {
-        values[2].push_back(j % 10 == 0 ? static_cast<float>(j % 20 / 10)
-                                        : static_cast<float>(random() % 1000) / 999.0f);
-    }
-    std::vector<const float*> inputs;
-    for (int i = 0; i < 3; ++i) {
-        engine.AddressDataPointers(i, values[static_cast<std::size_t>(i)].data());
-        inputs.push_back(values[static_cast<std::size_t>(i)].data());
-    }
-    std::vector<float> expected(n), out(n);
-    literal::classify(base, inputs, expected.data(), n);
-    ASSERT_EQ(engine.Evaluate(out.data(), n), 1);
-    EXPECT_EQ(out, expected);
-}
-
-/* A two-rule product of tables over inputs; many elements, so that the quick verdict is asked
- * first. */
-std::vector<float> classifyMany(const std::vector<std::vector<Function>>& functions,
-                                std::vector<float> x, std::vector<float>& expected) {
-    clutter::test::TempDir directory;
-    literal::RuleBase base;
-    base.functions = functions;
-    base.classes = {0.0f, 1.0f};
-    const std::size_t ninputs = functions.size();
-    base.rules = {std::vector<int>(ninputs, 0), std::vector<int>(ninputs, 1)};
-    const int n = static_cast<int>(x.size());
-    Cfuzzy engine(static_cast<int>(ninputs), 2, 1, 2);
-    fillEngine(engine, base, directory);
-    for (std::size_t i = 0; i < ninputs; ++i)
-        engine.AddressDataPointers(static_cast<int>(i), x.data());
-    expected.assign(x.size(), 99.0f);
-    literal::classify(base, std::vector<const float*>(ninputs, x.data()), expected.data(), n);
-    std::vector<float> out(x.size());
-    EXPECT_EQ(engine.Evaluate(out.data(), n), 1);
-    return out;
-}
-
-Function tableOf(std::vector<double> x, std::vector<double> y) {
-    return {"table", {}, std::move(x), std::move(y)};
-}
-
-TEST(QuickVerdict, ProductsThatUnderflowAreEqual) {
-    // The ratios favour rule 0 by far, but both products are 0.
-    const Function large = tableOf({0, 10}, {1e-190, 1e-190}),
-                   small = tableOf({0, 10}, {1e-200, 1e-200});
-    std::vector<float> expected;
-    const std::vector<float> out =
-        classifyMany({{large, small}, {large, small}}, std::vector<float>(5000, 5.0f), expected);
-    EXPECT_EQ(out, expected);
-    EXPECT_EQ(out[0], -1.0f);
-}
-
-TEST(QuickVerdict, ToothWithinOneCellIsSeen) {
-    // Rises from 0.5 to 0.56 and falls back at once, all within a cell; elsewhere rule 1 is
-    // stronger.
-    const Function tooth = tableOf({0, 100.7, 100.9, 100.9, 2000}, {0.5, 0.5, 0.56, 0.5, 0.5});
-    const Function flat = tableOf({0, 2000}, {0.55, 0.55});
-    std::vector<float> x, expected;
-    for (int j = 0; j < 20000; ++j) x.push_back(99.0f + 0.0002f * static_cast<float>(j));
-    const std::vector<float> out = classifyMany({{tooth, flat}}, x, expected);
-    EXPECT_EQ(out, expected);
-    EXPECT_GT(std::count(expected.begin(), expected.end(), 0.0f), 100);
-}
-
 struct TwoValues {
     float x[2] = {0.5f, 0.25f};
     float out[2] = {99.0f, 99.0f};
 };
-
-/* Degrees so small or large that the product of many leaves the range of a double. */
-TEST(QuickVerdict, ProductsThatVanishOrOverflowAreEqual) {
-    constexpr int kElements = 5000;
-    struct Case {
-        int ninputs;
-        double degrees[2];
-        float expected;
-    };
-    clutter::test::TempDir directory;
-    std::vector<float> values(kElements, 0.5f), out(kElements);
-    for (const Case& c : {Case{9, {1e-30, 2e-30}, 11.0f}, Case{10, {1e-30, 2e-30}, 11.0f},
-                          Case{12, {1e-30, 2e-30}, -1.0f}, Case{12, {2e30, 1e30}, -1.0f}}) {
-        literal::RuleBase base;
-        for (int i = 0; i < c.ninputs; ++i) {
-            base.functions.emplace_back();
-            for (const double degree : c.degrees) {
-                base.functions.back().push_back({"", {}, {0.0, 1.0}, {degree, degree}});
-            }
-            base.weights.push_back(1.0);
-        }
-        for (int k = 0; k < 2; ++k) {
-            base.rules.emplace_back(c.ninputs, k);
-            base.classes.push_back(static_cast<float>(10 + k));
-        }
-        Cfuzzy engine(c.ninputs, 2, 1, 2);
-        fillEngine(engine, base, directory);
-        for (int i = 0; i < c.ninputs; ++i) engine.AddressDataPointers(i, values.data());
-        ASSERT_EQ(engine.Evaluate(out.data(), kElements), 1);
-        EXPECT_EQ(out, std::vector<float>(kElements, c.expected)) << c.ninputs << " inputs";
-    }
-}
 
 TEST(Engine, TiesGoToTheEarliestAndAllEqualIsUndecided) {
     TwoValues v;

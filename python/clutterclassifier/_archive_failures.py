@@ -1,0 +1,71 @@
+"""The table of files without a result: ``failures.csv``."""
+
+from __future__ import annotations
+
+import contextlib
+import csv
+import os
+import secrets
+from collections.abc import Iterable
+from datetime import datetime, timezone
+
+_HEADER = ("file", "reason", "time")
+
+
+class FailureTable:
+    """Failures of this run, and those of earlier runs whose files were not done since.
+
+    A failure is written down at once; what was mended leaves the table when the run ends. Without any
+    failure there is no table.
+    """
+
+    def __init__(self, path: str) -> None:
+        self.path = path
+        self._rows = {row[0]: row for row in _read(path)}
+        if self._rows:  # a run that was killed may have left half a line
+            _replace(path, [_HEADER, *self._rows.values()])
+
+    def add(self, file: str, reason: str) -> None:
+        """Writes a failure down."""
+        row = (file, " ".join(reason.split()), datetime.now(timezone.utc).isoformat(timespec="seconds"))
+        self._rows[file] = row
+        new = not os.path.exists(self.path)
+        with _open(self.path, "a") as table:
+            csv.writer(table).writerows([_HEADER, row] if new else [row])
+
+    def mended(self, file: str) -> None:
+        """The file has a result now."""
+        self._rows.pop(file, None)
+
+    def finish(self) -> None:
+        """Leaves one line for each file that is still without a result."""
+        if self._rows:
+            _replace(self.path, [_HEADER, *self._rows.values()])
+        else:
+            with contextlib.suppress(FileNotFoundError):
+                os.unlink(self.path)
+
+
+def _open(path: str, mode: str):
+    # File names are bytes: what is no text goes through unchanged.
+    return open(path, mode, newline="", encoding="utf-8", errors="surrogateescape")
+
+
+def _read(path: str) -> list[tuple[str, str, str]]:
+    try:
+        with _open(path, "r") as table:
+            rows = [tuple(row) for row in csv.reader(table)]
+    except FileNotFoundError:
+        return []
+    return [row for row in rows if len(row) == len(_HEADER) and row != _HEADER]
+
+
+def _replace(path: str, rows: Iterable[tuple[str, ...]]) -> None:
+    temporary = f"{path}.{secrets.token_hex(8)}"
+    try:
+        with _open(temporary, "w") as table:
+            csv.writer(table).writerows(rows)
+        os.replace(temporary, path)
+    finally:
+        with contextlib.suppress(FileNotFoundError):
+            os.unlink(temporary)

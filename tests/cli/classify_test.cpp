@@ -1,0 +1,261 @@
+/* The command classify: classes of scans whose truth is known, and what it writes. */
+#include <cmath>
+#include <filesystem>
+#include <memory>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "clutterclassifier/clutterclassifier.h"
+#include "program_scan.h"
+#include "read_scan.h"
+#include "run_program.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using namespace clutter::test;
+using Classify = ProgramOnAScan;
+
+/* Share of the gates of a truth that have the class which belongs to it. */
+double shareRight(const std::vector<float>& classes, Truth truth) {
+    const float expected[] = {0, 5, 3};
+    int right = 0;
+    int all = 0;
+    for (int r = 0; r < kRays; ++r) {
+        for (int g = 2; g < kGates; ++g) {
+            if (truthAt(r, g) != truth) continue;
+            ++all;
+            right += classes[static_cast<size_t>(r * kGates + g)] == expected[truth];
+        }
+    }
+    return static_cast<double>(right) / all;
+}
+
+TEST_F(Classify, ClassifiesAScanWithoutAnySetting) {
+    const std::string output = directory_.file("classes.plv");
+    const Outcome outcome = runProgram("classify " + scan_ + " -o " + output);
+    ASSERT_EQ(outcome.code, 0) << outcome.out;
+    EXPECT_NE(outcome.out.find("zhh DZ, zdr DR, pdp PH, rhv RH"), std::string::npos);
+    EXPECT_NE(outcome.out.find("no calibration constant in the file: estimated"),
+              std::string::npos);
+    EXPECT_NE(outcome.out.find("million gates/s"), std::string::npos);
+    const scan::Scan classes = scan::readScan(output);
+    const scan::Field& field = classes.sweeps.at(0).fields.at(0);
+    EXPECT_EQ(field.name, "CCl");
+    EXPECT_GT(shareRight(field.values, kRain), 0.97);
+    EXPECT_GT(shareRight(field.values, kClutter), 0.9);
+    EXPECT_GT(shareRight(field.values, kNoiseTruth), 0.99);
+}
+
+TEST_F(Classify, UniversalFormatOutputKeepsEveryWordOfTheInput) {
+    std::string output = directory_.file("classes.uf");
+    ASSERT_EQ(runProgram("classify -q " + scan_ + " -o " + output).code, 0);
+    Cufrw before;
+    Cufrw after;
+    ASSERT_EQ(before.readfile(scan_.data()), 1);
+    ASSERT_EQ(after.readfile(output.data()), 1);
+    ASSERT_EQ(after.nrays, before.nrays);
+    for (int r = 0; r < before.nrays; ++r) {
+        const Cufray& old = before.rays[r];
+        const Cufray& now = after.rays[r];
+        ASSERT_EQ(now.nfields, old.nfields + 1);
+        ASSERT_EQ(std::string(now.table[old.nfields].name), "CC");
+        EXPECT_EQ(now.latitudeseconds, old.latitudeseconds);
+        EXPECT_EQ(now.azimuth, old.azimuth);
+        EXPECT_EQ(now.headers[2].firstgaterange, old.headers[2].firstgaterange);
+        for (int i = 0; i < old.nfields * old.ngates; ++i)
+            ASSERT_EQ(now.data[i], old.data[i]) << "ray " << r << " word " << i;
+    }
+    const scan::Scan classes = scan::readScan(output);
+    EXPECT_GT(shareRight(classes.sweeps.at(0).fields.at(4).values, kRain), 0.97);
+}
+
+TEST_F(Classify, ClassifyingAgainReplacesTheClasses) {
+    const std::string first = directory_.file("first.uf");
+    const std::string second = directory_.file("second.uf");
+    ASSERT_EQ(runProgram("classify -q " + scan_ + " -o " + first).code, 0);
+    ASSERT_EQ(runProgram("classify -q " + first + " -o " + second).code, 0);
+    EXPECT_EQ(readFile(first), readFile(second));
+}
+
+TEST_F(Classify, AnotherFieldNamedLikeTheClassesIsKept) {
+    std::vector<UfRecord> rays;
+    std::mt19937 random(1);
+    for (int r = 0; r < 4; ++r) {
+        std::vector<UfField> fields = makeFields(r, random, 50);
+        fields.push_back({"CC", std::vector<int>(50, 97)});
+        rays.push_back(ufRay(fields, r + 1));
+    }
+    writeFile(scan_, ufFile(rays));
+    const std::string output = directory_.file("classes.uf");
+    ASSERT_EQ(runProgram("classify -q " + scan_ + " -o " + output).code, 0);
+    const scan::Scan scan = scan::readScan(output);
+    EXPECT_FLOAT_EQ(scan.sweeps.at(0).fields.at(4).values.at(0), 0.97F);
+    EXPECT_EQ(scan.sweeps.at(0).fields.at(5).name, "C1");
+}
+
+TEST_F(Classify, RaysOfDifferentLengthKeepTheirLength) {
+    std::mt19937 random(2);
+    std::vector<UfRecord> rays;
+    for (int r = 0; r < 8; ++r) rays.push_back(ufRay(makeFields(r, random, 100 - 10 * r), r + 1));
+    writeFile(scan_, ufFile(rays));
+    const std::string output = directory_.file("classes.uf");
+    const Outcome outcome = runProgram("classify " + scan_ + " -o " + output);
+    ASSERT_EQ(outcome.code, 0) << outcome.out;
+    const scan::Sweep sweep = scan::readScan(output).sweeps.at(0);
+    EXPECT_EQ(sweep.rayGates, (std::vector<int>{100, 90, 80, 70, 60, 50, 40, 30}));
+    for (int r = 0; r < 8; ++r)
+        for (int g = 0; g < 100; ++g)
+            EXPECT_EQ(std::isnan(sweep.fields.at(4).values[static_cast<size_t>(r * 100 + g)]),
+                      g >= 100 - 10 * r);
+}
+
+TEST_F(Classify, TheTableHasOneLineAGate) {
+    const std::string output = directory_.file("classes.csv");
+    ASSERT_EQ(runProgram("classify -q " + scan_ + " -o " + output).code, 0);
+    std::ifstream table(output);
+    std::string line;
+    ASSERT_TRUE(std::getline(table, line));
+    EXPECT_EQ(line.substr(0, 26), "range/angle,0.0,6.0,12.0,1");
+    int lines = 0;
+    while (std::getline(table, line)) {
+        ASSERT_EQ(std::count(line.begin(), line.end(), ','), kRays + 1);
+        if (lines == 100) {
+            EXPECT_EQ(line.substr(0, 6), "25.00,");
+        }
+        ++lines;
+    }
+    EXPECT_EQ(lines, kGates);
+}
+
+TEST_F(Classify, AFieldRecordBecomesUniversalFormat) {
+    scan::Scan input = scan::readScan(scan_);
+    const scan::Sweep& sweep = input.sweeps.at(0);
+    const char* names[] = {"Zh", "Zdr", "Phidp", "XY"};
+    Cpluvek records[4];
+    for (size_t f = 0; f < 4; ++f) {
+        records[f].nrays = sweep.nrays;
+        records[f].ngates = sweep.ngates;
+        records[f].coordtype = 0;
+        records[f].firstgate = 5;
+        records[f].gatesize = 250;
+        records[f].colorflag = 255;
+        records[f].nrecords = 4;
+        std::snprintf(records[f].name, sizeof records[f].name, "%s", names[f]);
+        records[f].angles = new float[kRays + 1]();
+        for (int r = 0; r < kRays; ++r)
+            records[f].angles[1 + r] = static_cast<float>(r * 2 * M_PI / kRays);
+        records[f].data = new float[kRays * kGates];
+        std::copy(sweep.fields[f].values.begin(), sweep.fields[f].values.end(), records[f].data);
+    }
+    records[3].data[17] = NAN;
+    const std::string path = directory_.file("records.plv");
+    const std::string output = directory_.file("records.uf");
+    ASSERT_EQ(records[0].WriteDataToFile(path.c_str()), 1);
+    const Outcome outcome = runProgram("classify " + path + " -o " + output);
+    ASSERT_EQ(outcome.code, 0) << outcome.out;
+    const scan::Sweep result = scan::readScan(output).sweeps.at(0);
+    ASSERT_EQ(result.fields.size(), 5u);
+    EXPECT_EQ(result.fields[0].name, "DZ");
+    EXPECT_EQ(result.fields[3].name, "XY");
+    EXPECT_TRUE(std::isnan(result.fields[3].values[17]));
+    EXPECT_EQ(result.fields[4].name, "CC");
+    EXPECT_DOUBLE_EQ(result.firstGateM, 1250);
+    EXPECT_NEAR(result.azimuthDeg[20], 120, 0.02);
+    EXPECT_GT(shareRight(result.fields[4].values, kRain), 0.95);
+}
+
+TEST_F(Classify, SweepsOfAVolumeAreClassifiedOneByOne) {
+    const std::string path = volume();
+    const std::string base = directory_.path() + "/out/";
+    Outcome outcome = runProgram("classify " + path + " -o " + base + " --format csv");
+    ASSERT_EQ(outcome.code, 0) << outcome.out;
+    EXPECT_NE(outcome.out.find("total: 2 sweeps"), std::string::npos);
+    EXPECT_EQ(filesIn(base), (std::vector<std::string>{"volume_sweep1.csv", "volume_sweep2.csv"}));
+    EXPECT_EQ(readFile(base + "volume_sweep1.csv"), readFile(base + "volume_sweep2.csv"));
+    ASSERT_EQ(runProgram("classify -q " + path + " --sweep 2 -o " + base + "one.uf").code, 0);
+    const scan::Scan one = scan::readScan(base + "one.uf");
+    ASSERT_EQ(one.sweeps.size(), 2u);
+    EXPECT_TRUE(std::isnan(one.sweeps[0].fields.at(4).values.at(0)));
+    EXPECT_GT(shareRight(one.sweeps[1].fields.at(4).values, kRain), 0.97);
+}
+
+TEST_F(Classify, OptionsChangeTheResult) {
+    const std::string plain = directory_.file("plain.plv");
+    ASSERT_EQ(runProgram("classify -q " + scan_ + " -o " + plain).code, 0);
+    const auto reference = readFile(plain);
+    for (const char* option :
+         {"--inputs zhh-texture", "--inputs rhv", "--window 3x1", "--min-snr 45",
+          "--radar-constant 10", "--map DR=none,PH=none,RH=none"}) {
+        const std::string output = directory_.file("other.plv");
+        const Outcome outcome = runProgram("classify -q " + scan_ + " -o " + output + " " + option);
+        ASSERT_EQ(outcome.code, 0) << option << outcome.out;
+        EXPECT_NE(readFile(output), reference) << option;
+    }
+    const Outcome given = runProgram("classify " + scan_ + " --radar-constant 30 --min-snr 10");
+    EXPECT_NE(given.out.find("30.0 dB, as given"), std::string::npos);
+    EXPECT_EQ(given.out.find("estimated"), std::string::npos);
+}
+
+/* Rays that are no neighbours must not share a window: the last of a sector and the first. */
+TEST_F(Classify, TheEndsOfASectorDoNotMeet) {
+    std::vector<UfRecord> rays;
+    for (int r = 0; r < 12; ++r) {
+        /* the last three rays are 30 dB stronger: across that border the texture is high */
+        rays.push_back(ufRay({{"DZ", std::vector<int>(60, r < 9 ? 2000 + r : 5000 + r)}}, r + 1));
+        rays.back().set(33, r * 64);
+    }
+    writeFile(scan_, ufFile(rays));
+    const std::string output = directory_.file("classes.plv");
+    ASSERT_EQ(runProgram("classify -q " + scan_ + " --radar-constant 60 -o " + output).code, 0);
+    const std::vector<float> classes = scan::readScan(output).sweeps.at(0).fields.at(0).values;
+    EXPECT_EQ(classes[8 * 60 + 30], 5); /* the border inside the sector is seen */
+    EXPECT_EQ(classes[0 * 60 + 30], 0); /* the one round the back is not */
+    EXPECT_EQ(classes[11 * 60 + 30], 0);
+}
+
+/* A gate without reflectivity is noise at any range, one without another value is judged by the
+ * rest: neither may decide a class by itself. */
+TEST_F(Classify, MissingValuesDecideNothing) {
+    std::mt19937 random(5);
+    std::vector<UfRecord> rays;
+    for (int r = 0; r < kRays; ++r) {
+        std::vector<UfField> fields = makeFields(r, random, kGates);
+        fields[0].words[1] = kUfMissing;
+        fields.push_back({"CM", std::vector<int>(kGates, kUfMissing)});
+        fields.push_back({"LD", std::vector<int>(kGates, kUfMissing)});
+        fields[4].words[0] = fields[5].words[0] = 50;
+        fields[4].words[2] = fields[5].words[2] = 51;
+        rays.push_back(ufRay(fields, r + 1));
+        rays.back().set(33, r * 64 * 360 / kRays);
+    }
+    writeFile(scan_, ufFile(rays));
+    const std::string output = directory_.file("classes.plv");
+    const Outcome outcome =
+        runProgram("classify " + scan_ + " --map CM=pdf --radar-constant 90 -o " + output);
+    ASSERT_EQ(outcome.code, 0) << outcome.out;
+    EXPECT_NE(outcome.out.find("; ldr pdf rhv"), std::string::npos) << outcome.out;
+    EXPECT_NE(outcome.out.find("(60 without a reflectivity)"), std::string::npos) << outcome.out;
+    const std::vector<float> classes = scan::readScan(output).sweeps.at(0).fields.at(0).values;
+    for (int r = 0; r < kRays; ++r) EXPECT_EQ(classes[static_cast<size_t>(r * kGates + 1)], 3);
+    /* all noise is echo here, and blurs the edges */
+    EXPECT_GT(shareRight(classes, kRain), 0.85);
+    EXPECT_GT(shareRight(classes, kClutter), 0.9);
+}
+
+TEST_F(Classify, MeasuredVolumeIsClassified) {
+    const std::string data = measuredDataDir(SOURCE_DIRECTORY);
+    if (data.empty()) GTEST_SKIP() << "no measured files";
+    const std::string output = directory_.file("classes.uf");
+    const std::string input = data + "/npol_20110524_2356_rhi.uf";
+    const Outcome outcome = runProgram("classify " + input + " -o " + output);
+    ASSERT_EQ(outcome.code, 0) << outcome.out;
+    EXPECT_NE(outcome.out.find("RHI 173.0 deg, 194 rays x 999 gates"), std::string::npos);
+    const scan::Scan scan = scan::readScan(output);
+    ASSERT_EQ(scan.sweeps.size(), 3u);
+    EXPECT_NEAR(scan.latitudeDeg, 36.5442, 0.001);
+    EXPECT_NEAR(scan.longitudeDeg, -97.1756, 0.001);
+}
+
+}  // namespace
