@@ -31,3 +31,12 @@ def _register_accessor() -> None:
 
 
 _when_imported("xarray", _register_accessor)
+
+
+def __getattr__(name: str) -> object:
+    """Modules that need more than numpy are imported when they are asked for."""
+    if name not in ("accessor", "plot", "pyart", "sweeps"):
+        raise AttributeError(f"module {__name__!r} has no attribute {name!r}")
+    from importlib import import_module
+
+    return import_module(f".{name}", __name__)
