@@ -33,8 +33,8 @@ def test_whichever_is_imported_first(imports: str) -> None:
 
 
 def test_modules_come_when_they_are_asked_for() -> None:
-    program = "import clutterclassifier as cc; print(cc.sweeps.clean.__name__, cc.pyart.gate_excluded.__name__)"
-    assert run(program) == "clean gate_excluded\n"
+    program = "import clutterclassifier as cc; print(cc.sweeps.clean.__name__, cc.pyart.from_radar.__name__)"
+    assert run(program) == "clean from_radar\n"
     with pytest.raises(AttributeError, match="no_such_thing"):
         getattr(cc, "no_such_thing")
 
