@@ -12,7 +12,6 @@ from .readers import open_dx, open_polar, open_record, open_uf, read, recognise
 
 from ._process import Processed, Stage, process
 from ._settings import check_config, config_table, example_config
-from ._register import when_imported as _when_imported
 from ._toolkit import (Contingency, RadarConstant, contingency, despeckle, estimate_radar_constant,
                        isolated_gates, signal_to_noise, smooth, texture, to_decibels, to_linear)
 from ._corrections import (AttenuationAlgorithm, AttenuationResult, BeamPattern, HotSpot, HotSpots,
@@ -25,18 +24,8 @@ from ._corrections import (AttenuationAlgorithm, AttenuationResult, BeamPattern,
 
 from ._version import __version__
 
-
-def _register_accessor() -> None:
-    from . import accessor  # noqa: F401
-
-
-_when_imported("xarray", _register_accessor)
-
-
-def __getattr__(name: str) -> object:
-    """Modules that need more than numpy are imported when they are asked for."""
-    if name not in ("accessor", "plot", "pyart", "sweeps"):
-        raise AttributeError(f"module {__name__!r} has no attribute {name!r}")
-    from importlib import import_module
-
-    return import_module(f".{name}", __name__)
+try:  # with xarray: ds.clutter, and the functions of sweeps
+    from . import accessor, backends, plot, pyart, sweeps
+except ModuleNotFoundError as _missing:
+    if _missing.name != "xarray":
+        raise
