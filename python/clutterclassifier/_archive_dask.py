@@ -46,11 +46,12 @@ def processors() -> int:
 @contextlib.contextmanager
 def local_client(workers: int) -> Iterator[Client]:
     """A client of a cluster of processes on this machine, not reachable from others."""
-    settings = {"distributed.scheduler.allowed-failures": _LOCAL_FAILURES}
+    environment = dask.config.get("distributed.nanny.pre-spawn-environ", {})
+    settings = {"distributed.scheduler.allowed-failures": _LOCAL_FAILURES,
+                "distributed.nanny.pre-spawn-environ": environment | {"DASK_LOGGING__DISTRIBUTED": "critical"}}
     with dask.config.set(settings), _quiet(), LocalCluster(
             n_workers=workers, threads_per_worker=1, processes=True, host="127.0.0.1",
-            dashboard_address=None, silence_logs=logging.CRITICAL,
-            env={"DASK_LOGGING__DISTRIBUTED": "critical"}) as cluster:
+            dashboard_address=None, silence_logs=logging.CRITICAL) as cluster:
         with Client(cluster, set_as_default=False) as client:
             client.register_worker_plugin(_DeafToInterruptions())
             yield client
