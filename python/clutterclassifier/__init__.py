@@ -12,6 +12,7 @@ from .readers import open_dx, open_polar, open_record, open_uf, read, recognise
 
 from ._process import Processed, Stage, process
 from ._settings import check_config, config_table, example_config
+from ._register import when_imported as _when_imported
 from ._toolkit import (Contingency, RadarConstant, contingency, despeckle, estimate_radar_constant,
                        isolated_gates, signal_to_noise, smooth, texture, to_decibels, to_linear)
 from ._corrections import (AttenuationAlgorithm, AttenuationResult, BeamPattern, HotSpot, HotSpots,
@@ -23,3 +24,10 @@ from ._corrections import (AttenuationAlgorithm, AttenuationResult, BeamPattern,
                            vertical_profiles, vertical_statistics, z_to_rain)
 
 from ._version import __version__
+
+
+def _register_accessor() -> None:
+    from . import accessor  # noqa: F401
+
+
+_when_imported("xarray", _register_accessor)

@@ -138,7 +138,7 @@ def beam_pattern(range: float, *, elevation: float = 0.0, beamwidth: float = 1.0
     elevation : float
         Degrees.
     beamwidth : float
-        Width of the beam at half power, degrees.
+        Width of the beam at half power, one way, degrees.
 
     Returns
     -------
@@ -236,7 +236,7 @@ def correct_profile(dbzh: ArrayLike, *, profiles: str | os.PathLike[str], range:
     freezing_level : float or array_like
         Height of the freezing level above the antenna, m; for all gates, each ray or each gate.
     beamwidth : float
-        Width of the beam at half power, degrees.
+        Width of the beam at half power, one way, degrees.
 
     Returns
     -------

@@ -3,70 +3,26 @@
 from __future__ import annotations
 
 import os
-from typing import Any, NamedTuple
+from typing import Any
 
 import numpy as np
 import xarray as xr
 from numpy.typing import NDArray
 
 from . import _classify, _process
-from ._arrays import NO_ECHO, finite
+from ._arrays import NO_ECHO
+from ._calibration_sweep import Calibration, estimate_now, estimated, find_calibration
 from ._classify import InputSelection, parse_inputs
 from ._codes import CLASS, ClassSelection, class_attributes, code_table, library_codes, parse_classes
-from ._sweep import (UNFILTERED, FieldMap, Sweep, apply, describe, find_sweep, has_gates, is_no_echo,
-                     no_echo_value, other_reflectivity, with_attributes, with_history)
-from ._toolkit import estimate_radar_constant
+from ._sweep import (FieldMap, Sweep, apply, describe, extended, find_sweep, has_gates, is_no_echo,
+                     is_unfiltered, no_echo_value, other_reflectivity, with_attributes, with_history)
 from .echo import MISSING, PRECIPITATION, Inputs
-
-#: Lowest signal-to-noise ratio of an echo (dB) where the dataset has the calibration constant: below
-#: it textures are those of the noise.
-ECHO_SNR = 10.0
 
 #: Share of gates that a clutter filter changes, at least.
 _FILTERED_SHARE = 0.01
 
 
-class Calibration(NamedTuple):
-    """Constant and lowest ratio, dB; None is what each scan's own estimate says."""
-
-    radar_constant: float | None
-    min_snr: float | None
-    source: str
-
-
-def find_calibration(ds: xr.Dataset, radar_constant: float | None, min_snr: float | None) -> Calibration:
-    if min_snr is None and "min_snr" in ds.attrs:
-        min_snr = ds.attrs["min_snr"]
-    if radar_constant is not None:
-        chosen = (radar_constant, _process.DEFAULT_MIN_SNR, "argument")
-    elif "radar_constant" in ds.attrs:
-        chosen = (ds.attrs["radar_constant"], ECHO_SNR, "dataset")
-    else:
-        return Calibration(None, None if min_snr is None else finite("min_snr", min_snr), "estimate")
-    return Calibration(finite("radar_constant", chosen[0]),
-                        finite("min_snr", chosen[1] if min_snr is None else min_snr), chosen[2])
-
-
-def estimate_now(sweep: Sweep, calibration: Calibration) -> Calibration:
-    """The estimate itself where it costs no computation of lazy arrays: of a single scan in memory."""
-    if calibration.radar_constant is not None or sweep.is_lazy or sweep.dbzh.ndim > 2:
-        return calibration
-    order = (sweep.rays, "range")
-    rhohv = sweep.fields.get("rhohv")
-    constant, ratio = _estimated(
-        sweep.dbzh.transpose(*order).values, None if rhohv is None else rhohv.transpose(*order).values,
-        sweep.spacing, calibration.min_snr, no_echo_value(sweep.dbzh))
-    return Calibration(constant, ratio, "estimate")
-
-
-def _estimated(dbzh: NDArray[Any], rhohv: NDArray[Any] | None, spacing: float, min_snr: float | None,
-               no_echo: float | None) -> tuple[float, float]:
-    measured = np.where(is_no_echo(dbzh, no_echo), np.nan, dbzh)
-    estimate = estimate_radar_constant(measured, rhohv=rhohv, range=spacing)
-    return estimate.radar_constant, estimate.min_snr if min_snr is None else min_snr
-
-
-def _differs(one: NDArray[Any], other: NDArray[Any]) -> bool:
+def is_filtered(one: NDArray[Any], other: NDArray[Any]) -> bool:
     """Whether a clutter filter stands between two reflectivities."""
     known = other[~np.isnan(other)]
     if known.size == 0 or (known == known[0]).all():
@@ -90,12 +46,12 @@ def _classify_arrays(dbzh: NDArray[Any], *, filtered: NDArray[Any] | None = None
 
 def _classify_one(dbzh: NDArray[Any], others: dict[str, NDArray[Any]], filtered: NDArray[Any] | None, *,
                   spacing: float, calibration: Calibration, inputs: int, no_echo: float | None,
-                  missing: str, circular: bool, table: NDArray[np.uint8] | None,
+                  missing: str, closed: bool, table: NDArray[np.uint8] | None,
                   options: dict[str, Any]) -> NDArray[np.uint8]:
     constant, ratio, _ = calibration
     if constant is None:
-        constant, ratio = _estimated(dbzh, others.get("rhohv"), spacing, ratio, no_echo)
-    if filtered is not None and _differs(dbzh, filtered):
+        constant, ratio = estimated(dbzh, others.get("rhohv"), spacing, ratio, no_echo)
+    if filtered is not None and is_filtered(dbzh, filtered):
         inputs &= ~Inputs.VRAD
     fields = {"dbzh": dbzh, **others}
     unknown = np.isnan(dbzh) if missing == "mask" else None
@@ -103,7 +59,7 @@ def _classify_one(dbzh: NDArray[Any], others: dict[str, NDArray[Any]], filtered:
         nothing = is_no_echo(dbzh, no_echo) | np.isnan(dbzh)
         if nothing.any():
             fields["dbzh"] = np.where(nothing, dbzh.dtype.type(NO_ECHO), dbzh)
-    if not circular:
+    if not closed:
         fields = {name: _with_empty_rays(name, values, _reach(options)) for name, values in fields.items()}
     classes = _classify.classify(**fields, range=spacing, radar_constant=constant, min_snr=ratio,
                                  inputs=inputs, missing="keep", **options)[:len(dbzh)]
@@ -124,24 +80,21 @@ def _with_empty_rays(name: str, values: NDArray[Any], count: int) -> NDArray[Any
     return np.concatenate([values, np.full((count, values.shape[1]), fill, dtype)])
 
 
-def standard_inputs(ds: xr.Dataset, sweep: Sweep, fields: FieldMap, inputs: InputSelection
-                     ) -> tuple[Inputs, xr.DataArray | None]:
-    """The inputs, and the reflectivity that tells whether the velocity is from behind the filter."""
-    available = parse_inputs(None, sweep.fields)
-    if inputs is not None:
-        return parse_inputs(inputs, sweep.fields), None
+def behind_filter(ds: xr.Dataset, sweep: Sweep, fields: FieldMap) -> xr.DataArray | None:
+    """The reflectivity that tells whether the velocity is from behind the clutter filter; None where
+    that is no question."""
     named = {str(key).lower() for key in fields or {}}
     velocity = sweep.fields.get("vrad")
-    if velocity is None or named & {"vrad", "vradh"} or str(velocity.name).lower() in UNFILTERED:
-        return available & ~Inputs.WRAD, None
-    return available & ~Inputs.WRAD, other_reflectivity(ds, sweep.dbzh)
+    if velocity is None or named & {"vrad", "vradh"} or is_unfiltered(velocity):
+        return None
+    return other_reflectivity(ds, sweep.dbzh)
 
 
 def classify(ds: xr.Dataset, *, fields: FieldMap = None, inputs: InputSelection = None,
              radar_constant: float | None = None, min_snr: float | None = None,
              membership: str | os.PathLike[str] | None = None,
              texture_window: tuple[int, int] = (5, 3), remove_isolated: bool = False,
-             all_classes: bool = False, missing: str = "mask", circular: bool = True,
+             all_classes: bool = False, missing: str = "mask", closed: bool = True,
              codes: str = "library", name: str = CLASS) -> xr.Dataset:
     """Tell precipitation from ground clutter and noise: the sweep with a variable ``CLASS``.
 
@@ -169,7 +122,7 @@ def classify(ds: xr.Dataset, *, fields: FieldMap = None, inputs: InputSelection 
         What NaN in the reflectivity means. ``"mask"``: not measured, no echo to the gates around it,
         class 255 (``_FillValue``). ``"no_echo"``: noise. ``"keep"``: handed to the library as it is.
         Gates with the value of the attribute ``_Undetect`` are noise, but for ``"keep"``.
-    circular : bool
+    closed : bool
         Whether the last ray is a neighbour of the first.
     codes : {"library", "pyrad"}
         ``"pyrad"`` numbers noise, clutter and precipitation 1, 2, 3, with 0 for no value.
@@ -192,18 +145,24 @@ def classify(ds: xr.Dataset, *, fields: FieldMap = None, inputs: InputSelection 
         raise ValueError(f"missing must be 'mask', 'no_echo' or 'keep', not {missing!r}")
     table = code_table(codes)
     sweep = find_sweep(ds, fields)
-    mask, filtered = standard_inputs(ds, sweep, fields, inputs)
+    mask = parse_inputs(inputs, sweep.fields) & (Inputs.ALL if inputs is not None else ~Inputs.WRAD)
+    filtered = behind_filter(ds, sweep, fields) if inputs is None else None
     calibration = estimate_now(sweep, find_calibration(ds, radar_constant, min_snr))
+    if filtered is not None and not sweep.is_lazy and sweep.dbzh.ndim == 2:
+        mask = mask & ~Inputs.VRAD if is_filtered(sweep.dbzh.values, filtered.values) else mask
+        filtered = None
     arrays = needed(sweep, mask, calibration)
     if filtered is not None:
         arrays["filtered"] = filtered
+    _classify._stage_settings(texture_window, remove_isolated, all_classes)
     options = {"membership": membership, "texture_window": texture_window,
                "remove_isolated": remove_isolated, "all_classes": all_classes}
     (classes,) = apply(_classify_arrays, arrays, sweep.rays, [np.uint8], spacing=sweep.spacing,
                        calibration=calibration, inputs=int(mask), no_echo=no_echo_value(sweep.dbzh),
-                       missing=missing, circular=circular, table=table, options=options)
+                       missing=missing, closed=closed, table=table, options=options)
     history = _history("classify", mask, calibration, texture_window=texture_window,
-                       remove_isolated=remove_isolated or None, all_classes=all_classes or None)
+                       remove_isolated=remove_isolated or None, all_classes=all_classes or None,
+                       without_vrad=None if filtered is None else f"where {filtered.name} differs in 1 %")
     classes = with_attributes(classes, name, None, history, **class_attributes(codes, all_classes))
     classes.encoding = {"_FillValue": np.uint8(MISSING if table is None else 0), "dtype": "uint8"}
     return with_history(ds.assign({name: classes}), history)
@@ -219,10 +178,8 @@ def needed(sweep: Sweep, mask: Inputs, calibration: Calibration) -> dict[str, xr
 
 def _history(function: str, inputs: Inputs, calibration: Calibration, **settings: Any) -> str:
     names = "|".join(bit.name for bit in Inputs if bit & inputs and bit in _classify._NEEDS)
-    constant, ratio, source = calibration
-    return describe(function, inputs=names,
-                    radar_constant=f"{'of each scan' if constant is None else round(constant, 4)} ({source})",
-                    min_snr=ratio, **settings)
+    return describe(function, inputs=names, radar_constant=calibration.words, min_snr=calibration.min_snr,
+                    **settings)
 
 
 def clean(ds: xr.Dataset, *, keep: ClassSelection = PRECIPITATION, classes: xr.DataArray | None = None,
@@ -265,6 +222,6 @@ def clean(ds: xr.Dataset, *, keep: ClassSelection = PRECIPITATION, classes: xr.D
         if key == name or not has_gates(field) or field.dtype.kind != "f":
             continue
         blanked[key] = field.where(stays).transpose(..., *field.dims)
-        blanked[key].attrs = field.attrs | {"history": f"{field.attrs.get('history', '')}\n{history}".strip()}
+        blanked[key].attrs = field.attrs | {"history": extended(field, history)}
         blanked[key].encoding = field.encoding
     return with_history(ds.assign(blanked), history)

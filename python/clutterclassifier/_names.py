@@ -12,12 +12,13 @@ RESERVED = frozenset((
     "sweep_number", "prt_mode", "follow_mode", "sweep_fixed_angle"))
 
 
-def check_names(names: Mapping[str, str] | None, raw: Iterable[str]) -> None:
+def check_names(names: Mapping[str, str] | None, raw: Sequence[str]) -> None:
     """Raise ValueError for a map of names that does not fit the `raw` names of a file."""
     names = names or {}
     missing = sorted(set(names) - set(raw))
     if missing:
-        raise ValueError(f"names: no field is called {', '.join(missing)} (but {', '.join(sorted(set(raw)))})")
+        raise ValueError(f"names: no field is called {', '.join(missing)}, "
+                         f"but {', '.join(sorted(set(raw)))}")
     taken = [name for name in names.values() if name in RESERVED]
     if taken:
         raise ValueError(f"names: {', '.join(taken)} cannot be the name of a field")

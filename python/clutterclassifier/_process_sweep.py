@@ -10,38 +10,41 @@ import xarray as xr
 from numpy.typing import NDArray
 
 from . import _process
-from ._arrays import finite
 from ._classify import InputSelection
-from ._classify_sweep import Calibration, estimate_now, find_calibration
+from ._calibration_sweep import Calibration, estimate_now, find_calibration
+from ._classify_sweep import behind_filter, is_filtered
 from ._codes import CLASS, class_attributes, library_codes
 from ._process import KEYS, Processed, Stage
 from ._settings import Config, Settings, read_settings
-from ._sweep import (RANGE, FieldMap, Sweep, apply, describe, find_sweep, has_gates, is_no_echo,
-                     no_echo_value, with_attributes, with_history)
-from .echo import MISSING
-from .fields import BY_ARGUMENT
+from ._sweep import (FieldMap, Sweep, angles, apply, describe, find_sweep, has_gates, is_no_echo, is_rhi,
+                     no_echo_value, on_measured, described, with_attributes, with_history)
+from .echo import MISSING, Inputs
 
-#: Results without a name in CfRadial: units, and what they are.
-_OTHER = {
-    "Dpdp": ("degrees", "Rise of the differential phase along the ray"),
-    "PdpC": ("degrees", "Differential phase rebuilt from the attenuation"),
-    "Ah": ("dB/km", "Specific attenuation H"),
-    "TA": ("dB", "Attenuation of the whole ray H"),
-    "a": ("unitless", "Coefficient a of Ah = a Z^b"),
-    "b": ("unitless", "Exponent b of Ah = a Z^b"),
-    "alpha": ("dB per degree", "Coefficient alpha of Ah = alpha KDP"),
-}
+_STAGES = tuple(stage for stage in Stage if stage != Stage.ALL)
 
 
-def _process_arrays(dbzh: NDArray[Any], *, names: tuple[str, ...], no_echo: float | None,
-                    settings: dict[str, Any], **others: NDArray[Any]) -> tuple[NDArray[Any], ...]:
+def _process_arrays(dbzh: NDArray[Any], *, filtered: NDArray[Any] | None = None, settings: dict[str, Any],
+                    names: tuple[str, ...], no_echo: float | None, **others: NDArray[Any]
+                    ) -> tuple[NDArray[Any], ...]:
     """Fields in the order of `names`, and the classes where there are any."""
+    if filtered is None:
+        return _process_scans(dbzh, names=names, no_echo=no_echo, settings=settings, **others)
+    results = []
+    for at in np.ndindex(dbzh.shape[:-2]):  # the velocity takes part in each scan or not
+        inputs = settings["inputs"] & (~Inputs.VRAD if is_filtered(dbzh[at], filtered[at]) else Inputs.ALL)
+        one = {name: values[at] for name, values in others.items()}
+        results.append(_process_scans(dbzh[at], names=names, no_echo=no_echo,
+                                      settings=settings | {"inputs": inputs}, **one))
+    return tuple(np.stack(arrays).reshape(dbzh.shape) for arrays in zip(*results))
+
+
+def _process_scans(dbzh: NDArray[Any], *, names: tuple[str, ...], no_echo: float | None,
+                   settings: dict[str, Any], **others: NDArray[Any]) -> tuple[NDArray[Any], ...]:
     if dbzh.dtype.kind != "f":
         dbzh = dbzh.astype(np.float64)
     unknown = np.isnan(dbzh)
     nothing = is_no_echo(dbzh, no_echo)
-    measured = np.where(nothing, np.nan, dbzh) if nothing.any() else dbzh
-    result = _process.process(measured, **others, **settings)
+    result = _process.process(on_measured(dbzh, no_echo), **others, **settings)
     if not result.stages & Stage.BLANKING:
         for name, value in (("DBZH", no_echo), ("RATE", 0.0)):  # no echo is no rain
             if name in result.fields:
@@ -60,26 +63,6 @@ def _foresee(sweep: Sweep, arguments: set[str], settings: dict[str, Any]) -> Pro
     return _process.process(few, **{name: few for name in arguments - {"dbzh"}}, **rehearsal)
 
 
-def _angles(ds: xr.Dataset, sweep: Sweep, rhi: bool) -> dict[str, xr.DataArray]:
-    """Azimuth and elevation along the rays; the fixed angle of a sweep is the elevation of all."""
-    count = xr.DataArray(np.zeros(sweep.dbzh.sizes[sweep.rays]), dims=[sweep.rays])
-    sources = {"azimuth": ds.get("azimuth"), "elevation": ds.get("elevation")}
-    fixed = ds.get("sweep_fixed_angle")
-    if not rhi and fixed is not None and fixed.dtype.kind in "fiu":
-        sources["elevation"] = fixed
-    return {name: (angle + count).reset_coords(drop=True) for name, angle in sources.items()
-            if angle is not None and RANGE not in angle.dims}
-
-
-def is_rhi(ds: xr.Dataset, rays: str) -> bool:
-    """Whether a sweep is a range-height scan, by its dimension or its mode."""
-    mode = ds.get("sweep_mode")
-    if rays == "elevation" or mode is None:
-        return rays == "elevation"
-    words = np.unique(np.atleast_1d(np.asarray(mode.values)).astype(str))
-    return all("rhi" in word or "elevation" in word for word in words)
-
-
 def process(ds: xr.Dataset, config: Config | Settings = None, *, fields: FieldMap = None,
             inputs: InputSelection = None, what: Stage | int | None = None,
             freezing_level: float | None = None, radar_constant: float | None = None,
@@ -95,7 +78,7 @@ def process(ds: xr.Dataset, config: Config | Settings = None, *, fields: FieldMa
     fields : dict, optional
         Which variable is what: ``{"dbzh": "my_name"}``; None leaves a quantity out.
     what, inputs, freezing_level, membership
-        As for `clutterclassifier.process`.
+        As for `clutterclassifier.process`; of the velocity see `classify` of sweeps.
     radar_constant, min_snr : float, optional
         As for `classify` of sweeps.
 
@@ -125,16 +108,20 @@ def process(ds: xr.Dataset, config: Config | Settings = None, *, fields: FieldMa
     calibration = estimate_now(sweep, find_calibration(ds, radar_constant, min_snr))
     rhi = is_rhi(ds, sweep.rays)
     keywords = {"rhi": rhi, "inputs": mask, "config": settings, "what": stages, "membership": membership,
-                "freezing_level": None if freezing_level is None else finite("freezing_level", freezing_level)}
+                "freezing_level": freezing_level}
     outcome = _foresee(sweep, set(arrays), keywords)
+    usual = inputs is None and settings.inputs in (None, 255)
+    filtered = behind_filter(ds, sweep, fields) if usual else None
+    if filtered is not None:
+        arrays["filtered"] = filtered
     keywords |= {"range": sweep.spacing, "radar_constant": calibration.radar_constant,
                  "min_snr": calibration.min_snr}
     names = tuple(outcome.fields)
     dtypes = [np.float32] * len(names) + [np.uint8] * (outcome.classes is not None)
-    results = apply(_process_arrays, arrays, sweep.rays, dtypes, along_rays=_angles(ds, sweep, rhi),
+    results = apply(_process_arrays, arrays, sweep.rays, dtypes, along_rays=angles(ds, sweep, rhi),
                     names=names, no_echo=no_echo_value(sweep.dbzh), settings=keywords)
-    history = _history(outcome, calibration, settings)
-    variables = {name: _described(name, result, sweep, history) for name, result in zip(names, results)}
+    history = _history(outcome, calibration, settings, filtered)
+    variables = {name: described(name, result, sweep, history) for name, result in zip(names, results)}
     if outcome.classes is not None:
         classes = with_attributes(results[-1], CLASS, None, history, **class_attributes("library", False))
         classes.encoding = {"_FillValue": np.uint8(MISSING), "dtype": "uint8"}
@@ -143,21 +130,12 @@ def process(ds: xr.Dataset, config: Config | Settings = None, *, fields: FieldMa
     return with_history(rest.assign(variables), history)
 
 
-def _described(name: str, result: xr.DataArray, sweep: Sweep, history: str) -> xr.DataArray:
-    sources = {BY_ARGUMENT[argument].name: field for argument, field in sweep.fields.items()}
-    source = sources.get(name)
-    units, long_name = _OTHER.get(name, (None, None))
-    attributes = {} if units is None else {"units": units, "long_name": long_name}
-    if name == "DBZH" and source is not None and "_Undetect" in source.attrs:
-        attributes["_Undetect"] = no_echo_value(source)
-    return with_attributes(result, name, source, history, **attributes)
-
-
-def _history(outcome: Processed, calibration: Calibration, settings: Settings) -> str:
-    constant, ratio, source = calibration
+def _history(outcome: Processed, calibration: Calibration, settings: Settings,
+             filtered: xr.DataArray | None) -> str:
     return describe(
-        "process", stages="|".join(stage.name for stage in Stage if stage & outcome.stages and stage != 255),
+        "process", stages="|".join(stage.name for stage in _STAGES if stage & outcome.stages),
         inputs=int(outcome.inputs) if outcome.stages & Stage.CLASSIFICATION else None,
-        radar_constant=f"{'of each scan' if constant is None else round(constant, 4)} ({source})",
-        min_snr=ratio, freezing_level=outcome.freezing_level,
+        radar_constant=calibration.words, min_snr=calibration.min_snr,
+        freezing_level=outcome.freezing_level,
+        without_vrad=None if filtered is None else f"where {filtered.name} differs in 1 %",
         settings=" ".join(settings.text.split()) or None, notes="; ".join(outcome.notes) or None)

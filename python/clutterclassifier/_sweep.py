@@ -10,7 +10,7 @@ import numpy as np
 import xarray as xr
 from numpy.typing import ArrayLike, DTypeLike, NDArray
 
-from ._arrays import as_numbers
+from ._arrays import gate_spacing
 from ._version import __version__
 from .fields import BY_ARGUMENT, BY_NAME, QUANTITIES
 
@@ -88,24 +88,26 @@ def find_fields(ds: xr.Dataset, fields: FieldMap = None) -> dict[str, xr.DataArr
     return found
 
 
+def is_unfiltered(field: xr.DataArray) -> bool:
+    """Whether the name of a field, or that in its file, says: from before the clutter filter."""
+    return not UNFILTERED.isdisjoint({str(field.name).lower(), str(field.attrs.get("raw_name")).lower()})
+
+
 def other_reflectivity(ds: xr.Dataset, dbzh: xr.DataArray) -> xr.DataArray | None:
     """The reflectivity behind the clutter filter, beside one from before it."""
-    if str(dbzh.name).lower() not in UNFILTERED:
+    if not is_unfiltered(dbzh):
         return None
-    for name, variable in ds.data_vars.items():
-        lower = str(name).lower()
-        if lower in BY_NAME["DBZH"].aliases and lower not in UNFILTERED and variable.dims == dbzh.dims:
-            return variable
+    for name, field in ds.data_vars.items():
+        known = str(name).lower() in BY_NAME["DBZH"].aliases
+        if known and not is_unfiltered(field) and field.dims == dbzh.dims:
+            return field
     return None
 
 
 def gate_step(ds: xr.Dataset) -> float:
     """The gate spacing of a sweep, m."""
     if RANGE in ds.coords:
-        ranges = as_numbers(RANGE, ds[RANGE].values)
-        if ranges.ndim != 1:
-            raise ValueError(f"range must have one dimension, not the shape {ranges.shape}")
-        return float(ranges[1] - ranges[0]) if ranges.size > 1 else float(ranges[0])
+        return gate_spacing(np.atleast_1d(ds[RANGE].values), ds.sizes[RANGE])
     raise ValueError("the dataset has no coordinate range (m)")
 
 
@@ -143,6 +145,12 @@ def is_no_echo(values: NDArray[Any], no_echo: float | None) -> NDArray[np.bool_]
     return np.isclose(values, no_echo, rtol=1e-5, atol=1e-4)
 
 
+def on_measured(values: NDArray[Any], no_echo: float | None) -> NDArray[Any]:
+    """The values with NaN for no echo."""
+    nothing = is_no_echo(values, no_echo)
+    return np.where(nothing, np.nan, values).astype(values.dtype) if nothing.any() else values
+
+
 def _on_arrays(function: Callable[..., Any], names: Sequence[str], gates: int, settings: dict[str, Any],
                *arrays: ArrayLike) -> Any:
     """Calls a function with arrays by name, all of the same leading dimensions."""
@@ -154,26 +162,48 @@ def _on_arrays(function: Callable[..., Any], names: Sequence[str], gates: int, s
 
 
 def apply(function: Callable[..., Any], fields: Mapping[str, xr.DataArray], rays: str,
-          output_dtypes: Sequence[DTypeLike], *, along_rays: Mapping[str, xr.DataArray] | None = None,
-          **settings: Any) -> list[xr.DataArray]:
+          output_dtypes: Sequence[DTypeLike], /, *,
+          along_rays: Mapping[str, xr.DataArray] | None = None,
+          per_ray: int = 0, **settings: Any) -> list[xr.DataArray]:
     """Arrays through a function of arrays by name, shape (..., rays, range), with coordinates kept.
 
     Dask arrays stay lazy: whole scans in one piece, leading dimensions chunk by chunk. The results
-    have the dimensions of the first field in its order.
+    have the dimensions of the first field in its order, the last `per_ray` of them without range.
     """
-    angles = dict(along_rays or {})
-    arrays = [*fields.values(), *angles.values()]
-    core = [[rays, RANGE]] * len(fields) + [[rays]] * len(angles)
+    by_ray = dict(along_rays or {})
+    arrays = [*fields.values(), *by_ray.values()]
+    core = [[rays, RANGE]] * len(fields) + [[rays]] * len(by_ray)
     for name, field in fields.items():
         if rays not in field.dims or RANGE not in field.dims:
             raise ValueError(f"{name} has the dimensions {field.dims}, without {rays} or {RANGE}")
-    call = functools.partial(_on_arrays, function, [*fields, *angles], len(fields), settings)
+    call = functools.partial(_on_arrays, function, [*fields, *by_ray], len(fields), settings)
+    of_gates = [[rays, RANGE]] * (len(output_dtypes) - per_ray)
     results = xr.apply_ufunc(
-        call, *arrays, input_core_dims=core, output_core_dims=[[rays, RANGE]] * len(output_dtypes),
+        call, *arrays, input_core_dims=core, output_core_dims=of_gates + [[rays]] * per_ray,
         dask="parallelized", output_dtypes=list(output_dtypes), dask_gufunc_kwargs={"allow_rechunk": True})
     results = list(results) if isinstance(results, tuple) else [results]
     order = next(iter(fields.values())).dims
-    return [result.transpose(..., *order) for result in results]
+    return [result.transpose(..., *(name for name in order if name in result.dims)) for result in results]
+
+
+def angles(ds: xr.Dataset, sweep: Sweep, rhi: bool) -> dict[str, xr.DataArray]:
+    """Azimuth and elevation along the rays; the fixed angle of a sweep is the elevation of all."""
+    count = xr.DataArray(np.zeros(sweep.dbzh.sizes[sweep.rays]), dims=[sweep.rays])
+    sources = {"azimuth": ds.get("azimuth"), "elevation": ds.get("elevation")}
+    fixed = ds.get("sweep_fixed_angle")
+    if not rhi and fixed is not None and fixed.dtype.kind in "fiu":
+        sources["elevation"] = fixed
+    return {name: (angle + count).reset_coords(drop=True) for name, angle in sources.items()
+            if angle is not None and RANGE not in angle.dims}
+
+
+def is_rhi(ds: xr.Dataset, rays: str) -> bool:
+    """Whether a sweep is a range-height scan, by its dimension or its mode."""
+    mode = ds.get("sweep_mode")
+    if rays == "elevation" or mode is None:
+        return rays == "elevation"
+    words = np.unique(np.atleast_1d(np.asarray(mode.values)).astype(str))
+    return all("rhi" in word or "elevation" in word for word in words)
 
 
 def with_attributes(field: xr.DataArray, name: str, source: xr.DataArray | None, history: str,
@@ -185,19 +215,46 @@ def with_attributes(field: xr.DataArray, name: str, source: xr.DataArray | None,
     if quantity is not None:
         attrs |= {"units": quantity.units, "standard_name": quantity.standard_name,
                   "long_name": quantity.long_name}
-    before = "" if source is None else source.attrs.get("history", "")
-    attrs |= attributes | {"history": f"{before}\n{history}".lstrip("\n")}
+    attrs |= attributes | {"history": history if source is None else extended(source, history)}
     result = field.rename(name)
     result.attrs = attrs
     return result
 
 
+def extended(old: xr.Dataset | xr.DataArray, history: str) -> str:
+    """A history with one more line."""
+    return f"{old.attrs.get('history', '')}\n{history}".lstrip("\n")
+
+
 def with_history(ds: xr.Dataset, history: str) -> xr.Dataset:
     """The dataset with one more line in its history."""
-    return ds.assign_attrs(history=f"{ds.attrs.get('history', '')}\n{history}".lstrip("\n"))
+    return ds.assign_attrs(history=extended(ds, history))
 
 
 def describe(function: str, **settings: Any) -> str:
     """One line of history."""
     words = ", ".join(f"{name}={value}" for name, value in settings.items() if value is not None)
     return f"clutterclassifier {__version__}: {function}({words})"
+
+
+#: Results without a name in CfRadial: units, and what they are.
+_OTHER = {
+    "Dpdp": ("degrees", "Rise of the differential phase along the ray"),
+    "PdpC": ("degrees", "Differential phase rebuilt from the attenuation"),
+    "Ah": ("dB/km", "Specific attenuation H"),
+    "TA": ("dB", "Attenuation of the whole ray H"),
+    "a": ("unitless", "Coefficient a of Ah = a Z^b"),
+    "b": ("unitless", "Exponent b of Ah = a Z^b"),
+    "alpha": ("dB per degree", "Coefficient alpha of Ah = alpha KDP"),
+}
+
+
+def described(name: str, result: xr.DataArray, sweep: Sweep, history: str) -> xr.DataArray:
+    """A result of the chain with the attributes of its quantity and of the field it was made of."""
+    sources = {BY_ARGUMENT[argument].name: field for argument, field in sweep.fields.items()}
+    source = sources.get(name)
+    units, long_name = _OTHER.get(name, (None, None))
+    attributes = {} if units is None else {"units": units, "long_name": long_name}
+    if name == "DBZH" and source is not None and "_Undetect" in source.attrs:
+        attributes["_Undetect"] = no_echo_value(source)
+    return with_attributes(result, name, source, history, **attributes)

@@ -2,7 +2,7 @@
 
 ``xr.open_dataset("scan.uf")`` finds the automatic engine by itself where the package is installed;
 ``engine="clutterclassifier-uf"`` and so on ask for one format. Where the package is only on the path,
-give the class: ``xr.open_dataset("scan.uf", engine=AutomaticBackend)``.
+give the class: ``xr.open_dataset("scan.uf", engine=AnyFormatBackend)``.
 """
 
 from __future__ import annotations
@@ -21,7 +21,7 @@ from . import readers
 Names = Union[Mapping[str, str], None]
 
 
-class AutomaticBackend(BackendEntrypoint):
+class AnyFormatBackend(BackendEntrypoint):
     """Engine ``"clutterclassifier"``: a file of any known format, by its content.
 
     One sweep is opened, as a Dataset in the data model of `readers.read`: the first, or the one that
@@ -32,11 +32,15 @@ class AutomaticBackend(BackendEntrypoint):
     Examples
     --------
     >>> import xarray as xr
-    >>> from clutterclassifier.backends import AutomaticBackend
-    >>> xr.open_dataset("scan.uf", engine=AutomaticBackend, group="sweep_1")  # doctest: +SKIP
+    >>> from clutterclassifier.backends import AnyFormatBackend
+    >>> xr.open_dataset("scan.uf", engine=AnyFormatBackend, group="sweep_1")  # doctest: +SKIP
     """
 
     description = "Open Universal Format, German DX, polar data and field record files of radars"
+
+    open_dataset_parameters: ClassVar[Any] = (
+        "filename_or_obj", "drop_variables", "group", "layout", "names", "mask_and_scale",
+        "decode_times", "concat_characters", "decode_coords", "use_cftime", "decode_timedelta")
 
     #: The one format, as a key of `readers.FORMATS`; empty for all.
     format: ClassVar[str] = ""
@@ -94,28 +98,28 @@ class AutomaticBackend(BackendEntrypoint):
             readers.require_format(path, self.format)
 
 
-class UniversalFormatBackend(AutomaticBackend):
+class UniversalFormatBackend(AnyFormatBackend):
     """Engine ``"clutterclassifier-uf"``: Universal Format."""
 
     description = "Open Universal Format files of radars"
     format = "uf"
 
 
-class GermanDxBackend(AutomaticBackend):
+class GermanDxBackend(AnyFormatBackend):
     """Engine ``"clutterclassifier-dx"``: German DX."""
 
     description = "Open German DX files of radars"
     format = "dx"
 
 
-class PolarDataBackend(AutomaticBackend):
+class PolarDataBackend(AnyFormatBackend):
     """Engine ``"clutterclassifier-polar"``: polar data files of coded gates, often with ``layout``."""
 
     description = "Open polar data files of radars"
     format = "polar"
 
 
-class FieldRecordBackend(AutomaticBackend):
+class FieldRecordBackend(AnyFormatBackend):
     """Engine ``"clutterclassifier-record"``: field records in polar coordinates."""
 
     description = "Open field record files of radars"
@@ -151,7 +155,7 @@ def _has_whole_record(path: str | bytes) -> bool:
     """Two letters make no Universal Format file: its first record must fit in it as well."""
     with open(path, "rb") as file:
         length = int.from_bytes(file.read(4), "big")
-    return 90 <= length <= os.path.getsize(path) - 8
+    return 114 <= length <= os.path.getsize(path) - 8
 
 
 def _without(dataset: xr.Dataset, drop_variables: str | Iterable[str] | None) -> xr.Dataset:

@@ -212,7 +212,7 @@ def _sweep(scan: dict[str, Any], at: int, names: Mapping[str, str] | None) -> xr
 
 def _variable(name: str, dims: tuple[str, str], field: dict[str, Any]) -> xr.Variable:
     values = field["values"]
-    if name == "CLASS" and field["is_class"]:
+    if field["is_class"]:
         codes = np.where(np.isnan(values), np.float32(MISSING), values).astype(np.uint8)
         variable = class_variable(dims, codes, "Class of echo")
         variable.attrs["raw_name"] = field["name"]

@@ -6,11 +6,14 @@ an RHI (elevation, range), in any order; further dimensions (time, sweep) hold s
 Dask arrays stay lazy. Variables are found by the names of CfRadial and other conventions (see
 `clutterclassifier.fields`); ``fields={"dbzh": "my_name", "ldr": None}`` says otherwise.
 
-Rays are circular: the last one is a neighbour of the first. Where they do not close a circle (a
-sector, an RHI), ``circular=False`` keeps their ends apart; `process` sees it from the azimuths.
+Rays close a circle: the last one is a neighbour of the first. Where they do not (a sector, an RHI),
+``closed=False`` keeps their ends apart; `process` sees it from the azimuths.
 """
 
 from ._classify_sweep import classify, clean
 from ._process_sweep import process
+from ._rain_sweep import attenuation, beam_height, rain_rate, signal_to_noise
+from ._window_sweep import despeckle, smooth, texture
 
-__all__ = ["classify", "clean", "process"]
+__all__ = ["attenuation", "beam_height", "classify", "clean", "despeckle", "process", "rain_rate",
+           "signal_to_noise", "smooth", "texture"]

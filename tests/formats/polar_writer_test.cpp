@@ -152,18 +152,6 @@ TEST_F(PolarWriter, RefusalsAndMissingParts) {
     EXPECT_EQ(ByteVector(bytes.end() - 6, bytes.end()), (ByteVector{0, 0, 9, 8, 0, 0}));
 }
 
-TEST_F(PolarWriter, CoordinatesSplitIntoWholeParts) {
-    short deg = 0, min = 0, sec = 0;
-    polar_.LatLonToDegMinSec(51.2575f, deg, min, sec);
-    EXPECT_EQ(deg, 51);
-    EXPECT_EQ(min, 15);
-    EXPECT_NEAR(sec, 27, 1);
-    polar_.LatLonToDegMinSec(-0.5f, deg, min, sec);
-    EXPECT_EQ(deg, 0);
-    EXPECT_EQ(min, -30);
-    EXPECT_EQ(sec, 0);
-}
-
 /* --- shortened copies --- */
 
 /* Gates of which a beam at an elevation of e degrees (and a half) needs none beyond 10 km. */

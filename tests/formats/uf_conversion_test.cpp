@@ -8,6 +8,7 @@
 #include <utility>
 #include <vector>
 
+#include "clutterclassifier/CThuPolDaFor.h"
 #include "clutterclassifier/Cpluvek.h"
 #include "clutterclassifier/Cufrw.h"
 #include "formats/uf_bytes.h"
@@ -357,11 +358,14 @@ TEST(DegreesMinutesSeconds, AreTruncatedWithTheSignOfTheAngle) {
                           {kNan, 0, 0, 0},        {kInf, 0, 0, 0},
                           {65546.5f, 10, 30, 0},  {3e38f, 0, 0, 0}};
     for (const Case& c : cases) {
-        short degrees = 9, minutes = 9, seconds = 9;
-        deg2degminsec(c.angle, degrees, minutes, seconds);
-        EXPECT_EQ(degrees, c.degrees) << c.angle;
-        EXPECT_EQ(minutes, c.minutes) << c.angle;
-        EXPECT_EQ(seconds, c.seconds) << c.angle;
+        short parts[2][3] = {{9, 9, 9}, {9, 9, 9}};
+        deg2degminsec(c.angle, parts[0][0], parts[0][1], parts[0][2]);
+        CThuPolDaFor().LatLonToDegMinSec(c.angle, parts[1][0], parts[1][1], parts[1][2]);
+        for (const auto& [degrees, minutes, seconds] : parts) {
+            EXPECT_EQ(degrees, c.degrees) << c.angle;
+            EXPECT_EQ(minutes, c.minutes) << c.angle;
+            EXPECT_EQ(seconds, c.seconds) << c.angle;
+        }
     }
 }
 

@@ -6,7 +6,6 @@
 #include <vector>
 
 #include "clutterclassifier/Cfuzzy.h"
-#include "support/bits.h"
 #include "support/engines.h"
 #include "support/literal.h"
 #include "support/membership_files.h"

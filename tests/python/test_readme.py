@@ -24,7 +24,8 @@ def blocks(language: str) -> list[str]:
 
 def run(command: list[str], folder: Path) -> str:
     path = f"{PROGRAM.parent}:{os.environ['PATH']}"
-    done = subprocess.run(command, cwd=folder, env={**os.environ, "PATH": path}, text=True,
+    environment = {**os.environ, "PATH": path, "PYTHONPATH": str(Path(cc.__file__).parents[1])}
+    done = subprocess.run(command, cwd=folder, env=environment, text=True,
                           stdout=subprocess.PIPE, stderr=subprocess.STDOUT)
     assert done.returncode == 0, done.stdout
     return done.stdout

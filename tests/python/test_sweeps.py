@@ -32,15 +32,15 @@ def expected(mask: int, seed: int = 1) -> np.ndarray:
 
 def scans_in_time(count: int = 3) -> xr.Dataset:
     one = [make_sweep(seed=seed).drop_vars("time") for seed in range(1, count + 1)]
-    return xr.concat(one, dim=xr.DataArray(np.arange(count), dims="scan", name="scan"), data_vars="minimal",
-                     coords="minimal", compat="override").assign(
-        {name: xr.concat([ds[name] for ds in one], dim="scan") for name in NAMES.values()})
+    fields = {name: xr.concat([ds[name] for ds in one], dim="scan") for name in NAMES.values()}
+    return one[0].drop_vars(list(fields)).assign(fields)
 
 
 @pytest.mark.parametrize("chunks", [None, {}, {"azimuth": 7}, {"azimuth": 5, "range": 11}])
 def test_every_subset_of_inputs_equals_the_entry_point(made_sweep: xr.Dataset, chunks: dict | None) -> None:
     ds = made_sweep if chunks is None else made_sweep.chunk(chunks)
-    results = [sweeps.classify(ds, inputs=mask, fields=chosen(mask), min_snr=MIN_SNR).CLASS for mask in SUBSETS]
+    results = [sweeps.classify(ds, inputs=mask, fields=chosen(mask), min_snr=MIN_SNR).CLASS
+               for mask in SUBSETS]
     if chunks is not None:
         assert all(isinstance(result.data, dask.array.Array) for result in results)
         results = dask.compute(*results, scheduler="synchronous")
@@ -60,7 +60,8 @@ def test_leading_dimensions_are_scans_of_their_own(chunks: dict | None) -> None:
         result = sweeps.classify(ds.transpose(*order, ...), min_snr=MIN_SNR).CLASS
         assert result.dims == order
         for i, seed in enumerate((1, 2, 3)):
-            np.testing.assert_array_equal(result.isel(scan=i).transpose("azimuth", "range"), expected(127 | 128, seed))
+            one = result.isel(scan=i).transpose("azimuth", "range")
+            np.testing.assert_array_equal(one, expected(255, seed))
 
 
 def test_one_clutter_map_serves_all_scans() -> None:
@@ -69,7 +70,8 @@ def test_one_clutter_map_serves_all_scans() -> None:
     for data in (ds, ds.chunk({"scan": 1})):
         result = sweeps.classify(data, min_snr=MIN_SNR).CLASS
         fields = scan_fields(seed=2) | {"clutter_likelihood": scan_fields(seed=1)["clutter_likelihood"]}
-        np.testing.assert_array_equal(result.isel(scan=1), entry_point(fields, SPACING, CONSTANT, MIN_SNR, 255))
+        np.testing.assert_array_equal(result.isel(scan=1),
+                                      entry_point(fields, SPACING, CONSTANT, MIN_SNR, 255))
 
 
 def test_an_rhi_keeps_its_dimensions() -> None:
@@ -81,7 +83,7 @@ def test_an_rhi_keeps_its_dimensions() -> None:
 
 def test_rays_at_the_ends_are_neighbours_only_in_a_circle(made_sweep: xr.Dataset) -> None:
     """The ends are judged as in a scan with rays without echo between them."""
-    result = sweeps.classify(made_sweep, min_snr=MIN_SNR, circular=False).CLASS.values
+    result = sweeps.classify(made_sweep, min_snr=MIN_SNR, closed=False).CLASS.values
     fields = {name: np.vstack([values, np.full((1, 60), -999.0 if name == "dbzh" else np.nan)])
               for name, values in scan_fields().items()}
     np.testing.assert_array_equal(result, entry_point(fields, SPACING, CONSTANT, MIN_SNR, 255)[:-1])
@@ -103,7 +105,8 @@ def test_not_measured_and_no_echo_stay_apart(made_sweep: xr.Dataset) -> None:
     fields["dbzh"][3:5, :10] = -999
     rest = np.ones(result.shape, bool)
     rest[3, :10] = False
-    np.testing.assert_array_equal(result.values[rest], entry_point(fields, SPACING, CONSTANT, MIN_SNR, 255)[rest])
+    np.testing.assert_array_equal(result.values[rest],
+                                  entry_point(fields, SPACING, CONSTANT, MIN_SNR, 255)[rest])
     fields["dbzh"][3, :10] = np.nan
     fields["dbzh"][4, :10] = -32
     np.testing.assert_array_equal(sweeps.classify(ds, min_snr=MIN_SNR, missing="keep").CLASS,
@@ -161,29 +164,45 @@ def test_a_dict_overrides_the_names(made_sweep: xr.Dataset) -> None:
     np.testing.assert_array_equal(result, expected(255 & ~32))
 
 
+def test_the_spectrum_width_takes_part_on_request_only(made_sweep: xr.Dataset) -> None:
+    ds = made_sweep.assign(WRADH=made_sweep.VRADH * 0 + 9.0)
+    np.testing.assert_array_equal(sweeps.classify(ds, min_snr=MIN_SNR).CLASS, expected(255))
+    with_width = sweeps.classify(ds, min_snr=MIN_SNR, inputs=511).CLASS
+    fields = scan_fields() | {"wrad": ds.WRADH.values}
+    np.testing.assert_array_equal(with_width, cc.classify(
+        **fields, range=SPACING, radar_constant=CONSTANT, min_snr=MIN_SNR))
+    assert (with_width != expected(255)).any()
+
+
 def test_velocity_from_behind_the_filter_is_left_out(made_sweep: xr.Dataset) -> None:
     ds = made_sweep.rename({"DBZH": "DBTH"})
     filtered = ds.assign(DBZH=ds.DBTH.where(np.arange(24 * 60).reshape(24, 60) % 50 > 0, -30.0))
     nearly = ds.assign(DBZH=ds.DBTH.where(np.arange(24 * 60).reshape(24, 60) % 500 > 0, -30.0))
-    for data, mask in ((filtered, 255 & ~16), (nearly, 255), (filtered.chunk(), 255 & ~16)):
-        np.testing.assert_array_equal(sweeps.classify(data, min_snr=MIN_SNR).CLASS, expected(mask))
+    for data, mask, said in ((filtered, 255 & ~16, False), (nearly, 255, True),
+                             (filtered.chunk(), 255 & ~16, True)):
+        result = sweeps.classify(data, min_snr=MIN_SNR).CLASS
+        np.testing.assert_array_equal(result, expected(mask))
+        assert ("VRAD" in result.attrs["history"]) == said
     for wish in ({"inputs": 255}, {"fields": {"vrad": "VRADH"}}):
-        np.testing.assert_array_equal(sweeps.classify(filtered, min_snr=MIN_SNR, **wish).CLASS, expected(255))
+        result = sweeps.classify(filtered, min_snr=MIN_SNR, **wish).CLASS
+        np.testing.assert_array_equal(result, expected(255))
 
 
 def test_the_constant_is_estimated_where_none_is_known() -> None:
     random = np.random.default_rng(3)
     fields = scan_fields(60, 200)
-    noise = 20 * np.log10(np.maximum(np.arange(200), 0.5) * SPACING / 1000) - 35 + random.normal(0, 1, (60, 200))
+    loss = 20 * np.log10(np.maximum(np.arange(200), 0.5) * SPACING / 1000)
+    near = np.arange(200) < 60
     ds = make_sweep(60, 200)
-    ds["DBZH"] = ds.DBZH.dims, np.where(np.arange(200) < 60, fields["dbzh"], noise)
+    ds["DBZH"] = ds.DBZH.dims, np.where(near, fields["dbzh"], loss - 35 + random.normal(0, 1, (60, 200)))
+    ds["RHOHV"] = ds.RHOHV.dims, np.where(near, fields["rhohv"], random.random((60, 200)))
     del ds.attrs["radar_constant"]
     eager, lazy = sweeps.classify(ds), sweeps.classify(ds.chunk({"azimuth": 20}))
     estimate = cc.estimate_radar_constant(ds.DBZH, rhohv=ds.RHOHV, range=SPACING)
     assert estimate.radar_constant == pytest.approx(35, abs=1) and estimate.min_snr == 10
     assert f"radar_constant={estimate.radar_constant:.2f}" in eager.CLASS.attrs["history"]
     assert "of each scan" in lazy.CLASS.attrs["history"]
-    given = scan_fields(60, 200) | {"dbzh": ds.DBZH.values}
+    given = scan_fields(60, 200) | {"dbzh": ds.DBZH.values, "rhohv": ds.RHOHV.values}
     expect = entry_point(given, SPACING, estimate.radar_constant, 10.0, 255)
     np.testing.assert_array_equal(eager.CLASS, expect)
     np.testing.assert_array_equal(lazy.CLASS, expect)
@@ -191,7 +210,8 @@ def test_the_constant_is_estimated_where_none_is_known() -> None:
 
 def test_which_lowest_ratio_goes_with_which_constant(made_sweep: xr.Dataset) -> None:
     def ratio(**keywords: float) -> str:
-        return sweeps.classify(made_sweep, **keywords).CLASS.attrs["history"].split("min_snr=")[1].split(",")[0]
+        history = sweeps.classify(made_sweep, **keywords).CLASS.attrs["history"]
+        return history.split("min_snr=")[1].split(",")[0]
 
     assert ratio() == "10.0"
     assert ratio(radar_constant=40.0) == "26.0"
@@ -226,8 +246,9 @@ def test_clean_blanks_all_fields(made_sweep: xr.Dataset) -> None:
 
 
 def test_wrong_arguments_are_named(made_sweep: xr.Dataset) -> None:
-    for wrong, words in (({"fields": {"dbzh": "none such"}}, "none such"), ({"fields": {"speed": "DBZH"}}, "speed"),
-                         ({"codes": "mine"}, "codes"), ({"missing": "zero"}, "missing"),
+    for wrong, words in (({"fields": {"dbzh": "none such"}}, "none such"),
+                         ({"fields": {"speed": "DBZH"}}, "speed"), ({"codes": "mine"}, "codes"),
+                         ({"missing": "zero"}, "missing"),
                          ({"radar_constant": np.nan}, "radar_constant"), ({"inputs": "wrad"}, "wrad")):
         with pytest.raises(ValueError, match=words):
             sweeps.classify(made_sweep, **wrong)

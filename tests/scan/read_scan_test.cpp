@@ -8,6 +8,7 @@
 
 #include "class_output.h"
 #include "clutterclassifier/clutterclassifier.h"
+#include "formats/german_dx_bytes.h"
 #include "formats/uf_bytes.h"
 #include "support/temp_dir.h"
 
@@ -308,6 +309,36 @@ TEST_F(ReadScan, FilesOfTheLibraryAreReadByItsConventions) {
     EXPECT_DOUBLE_EQ(scan.sweeps.at(0).firstGateM, 1000);
     EXPECT_NEAR(scan.sweeps.at(0).fixedAngleDeg, 0.1 * 57.29578, 0.02);
     EXPECT_EQ(scan.sweeps.at(0).fields.at(1).name, "VR");
+    EXPECT_EQ(scan.sweeps.at(0).fields.at(0).noEcho, scan::kNoRainDbz);
+    EXPECT_FALSE(scan.sweeps.at(0).fields.at(1).noEcho);
+}
+
+TEST_F(ReadScan, NoEchoKeepsItsValueWhereThatIsWanted) {
+    const std::string path = directory_.file("scan.dx");
+    clutter::test::writeFile(path, clutter::test::dxFile(128));
+    constexpr size_t kEmpty = 5;
+    const scan::Field without = scan::readScan(path).sweeps.at(0).fields.at(0);
+    const scan::Scan kept = scan::readScan(path, {.keepNoEcho = true, .oddities = false});
+    const scan::Field& with = kept.sweeps.at(0).fields.at(0);
+    EXPECT_TRUE(std::isnan(without.values[kEmpty]));
+    EXPECT_EQ(with.values[kEmpty], -32.5F);
+    EXPECT_EQ(with.noEcho, -32.5F);
+    EXPECT_EQ(without.noEcho, with.noEcho);
+    for (size_t i = 0; i < with.values.size(); ++i)
+        ASSERT_TRUE(std::isnan(without.values[i]) || without.values[i] == with.values[i]) << i;
+}
+
+TEST_F(ReadScan, ReflectivitiesOfRecordsKnowNoEcho) {
+    Cpluvek records[2];
+    fill(records[0], "Zh", 3, 4);
+    fill(records[1], "Zdr", 3, 4);
+    records[0].data[6] = scan::kNoRainDbz;
+    const std::string path = directory_.file("records");
+    ASSERT_EQ(records[0].WriteDataToFile(path.c_str()), 1);
+    const scan::Scan scan = scan::readScan(path);
+    EXPECT_EQ(scan.sweeps[0].fields[0].noEcho, scan::kNoRainDbz);
+    EXPECT_EQ(scan.sweeps[0].fields[0].values[6], scan::kNoRainDbz);
+    EXPECT_FALSE(scan.sweeps[0].fields[1].noEcho);
 }
 
 }  // namespace

@@ -1,0 +1,64 @@
+"""The calibration constant of a sweep: given, known to the dataset, or estimated from each scan."""
+
+from __future__ import annotations
+
+from typing import Any, NamedTuple
+
+import xarray as xr
+from numpy.typing import NDArray
+
+from ._arrays import finite
+from ._process import DEFAULT_MIN_SNR
+from ._sweep import RANGE, Sweep, no_echo_value, on_measured
+from ._toolkit import estimate_radar_constant
+
+#: Lowest signal-to-noise ratio of an echo (dB) where the dataset has the calibration constant: below
+#: it textures are those of the noise.
+ECHO_SNR = 10.0
+
+
+class Calibration(NamedTuple):
+    """Constant and lowest ratio, dB; None is what each scan's own estimate says."""
+
+    radar_constant: float | None
+    min_snr: float | None
+    source: str
+
+    @property
+    def words(self) -> str:
+        """For the history."""
+        constant = "of each scan" if self.radar_constant is None else round(self.radar_constant, 4)
+        return f"{constant} ({self.source})"
+
+
+def find_calibration(ds: xr.Dataset, radar_constant: float | None, min_snr: float | None) -> Calibration:
+    """What is known before the fields are looked at."""
+    if min_snr is None and "min_snr" in ds.attrs:
+        min_snr = ds.attrs["min_snr"]
+    if radar_constant is not None:
+        chosen = (radar_constant, DEFAULT_MIN_SNR, "argument")
+    elif "radar_constant" in ds.attrs:
+        chosen = (ds.attrs["radar_constant"], ECHO_SNR, "dataset")
+    else:
+        return Calibration(None, None if min_snr is None else finite("min_snr", min_snr), "estimate")
+    return Calibration(finite("radar_constant", chosen[0]),
+                        finite("min_snr", chosen[1] if min_snr is None else min_snr), chosen[2])
+
+
+def estimate_now(sweep: Sweep, calibration: Calibration) -> Calibration:
+    """The estimate itself where it costs no computation of lazy arrays: of a single scan in memory."""
+    if calibration.radar_constant is not None or sweep.is_lazy or sweep.dbzh.ndim > 2:
+        return calibration
+    order = (sweep.rays, RANGE)
+    rhohv = sweep.fields.get("rhohv")
+    constant, ratio = estimated(
+        sweep.dbzh.transpose(*order).values, None if rhohv is None else rhohv.transpose(*order).values,
+        sweep.spacing, calibration.min_snr, no_echo_value(sweep.dbzh))
+    return Calibration(constant, ratio, "estimate")
+
+
+def estimated(dbzh: NDArray[Any], rhohv: NDArray[Any] | None, spacing: float, min_snr: float | None,
+               no_echo: float | None) -> tuple[float, float]:
+    """Constant and lowest ratio of one scan."""
+    estimate = estimate_radar_constant(on_measured(dbzh, no_echo), rhohv=rhohv, range=spacing)
+    return float(estimate.radar_constant), float(estimate.min_snr) if min_snr is None else min_snr

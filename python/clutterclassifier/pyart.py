@@ -1,0 +1,176 @@
+"""A bridge to radar objects as Py-ART has them, without importing it.
+
+Any object serves that has ``fields`` (a dict of dicts with a masked array ``"data"``, rays x gates,
+sweeps one behind the other), and ``range``, ``azimuth``, ``elevation``, ``sweep_start_ray_index``,
+``sweep_end_ray_index`` (dicts with ``"data"``). Sweeps are worked on one by one, and the object is
+never modified::
+
+    radar.add_field("echo_class", clutterclassifier.pyart.classify_radar(radar, radar_constant=40.0))
+    gatefilter.exclude_gates(clutterclassifier.pyart.gate_excluded(radar))
+"""
+
+from __future__ import annotations
+
+from collections.abc import Hashable
+from typing import Any, Union
+
+import numpy as np
+import xarray as xr
+from numpy.typing import NDArray
+
+from . import sweeps
+from ._codes import CLASS, parse_classes
+from ._model import field_variable, sweep_dataset
+from ._names import field_names
+from ._sweep import FieldMap
+from .echo import MISSING
+
+_SITE = ("latitude", "longitude", "altitude")
+
+
+def _data(radar: Any, name: str) -> NDArray[Any] | None:
+    """The array of one of the dicts of a radar; None where it has none."""
+    entry = getattr(radar, name, None)
+    return None if entry is None else np.ma.asarray(entry["data"])
+
+
+def _slices(radar: Any) -> list[slice]:
+    """The rays of each sweep."""
+    starts, ends = _data(radar, "sweep_start_ray_index"), _data(radar, "sweep_end_ray_index")
+    return [slice(int(start), int(end) + 1) for start, end in zip(starts, ends)]
+
+
+def _values(field: dict[str, Any], rays: slice) -> NDArray[Any]:
+    """The rays of a field, NaN where they are masked."""
+    data = np.ma.asarray(field["data"])[rays]
+    numbers = data if data.dtype.kind == "f" else data.astype(np.float32)
+    return numbers.filled(np.nan)
+
+
+def _is_rhi(radar: Any, sweep: int) -> bool:
+    mode = _data(radar, "sweep_mode")
+    if mode is None or sweep >= len(mode):
+        return getattr(radar, "scan_type", "") == "rhi"
+    word = np.ma.getdata(mode[sweep])
+    text = b"".join(word.ravel().tolist()) if word.dtype.kind == "S" else "".join(map(str, word.ravel()))
+    return "rhi" in (text.decode("latin-1") if isinstance(text, bytes) else text).lower()
+
+
+def _times(radar: Any, rays: slice) -> NDArray[np.datetime64] | None:
+    """Times of the rays, of seconds since a date."""
+    entry = getattr(radar, "time", None)
+    words = str(entry.get("units", "")).split(" since ") if entry else []
+    if len(words) != 2 or words[0] != "seconds":
+        return None
+    begin = np.datetime64(words[1].strip().rstrip("Z").replace(" ", "T"), "ns")
+    seconds = np.ma.asarray(entry["data"], np.float64)[rays].filled(np.nan)
+    return begin + (seconds * 1e9).round().astype("timedelta64[ns]")
+
+
+def _variables(radar: Any, rays: slice, dims: tuple[str, str]) -> dict[str, xr.Variable]:
+    raw = list(radar.fields)
+    variables = {}
+    for name, new in zip(raw, field_names(raw)):
+        field = radar.fields[name]
+        own = {key: str(field[key]) for key in ("units", "standard_name", "long_name") if key in field}
+        known = field_variable(new, dims, _values(field, rays), raw_name=name)
+        known.attrs = own | known.attrs
+        variables[new] = known
+    return variables
+
+
+def from_radar(radar: Any) -> list[xr.Dataset]:
+    """The sweeps of a radar as datasets in the model of CfRadial 2.
+
+    Parameters
+    ----------
+    radar : object
+        With the attributes named above; ``fixed_angle``, ``sweep_mode``, ``time``, ``latitude``,
+        ``longitude`` and ``altitude`` are used where it has them.
+
+    Returns
+    -------
+    list of xarray.Dataset
+        Fields have CfRadial names where theirs are known, and the old ones in ``raw_name``. Masked
+        gates are NaN.
+    """
+    ranges = np.ma.asarray(radar.range["data"], np.float64).filled(np.nan)
+    gate_spacing = float(ranges[1] - ranges[0]) if ranges.size > 1 else float(ranges[0])
+    site = [0.0 if (place := _data(radar, name)) is None else float(np.ravel(place)[0]) for name in _SITE]
+    fixed = _data(radar, "fixed_angle")
+    datasets = []
+    for number, rays in enumerate(_slices(radar)):
+        rhi = _is_rhi(radar, number)
+        azimuth, elevation = (np.ma.asarray(getattr(radar, name)["data"], np.float64)[rays].filled(np.nan)
+                              for name in ("azimuth", "elevation"))
+        angle = np.median(azimuth if rhi else elevation) if fixed is None else fixed[number]
+        ds = sweep_dataset(
+            _variables(radar, rays, ("elevation" if rhi else "azimuth", "range")), azimuth=azimuth,
+            elevation=elevation, range=ranges, gate_spacing=gate_spacing, time=None, latitude=site[0],
+            longitude=site[1], altitude=site[2], fixed_angle=float(angle), sweep_number=number, rhi=rhi)
+        times = _times(radar, rays)
+        datasets.append(ds if times is None else ds.assign_coords(time=ds.time.copy(data=times)))
+    return datasets
+
+
+def _by_raw_name(ds: xr.Dataset, fields: FieldMap) -> FieldMap:
+    """A map of fields by the radar's own names."""
+    new: dict[Hashable, Hashable] = {variable.attrs["raw_name"]: name for name, variable in
+                                     ds.data_vars.items() if "raw_name" in variable.attrs}
+    return {key: None if name is None else new.get(name, name) for key, name in (fields or {}).items()}
+
+
+def classify_radar(radar: Any, *, fields: FieldMap = None, **keywords: Any) -> dict[str, Any]:
+    """Classes of all sweeps as a field dict, ready for ``radar.add_field(name, ...)``.
+
+    Parameters
+    ----------
+    radar : object
+        As for `from_radar`.
+    fields : dict, optional
+        Which field is what, by the radar's names: ``{"dbzh": "my_reflectivity", "ldr": None}``.
+    **keywords
+        Of `clutterclassifier.sweeps.classify`: ``radar_constant``, ``min_snr``, ``inputs``, ...
+
+    Returns
+    -------
+    dict
+        ``data`` (masked array of uint8, rays x gates; masked where the reflectivity is), ``units``,
+        ``long_name``, ``flag_values``, ``flag_meanings``, ``_FillValue``, ``history`` (of the first
+        sweep).
+    """
+    keywords.pop("name", None)
+    rays = len(np.ma.asarray(radar.azimuth["data"]))
+    gates = len(np.ma.asarray(radar.range["data"]))
+    fill = 0 if keywords.get("codes") == "pyrad" else MISSING
+    data = np.full((rays, gates), fill, np.uint8)
+    attributes: dict[str, Any] = {}
+    for ds, where in zip(from_radar(radar), _slices(radar)):
+        classes = sweeps.classify(ds, fields=_by_raw_name(ds, fields), **keywords)[CLASS]
+        data[where] = classes.values
+        attributes = attributes or dict(classes.attrs)
+    return {"data": np.ma.masked_equal(data, fill), "_FillValue": fill, **attributes}
+
+
+def gate_excluded(radar: Any, drop: Union[str, tuple[str, ...]] = ("clutter", "noise"),
+                  **keywords: Any) -> NDArray[np.bool_]:
+    """Which gates a filter drops, in the sense of a gate filter: True is out.
+
+    Parameters
+    ----------
+    radar : object
+        As for `from_radar`.
+    drop : str or several of them
+        Classes: "precipitation", "ground_clutter", "sea_clutter", "turbine_clutter", "noise";
+        "clutter" is all of its kinds. Gates without a class are dropped in any case.
+    **keywords
+        Of `classify_radar`.
+
+    Returns
+    -------
+    numpy.ndarray of bool, shape (rays, gates)
+    """
+    out = [int(echo) for echo in parse_classes("drop", drop)]
+    keywords.pop("codes", None)
+    classes = classify_radar(radar, **keywords)["data"]
+    return np.isin(classes.filled(MISSING), [*out, MISSING])

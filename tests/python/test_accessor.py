@@ -1,0 +1,174 @@
+"""``ds.clutter``: registered without an import of xarray, and equal to the functions."""
+
+from __future__ import annotations
+
+import subprocess
+import sys
+
+import clutterclassifier as cc
+import numpy as np
+import pytest
+import xarray as xr
+from clutterclassifier import accessor, sweeps
+from conftest import make_sweep, rainy, rainy_sweep
+
+
+def run(program: str) -> str:
+    return subprocess.run([sys.executable, "-c", program], stdout=subprocess.PIPE, text=True,
+                          check=True).stdout
+
+
+def test_the_package_needs_numpy_only() -> None:
+    heavy = {"xarray", "dask", "matplotlib", "pandas", "netCDF4"}
+    assert run(f"import sys, clutterclassifier; print({heavy!r} & set(sys.modules))") == "set()\n"
+
+
+@pytest.mark.parametrize("imports", [
+    "clutterclassifier, xarray", "xarray, clutterclassifier", "clutterclassifier, xarray.backends",
+    *(f"clutterclassifier.{name}"
+      for name in ("accessor", "sweeps", "plot", "pyart", "backends", "_sweep", "_codes"))])
+def test_whichever_is_imported_first(imports: str) -> None:
+    program = f"import warnings; warnings.simplefilter('error', UserWarning); import {imports}"
+    assert run(f"{program}; import xarray; print(xarray.Dataset.clutter.__name__)") == "ClutterAccessor\n"
+
+
+def test_a_failing_registration_does_not_spoil_the_other_import() -> None:
+    program = ("import warnings; warnings.simplefilter('ignore'); "
+               "from clutterclassifier import _register; "
+               "_register.when_imported('colorsys', lambda: 1 / 0); "
+               "import colorsys; print(colorsys.ONE_THIRD)")
+    assert run(program).startswith("0.33")
+
+
+def test_a_module_that_does_not_exist_stays_so() -> None:
+    program = """
+from clutterclassifier import _register
+_register.when_imported('no_such_module', print)
+try:
+    import no_such_module
+except ModuleNotFoundError as error:
+    print(error.name)
+"""
+    assert run(program) == "no_such_module\n"
+
+
+def test_methods_equal_the_functions(made_sweep: xr.Dataset) -> None:
+    clutter = made_sweep.clutter
+    classes = clutter.classify(min_snr=3.0)
+    xr.testing.assert_identical(classes, sweeps.classify(made_sweep, min_snr=3.0).CLASS)
+    assert clutter.classify(name="ECHO").name == "ECHO"
+    xr.testing.assert_identical(clutter.clean(keep="clutter"), sweeps.clean(made_sweep, keep="clutter"))
+    settings = {"ATTENUATION_ALG": 4}
+    xr.testing.assert_identical(clutter.process(settings), sweeps.process(made_sweep, settings))
+    for name in ("texture", "smooth", "signal_to_noise", "rain_rate", "beam_height"):
+        xr.testing.assert_identical(getattr(clutter, name)(), getattr(sweeps, name)(made_sweep))
+    nominal = {"algorithm": "profile_nominal"}
+    xr.testing.assert_identical(clutter.attenuation(**nominal), sweeps.attenuation(made_sweep, **nominal))
+    classified = sweeps.classify(made_sweep)
+    xr.testing.assert_identical(classified.clutter.despeckle(), sweeps.despeckle(classified))
+
+
+def test_every_step_is_a_method() -> None:
+    assert all(hasattr(accessor.ClutterAccessor, name) for name in sweeps.__all__)
+
+
+class Tree:
+    """Stands in for a tree of datasets where xarray has none: what the accessor uses of it."""
+
+    def __init__(self, groups: dict[str, xr.Dataset], name: str | None = None) -> None:
+        self.groups, self.name = groups, name
+
+    def to_dict(self) -> dict[str, xr.Dataset]:
+        return dict(self.groups)
+
+    @classmethod
+    def from_dict(cls, groups: dict[str, xr.Dataset], name: str | None = None) -> Tree:
+        return cls(groups, name)
+
+
+def test_a_tree_is_mapped_sweep_by_sweep() -> None:
+    root = xr.Dataset(attrs={"instrument_name": "radar"})
+    one, two = make_sweep(seed=1), make_sweep(seed=2)
+    tree = Tree({"/": root, "/sweep_0": one, "/sweep_1": two}, name="volume")
+    clutter = accessor.ClutterTreeAccessor(tree)
+    result = clutter.classify(min_snr=3.0)
+    assert result.name == "volume" and list(result.groups) == list(tree.groups)
+    assert result.groups["/"].identical(root)
+    for path, ds in (("/sweep_0", one), ("/sweep_1", two)):
+        xr.testing.assert_identical(result.groups[path], sweeps.classify(ds, min_snr=3.0))
+    assert {"classify", "process"} <= set(dir(clutter))
+    with pytest.raises(AttributeError, match="no_such_step"):
+        clutter.no_such_step
+
+
+def test_a_real_tree_where_xarray_has_one() -> None:
+    if not hasattr(xr, "DataTree"):
+        pytest.skip("this xarray has no DataTree")
+    tree = xr.DataTree.from_dict({"/": xr.Dataset(), "/sweep_0": make_sweep()})
+    result = tree.clutter.classify()
+    xr.testing.assert_identical(result["sweep_0"].to_dataset(), sweeps.classify(make_sweep()))
+
+
+def test_steps_equal_the_functions_on_arrays(made_sweep: xr.Dataset) -> None:
+    ds = sweeps.classify(made_sweep, min_snr=10.0)
+    classes = ds.CLASS.values
+    noise = classes == cc.NOISE
+    arrays = {name: made_sweep[name].values for name in ("DBZH", "ZDR", "PHIDP")}
+    for data in (ds, ds.chunk({"azimuth": 7})):
+        textures = sweeps.texture(data, gates=3, quantities=["dbzh", "zdr"])
+        assert "PHIDP_TEXTURE" not in textures
+        for name in ("DBZH", "ZDR"):
+            expected = np.where(noise, np.nan, cc.texture(arrays[name], mask=noise, gates=3))
+            np.testing.assert_array_equal(textures[f"{name}_TEXTURE"], expected.astype(np.float32))
+        smoothed = sweeps.smooth(data, gates=5, rays=3)
+        for name, decibels in (("DBZH", True), ("ZDR", True), ("PHIDP", False)):
+            rain = classes == cc.PRECIPITATION
+            expected = cc.smooth(arrays[name], mask=~rain, gates=5, rays=3, decibels=decibels)
+            np.testing.assert_array_equal(smoothed[name].values[rain], expected[rain])
+            np.testing.assert_array_equal(smoothed[name].values[~rain],
+                                          arrays[name][~rain].astype(np.float32))
+        np.testing.assert_array_equal(sweeps.despeckle(data).CLASS, cc.despeckle(classes))
+        np.testing.assert_array_equal(sweeps.rain_rate(data, relation="z_zdr").RATE,
+                                      cc.rain_rate(arrays["DBZH"], zdr=arrays["ZDR"], relation="z_zdr"))
+        np.testing.assert_array_equal(sweeps.signal_to_noise(data).SNRH,
+                                      cc.signal_to_noise(arrays["DBZH"], range=250.0, radar_constant=40.0))
+    np.testing.assert_allclose(sweeps.beam_height(ds).beam_height,
+                               cc.beam_height(ds.range.values, ds.elevation.values[:, np.newaxis]))
+
+
+def test_attenuation_equals_the_function_on_arrays() -> None:
+    ds = sweeps.classify(rainy_sweep())
+    fields = rainy()
+    expected = cc.attenuation(fields["dbzh"], phidp=fields["phidp"], classes=ds.CLASS.values, range=250.0,
+                              elevation=1.5, algorithm="profile_nominal")
+    assert expected.path_attenuation.min() > 1
+    for data in (ds, ds.chunk({"azimuth": 7}), rainy_sweep()):
+        corrected = sweeps.attenuation(data, algorithm="profile_nominal")
+        np.testing.assert_array_equal(corrected.DBZH, expected.dbzh)
+        np.testing.assert_array_equal(corrected.PHIDP, expected.phidp)
+        np.testing.assert_array_equal(corrected.TA, expected.path_attenuation)
+        np.testing.assert_array_equal(corrected.alpha, expected.alpha)
+        assert corrected.TA.dims == ("azimuth",) and corrected.TA.attrs["units"] == "dB"
+    steep = sweeps.attenuation(ds.assign(sweep_fixed_angle=80.0), algorithm="profile_nominal")
+    assert steep.TA.max() == 0
+
+
+def test_no_echo_does_not_rain(made_sweep: xr.Dataset) -> None:
+    made_sweep.DBZH[0, :4] = -32.0
+    made_sweep.DBZH.attrs["_Undetect"] = -32.0
+    assert (sweeps.rain_rate(made_sweep).RATE[0, :4] == 0).all()
+    assert sweeps.signal_to_noise(made_sweep).SNRH[0, :4].isnull().all()
+    assert sweeps.texture(made_sweep).DBZH_TEXTURE[0, :4].isnull().all()
+
+
+def test_what_a_step_lacks_is_named(made_sweep: xr.Dataset) -> None:
+    with pytest.raises(ValueError, match="kdp"):
+        sweeps.rain_rate(made_sweep, relation="kdp")
+    with pytest.raises(ValueError, match="relation"):
+        sweeps.rain_rate(made_sweep, relation="magic")
+    with pytest.raises(ValueError, match="CLASS"):
+        sweeps.despeckle(made_sweep)
+    with pytest.raises(ValueError, match="wrad"):
+        sweeps.texture(made_sweep, quantities=["wrad"])
+    with pytest.raises(ValueError, match="differential phase"):
+        sweeps.attenuation(made_sweep.drop_vars("PHIDP"))

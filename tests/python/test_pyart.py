@@ -1,0 +1,119 @@
+"""The bridge to radar objects of the Py-ART kind, with an object of the same structure."""
+
+from __future__ import annotations
+
+import copy
+from types import SimpleNamespace
+
+import clutterclassifier as cc
+import numpy as np
+import pytest
+from clutterclassifier import pyart, sweeps
+from conftest import CONSTANT, SPACING
+from entry_point import entry_point, scan_fields
+
+LONG_NAMES = {"dbzh": "reflectivity", "zdr": "differential_reflectivity", "phidp": "differential_phase",
+              "rhohv": "cross_correlation_ratio", "vrad": "velocity", "ldr": "linear_depolarization_ratio"}
+SIZES = (24, 30)
+KEYWORDS = {"radar_constant": CONSTANT, "min_snr": 10.0}
+
+
+def arrays(sweep: int) -> dict[str, np.ndarray]:
+    fields = scan_fields(SIZES[sweep], seed=sweep + 1)
+    return {name: fields[name] for name in LONG_NAMES}
+
+
+def expected(sweep: int, mask: int = 255 & ~64) -> np.ndarray:
+    return entry_point(arrays(sweep), SPACING, CONSTANT, 10.0, mask)
+
+
+@pytest.fixture
+def radar() -> SimpleNamespace:
+    """Two sweeps of different numbers of rays, stacked."""
+    both = [arrays(0), arrays(1)]
+    stacked = {argument: np.vstack([one[argument] for one in both]) for argument in LONG_NAMES}
+    fields = {name: {"data": np.ma.masked_invalid(stacked[argument]), "units": "raw", "_FillValue": -9999.0}
+              for argument, name in LONG_NAMES.items()}
+    rays = sum(SIZES)
+    return SimpleNamespace(
+        fields=fields, range={"data": (np.arange(60, dtype=np.float32) + 0.5) * SPACING},
+        azimuth={"data": np.concatenate([np.arange(n) * 360.0 / n for n in SIZES])},
+        elevation={"data": np.repeat([0.5, 2.5], SIZES)},
+        sweep_start_ray_index={"data": np.array([0, SIZES[0]], np.int32)},
+        sweep_end_ray_index={"data": np.array([SIZES[0] - 1, rays - 1], np.int32)},
+        fixed_angle={"data": np.array([0.5, 2.5], np.float32)},
+        sweep_mode={"data": np.array(["azimuth_surveillance"] * 2)},
+        time={"data": np.arange(rays) * 0.5, "units": "seconds since 2024-05-01T12:00:00Z"},
+        latitude={"data": np.array([50.7])}, longitude={"data": np.array([7.1])},
+        altitude={"data": np.array([99.0])})
+
+
+def test_each_sweep_is_classified_on_its_own(radar: SimpleNamespace) -> None:
+    before = copy.deepcopy(radar)
+    field = pyart.classify_radar(radar, **KEYWORDS)
+    np.testing.assert_array_equal(field["data"][:24], expected(0))
+    np.testing.assert_array_equal(field["data"][24:], expected(1))
+    assert isinstance(field["data"], np.ma.MaskedArray) and field["data"].dtype == np.uint8
+    assert field["flag_meanings"].startswith("precipitation") and field["_FillValue"] == cc.MISSING
+    for name in LONG_NAMES.values():
+        np.testing.assert_array_equal(radar.fields[name]["data"], before.fields[name]["data"])
+        assert set(radar.fields[name]) == set(before.fields[name])
+
+
+def test_masked_gates_have_no_class_and_are_excluded(radar: SimpleNamespace) -> None:
+    radar.fields["reflectivity"]["data"][3, :7] = np.ma.masked
+    field = pyart.classify_radar(radar, **KEYWORDS)
+    assert field["data"].mask[3, :7].all() and field["data"].mask.sum() == 7
+    out = pyart.gate_excluded(radar, **KEYWORDS)
+    np.testing.assert_array_equal(out, field["data"].filled(cc.NOISE) != cc.PRECIPITATION)
+    noise = pyart.gate_excluded(radar, drop="noise", **KEYWORDS)
+    np.testing.assert_array_equal(noise, field["data"].filled(cc.NOISE) == cc.NOISE)
+
+
+def test_the_other_numbering(radar: SimpleNamespace) -> None:
+    radar.fields["reflectivity"]["data"][3, :7] = np.ma.masked
+    own, other = (pyart.classify_radar(radar, codes=codes, **KEYWORDS) for codes in ("library", "pyrad"))
+    for code, number in ((3, 1), (5, 2), (0, 3)):
+        np.testing.assert_array_equal((other["data"] == number).filled(False),
+                                      (own["data"] == code).filled(False))
+    assert other["_FillValue"] == 0 and other["data"].mask[3, :7].all()
+    np.testing.assert_array_equal(pyart.gate_excluded(radar, codes="pyrad", **KEYWORDS),
+                                  pyart.gate_excluded(radar, **KEYWORDS))
+
+
+def test_fields_by_the_names_of_the_radar(radar: SimpleNamespace) -> None:
+    radar.fields["mine"] = radar.fields.pop("reflectivity")
+    with pytest.raises(ValueError, match="reflectivity"):
+        pyart.classify_radar(radar, **KEYWORDS)
+    field = pyart.classify_radar(radar, fields={"dbzh": "mine", "vrad": None}, **KEYWORDS)
+    np.testing.assert_array_equal(field["data"][24:], expected(1, 255 & ~64 & ~16))
+    radar.fields["reflectivity"] = radar.fields["velocity"]
+    field = pyart.classify_radar(radar, fields={"dbzh": "mine"}, **KEYWORDS)
+    np.testing.assert_array_equal(field["data"][:24], expected(0))
+
+
+def test_sweeps_in_the_data_model(radar: SimpleNamespace) -> None:
+    one, two = pyart.from_radar(radar)
+    assert one.DBZH.shape == (24, 60) and two.DBZH.shape == (30, 60)
+    assert two.DBZH.dims == ("azimuth", "range")
+    assert two.DBZH.attrs["raw_name"] == "reflectivity" and two.DBZH.attrs["units"] == "dBZ"
+    np.testing.assert_array_equal(two.VRADH, arrays(1)["vrad"])
+    assert float(two.sweep_fixed_angle) == 2.5 and int(two.sweep_number) == 1 and float(two.altitude) == 99
+    assert two.time.values[1] == np.datetime64("2024-05-01T12:00:12.500")
+    assert two.range.attrs["meters_between_gates"] == SPACING
+    np.testing.assert_array_equal(sweeps.classify(two, **KEYWORDS).CLASS, expected(1))
+
+
+def test_a_range_height_scan(radar: SimpleNamespace) -> None:
+    radar.sweep_mode["data"] = np.array([list("azimuth_surveillance"), list("rhi".ljust(20))], "S1")
+    radar.elevation["data"][24:] = np.arange(30) + 0.5
+    one, two = pyart.from_radar(radar)
+    assert one.DBZH.dims == ("azimuth", "range") and two.DBZH.dims == ("elevation", "range")
+    np.testing.assert_array_equal(pyart.classify_radar(radar, **KEYWORDS)["data"][24:], expected(1))
+
+
+def test_what_an_object_may_lack(radar: SimpleNamespace) -> None:
+    for name in ("fixed_angle", "sweep_mode", "time", "latitude", "longitude", "altitude"):
+        delattr(radar, name)
+    np.testing.assert_array_equal(pyart.classify_radar(radar, **KEYWORDS)["data"][:24], expected(0))
+    assert float(pyart.from_radar(radar)[1].sweep_fixed_angle) == 2.5
