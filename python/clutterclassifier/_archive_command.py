@@ -115,7 +115,9 @@ def _add_place(parser: argparse.ArgumentParser) -> None:
 
 
 def _add_step(parser: argparse.ArgumentParser) -> None:
-    add = parser.add_argument_group("what is done").add_argument
+    group = parser.add_argument_group(
+        "what is done", "Windows, isolated gates and all classes are settings of the chain with --process.")
+    add = group.add_argument
     add("--process", action="store_true", help="the whole processing chain, not the classes alone")
     add("--config", metavar="FILE", help="settings of the chain (with --process)")
     add("--layout", type=int, choices=(252, 260, 280), help="how gates of polar data files are packed")

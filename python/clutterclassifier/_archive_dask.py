@@ -47,8 +47,9 @@ def processors() -> int:
 def local_client(workers: int) -> Iterator[Client]:
     """A client of a cluster of processes on this machine, not reachable from others."""
     environment = dask.config.get("distributed.nanny.pre-spawn-environ", {})
+    environment = {**environment, "DASK_LOGGING__DISTRIBUTED": "critical"}
     settings = {"distributed.scheduler.allowed-failures": _LOCAL_FAILURES,
-                "distributed.nanny.pre-spawn-environ": environment | {"DASK_LOGGING__DISTRIBUTED": "critical"}}
+                "distributed.nanny.pre-spawn-environ": environment}
     with dask.config.set(settings), _quiet(), LocalCluster(
             n_workers=workers, threads_per_worker=1, processes=True, host="127.0.0.1",
             dashboard_address=None, silence_logs=logging.CRITICAL) as cluster:

@@ -84,8 +84,10 @@ def settings_of(*, process: bool, config: PathLike | dict[str, Any] | None, layo
         options["config"] = config if isinstance(config, dict) else os.path.abspath(config)
     if "membership" in options or "CLUTTERCLASSIFIER_MEMBERSHIP" in os.environ:
         options["membership"] = os.path.abspath(membership_directory(options.get("membership")))
-    rehearsed = {name: value for name, value in options.items() if name != "fields"}
-    (sweeps.process if process else sweeps.classify)(synthetic_scan(1, nrays=12, ngates=30), **rehearsed)
+    scan = synthetic_scan(1, nrays=12, ngates=30)
+    names = [name for name in dict(options.get("fields", {})).values() if name is not None]
+    scan = scan.assign({name: scan.DBZH for name in names if name not in scan})
+    (sweeps.process if process else sweeps.classify)(scan, **options)
     return Settings(process=process, layout=layout, with_fields=with_fields, options=options)
 
 
@@ -108,7 +110,6 @@ class Run:
         with alone_in(self._folder, LOCK_NAME):
             self._failures = FailureTable(self.failures_path)
             try:
-                remove_temporaries(self._folder)
                 self._perform()
             finally:
                 remove_temporaries(self._folder)

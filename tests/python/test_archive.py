@@ -97,7 +97,8 @@ def planned(inputs, out, **options) -> dict[str, str]:
 @pytest.fixture
 def tree(tmp_path, monkeypatch):
     monkeypatch.chdir(tmp_path)
-    for name in ("d/a/x.uf", "d/a/x.dx", "d/b/x.uf", "d/b/.hidden.uf", "d/out/x.uf.nc", "d/[1].uf"):
+    for name in ("d/a/x.uf", "d/a/x.dx", "d/b/x.uf", "d/b/.hidden.uf", "d/out/x.uf.nc", "d/out/x.uf",
+                 "d/[1].uf"):
         path = tmp_path / name
         path.parent.mkdir(parents=True, exist_ok=True)
         path.write_text("radar")
@@ -115,6 +116,7 @@ def tree(tmp_path, monkeypatch):
     (["d/**/*.dx"], {}, {"d/a/x.dx": "a/x.dx.nc"}),
     (["d/[ab]"], {}, {"d/a/x.uf": "a/x.uf.nc", "d/a/x.dx": "a/x.dx.nc", "d/b/x.uf": "b/x.uf.nc"}),
     (["d/[1].uf"], {}, {"d/[1].uf": "[1].uf.nc"}),
+    (["d/out/*"], {}, {"d/out/x.uf": "x.uf.nc"}),
     (["d/b/.hidden.uf"], {}, {"d/b/.hidden.uf": ".hidden.uf.nc"}),
 ])
 def test_rule_of_names(tree, inputs, options, expected):
@@ -311,7 +313,8 @@ def test_names_that_are_no_text(tmp_path):
 @pytest.mark.parametrize("options, error", [
     ({"workers": -1}, ValueError), ({"timeout": 0}, ValueError), ({"layout": 1}, ValueError),
     ({"config": "x"}, ValueError), ({"inputs": "velocity"}, ValueError), ({"no_such": 1}, TypeError),
-    ({"membership": "/nowhere"}, FileNotFoundError), ({"texture_window": (4, 3)}, ValueError),
+    ({"membership": "/nowhere"}, FileNotFoundError), ({"fields": {"no_such": "DZ"}}, ValueError),
+    ({"texture_window": (4, 3)}, ValueError),
 ])
 def test_calls_that_make_no_sense_touch_nothing(tmp_path, options, error):
     make_archive(tmp_path / "in", 1)
@@ -429,23 +432,27 @@ def test_a_stopped_run_goes_on(serial_results, tmp_path):
     assert_all_there(out, results)
 
 
-def test_a_file_that_kills_its_worker_is_the_only_failure():
-    from clutterclassifier._archive_dask import local_client, run_jobs
+def test_only_the_file_that_kills_its_workers_fails(tmp_path, monkeypatch):
+    from clutterclassifier import _archive_dask
     from clutterclassifier._archive_plan import Job
     from clutterclassifier._archive_worker import Outcome
 
-    def deadly(job: Job) -> Outcome:
+    def work(job: Job) -> Outcome:
         if job.source == "deadly":
+            os._exit(1)
+        if job.source == "unlucky" and not os.listdir(job.output):  # blamed for others' deaths
+            open(f"{job.output}/{os.getpid()}", "w").close()
             os._exit(1)
         return Outcome(job.source, gates=1)
 
-    names = [f"good{i}" for i in range(12)]
-    jobs = [Job(name, "") for name in [*names[:3], "deadly", *names[3:]]]
-    with local_client(2) as client:
-        outcomes = list(run_jobs(client, deadly, jobs))
+    names = [f"good{i}" for i in range(6)]
+    jobs = [Job(name, str(tmp_path)) for name in [*names[:3], "deadly", "unlucky", *names[3:]]]
+    monkeypatch.setattr(_archive_dask, "_LOCAL_FAILURES", 0)
+    with _archive_dask.local_client(2) as client:
+        outcomes = list(_archive_dask.run_jobs(client, work, jobs))
     reasons = {outcome.source: outcome.reason for outcome in outcomes}
-    assert len(outcomes) == 13 and "died" in reasons.pop("deadly")
-    assert reasons == dict.fromkeys(names, "")
+    assert len(outcomes) == 8 and "died" in reasons.pop("deadly")
+    assert reasons == dict.fromkeys([*names, "unlucky"], "")
 
 
 def test_no_more_files_are_under_way_than_needed():
@@ -529,6 +536,18 @@ def test_a_file_that_kills_its_process_is_told(apart, tmp_path):
     assert apart(tmp_path / "scan.nc").gates == 1500
 
 
+def test_no_process_outlives_its_worker(apart, tmp_path):
+    text = ("from clutterclassifier._archive_child import run_apart as run, Job, Settings\n"
+            f"run(Job({str(tmp_path / 'endless')!r}, ''), Settings(), '')")
+    worker = subprocess.Popen([sys.executable, "-c", text])
+    opened = open(tmp_path / "endless", "w")  # waits for the process to read: it is at work then
+    [helper] = children(worker.pid)
+    worker.kill()
+    worker.wait()
+    wait_until(lambda: not is_running(helper))
+    opened.close()
+
+
 # Progress
 
 
@@ -591,6 +610,19 @@ def test_exit_codes(tmp_path, capsys):
         with pytest.raises(SystemExit) if wrong[1] in ("high", "dbzh") else open(os.devnull) as caught:
             assert main([*call, *wrong]) == 2
         assert getattr(getattr(caught, "value", None), "code", 2) == 2
+
+
+def test_a_batch_system_ends_a_run_as_a_user_does(tmp_path, capsys, monkeypatch):
+    from clutterclassifier import _archive_command
+
+    make_archive(tmp_path / "in", 1)
+    before = signal.getsignal(signal.SIGTERM)
+    monkeypatch.setattr(_archive_command.Run, "perform", lambda run: os.kill(os.getpid(), signal.SIGTERM))
+    try:
+        assert _archive_command.main([str(tmp_path / "in"), "--out", str(tmp_path / "out")]) == 130
+    finally:
+        signal.signal(signal.SIGTERM, before)
+    assert "goes on from here" in capsys.readouterr().err
 
 
 def test_two_runs_do_not_share_a_folder(tmp_path, capsys):
