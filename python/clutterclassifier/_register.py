@@ -33,7 +33,7 @@ class _Watcher:
             execute(module)
             self._act()
 
-        spec.loader.exec_module = execute_and_act  # type: ignore[method-assign]
+        spec.loader.exec_module = execute_and_act  # type: ignore[assignment]  # of this one loader
         return spec
 
     def _act(self) -> None:
