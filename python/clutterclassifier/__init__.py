@@ -4,6 +4,7 @@ Functions on numpy arrays, an accessor ``ds.clutter`` on xarray datasets, reader
 a command for archives (``python -m clutterclassifier.archive``). See docs/python.md.
 """
 
+import typing as _typing
 from importlib import import_module as _import_module
 
 from ._attenuation import (AttenuationAlgorithm, AttenuationResult, HotSpot, HotSpots, ZdrCorrection,
@@ -41,3 +42,14 @@ __all__ = [
 ]
 
 _when_imported("xarray", lambda: _import_module(".accessor", __name__))
+
+if _typing.TYPE_CHECKING:
+    from . import accessor, plot, pyart, sweeps
+
+    __all__ += ["accessor", "plot", "pyart", "sweeps"]
+else:
+    def __getattr__(name: str) -> object:
+        """Modules that need more than numpy are imported when they are asked for."""
+        if name not in ("accessor", "plot", "pyart", "sweeps"):
+            raise AttributeError(f"module {__name__!r} has no attribute {name!r}")
+        return _import_module(f".{name}", __name__)

@@ -2,9 +2,9 @@
 
 from __future__ import annotations
 
-import contextlib
 import importlib.util
 import sys
+import threading
 import warnings
 from collections.abc import Callable
 from importlib.machinery import ModuleSpec
@@ -18,25 +18,34 @@ class _Watcher:
     def __init__(self, name: str, action: Callable[[], Any]) -> None:
         self._name = name
         self._action = action
+        self._asking = threading.local()
 
     def find_spec(self, name: str, path: Any = None, target: Any = None) -> ModuleSpec | None:
-        if name != self._name:
+        if name != self._name or getattr(self._asking, "others", False):
             return None
-        with contextlib.suppress(ValueError):  # another thread may have been faster
-            sys.meta_path.remove(self)
-        spec = importlib.util.find_spec(name)
-        if spec is None or spec.loader is None:
-            return spec
-        execute = spec.loader.exec_module
-
-        def execute_and_act(module: ModuleType) -> None:
-            execute(module)
-            self._act()
-
-        spec.loader.exec_module = execute_and_act  # type: ignore[assignment]  # of this one loader
+        self._asking.others = True
+        try:
+            spec = importlib.util.find_spec(name)
+        finally:
+            self._asking.others = False
+        if spec is not None and spec.loader is not None:
+            self._act_behind(spec.loader)
         return spec
 
-    def _act(self) -> None:
+    def _act_behind(self, loader: Any) -> None:
+        """Until a module is executed, it was only looked for."""
+        execute = loader.exec_module
+
+        def execute_and_act(module: ModuleType) -> None:
+            loader.exec_module = execute
+            execute(module)
+            if self in sys.meta_path:
+                sys.meta_path.remove(self)
+                self.act()
+
+        loader.exec_module = execute_and_act
+
+    def act(self) -> None:
         """What fails here must not spoil the import of the other module."""
         try:
             self._action()
@@ -46,7 +55,8 @@ class _Watcher:
 
 def when_imported(name: str, action: Callable[[], Any]) -> None:
     """Calls `action` now if the module `name` is imported already, else when it is."""
-    if name in sys.modules:
-        action()
+    watcher = _Watcher(name, action)
+    if sys.modules.get(name) is not None:  # None: somebody forbids the import
+        watcher.act()
     else:
-        sys.meta_path.insert(0, _Watcher(name, action))
+        sys.meta_path.insert(0, watcher)

@@ -32,6 +32,19 @@ def test_whichever_is_imported_first(imports: str) -> None:
     assert run(f"{program}; import xarray; print(xarray.Dataset.clutter.__name__)") == "ClutterAccessor\n"
 
 
+def test_modules_come_when_they_are_asked_for() -> None:
+    program = "import clutterclassifier as cc; print(cc.sweeps.clean.__name__, cc.pyart.from_radar.__name__)"
+    assert run(program) == "clean from_radar\n"
+    with pytest.raises(AttributeError, match="no_such_thing"):
+        getattr(cc, "no_such_thing")
+
+
+def test_looking_for_the_other_module_is_no_import() -> None:
+    program = ("import importlib, importlib.util, clutterclassifier; importlib.util.find_spec('xarray'); "
+               "import xarray; print(xarray.Dataset.clutter.__name__); importlib.reload(xarray)")
+    assert run(program) == "ClutterAccessor\n"
+
+
 def test_a_failing_registration_does_not_spoil_the_other_import() -> None:
     program = ("import warnings; warnings.simplefilter('ignore'); "
                "from clutterclassifier import _register; "
