@@ -4,9 +4,6 @@ Functions on numpy arrays, an accessor ``ds.clutter`` on xarray datasets, reader
 a command for archives (``python -m clutterclassifier.archive``). See docs/python.md.
 """
 
-import typing as _typing
-from importlib import import_module as _import_module
-
 from ._attenuation import (AttenuationAlgorithm, AttenuationResult, HotSpot, HotSpots, ZdrCorrection,
                            attenuation, correct_zdr, hot_spots, specific_attenuation)
 from ._beam import (BeamPattern, VerticalProfiles, beam_elevation, beam_height, beam_pattern,
@@ -15,7 +12,6 @@ from ._classify import classify, membership_directory
 from ._phase import close_phase_gaps, extend_phase, fill_phase, system_phase, unfold_phase
 from ._process import Processed, Stage, process
 from ._rain import hybrid_rain_rate, rain_rate, rain_to_z, z_to_rain
-from ._register import when_imported as _when_imported
 from ._settings import check_config, config_table, example_config
 from ._signal import (Contingency, RadarConstant, contingency, estimate_radar_constant, signal_to_noise,
                       to_decibels, to_linear)
@@ -41,15 +37,10 @@ __all__ = [
     "unfold_phase", "vertical_profiles", "vertical_statistics", "z_to_rain",
 ]
 
-_when_imported("xarray", lambda: _import_module(".accessor", __name__))
-
-if _typing.TYPE_CHECKING:
-    from . import accessor, plot, pyart, sweeps
-
-    __all__ += ["accessor", "plot", "pyart", "sweeps"]
+try:  # with xarray: ds.clutter, and the functions of sweeps
+    from . import accessor, backends, plot, pyart, sweeps
+except ModuleNotFoundError as _missing:
+    if _missing.name != "xarray":
+        raise
 else:
-    def __getattr__(name: str) -> object:
-        """Modules that need more than numpy are imported when they are asked for."""
-        if name not in ("accessor", "plot", "pyart", "sweeps"):
-            raise AttributeError(f"module {__name__!r} has no attribute {name!r}")
-        return _import_module(f".{name}", __name__)
+    __all__ += ["accessor", "backends", "plot", "pyart", "sweeps"]

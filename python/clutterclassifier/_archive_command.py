@@ -33,12 +33,12 @@ Examples:
 
 def main(argv: Sequence[str] | None = None) -> int:
     """Runs the command; returns its exit code."""
-    arguments = _parser().parse_args(argv)
+    arguments = _parser().parse_intermixed_args(argv)
     signal.signal(signal.SIGTERM, signal.default_int_handler)  # batch systems end a run that way
     try:
         return _perform(arguments)
     except KeyboardInterrupt:
-        return _complain("stopped; the same call goes on from here", _STOPPED)
+        return _complain("stopped", _STOPPED)
 
 
 def _perform(arguments: argparse.Namespace) -> int:
@@ -49,17 +49,22 @@ def _perform(arguments: argparse.Namespace) -> int:
     try:
         run.perform()
     except LostScheduler as error:
-        return _complain(f"{error}; the same call goes on from here", _FAILED)
+        return _complain(f"{_summed_up(run, arguments)}{error}; the same call goes on from here", _FAILED)
+    except KeyboardInterrupt:
+        return _complain(f"{_summed_up(run, arguments)}stopped; the same call goes on from here", _STOPPED)
     except (BlockingIOError, ConnectionError, NotReady) as error:
         return _complain(reason_of(error), _BAD_CALL)
     except OSError as error:
         return _complain(reason_of(error), _FAILED)
-    finally:
-        if not arguments.quiet:
-            print(f"clutterclassifier: {run.summary}", flush=True)
+    if not arguments.quiet:
+        print(f"clutterclassifier: {run.summary}", flush=True)
     if not run.summary.failed:
         return 0
     return _complain(f"files without a result stand in {run.failures_path}", _FAILED)
+
+
+def _summed_up(run: Run, arguments: argparse.Namespace) -> str:
+    return "" if arguments.quiet else f"{run.summary}; "
 
 
 def _complain(text: str, code: int) -> int:
@@ -82,6 +87,7 @@ def _run_of(arguments: argparse.Namespace) -> Run:
 def _parser() -> argparse.ArgumentParser:
     parser = argparse.ArgumentParser(
         prog="python -m clutterclassifier.archive", epilog=_EPILOG,
+        usage="%(prog)s INPUT... --out DIR [options]",
         formatter_class=argparse.RawDescriptionHelpFormatter,
         description="Classify or process thousands of radar files with Dask, one NetCDF file for each.")
     add = parser.add_argument

@@ -31,6 +31,8 @@ _PER_THREAD = 3
 #: Deaths of workers after which a local cluster takes a file for the cause.
 _LOCAL_FAILURES = 1
 
+_LOST = "the connection to the scheduler is lost"
+
 _TICK = 0.5  # seconds
 
 Work = Callable[[Job], Outcome]
@@ -44,12 +46,27 @@ def processors() -> int:
 @contextlib.contextmanager
 def local_client(workers: int) -> Iterator[Client]:
     """A client of a cluster of processes on this machine, not reachable from others."""
-    with dask.config.set({"distributed.scheduler.allowed-failures": _LOCAL_FAILURES}), LocalCluster(
+    environment = dask.config.get("distributed.nanny.pre-spawn-environ", {})
+    settings = {"distributed.scheduler.allowed-failures": _LOCAL_FAILURES,
+                "distributed.nanny.pre-spawn-environ": environment | {"DASK_LOGGING__DISTRIBUTED": "critical"}}
+    with dask.config.set(settings), _quiet(), LocalCluster(
             n_workers=workers, threads_per_worker=1, processes=True, host="127.0.0.1",
             dashboard_address=None, silence_logs=logging.CRITICAL) as cluster:
         with Client(cluster, set_as_default=False) as client:
             client.register_worker_plugin(_DeafToInterruptions())
             yield client
+
+
+@contextlib.contextmanager
+def _quiet() -> Iterator[None]:
+    """Without what Dask has to say about processes that come and go."""
+    logger = logging.getLogger("distributed")
+    level = logger.level
+    logger.setLevel(logging.CRITICAL)
+    try:
+        yield
+    finally:
+        logger.setLevel(level)
 
 
 class _DeafToInterruptions(WorkerPlugin):
@@ -166,8 +183,8 @@ class _Limit:
             self._counted_at = time.monotonic()
             try:
                 self._threads = sum(self._client.nthreads().values())
-            except (OSError, AttributeError) as error:
-                raise LostScheduler(f"the connection to the scheduler is lost: {reason_of(error)}") from None
+            except (OSError, AttributeError):  # without a connection there is nothing to ask
+                raise LostScheduler(_LOST) from None
         return max(4, _PER_THREAD * self._threads)
 
 
@@ -176,7 +193,7 @@ def _outcome(future: Future, job: Job) -> Outcome:
         return future.result()
     except KilledWorker:
         raise
-    except CancelledError:
-        raise LostScheduler("the connection to the scheduler is lost") from None
-    except Exception as error:  # of Dask: `work` itself tells its errors as outcomes
+    except (CancelledError, OSError):  # neither is the job's: `work` itself tells its errors as outcomes
+        raise LostScheduler(_LOST) from None
+    except Exception as error:  # the worker could not even start it
         return Outcome(job.source, reason_of(error))

@@ -84,8 +84,8 @@ def _as_sweep(ds: xr.Dataset) -> xr.Dataset:
     """Rays counted by time, as files have them, are counted by the angle that moves."""
     if "time" not in ds.dims or _RAY_DIMENSIONS & set(ds.dims):
         return ds
-    mode = str(ds["sweep_mode"].values) if "sweep_mode" in ds.variables and not ds["sweep_mode"].ndim else ""
-    angle = "elevation" if mode == "rhi" else "azimuth"
+    mode = ds["sweep_mode"].values if "sweep_mode" in ds.variables else ""
+    angle = "elevation" if np.all(mode == "rhi") else "azimuth"
     return ds.swap_dims({"time": angle}) if angle in ds.variables and ds[angle].dims == ("time",) else ds
 
 

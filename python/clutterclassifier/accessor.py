@@ -1,6 +1,6 @@
 """``ds.clutter``: the steps of the chain as methods of a sweep, and of a tree of sweeps.
 
-Importing this module registers the accessors; `clutterclassifier` does it when xarray is imported.
+Importing this module registers the accessors; `clutterclassifier` does it where there is xarray.
 That may be in the middle of the import of any other module here, so that none of them is imported
 before a method is called.
 """

@@ -3,6 +3,7 @@
 from __future__ import annotations
 
 import csv
+import io
 import os
 import re
 import signal
@@ -19,6 +20,7 @@ import xarray as xr
 from clutterclassifier import sweeps
 from clutterclassifier._archive_netcdf import read_netcdf, write_sweeps
 from clutterclassifier._archive_plan import plan_jobs
+from clutterclassifier._progress import Progress
 from clutterclassifier.archive import classify_archive
 
 COMMAND = [sys.executable, "-m", "clutterclassifier.archive"]
@@ -48,13 +50,14 @@ def content(path: Path):
     def of(group: netCDF4.Group):
         attributes = {name: np.asarray(group.getncattr(name)).tolist() for name in group.ncattrs()}
         attributes["history"] = re.sub(r"\d{4}-\S+Z", "TIME", attributes.get("history", ""))
-        variables = {name: (variable.dimensions, str(variable.dtype), np.ma.getdata(variable[...]).tolist(),
-                            {key: np.asarray(variable.getncattr(key)).tolist() for key in variable.ncattrs()})
+        variables = {name: repr((variable.dimensions, variable.dtype, np.asarray(variable[...]).tolist(),
+                                 {key: variable.getncattr(key) for key in variable.ncattrs()}))
                      for name, variable in group.variables.items()}
-        return attributes, repr(variables), {name: of(inner) for name, inner in group.groups.items()}
+        return attributes, variables, {name: of(inner) for name, inner in group.groups.items()}
 
     with netCDF4.Dataset(path) as file:
         file.set_auto_maskandscale(False)
+        file.set_always_mask(False)
         return of(file)
 
 
@@ -201,7 +204,8 @@ def test_volumes_stay_together(tmp_path):
     xr.testing.assert_equal(again[2].DBZH, volume[2].DBZH)
     assert serial(tmp_path / "volume.nc", tmp_path / "out").gates == 30 * (40 + 45 + 50)
     for number, sweep in enumerate(volume):
-        result = xr.open_dataset(tmp_path / "out/volume.nc.nc", group=f"sweep_{number}", mask_and_scale=False)
+        result = xr.open_dataset(tmp_path / "out/volume.nc.nc", group=f"sweep_{number}",
+                                 mask_and_scale=False)
         np.testing.assert_array_equal(result.CLASS, sweeps.classify(sweep).CLASS)
 
 
@@ -345,12 +349,12 @@ def cluster(tmp_path):
     def start(what: str, *arguments: str) -> subprocess.Popen:
         with open(tmp_path / "cluster.log", "ab") as log:
             processes.append(subprocess.Popen(
-                [sys.executable, "-m", f"distributed.cli.dask_{what}", "--no-dashboard", "--host", "127.0.0.1",
-                 "--scheduler-file", str(tmp_path / "scheduler.json"), *arguments],
+                [sys.executable, "-m", f"distributed.cli.dask_{what}", "--no-dashboard",
+                 "--host", "127.0.0.1", "--scheduler-file", str(tmp_path / "scheduler.json"), *arguments],
                 stdout=log, stderr=log, cwd=tmp_path))
         return processes[-1]
 
-    start("scheduler", "--port", "0")
+    scheduler = start("scheduler", "--port", "0")
     wait_until((tmp_path / "scheduler.json").exists)
     workers = [start("worker", "--nthreads", "1", "--no-nanny", "--local-directory", str(tmp_path / name),
                      "--name", name) for name in ("one", "two")]
@@ -358,7 +362,7 @@ def cluster(tmp_path):
 
     with Client(scheduler_file=str(tmp_path / "scheduler.json"), set_as_default=False) as client:
         client.wait_for_workers(2, timeout=60)
-        yield client, workers
+        yield client, workers, scheduler
     for process in processes:
         process.kill()
         process.wait()
@@ -380,7 +384,7 @@ def is_running(pid: int) -> bool:
 
 
 def test_a_lost_worker_loses_nothing(cluster, serial_results, tmp_path):
-    client, workers = cluster
+    client, workers, _ = cluster
     source, results = serial_results
     out = tmp_path / "out"
     run = subprocess.Popen([*COMMAND, source, "--out", out, "--scheduler", client.scheduler.address],
@@ -436,8 +440,9 @@ def test_a_file_that_kills_its_worker_is_the_only_failure():
         return Outcome(job.source, gates=1)
 
     names = [f"good{i}" for i in range(12)]
+    jobs = [Job(name, "") for name in [*names[:3], "deadly", *names[3:]]]
     with local_client(2) as client:
-        outcomes = list(run_jobs(client, deadly, [Job(name, "") for name in [*names[:3], "deadly", *names[3:]]]))
+        outcomes = list(run_jobs(client, deadly, jobs))
     reasons = {outcome.source: outcome.reason for outcome in outcomes}
     assert len(outcomes) == 13 and "died" in reasons.pop("deadly")
     assert reasons == dict.fromkeys(names, "")
@@ -458,13 +463,28 @@ def test_no_more_files_are_under_way_than_needed():
 
     with Counting(n_workers=1, threads_per_worker=2, processes=False, dashboard_address=None) as client:
         done = 0
-        for outcome in _archive_dask.run_jobs(client, lambda job: job, [Job(str(i), "") for i in range(100)]):
+        jobs = [Job(str(i), "") for i in range(100)]
+        for outcome in _archive_dask.run_jobs(client, lambda job: job, jobs):
             under_way.remove(outcome.source)
             done += 1
     assert done == 100
 
 
-def test_no_scheduler_at_the_address(tmp_path, monkeypatch):
+def test_a_lost_scheduler_ends_the_run(cluster):
+    from clutterclassifier._archive_dask import remote_client, run_jobs
+    from clutterclassifier._archive_plan import Job
+    from clutterclassifier._archive_run import LostScheduler
+
+    client, _, scheduler = cluster
+    with remote_client(client.scheduler.address, timeout=1) as own:
+        outcomes = run_jobs(own, lambda job: job, (Job(str(i), "") for i in range(1000)))
+        next(outcomes)
+        scheduler.kill()
+        with pytest.raises(LostScheduler):
+            list(outcomes)
+
+
+def test_no_scheduler_at_the_address():
     from clutterclassifier import _archive_dask
 
     with pytest.raises(ConnectionError, match="no scheduler at tcp://127.0.0.1:9"):
@@ -509,11 +529,47 @@ def test_a_file_that_kills_its_process_is_told(apart, tmp_path):
     assert apart(tmp_path / "scan.nc").gates == 1500
 
 
+# Progress
+
+
+class Terminal(io.StringIO):
+    def isatty(self) -> bool:
+        return True
+
+
+def shown(stream: io.StringIO, failed: int, notes: int = 0, wanted: bool = True, step: float = 0.1) -> str:
+    """What is shown of 150 files of 1200, one each `step` seconds, some of which fail."""
+    now = [0.0]
+    progress = Progress(1200, stream, wanted=wanted, clock=lambda: now[0])
+    for i in range(150):
+        now[0] += step
+        progress.advance(failed=i < failed)
+        if i < notes:
+            progress.note(f"note {i}")
+    now[0] += 0.5
+    progress.refresh()
+    return stream.getvalue()
+
+
+def test_bar_on_a_terminal(monkeypatch):
+    monkeypatch.setenv("COLUMNS", "100")
+    last = shown(Terminal(), failed=2).split("\r\033[K")[-1]
+    assert last == f"[{'#' * 3:24}] 150 of 1200 files, 9.7 a second, 1:48 left, 2 failed"
+    monkeypatch.setenv("COLUMNS", "30")
+    assert all(len(line) < 30 for line in shown(Terminal(), failed=2).split("\r\033[K"))
+
+
+def test_lines_elsewhere():
+    assert shown(io.StringIO(), failed=0) == ""  # 30 seconds are not over yet
+    lines = shown(io.StringIO(), failed=0, step=0.375).splitlines()
+    assert lines == ["80 of 1200 files, 2.7 a second, 7:00 left"]
+    text = shown(io.StringIO(), failed=0, notes=100)
+    assert text.splitlines()[0] == "note 0" and text.splitlines()[-1] == "more such lines are not shown"
+    assert len(text.splitlines()) == 20
+    assert shown(Terminal(), failed=3, notes=3, wanted=False) == ""
+
+
 # The command
-
-
-def run_command(*arguments, **options) -> subprocess.CompletedProcess:
-    return subprocess.run([*COMMAND, *map(str, arguments)], capture_output=True, text=True, timeout=120, **options)
 
 
 def test_exit_codes(tmp_path, capsys):

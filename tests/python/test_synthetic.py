@@ -113,7 +113,7 @@ def test_arrays_need_numpy_alone():
         class Nowhere:
             def find_spec(self, name, path=None, target=None):
                 if name in ("xarray", "dask", "matplotlib"):
-                    raise ModuleNotFoundError(name)
+                    raise ModuleNotFoundError(name, name=name)
         sys.meta_path.insert(0, Nowhere())
         import clutterclassifier as cc
         print(cc.synthetic_arrays(1, 4, 5)["truth"].shape)"""
