@@ -196,8 +196,9 @@ def specific_attenuation(dbzh: ArrayLike, *, classes: ArrayLike, range: ArrayLik
         raise ValueError("the method 'phase_slope' needs phidp")
     return _core.specific_attenuation(
         field, as_field_like("phidp", phidp, field, "dbzh"), as_classes_like(classes, field, "dbzh"),
-        per_gate("alpha", alpha, field.shape), per_gate("a", a, field.shape), per_gate("b", b, field.shape),
-        per_ray("phase_rise", phase_rise, field.shape), gate_spacing(range, field.shape[-1]) / 1000.0, _METHODS[method])
+        per_gate("alpha", alpha, field.shape), per_gate("a", a, field.shape),
+        per_gate("b", b, field.shape), per_ray("phase_rise", phase_rise, field.shape),
+        gate_spacing(range, field.shape[-1]) / 1000.0, _METHODS[method])
 
 
 class ZdrCorrection(NamedTuple):
