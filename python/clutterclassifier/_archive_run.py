@@ -6,7 +6,7 @@ import contextlib
 import functools
 import os
 import time
-from collections.abc import Iterable, Iterator, Sequence
+from collections.abc import Generator, Iterable, Iterator, Sequence
 from dataclasses import dataclass
 from typing import TYPE_CHECKING, Any
 
@@ -85,7 +85,11 @@ def settings_of(*, process: bool, config: PathLike | dict[str, Any] | None, layo
     if "membership" in options or "CLUTTERCLASSIFIER_MEMBERSHIP" in os.environ:
         options["membership"] = os.path.abspath(membership_directory(options.get("membership")))
     rehearsed = {name: value for name, value in options.items() if name != "fields"}
-    (sweeps.process if process else sweeps.classify)(synthetic_scan(1, nrays=12, ngates=30), **rehearsed)
+    scan = synthetic_scan(1, nrays=12, ngates=30)
+    if process:
+        sweeps.process(scan, **rehearsed)
+    else:
+        sweeps.classify(scan, **rehearsed)
     return Settings(process=process, layout=layout, with_fields=with_fields, options=options)
 
 
@@ -141,8 +145,8 @@ class Run:
             self._failures.mended(job.source)
             self._progress.advance()
 
-    def _outcomes(self, jobs: Sequence[Job]) -> Iterator[Outcome]:
-        given = {"settings": self._settings, "settings_text": self._text}
+    def _outcomes(self, jobs: Sequence[Job]) -> Generator[Outcome, None, None]:
+        given: dict[str, Any] = {"settings": self._settings, "settings_text": self._text}
         if not jobs:
             return
         if self._place.workers == 0 and self._place.scheduler is None:
