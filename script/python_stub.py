@@ -28,6 +28,7 @@ def types(signature: str) -> str:
                        lambda found: f"NDArray[np.{found[1].replace('bool', 'bool_')}]", signature)
     signature = re.sub(r"Optional\[(NDArray\[[\w.]+\]|\w+)\]", r"\1 | None", signature)
     signature = re.sub(r"\b(List|Dict|Tuple)\b", lambda found: found[1].lower(), signature)
+    signature = re.sub(r"\b(file|path): str", r"\1: str | bytes", signature)  # names of files are bytes
     signature = re.sub(r"\bdict$", "dict[str, Any]", signature)
     return re.sub(r"\btuple$", "tuple[Any, ...]", signature)
 

@@ -4,28 +4,43 @@ Functions on numpy arrays, an accessor ``ds.clutter`` on xarray datasets, reader
 a command for archives (``python -m clutterclassifier.archive``). See docs/python.md.
 """
 
+from ._attenuation import (AttenuationAlgorithm, AttenuationResult, HotSpot, HotSpots, ZdrCorrection,
+                           attenuation, correct_zdr, hot_spots, specific_attenuation)
+from ._beam import (BeamPattern, VerticalProfiles, beam_elevation, beam_height, beam_pattern,
+                    correct_profile, slant_range, vertical_profiles)
 from ._classify import classify, membership_directory
+from ._phase import close_phase_gaps, extend_phase, fill_phase, system_phase, unfold_phase
+from ._process import Processed, Stage, process
+from ._rain import hybrid_rain_rate, rain_rate, rain_to_z, z_to_rain
+from ._settings import check_config, config_table, example_config
+from ._signal import (Contingency, RadarConstant, contingency, estimate_radar_constant, signal_to_noise,
+                      to_decibels, to_linear)
 from ._synthetic import synthetic_arrays, synthetic_scan
+from ._toolkit import despeckle, isolated_gates, smooth, texture
+from ._version import __version__
+from ._zdr_offset import ScanStatistics, rain_statistics, vertical_statistics
 from .echo import (GROUND_CLUTTER, MISSING, NOISE, PRECIPITATION, SEA_CLUTTER, TURBINE_CLUTTER,
                    EchoClass, Inputs)
 from .readers import open_dx, open_polar, open_record, open_uf, read, recognise
 
-from ._process import Processed, Stage, process
-from ._settings import check_config, config_table, example_config
-from ._toolkit import (Contingency, RadarConstant, contingency, despeckle, estimate_radar_constant,
-                       isolated_gates, signal_to_noise, smooth, texture, to_decibels, to_linear)
-from ._corrections import (AttenuationAlgorithm, AttenuationResult, BeamPattern, HotSpot, HotSpots,
-                           ScanStatistics, VerticalProfiles, ZdrCorrection, attenuation,
-                           beam_elevation, beam_height, beam_pattern, close_phase_gaps,
-                           correct_profile, correct_zdr, extend_phase, fill_phase, hot_spots,
-                           hybrid_rain_rate, rain_rate, rain_statistics, rain_to_z, slant_range,
-                           specific_attenuation, system_phase, unfold_phase,
-                           vertical_profiles, vertical_statistics, z_to_rain)
-
-from ._version import __version__
+__all__ = [
+    "AttenuationAlgorithm", "AttenuationResult", "BeamPattern", "Contingency", "EchoClass",
+    "GROUND_CLUTTER", "HotSpot", "HotSpots", "Inputs", "MISSING", "NOISE", "PRECIPITATION", "Processed",
+    "RadarConstant", "SEA_CLUTTER", "ScanStatistics", "Stage", "TURBINE_CLUTTER", "VerticalProfiles",
+    "ZdrCorrection", "__version__", "attenuation", "beam_elevation", "beam_height", "beam_pattern",
+    "check_config", "classify", "close_phase_gaps", "config_table", "contingency", "correct_profile",
+    "correct_zdr", "despeckle", "estimate_radar_constant", "example_config", "extend_phase",
+    "fill_phase", "hot_spots", "hybrid_rain_rate", "isolated_gates", "membership_directory", "open_dx",
+    "open_polar", "open_record", "open_uf", "process", "rain_rate", "rain_statistics", "rain_to_z",
+    "read", "recognise", "signal_to_noise", "slant_range", "smooth", "specific_attenuation",
+    "synthetic_arrays", "synthetic_scan", "system_phase", "texture", "to_decibels", "to_linear",
+    "unfold_phase", "vertical_profiles", "vertical_statistics", "z_to_rain",
+]
 
 try:  # with xarray: ds.clutter, and the functions of sweeps
     from . import accessor, backends, plot, pyart, sweeps
 except ModuleNotFoundError as _missing:
     if _missing.name != "xarray":
         raise
+else:
+    __all__ += ["accessor", "backends", "plot", "pyart", "sweeps"]

@@ -43,6 +43,8 @@ class _Child:
         path = os.pathsep.join(entry or os.getcwd() for entry in sys.path)
         self._process = subprocess.Popen([sys.executable, "-m", __name__], stdin=subprocess.PIPE,
                                          stdout=subprocess.PIPE, env={**os.environ, "PYTHONPATH": path})
+        assert self._process.stdin is not None and self._process.stdout is not None  # both are pipes
+        self._jobs, self._outcomes = self._process.stdin, self._process.stdout
 
     def is_alive(self) -> bool:
         return self._process.poll() is None
@@ -50,11 +52,11 @@ class _Child:
     def run(self, job: Job, settings: Settings, settings_text: str, seconds: float | None) -> Outcome:
         outcome = None
         try:
-            pickle.dump((job, settings, settings_text), self._process.stdin)
-            self._process.stdin.flush()
+            pickle.dump((job, settings, settings_text), self._jobs)
+            self._jobs.flush()
             if not self._answers(seconds):
                 return Outcome(job.source, f"not done after {seconds:g} seconds")
-            outcome = pickle.load(self._process.stdout)
+            outcome = pickle.load(self._outcomes)
             return outcome
         except (OSError, EOFError, pickle.UnpicklingError):
             return Outcome(job.source, f"its process {_end(self._process.wait())}")
@@ -64,15 +66,15 @@ class _Child:
 
     def _answers(self, seconds: float | None) -> bool:
         poll = select.poll()
-        poll.register(self._process.stdout, select.POLLIN)
+        poll.register(self._outcomes, select.POLLIN)
         return bool(poll.poll(None if seconds is None else 1000 * seconds))
 
     def _stop(self) -> None:
         self._process.kill()
         self._process.wait()
-        self._process.stdout.close()
+        self._outcomes.close()
         try:
-            self._process.stdin.close()
+            self._jobs.close()
         except BrokenPipeError:  # what was not sent yet
             pass
 

@@ -8,6 +8,7 @@ import os
 import secrets
 from collections.abc import Iterable
 from datetime import datetime, timezone
+from typing import IO
 
 _HEADER = ("file", "reason", "time")
 
@@ -46,12 +47,12 @@ class FailureTable:
                 os.unlink(self.path)
 
 
-def _open(path: str, mode: str):
+def _open(path: str, mode: str) -> IO[str]:
     # File names are bytes: what is no text goes through unchanged.
     return open(path, mode, newline="", encoding="utf-8", errors="surrogateescape")
 
 
-def _read(path: str) -> list[tuple[str, str, str]]:
+def _read(path: str) -> list[tuple[str, ...]]:
     try:
         with _open(path, "r") as table:
             rows = [tuple(row) for row in csv.reader(table)]

@@ -152,7 +152,7 @@ def _without_encoding(sweep: xr.Dataset) -> xr.Dataset:
         variable.encoding = {}
         variable.attrs = _attributes(variable.attrs)
         if name in plain.data_vars:  # else their order would be another one in each process
-            further = sorted(set(plain[name].coords) - set(plain[name].dims))
+            further = sorted(map(str, set(plain[name].coords) - set(plain[name].dims)))
             variable.encoding = {"coordinates": " ".join(further)} if further else {}
     return plain
 

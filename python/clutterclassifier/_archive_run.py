@@ -6,7 +6,7 @@ import contextlib
 import functools
 import os
 import time
-from collections.abc import Iterable, Iterator, Sequence
+from collections.abc import Generator, Iterable, Iterator, Sequence
 from dataclasses import dataclass
 from typing import TYPE_CHECKING, Any
 
@@ -87,7 +87,10 @@ def settings_of(*, process: bool, config: PathLike | dict[str, Any] | None, layo
     scan = synthetic_scan(1, nrays=12, ngates=30)
     names = [name for name in dict(options.get("fields", {})).values() if name is not None]
     scan = scan.assign({name: scan.DBZH for name in names if name not in scan})
-    (sweeps.process if process else sweeps.classify)(scan, **options)
+    if process:
+        sweeps.process(scan, **options)
+    else:
+        sweeps.classify(scan, **options)
     return Settings(process=process, layout=layout, with_fields=with_fields, options=options)
 
 
@@ -142,8 +145,8 @@ class Run:
             self._failures.mended(job.source)
             self._progress.advance()
 
-    def _outcomes(self, jobs: Sequence[Job]) -> Iterator[Outcome]:
-        given = {"settings": self._settings, "settings_text": self._text}
+    def _outcomes(self, jobs: Sequence[Job]) -> Generator[Outcome, None, None]:
+        given: dict[str, Any] = {"settings": self._settings, "settings_text": self._text}
         if not jobs:
             return
         if self._place.workers == 0 and self._place.scheduler is None:

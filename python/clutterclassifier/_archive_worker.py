@@ -36,8 +36,8 @@ class Settings:
 
     def text(self) -> str:
         """The settings as an output states them. Two texts are equal when results would be."""
-        told = {"step": "process" if self.process else "classify", "with_fields": self.with_fields,
-                **self.options}
+        told: dict[str, Any] = {"step": "process" if self.process else "classify",
+                                "with_fields": self.with_fields, **self.options}
         if self.layout is not None:
             told["layout"] = self.layout
         for name in ("config", "membership"):

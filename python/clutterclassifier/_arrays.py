@@ -2,7 +2,7 @@
 
 from __future__ import annotations
 
-from typing import Any
+from typing import Any, overload
 
 import numpy as np
 from numpy.typing import ArrayLike, DTypeLike, NDArray
@@ -43,6 +43,12 @@ def as_field(name: str, value: ArrayLike, dtype: DTypeLike = np.float64,
     return field
 
 
+@overload
+def as_field_like(name: str, value: ArrayLike, reference: NDArray[Any],
+                  reference_name: str, masked: float = ...) -> NDArray[Any]: ...
+@overload
+def as_field_like(name: str, value: None, reference: NDArray[Any],
+                  reference_name: str, masked: float = ...) -> None: ...
 def as_field_like(name: str, value: ArrayLike | None, reference: NDArray[Any],
                   reference_name: str, masked: float = np.nan) -> NDArray[Any] | None:
     """A field of the type and shape of `reference`; None stays None."""
@@ -52,6 +58,11 @@ def as_field_like(name: str, value: ArrayLike | None, reference: NDArray[Any],
     if field.shape != reference.shape:
         raise ValueError(f"{name} has the shape {field.shape}, but {reference_name} has {reference.shape}")
     return field
+
+
+def only_given(**fields: ArrayLike | None) -> dict[str, ArrayLike]:
+    """The arguments by their names, without those that are None."""
+    return {name: value for name, value in fields.items() if value is not None}
 
 
 def gate_spacing(range: ArrayLike, ngates: int) -> float:

@@ -194,11 +194,10 @@ def specific_attenuation(dbzh: ArrayLike, *, classes: ArrayLike, range: ArrayLik
     field = as_field("dbzh", dbzh)
     if method == "phase_slope" and phidp is None:
         raise ValueError("the method 'phase_slope' needs phidp")
-    coefficients = (per_gate(name, value, field.shape)
-                    for name, value in (("alpha", alpha), ("a", a), ("b", b)))
     return _core.specific_attenuation(
         field, as_field_like("phidp", phidp, field, "dbzh"), as_classes_like(classes, field, "dbzh"),
-        *coefficients, per_ray("phase_rise", phase_rise, field.shape),
+        per_gate("alpha", alpha, field.shape), per_gate("a", a, field.shape),
+        per_gate("b", b, field.shape), per_ray("phase_rise", phase_rise, field.shape),
         gate_spacing(range, field.shape[-1]) / 1000.0, _METHODS[method])
 
 
@@ -281,7 +280,7 @@ class HotSpots(NamedTuple):
     in a list."""
 
     gates: NDArray[np.bool_]
-    count: NDArray[np.int64]
+    count: NDArray[np.int64]  # type: ignore[assignment]  # hides tuple.count, which nobody misses
     spots: list[HotSpot]
 
 

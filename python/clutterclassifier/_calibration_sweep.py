@@ -9,8 +9,8 @@ from numpy.typing import NDArray
 
 from ._arrays import finite
 from ._process import DEFAULT_MIN_SNR
+from ._signal import estimate_radar_constant
 from ._sweep import RANGE, Sweep, no_echo_value, on_measured
-from ._toolkit import estimate_radar_constant
 
 #: Lowest signal-to-noise ratio of an echo (dB) where the dataset has the calibration constant: below
 #: it textures are those of the noise.

@@ -4,15 +4,15 @@ from __future__ import annotations
 
 import functools
 import os
-from collections.abc import Iterable
+from collections.abc import Callable, Iterable
 from pathlib import Path
-from typing import Union
+from typing import Any, Union
 
 import numpy as np
 from numpy.typing import ArrayLike, NDArray
 
 from . import _core
-from ._arrays import NO_ECHO, as_field, as_field_like, finite, gate_spacing
+from ._arrays import NO_ECHO, as_field, as_field_like, finite, gate_spacing, only_given
 from .echo import Inputs
 
 InputSelection = Union[Inputs, int, str, Iterable[Union[Inputs, int, str]], None]
@@ -165,9 +165,8 @@ def classify(dbzh: ArrayLike, *, zdr: ArrayLike | None = None, phidp: ArrayLike 
     """
     if missing not in ("keep", "no_echo"):
         raise ValueError(f"missing must be 'keep' or 'no_echo', not {missing!r}")
-    given = {"zdr": zdr, "phidp": phidp, "rhohv": rhohv, "vrad": vrad, "wrad": wrad, "ldr": ldr,
-             "clutter_likelihood": clutter_likelihood}
-    given = {name: value for name, value in given.items() if value is not None}
+    given = only_given(zdr=zdr, phidp=phidp, rhohv=rhohv, vrad=vrad, wrad=wrad, ldr=ldr,
+                       clutter_likelihood=clutter_likelihood)
     mask = parse_inputs(inputs, ["dbzh", *given])
     single = getattr(dbzh, "dtype", None) == np.float32
     plain = (not single and not mask & Inputs.WRAD and tuple(texture_window) == (5, 3) and not remove_isolated
@@ -182,18 +181,19 @@ def classify(dbzh: ArrayLike, *, zdr: ArrayLike | None = None, phidp: ArrayLike 
     if azimuth is not None and np.shape(azimuth)[-1:] != shape[-2:-1]:
         raise ValueError(f"azimuth has the shape {np.shape(azimuth)}, but there are {shape[-2]} rays")
     finite("elevation", elevation)
-    settings = {
+    settings: dict[str, Any] = {
         "spacing": gate_spacing(range, shape[-1]),
         "radar_constant": finite("radar_constant", radar_constant),
         "min_snr": float(min_snr),
         "inputs": int(mask),
     }
     directory = _ready_directory(membership, int(mask), all_classes)
+    run: Callable[..., None] = _core.classify
     if not plain:
         settings |= _stage_settings(texture_window, remove_isolated, all_classes)
-    run = _core.classify if plain else _core.classify_stage
+        run = _core.classify_stage
     out = np.empty(shape, np.uint8)
-    for at in np.ndindex(shape[:-2]) if len(shape) > 2 else [()]:
+    for at in [*np.ndindex(shape[:-2])] if len(shape) > 2 else [()]:
         one = [fields[name][at] if name in fields else None for name in _ORDER[plain]]
         run(directory, *one, **settings, out=out[at])
     return out

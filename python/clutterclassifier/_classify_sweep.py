@@ -7,7 +7,7 @@ from typing import Any
 
 import numpy as np
 import xarray as xr
-from numpy.typing import NDArray
+from numpy.typing import DTypeLike, NDArray
 
 from . import _classify, _process
 from ._arrays import NO_ECHO
@@ -51,9 +51,10 @@ def _classify_one(dbzh: NDArray[Any], others: dict[str, NDArray[Any]], filtered:
     constant, ratio, _ = calibration
     if constant is None:
         constant, ratio = estimated(dbzh, others.get("rhohv"), spacing, ratio, no_echo)
+    assert ratio is not None  # it is known wherever the constant is
     if filtered is not None and is_filtered(dbzh, filtered):
         inputs &= ~Inputs.VRAD
-    fields = {"dbzh": dbzh, **others}
+    fields: dict[str, Any] = {"dbzh": dbzh, **others}
     unknown = np.isnan(dbzh) if missing == "mask" else None
     if missing != "keep":
         nothing = is_no_echo(dbzh, no_echo) | np.isnan(dbzh)
@@ -75,7 +76,7 @@ def _reach(options: dict[str, Any]) -> int:
 
 def _with_empty_rays(name: str, values: NDArray[Any], count: int) -> NDArray[Any]:
     """With rays without echo behind the last, so that windows do not go round to the first."""
-    dtype = values.dtype if values.dtype.kind == "f" else np.float64
+    dtype: DTypeLike = values.dtype if values.dtype.kind == "f" else np.float64
     fill = NO_ECHO if name == "dbzh" else np.nan
     return np.concatenate([values, np.full((count, values.shape[1]), fill, dtype)])
 
@@ -177,7 +178,7 @@ def needed(sweep: Sweep, mask: Inputs, calibration: Calibration) -> dict[str, xr
 
 
 def _history(function: str, inputs: Inputs, calibration: Calibration, **settings: Any) -> str:
-    names = "|".join(bit.name for bit in Inputs if bit & inputs and bit in _classify._NEEDS)
+    names = "|".join(str(bit.name) for bit in Inputs if bit & inputs and bit in _classify._NEEDS)
     return describe(function, inputs=names, radar_constant=calibration.words, min_snr=calibration.min_snr,
                     **settings)
 

@@ -50,12 +50,12 @@ def system_phase(phidp: ArrayLike, *, rhohv: ArrayLike | None = None,
     35.0
     """
     field = as_field("phidp", phidp, np.float32)
-    if (rhohv is None) == (classes is None):
-        raise ValueError("either rhohv or classes must be given")
-    if classes is not None:
+    if classes is not None and rhohv is None:
         quality = as_classes_like(classes, field, "phidp")
-    else:
+    elif rhohv is not None and classes is None:
         quality = as_field_like("rhohv", rhohv, field, "phidp")
+    else:
+        raise ValueError("either rhohv or classes must be given")
     offsets = _core.system_phase(field, quality, whole("gates", gates), classes is not None)
     return of_scans(offsets, field.shape)
 

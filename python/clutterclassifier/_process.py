@@ -11,7 +11,7 @@ import numpy as np
 from numpy.typing import ArrayLike, NDArray
 
 from . import _core
-from ._arrays import as_field, as_field_like, as_numbers, finite, gate_spacing
+from ._arrays import as_field, as_field_like, as_numbers, finite, gate_spacing, only_given
 from ._classify import InputSelection, _ready_directory, parse_inputs
 from ._settings import Config, Settings, read_settings, settings_file
 from .echo import MISSING, Inputs
@@ -201,9 +201,8 @@ def process(dbzh: ArrayLike, *, zdr: ArrayLike | None = None, phidp: ArrayLike |
     >>> sorted(result.fields)
     ['DBZH', 'PHIDP', 'RATE', 'RHOHV', 'SNRH', 'ZDR']
     """
-    given = {"zdr": zdr, "phidp": phidp, "rhohv": rhohv, "vrad": vrad, "wrad": wrad, "ldr": ldr,
-             "clutter_likelihood": clutter_likelihood}
-    given = {name: value for name, value in given.items() if value is not None}
+    given = only_given(zdr=zdr, phidp=phidp, rhohv=rhohv, vrad=vrad, wrad=wrad, ldr=ldr,
+                       clutter_likelihood=clutter_likelihood)
     settings = read_settings(config)
     stages = parse_stages(what, settings)
     mask = standard_inputs(inputs, settings, {"dbzh", *given})

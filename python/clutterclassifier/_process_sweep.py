@@ -39,7 +39,7 @@ def _process_arrays(dbzh: NDArray[Any], *, filtered: NDArray[Any] | None = None,
 
 
 def _process_scans(dbzh: NDArray[Any], *, names: tuple[str, ...], no_echo: float | None,
-                   settings: dict[str, Any], **others: NDArray[Any]) -> tuple[NDArray[Any], ...]:
+                   settings: dict[str, Any], **others: Any) -> tuple[NDArray[Any], ...]:
     if dbzh.dtype.kind != "f":
         dbzh = dbzh.astype(np.float64)
     unknown = np.isnan(dbzh)
@@ -58,9 +58,9 @@ def _process_scans(dbzh: NDArray[Any], *, names: tuple[str, ...], no_echo: float
 def _foresee(sweep: Sweep, arguments: set[str], settings: dict[str, Any]) -> Processed:
     """What will come out: it follows from settings and kinds of fields, so that a scan of a few gates
     tells it."""
-    rehearsal = settings | {"radar_constant": 0.0, "min_snr": 0.0, "range": sweep.spacing}
-    few = np.zeros((3, 8), np.float32)
-    return _process.process(few, **{name: few for name in arguments - {"dbzh"}}, **rehearsal)
+    fields: dict[str, Any] = dict.fromkeys(arguments, np.zeros((3, 8), np.float32))
+    known: dict[str, Any] = {"radar_constant": 0.0, "min_snr": 0.0, "range": sweep.spacing}
+    return _process.process(**fields, **settings | known)
 
 
 def process(ds: xr.Dataset, config: Config | Settings = None, *, fields: FieldMap = None,
@@ -133,7 +133,7 @@ def process(ds: xr.Dataset, config: Config | Settings = None, *, fields: FieldMa
 def _history(outcome: Processed, calibration: Calibration, settings: Settings,
              filtered: xr.DataArray | None) -> str:
     return describe(
-        "process", stages="|".join(stage.name for stage in _STAGES if stage & outcome.stages),
+        "process", stages="|".join(str(stage.name) for stage in _STAGES if stage & outcome.stages),
         inputs=int(outcome.inputs) if outcome.stages & Stage.CLASSIFICATION else None,
         radar_constant=calibration.words, min_snr=calibration.min_snr,
         freezing_level=outcome.freezing_level,

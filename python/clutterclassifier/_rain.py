@@ -9,7 +9,7 @@ import numpy as np
 from numpy.typing import ArrayLike, NDArray
 
 from . import _core
-from ._arrays import as_field, as_field_like, as_numbers, finite, gate_spacing
+from ._arrays import as_field, as_field_like, as_numbers, finite, gate_spacing, only_given
 from ._scans import per_gate, per_scan
 
 
@@ -77,10 +77,10 @@ def rain_rate(dbzh: ArrayLike | None = None, *, zdr: ArrayLike | None = None,
     if relation not in _RELATIONS:
         raise ValueError(f"no such relation: {relation!r} ({', '.join(_RELATIONS)})")
     row = _RELATIONS[relation]
-    given = {"dbzh": dbzh, "kdp": kdp, "zdr": zdr}
-    for name, value in given.items():
-        if (value is not None) != (name in row.needs):
-            verb = "needs" if value is None else "does not use"
+    given = only_given(dbzh=dbzh, kdp=kdp, zdr=zdr)
+    for name in ("dbzh", "kdp", "zdr"):
+        if (name in given) != (name in row.needs):
+            verb = "does not use" if name in given else "needs"
             raise ValueError(f"the relation {relation!r} {verb} {name}")
     own = [finite("coefficients", value) for value in (() if coefficients is None else coefficients)]
     if len(own) > row.coefficients:

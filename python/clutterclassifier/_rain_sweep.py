@@ -9,7 +9,7 @@ import numpy as np
 import xarray as xr
 from numpy.typing import NDArray
 
-from . import _attenuation, _beam, _rain, _toolkit
+from . import _attenuation, _beam, _rain, _signal
 from ._arrays import NO_ECHO
 from ._attenuation import AttenuationAlgorithm
 from ._calibration_sweep import estimate_now, estimated, find_calibration
@@ -25,11 +25,11 @@ def _snr_arrays(dbzh: NDArray[Any], *, constant: float | None, spacing: float, n
     """The ratio of scans, each with its own constant where none is given."""
     dbzh = on_measured(dbzh, no_echo)
     if constant is not None:
-        return _toolkit.signal_to_noise(dbzh, range=spacing, radar_constant=constant)
+        return _signal.signal_to_noise(dbzh, range=spacing, radar_constant=constant)
     out = np.empty(dbzh.shape, np.float32)
     for at in np.ndindex(dbzh.shape[:-2]):
         own, _ = estimated(dbzh[at], None if rhohv is None else rhohv[at], spacing, None, None)
-        out[at] = _toolkit.signal_to_noise(dbzh[at], range=spacing, radar_constant=own)
+        out[at] = _signal.signal_to_noise(dbzh[at], range=spacing, radar_constant=own)
     return out
 
 

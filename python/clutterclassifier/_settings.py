@@ -128,7 +128,7 @@ def read_settings(config: Config | Settings) -> Settings:
     text = _text_of(config)
     problems = check_config(config) if text else []
     if problems:
-        name = "config" if isinstance(config, Mapping) else os.fspath(config)
+        name = os.fspath(config) if isinstance(config, (str, os.PathLike)) else "config"
         raise ValueError(f"{name}: " + "; ".join(problems))
     with settings_file(text) as path:
         return Settings(text, **_core.read_settings(path, text))

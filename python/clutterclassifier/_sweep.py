@@ -154,11 +154,11 @@ def on_measured(values: NDArray[Any], no_echo: float | None) -> NDArray[Any]:
 def _on_arrays(function: Callable[..., Any], names: Sequence[str], gates: int, settings: dict[str, Any],
                *arrays: ArrayLike) -> Any:
     """Calls a function with arrays by name, all of the same leading dimensions."""
-    arrays = [np.asarray(array) for array in arrays]
-    field_shape = np.broadcast_shapes(*(array.shape for array in arrays[:gates]))
-    shapes = [field_shape] * gates + [field_shape[:-1]] * (len(arrays) - gates)
+    data = [np.asarray(array) for array in arrays]
+    field_shape = np.broadcast_shapes(*(array.shape for array in data[:gates]))
+    shapes = [field_shape] * gates + [field_shape[:-1]] * (len(data) - gates)
     return function(**{name: np.broadcast_to(array, shape)
-                       for name, array, shape in zip(names, arrays, shapes)}, **settings)
+                       for name, array, shape in zip(names, data, shapes)}, **settings)
 
 
 def apply(function: Callable[..., Any], fields: Mapping[str, xr.DataArray], rays: str,
@@ -254,7 +254,7 @@ def described(name: str, result: xr.DataArray, sweep: Sweep, history: str) -> xr
     sources = {BY_ARGUMENT[argument].name: field for argument, field in sweep.fields.items()}
     source = sources.get(name)
     units, long_name = _OTHER.get(name, (None, None))
-    attributes = {} if units is None else {"units": units, "long_name": long_name}
+    attributes: dict[str, Any] = {} if units is None else {"units": units, "long_name": long_name}
     if name == "DBZH" and source is not None and "_Undetect" in source.attrs:
         attributes["_Undetect"] = no_echo_value(source)
     return with_attributes(result, name, source, history, **attributes)

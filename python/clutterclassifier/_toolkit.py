@@ -1,4 +1,4 @@
-"""Textures, smoothing and isolated gates of scans in numpy arrays; with the signal, the toolkit."""
+"""Textures, smoothing and isolated gates of scans in numpy arrays."""
 
 from __future__ import annotations
 
@@ -10,8 +10,6 @@ from numpy.typing import ArrayLike, NDArray
 from . import _core
 from ._arrays import as_field
 from ._scans import as_classes, excluded_gates, whole, with_empty_rays
-from ._signal import (Contingency, RadarConstant, contingency, estimate_radar_constant, signal_to_noise,
-                      to_decibels, to_linear)
 from .echo import EchoClass
 
 

@@ -80,8 +80,8 @@ def vertical_statistics(dbzh: ArrayLike, *, zdr: ArrayLike, rhohv: ArrayLike,
     for angle in per_scan("elevation", elevation, as_field("dbzh", dbzh, np.float32).shape):
         if not _VERTICAL[0] <= angle <= _VERTICAL[1]:
             raise ValueError(f"elevation must be within 88 and 92 degrees, not {angle:g}")
-    return _statistics({"dbzh": dbzh, "zdr": zdr, "phidp": phidp, "rhohv": rhohv, "vrad": vrad,
-                        "wrad": wrad}, None, range, between, elevation, min_rhohv, min_dbzh, 0.0)
+    others = {"zdr": zdr, "phidp": phidp, "rhohv": rhohv, "vrad": vrad, "wrad": wrad}
+    return _statistics(dbzh, others, None, range, between, elevation, min_rhohv, min_dbzh, 0.0)
 
 
 def rain_statistics(dbzh: ArrayLike, *, zdr: ArrayLike, rhohv: ArrayLike, classes: ArrayLike,
@@ -133,30 +133,29 @@ def rain_statistics(dbzh: ArrayLike, *, zdr: ArrayLike, rhohv: ArrayLike, classe
     >>> round(float(found.zdr), 3)
     0.5
     """
-    return _statistics({"dbzh": dbzh, "zdr": zdr, "phidp": phidp, "rhohv": rhohv, "vrad": vrad,
-                        "wrad": wrad}, classes, range, between, elevation, min_rhohv, min_dbzh, max_dbzh)
+    others = {"zdr": zdr, "phidp": phidp, "rhohv": rhohv, "vrad": vrad, "wrad": wrad}
+    return _statistics(dbzh, others, classes, range, between, elevation, min_rhohv, min_dbzh, max_dbzh)
 
 
-def _statistics(given: dict[str, ArrayLike | None], classes: ArrayLike | None, range: ArrayLike,
-                between: tuple[float, float], elevation: ArrayLike, min_rhohv: float, min_dbzh: float,
-                max_dbzh: float) -> ScanStatistics:
-    field = as_field("dbzh", given["dbzh"], np.float32)
-    fields = [field if name == "dbzh" else as_field_like(name, value, field, "dbzh")
-              for name, value in given.items()]
+def _statistics(dbzh: ArrayLike, others: dict[str, ArrayLike | None], classes: ArrayLike | None,
+                range: ArrayLike, between: tuple[float, float], elevation: ArrayLike, min_rhohv: float,
+                min_dbzh: float, max_dbzh: float) -> ScanStatistics:
+    field = as_field("dbzh", dbzh, np.float32)
+    fields = [field, *(as_field_like(name, value, field, "dbzh") for name, value in others.items())]
     spacing = gate_spacing(range, field.shape[-1])
     _require_gates(between, spacing, field.shape[-1])
     known = None if classes is None else as_classes_like(classes, field, "dbzh")
     stats = _core.zdr_statistics(fields, known, np.deg2rad(per_scan("elevation", elevation, field.shape)),
-                                 spacing, *map(float, between), float(min_rhohv), float(min_dbzh),
-                                 float(max_dbzh))
-    return ScanStatistics(*(of_scans(values, field.shape) for values in _without_gaps(stats, given)))
+                                 spacing, float(between[0]), float(between[1]), float(min_rhohv),
+                                 float(min_dbzh), float(max_dbzh))
+    return ScanStatistics(*(of_scans(values, field.shape) for values in _without_gaps(stats, fields)))
 
 
-def _without_gaps(stats: NDArray[np.float32], given: dict[str, ArrayLike | None]) -> NDArray[np.float32]:
+def _without_gaps(stats: NDArray[np.float32], fields: list[NDArray[Any] | None]) -> NDArray[np.float32]:
     """One row a statistic; NaN where there is none."""
     means = stats[:, 1:]
     means[(means == -99).all(axis=1)] = np.nan
-    means[:, [value is None for value in given.values()]] = np.nan
+    means[:, [field is None for field in fields]] = np.nan
     return np.ascontiguousarray(stats.T)
 
 

@@ -52,7 +52,8 @@ class AnyFormatBackend(BackendEntrypoint):
         except (OSError, TypeError, ValueError):
             return False
 
-    def open_dataset(self, filename_or_obj: Any, *, drop_variables: str | Iterable[str] | None = None,
+    def open_dataset(self, filename_or_obj: Any, *,  # type: ignore[override]  # names its own options
+                     drop_variables: str | Iterable[str] | None = None,
                      group: str | int | None = None, layout: int | None = None, names: Names = None,
                      mask_and_scale: Any = None, decode_times: Any = None,
                      concat_characters: Any = None, decode_coords: Any = None,

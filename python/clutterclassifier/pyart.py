@@ -36,7 +36,7 @@ def _data(radar: Any, name: str) -> NDArray[Any] | None:
 
 def _slices(radar: Any) -> list[slice]:
     """The rays of each sweep."""
-    starts, ends = _data(radar, "sweep_start_ray_index"), _data(radar, "sweep_end_ray_index")
+    starts, ends = radar.sweep_start_ray_index["data"], radar.sweep_end_ray_index["data"]
     return [slice(int(start), int(end) + 1) for start, end in zip(starts, ends)]
 
 
@@ -52,14 +52,15 @@ def _is_rhi(radar: Any, sweep: int) -> bool:
     if mode is None or sweep >= len(mode):
         return getattr(radar, "scan_type", "") == "rhi"
     word = np.ma.getdata(mode[sweep])
-    text = b"".join(word.ravel().tolist()) if word.dtype.kind == "S" else "".join(map(str, word.ravel()))
-    return "rhi" in (text.decode("latin-1") if isinstance(text, bytes) else text).lower()
+    if word.dtype.kind == "S":
+        return b"rhi" in b"".join(word.ravel().tolist()).lower()
+    return "rhi" in "".join(map(str, word.ravel())).lower()
 
 
 def _times(radar: Any, rays: slice) -> NDArray[np.datetime64] | None:
     """Times of the rays, of seconds since a date."""
-    entry = getattr(radar, "time", None)
-    words = str(entry.get("units", "")).split(" since ") if entry else []
+    entry: dict[str, Any] = getattr(radar, "time", None) or {}
+    words = str(entry.get("units", "")).split(" since ")
     if len(words) != 2 or words[0] != "seconds":
         return None
     begin = np.datetime64(words[1].strip().rstrip("Z").replace(" ", "T"), "ns")

@@ -75,8 +75,26 @@ int main(void) {{
     for (int i = 0; i < ngates; ++i) printf("%.0f", classes[i]);
     return 0;
 }}
-""".replace("/usr/local/share/clutterclassifier/membership/", cc.membership_directory() + "/"))
-    run(["cc", "-std=c99", "example.c", "-o", "example", f"-I{ROOT / 'include'}", f"-L{LIBRARY}",
-         "-lclutterclassifier", f"-Wl,-rpath,{LIBRARY}"], folder)
+""")
+    build("cc", "c99", folder / "example.c")
     output = run(["./example"], folder)
     assert set(output) == {"0", "3"} and output.endswith("3")
+
+
+def test_cpp(folder):
+    (block,) = blocks("cpp")
+    (folder / "example.cpp").write_text(block)
+    build("c++", "c++11", folder / "example.cpp")
+    run(["./example"], folder)
+    (classes,) = cc.read(folder / "classes.plv")
+    known = cc.synthetic_scan(5).TRUTH.values
+    assert (classes.CLASS.values == known).mean() > 0.9
+
+
+def build(compiler: str, standard: str, source: Path) -> None:
+    """Compiles an example, with the membership functions of the package."""
+    text = source.read_text()
+    source.write_text(text.replace("/usr/local/share/clutterclassifier/membership/",
+                                   cc.membership_directory() + "/"))
+    run([compiler, f"-std={standard}", source.name, "-o", "example", f"-I{ROOT / 'include'}",
+         f"-L{LIBRARY}", "-lclutterclassifier", f"-Wl,-rpath,{LIBRARY}"], source.parent)
