@@ -405,14 +405,14 @@ def test_a_lost_worker_loses_nothing(cluster, serial_results, tmp_path):
     wait_until(lambda: out.exists() and len(list(out.glob("*.nc"))) >= 5)
     wait_until(is_caught_at_work)
     assert len(list(out.glob("*.nc"))) < len(results), "the run was over already"
-    helpers = children(workers[0].pid)
+    readers = children(workers[0].pid)
     workers[0].kill()
     output, errors = run.communicate(timeout=120)
     assert run.returncode == 1 and "bad.uf" in errors
     assert f"{len(results)} done" in output
     assert_all_there(out, results)
-    assert helpers
-    wait_until(lambda: not any(map(is_running, helpers)))
+    assert readers
+    wait_until(lambda: not any(map(is_running, readers)))
 
 
 def test_a_stopped_run_goes_on(serial_results, tmp_path):
@@ -526,12 +526,16 @@ def test_a_file_that_kills_its_process_is_told(apart, tmp_path):
     import threading
 
     assert apart(make_scan(tmp_path / "scan.nc")).gates == 1500
-    [helper] = [pid for pid in children(os.getpid())
+    [reader] = [pid for pid in children(os.getpid())
                 if "_archive_child" in Path(f"/proc/{pid}/cmdline").read_text()]
-    killer = threading.Timer(0.0, os.kill, (helper, signal.SIGSEGV))
-    opened = threading.Thread(target=lambda: (open(tmp_path / "endless", "w").close(), killer.start()))
-    opened.start()  # opening the pipe waits for the process to read it: it is at work then
-    assert apart(tmp_path / "endless").reason in ("its process died of SIGSEGV", "no sweeps in it")
+
+    def kill_at_work() -> None:
+        with open(tmp_path / "endless", "w"):  # waits for the process to read
+            os.kill(reader, signal.SIGSEGV)
+
+    opened = threading.Thread(target=kill_at_work)
+    opened.start()
+    assert apart(tmp_path / "endless").reason == "its process died of SIGSEGV"
     opened.join()
     assert apart(tmp_path / "scan.nc").gates == 1500
 
@@ -541,10 +545,10 @@ def test_no_process_outlives_its_worker(apart, tmp_path):
             f"run(Job({str(tmp_path / 'endless')!r}, ''), Settings(), '')")
     worker = subprocess.Popen([sys.executable, "-c", text])
     opened = open(tmp_path / "endless", "w")  # waits for the process to read: it is at work then
-    [helper] = children(worker.pid)
+    [reader] = children(worker.pid)
     worker.kill()
     worker.wait()
-    wait_until(lambda: not is_running(helper))
+    wait_until(lambda: not is_running(reader))
     opened.close()
 
 
