@@ -81,7 +81,8 @@ def read(path: Path, *, layout: int | None = None,
     Returns
     -------
     list of xarray.Dataset
-        One a sweep, in the order of the file. Fields are float32; ``attrs["raw_name"]`` of a field is
+        One a sweep, in the order of the file; the attribute ``comment`` tells what is unusual about it,
+        for example that it was cut short. Fields are float32; ``attrs["raw_name"]`` of a field is
         its name in the file. Of several fields of one quantity the one before the clutter filter
         gets the CfRadial name, the others keep theirs. A field of class codes is CLASS (uint8).
 
@@ -231,7 +232,7 @@ def _attributes(scan: dict[str, Any], sweep: dict[str, Any]) -> dict[str, Any]:
         "instrument_name": scan["radar_name"], "site_name": scan["site_name"],
         "source_format": scan["format"], "radar_constant": scan["radar_constant"],
         "nyquist_velocity": sweep["nyquist_velocity"], "beam_width": scan["beam_width"],
-        "wavelength": scan["wavelength"],
+        "wavelength": scan["wavelength"], "comment": " ".join(scan["oddities"]),
     }
     known = {name: value for name, value in attributes.items() if value}
     if scan["radar_constant"] is not None:

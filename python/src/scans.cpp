@@ -126,6 +126,7 @@ py::dict readScan(const std::string& path, int polarLayout) {
     py::dict result;
     result["sweeps"] = sweeps;
     result["format"] = scan.format;
+    result["oddities"] = scan.oddities;
     result["radar_name"] = scan::printable(scan.radarName);
     result["site_name"] = scan::printable(scan.siteName);
     result["latitude"] = scan.latitudeDeg;

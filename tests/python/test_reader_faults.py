@@ -82,6 +82,17 @@ def test_cut_files_never_crash(tmp_path, kind, capfd):
     assert capfd.readouterr() == ("", "")
 
 
+def test_a_file_cut_short_says_so(tmp_path):
+    content = files.small_files()["uf"]
+    assert "cut short" not in read_from(tmp_path, content).attrs.get("comment", "")
+    assert "cut short" in read_from(tmp_path, content[:-9]).attrs["comment"]
+
+
+def read_from(folder: Path, content: bytes):
+    (folder / "scan").write_bytes(content)
+    return cc.read(folder / "scan")[0]
+
+
 @pytest.mark.parametrize("kind", files.small_files())
 def test_damaged_files_never_crash(tmp_path, kind):
     content = np.frombuffer(files.small_files()[kind], np.uint8)
