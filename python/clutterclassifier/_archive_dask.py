@@ -35,6 +35,9 @@ _LOST = "the connection to the scheduler is lost"
 
 _TICK = 0.5  # seconds
 
+#: Where the local cluster's web servers listen: without an address they do so on all interfaces.
+_LOOPBACK = "127.0.0.1:0"
+
 Work = Callable[[Job], Outcome]
 
 
@@ -52,7 +55,8 @@ def local_client(workers: int) -> Iterator[Client]:
                 "distributed.nanny.pre-spawn-environ": environment}
     with dask.config.set(settings), _quiet(), LocalCluster(
             n_workers=workers, threads_per_worker=1, processes=True, host="127.0.0.1",
-            dashboard_address=None, silence_logs=logging.CRITICAL) as cluster:
+            dashboard_address=_LOOPBACK, worker_dashboard_address=_LOOPBACK,
+            silence_logs=logging.CRITICAL) as cluster:
         with Client(cluster, set_as_default=False) as client:
             client.register_worker_plugin(_DeafToInterruptions())
             yield client

@@ -15,9 +15,10 @@ from pathlib import Path
 import clutterclassifier as cc
 import netCDF4
 import numpy as np
+import psutil
 import pytest
 import xarray as xr
-from clutterclassifier import sweeps
+from clutterclassifier import _archive_dask, sweeps
 from clutterclassifier._archive_netcdf import read_netcdf, write_sweeps
 from clutterclassifier._archive_plan import plan_jobs
 from clutterclassifier._progress import Progress
@@ -639,3 +640,11 @@ def test_two_runs_do_not_share_a_folder(tmp_path, capsys):
         assert main([str(tmp_path / "in"), "--out", str(tmp_path / "out"), "--workers", "0"]) == 2
     assert "another run" in capsys.readouterr().err
     assert names_in(tmp_path / "out") == []
+
+
+def test_the_local_cluster_is_not_reachable_from_others() -> None:
+    with _archive_dask.local_client(1):
+        family = [psutil.Process(), *psutil.Process().children(recursive=True)]
+        listening = [one.laddr.ip for process in family for one in process.connections("tcp")
+                     if one.status == psutil.CONN_LISTEN]
+    assert len(listening) > 2 and set(listening) == {"127.0.0.1"}
