@@ -5,6 +5,7 @@ from __future__ import annotations
 import contextlib
 import functools
 import os
+import re
 import time
 from collections.abc import Generator, Iterable, Iterator, Sequence
 from dataclasses import dataclass
@@ -63,6 +64,8 @@ class Place:
             raise ValueError(f"workers must be 0 or more, not {self.workers}")
         if self.timeout is not None and not self.timeout > 0:
             raise ValueError(f"timeout must be more than 0 seconds, not {self.timeout}")
+        if isinstance(self.scheduler, str) and not re.fullmatch(r"\w+://.+:\d+", self.scheduler):
+            raise ValueError(f"scheduler must be an address like tcp://host:8786, not {self.scheduler}")
 
 
 def settings_of(*, process: bool, config: PathLike | dict[str, Any] | None, layout: int | None,
@@ -109,7 +112,10 @@ class Run:
     def perform(self) -> None:
         """Does what is to be done. However it ends, what is complete stays, and no part of an output."""
         start = time.monotonic()
-        os.makedirs(self._folder, exist_ok=True)
+        try:
+            os.makedirs(self._folder, exist_ok=True)
+        except OSError as error:
+            raise NotReady(f"there is no folder for the outputs: {reason_of(error)}") from error
         with alone_in(self._folder, LOCK_NAME):
             self._failures = FailureTable(self.failures_path)
             try:

@@ -315,7 +315,7 @@ def test_names_that_are_no_text(tmp_path):
     ({"workers": -1}, ValueError), ({"timeout": 0}, ValueError), ({"layout": 1}, ValueError),
     ({"config": "x"}, ValueError), ({"inputs": "velocity"}, ValueError), ({"no_such": 1}, TypeError),
     ({"membership": "/nowhere"}, FileNotFoundError), ({"fields": {"no_such": "DZ"}}, ValueError),
-    ({"texture_window": (4, 3)}, ValueError),
+    ({"texture_window": (4, 3)}, ValueError), ({"scheduler": "host"}, ValueError),
 ])
 def test_calls_that_make_no_sense_touch_nothing(tmp_path, options, error):
     make_archive(tmp_path / "in", 1)
@@ -492,11 +492,10 @@ def test_a_lost_scheduler_ends_the_run(cluster):
             list(outcomes)
 
 
-def test_no_scheduler_at_the_address():
-    from clutterclassifier import _archive_dask
-
-    with pytest.raises(ConnectionError, match="no scheduler at tcp://127.0.0.1:9"):
-        with _archive_dask.remote_client("tcp://127.0.0.1:9", timeout=1):
+@pytest.mark.parametrize("address", ["tcp://127.0.0.1:9", "tcp://no.such.host.invalid:9"])
+def test_no_scheduler_at_the_address(address):
+    with pytest.raises(ConnectionError, match=f"no scheduler at {address}"):
+        with _archive_dask.remote_client(address, timeout=1):
             pass
 
 
@@ -611,7 +610,7 @@ def test_exit_codes(tmp_path, capsys):
     output = capsys.readouterr()
     assert output.out == "" and len(output.err.splitlines()) == 1
     for wrong in (["--inputs", "nothing"], ["--base", str(tmp_path / "elsewhere")], ["--min-snr", "high"],
-                  ["--config", "none"], ["--fields", "dbzh"], ["--membership", "/nowhere"]):
+                  ["--config", "none"], ["--out", str(tmp_path / "in/bad.uf")], ["--fields", "dbzh"], ["--membership", "/nowhere"]):
         with pytest.raises(SystemExit) if wrong[1] in ("high", "dbzh") else open(os.devnull) as caught:
             assert main([*call, *wrong]) == 2
         assert getattr(getattr(caught, "value", None), "code", 2) == 2
