@@ -71,7 +71,8 @@ def rain_rate(ds: xr.Dataset, *, relation: str = "z", coefficients: Sequence[flo
     ds : xarray.Dataset
         A sweep; `clean` it first, or clutter rains.
     relation, coefficients
-        As for `clutterclassifier.rain_rate`; its inputs are found in the sweep.
+        As for `clutterclassifier.rain_rate`; its inputs are found in the sweep: ``DBZH``, ``ZDR``,
+        ``KDP`` before variables of other names.
     fields : dict, optional
         Which variable is what: ``{"dbzh": "my_name", "kdp": "mine"}``.
 
@@ -87,7 +88,7 @@ def rain_rate(ds: xr.Dataset, *, relation: str = "z", coefficients: Sequence[flo
     >>> rain.RATE.attrs["standard_name"]
     'rainfall_rate'
     """
-    found = find_fields(ds, fields)
+    found = find_fields(ds, fields, corrected=True)
     if relation not in _rain._RELATIONS:
         raise ValueError(f"no such relation: {relation!r} ({', '.join(_rain._RELATIONS)})")
     needs = _rain._RELATIONS[relation].needs
@@ -154,14 +155,14 @@ def attenuation(ds: xr.Dataset, *, freezing_level: float = 3000.0,
     Returns
     -------
     xarray.Dataset
-        The sweep with ``DBZH`` corrected; ``PHIDP`` without its offset and smoothed; ``PdpC`` (phase
-        rebuilt from the attenuation, degrees), ``Ah`` (specific attenuation, dB/km); and along the
-        rays ``TA`` (attenuation of the whole ray both ways, dB), ``Dpdp`` (rise of the phase,
+        The sweep with its reflectivity corrected and its differential phase without offset and
+        smoothed, in the variables that they came from; ``PdpC`` (phase rebuilt from the attenuation,
+        degrees), ``Ah`` (specific attenuation, dB/km); and along the rays ``TA`` (attenuation of the whole ray both ways, dB), ``Dpdp`` (rise of the phase,
         degrees), ``a``, ``b`` and ``alpha`` (coefficients).
     """
     if CLASS not in ds:
         ds = classify(ds, fields=fields, **keywords)
-    sweep = find_sweep(ds, fields)
+    sweep = find_sweep(ds, fields, corrected=True)
     if "phidp" not in sweep.fields:
         raise ValueError("the attenuation needs the differential phase, which the dataset does not have")
     rhi = is_rhi(ds, sweep.rays)
@@ -173,8 +174,10 @@ def attenuation(ds: xr.Dataset, *, freezing_level: float = 3000.0,
                     min_phase_rise=float(min_phase_rise), phase_window=tuple(phase_window))
     history = describe("attenuation", freezing_level=freezing_level, min_phase_rise=min_phase_rise,
                        algorithm=AttenuationAlgorithm(_attenuation._algorithm(algorithm)).name.lower())
-    variables = {name: described(name, result, sweep, history)
-                 for name, result in zip(("DBZH", *_ATTENUATION), results)}
+    variables: dict[Any, xr.DataArray] = {name: described(name, result, sweep, history)
+                                          for name, result in zip(("DBZH", *_ATTENUATION), results)}
+    for name, argument in (("DBZH", "dbzh"), ("PHIDP", "phidp")):
+        variables[sweep.fields[argument].name] = variables.pop(name)
     return with_history(ds.assign(variables), history)
 
 

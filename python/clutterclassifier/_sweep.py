@@ -71,8 +71,13 @@ def _overrides(ds: xr.Dataset, fields: FieldMap) -> dict[str, Hashable | None]:
     return wishes
 
 
-def find_fields(ds: xr.Dataset, fields: FieldMap = None) -> dict[str, xr.DataArray]:
-    """The variables of a sweep by names of arguments: those of `fields`, else by their known names."""
+def find_fields(ds: xr.Dataset, fields: FieldMap = None, *, corrected: bool = False
+                ) -> dict[str, xr.DataArray]:
+    """The variables of a sweep by names of arguments: those of `fields`, else by their known names.
+
+    Those from before the clutter filter go first, for the classification; for the steps behind it
+    (`corrected`) those with the CfRadial name itself, such as DBZH, do.
+    """
     wishes = _overrides(ds, fields)
     taken = set(wishes.values())
     known = {str(name).lower(): name for name, variable in ds.data_vars.items()
@@ -83,6 +88,8 @@ def find_fields(ds: xr.Dataset, fields: FieldMap = None) -> dict[str, xr.DataArr
             name = wishes[quantity.argument]
         else:
             name = next((known[alias] for alias in quantity.aliases if alias in known), None)
+            if corrected and quantity.name in known.values():
+                name = quantity.name
         if name is not None:
             found[quantity.argument] = ds[name]
     return found
@@ -111,15 +118,15 @@ def gate_step(ds: xr.Dataset) -> float:
     raise ValueError("the dataset has no coordinate range (m)")
 
 
-def find_sweep(ds: xr.Dataset, fields: FieldMap = None) -> Sweep:
-    """The parts of a sweep.
+def find_sweep(ds: xr.Dataset, fields: FieldMap = None, *, corrected: bool = False) -> Sweep:
+    """The parts of a sweep, `corrected` as for `find_fields`.
 
     Raises
     ------
     ValueError
         There is no reflectivity, no range, or no dimension of rays.
     """
-    found = find_fields(ds, fields)
+    found = find_fields(ds, fields, corrected=corrected)
     if "dbzh" not in found:
         names = ", ".join(map(str, ds.data_vars)) or "no variables"
         raise ValueError(f"no reflectivity is known among {names}: name it with fields={{'dbzh': ...}}")

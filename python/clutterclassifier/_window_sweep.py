@@ -26,7 +26,7 @@ _DECIBELS = ("dbzh", "zdr")
 def _chosen(ds: xr.Dataset, fields: FieldMap, quantities: Iterable[str] | None, usual: tuple[str, ...]
             ) -> dict[str, xr.DataArray]:
     """The fields of the quantities asked for, or what there is of the usual ones."""
-    found = find_fields(ds, fields)
+    found = find_fields(ds, fields, corrected=True)
     if quantities is None:
         return {name: found[name] for name in usual if name in found}
     wanted = [quantities] if isinstance(quantities, str) else list(quantities)
