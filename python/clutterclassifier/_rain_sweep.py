@@ -17,19 +17,20 @@ from ._classify_sweep import classify
 from ._codes import CLASS, library_codes
 from ._sweep import (RANGE, FieldMap, angles, apply, describe, described, find_fields, find_sweep,
                      is_no_echo, is_rhi, no_echo_value, on_measured, ray_dimension, with_attributes,
-                     with_history)
+                     with_front, with_history)
 
 
 def _snr_arrays(dbzh: NDArray[Any], *, constant: float | None, spacing: float, no_echo: float | None,
-                rhohv: NDArray[Any] | None = None) -> NDArray[np.float32]:
+                front: int, rhohv: NDArray[Any] | None = None) -> NDArray[np.float32]:
     """The ratio of scans, each with its own constant where none is given."""
     dbzh = on_measured(dbzh, no_echo)
+    full = with_front(dbzh, front, np.nan)
     if constant is not None:
-        return _signal.signal_to_noise(dbzh, range=spacing, radar_constant=constant)
+        return _signal.signal_to_noise(full, range=spacing, radar_constant=constant)[..., front:]
     out = np.empty(dbzh.shape, np.float32)
     for at in np.ndindex(dbzh.shape[:-2]):
-        own, _ = estimated(dbzh[at], None if rhohv is None else rhohv[at], spacing, None, None)
-        out[at] = _signal.signal_to_noise(dbzh[at], range=spacing, radar_constant=own)
+        own, _ = estimated(dbzh[at], None if rhohv is None else rhohv[at], spacing, None, None, front)
+        out[at] = _signal.signal_to_noise(full[at], range=spacing, radar_constant=own)[..., front:]
     return out
 
 
@@ -40,7 +41,7 @@ def signal_to_noise(ds: xr.Dataset, *, radar_constant: float | None = None,
     Parameters
     ----------
     ds : xarray.Dataset
-        A sweep.
+        A sweep; of one that is cut in range see `classify` of sweeps.
     radar_constant : float, optional
         dB; by default the attribute of the dataset, else estimated from each scan.
     fields : dict, optional
@@ -56,9 +57,10 @@ def signal_to_noise(ds: xr.Dataset, *, radar_constant: float | None = None,
     arrays = {name: sweep.fields[name] for name in ("dbzh", "rhohv") if name in sweep.fields}
     if calibration.radar_constant is not None:
         arrays.pop("rhohv", None)
-    (ratio,) = apply(_snr_arrays, arrays, sweep.rays, [np.float32], spacing=sweep.spacing,
+    (ratio,) = apply(_snr_arrays, arrays, sweep.rays, [np.float32], spacing=sweep.spacing, front=sweep.front,
                      constant=calibration.radar_constant, no_echo=no_echo_value(sweep.dbzh))
-    history = describe("signal_to_noise", radar_constant=calibration.words)
+    history = describe("signal_to_noise", radar_constant=calibration.words,
+                       gates_in_front=sweep.front or None)
     return with_history(ds.assign(SNRH=with_attributes(ratio, "SNRH", None, history)), history)
 
 

@@ -29,6 +29,7 @@ class Sweep(NamedTuple):
     fields: dict[str, xr.DataArray]
     rays: str  # the dimension along which they lie
     spacing: float  # of the gates, m
+    front: int = 0  # gates that are missing in front of the first one
 
     @property
     def dbzh(self) -> xr.DataArray:
@@ -113,9 +114,37 @@ def other_reflectivity(ds: xr.Dataset, dbzh: xr.DataArray) -> xr.DataArray | Non
 
 def gate_step(ds: xr.Dataset) -> float:
     """The gate spacing of a sweep, m."""
-    if RANGE in ds.coords:
-        return gate_spacing(np.atleast_1d(ds[RANGE].values), ds.sizes[RANGE])
-    raise ValueError("the dataset has no coordinate range (m)")
+    if RANGE not in ds.coords:
+        raise ValueError("the dataset has no coordinate range (m)")
+    ranges = np.atleast_1d(ds[RANGE].values)
+    if ranges.size > 1:
+        return gate_spacing(ranges, ds.sizes[RANGE])
+    if "meters_between_gates" not in ds[RANGE].attrs:
+        raise ValueError("a single gate does not tell the gate spacing: the coordinate range needs the "
+                         "attribute meters_between_gates")
+    return gate_spacing(float(ds[RANGE].attrs["meters_between_gates"]), 1)
+
+
+def gates_in_front(ds: xr.Dataset, spacing: float) -> int:
+    """How many gates are missing between the radar and the first gate; less than two do not count.
+
+    The library takes gate g at g spacings, gate 0 at one. A first gate at half a spacing, one or
+    nearly two is none but gate 0; one that is further out is another gate than the library thinks.
+    """
+    ranges = np.atleast_1d(ds[RANGE].values).astype(np.float64)
+    if not np.isfinite(ranges[[0, -1]]).all():
+        raise ValueError("range holds values that are not finite")
+    exact = spacing if ranges.size == 1 else (ranges[-1] - ranges[0]) / (ranges.size - 1)
+    count = int(np.floor(ranges[0] / exact + 0.01))  # ranges in single precision are a little off
+    return count if count >= 2 else 0
+
+
+def with_front(values: NDArray[Any], count: int, fill: float) -> NDArray[Any]:
+    """With gates in front of the first one."""
+    if count == 0:
+        return values
+    dtype: DTypeLike = values.dtype if values.dtype.kind == "f" else np.float64
+    return np.concatenate([np.full((*values.shape[:-1], count), fill, dtype), values], axis=-1)
 
 
 def find_sweep(ds: xr.Dataset, fields: FieldMap = None, *, corrected: bool = False) -> Sweep:
@@ -130,7 +159,8 @@ def find_sweep(ds: xr.Dataset, fields: FieldMap = None, *, corrected: bool = Fal
     if "dbzh" not in found:
         names = ", ".join(map(str, ds.data_vars)) or "no variables"
         raise ValueError(f"no reflectivity is known among {names}: name it with fields={{'dbzh': ...}}")
-    return Sweep(found, ray_dimension(found["dbzh"]), gate_step(ds))
+    spacing = gate_step(ds)
+    return Sweep(found, ray_dimension(found["dbzh"]), spacing, gates_in_front(ds, spacing))
 
 
 def no_echo_value(field: xr.DataArray) -> float | None:

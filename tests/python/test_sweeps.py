@@ -266,3 +266,58 @@ def test_lazy_results_travel_to_other_processes(made_sweep: xr.Dataset) -> None:
     lazy = sweeps.classify(made_sweep.chunk({"azimuth": 8}), min_snr=MIN_SNR)
     back = pickle.loads(pickle.dumps(lazy))
     np.testing.assert_array_equal(back.CLASS, expected(255))
+
+
+@pytest.mark.parametrize("chunks", [None, {"azimuth": 7}])
+@pytest.mark.parametrize("step", ["classify", "clean", "process", "signal_to_noise"])
+def test_a_cut_in_range_changes_nothing_inside(step: str, chunks: dict | None) -> None:
+    """But for the gates whose windows reach over the edges of the cut."""
+    ds = make_sweep(24, 400)
+    ds["DBZH"] = ds.DBZH.dims, scan_fields(24, 400)["dbzh"] - 25  # noise and echo, by range
+    data = ds if chunks is None else ds.chunk(chunks)
+    keywords = {"what": cc.Stage.CLASSIFICATION | cc.Stage.BLANKING} if step == "process" else {}
+    function = getattr(sweeps, step)
+    whole = function(data, **keywords).isel(range=slice(200, 350))
+    part = function(data.isel(range=slice(200, 350)), **keywords)
+    inside = {"range": slice(12, -12)}
+    for name in {"CLASS", "DBZH", "SNRH"} & set(part):
+        np.testing.assert_array_equal(part[name].isel(inside), whole[name].isel(inside), err_msg=name)
+    assert "gates_in_front=200" in part.attrs["history"]
+    near = data.isel(range=slice(200, 350)).assign_coords(range=data.range.values[:150])
+    other = function(near, **keywords)
+    assert any((other[name].isel(inside).values != part[name].isel(inside).values).any()
+               for name in {"CLASS", "SNRH"} & set(part))
+
+
+def test_the_estimate_knows_the_ranges_of_a_cut() -> None:
+    loss = 20 * np.log10(np.maximum(np.arange(400), 0.5) * SPACING / 1000)
+    random = np.random.default_rng(3)
+    ds = make_sweep(60, 400)
+    ds["DBZH"] = ds.DBZH.dims, loss - 35 + random.normal(0, 1, (60, 400))
+    ds["RHOHV"] = ds.RHOHV.dims, random.random((60, 400))
+    del ds.attrs["radar_constant"]
+    cut = ds.isel(range=slice(150, 400))
+    for data in (cut, cut.chunk({"azimuth": 20})):
+        ratio = sweeps.signal_to_noise(data).SNRH
+        assert float(ratio.mean()) == pytest.approx(0, abs=1)
+        assert abs(float(ratio[:, :40].mean() - ratio[:, -40:].mean())) < 0.5
+        assert (sweeps.classify(data).CLASS == cc.NOISE).mean() > 0.99
+
+
+@pytest.mark.parametrize("first, front", [(0.0, 0), (125.0, 0), (250.0, 0), (490.0, 0), (500.0, 2),
+                                          (50125.0, 200), (99999.99, 400)])
+def test_where_the_gates_begin(made_sweep: xr.Dataset, first: float, front: int) -> None:
+    ds = made_sweep.assign_coords(range=(first + np.arange(60) * SPACING).astype(np.float32))
+    result = sweeps.classify(ds, min_snr=MIN_SNR)
+    assert (f"gates_in_front={front}" in result.attrs["history"]) == (front > 0)
+    if front == 0:
+        np.testing.assert_array_equal(result.CLASS, expected(255))
+
+
+def test_the_spacing_of_a_single_gate(made_sweep: xr.Dataset) -> None:
+    one = made_sweep.isel(range=[40])
+    with pytest.raises(ValueError, match="meters_between_gates"):
+        sweeps.signal_to_noise(one)
+    one.range.attrs["meters_between_gates"] = SPACING
+    xr.testing.assert_equal(sweeps.signal_to_noise(one).SNRH,
+                            sweeps.signal_to_noise(made_sweep).SNRH.isel(range=[40]))
