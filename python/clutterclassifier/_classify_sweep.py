@@ -14,9 +14,9 @@ from ._arrays import NO_ECHO
 from ._calibration_sweep import Calibration, estimate_now, estimated, find_calibration
 from ._classify import InputSelection, parse_inputs
 from ._codes import CLASS, ClassSelection, class_attributes, code_table, library_codes, parse_classes
-from ._sweep import (FieldMap, Sweep, apply, describe, extended, find_sweep, has_gates, is_no_echo,
-                     is_unfiltered, no_echo_value, other_reflectivity, with_attributes, with_front,
-                     with_history)
+from ._sweep import (FieldMap, Sweep, apply, describe, extended, find_sweep, has_gates, is_closed,
+                     is_no_echo, is_unfiltered, no_echo_value, other_reflectivity, with_attributes,
+                     with_front, with_history)
 from .echo import MISSING, PRECIPITATION, Inputs
 
 #: Share of gates that a clutter filter changes, at least.
@@ -101,7 +101,7 @@ def classify(ds: xr.Dataset, *, fields: FieldMap = None, inputs: InputSelection 
              radar_constant: float | None = None, min_snr: float | None = None,
              membership: str | os.PathLike[str] | None = None,
              texture_window: tuple[int, int] = (5, 3), remove_isolated: bool = False,
-             all_classes: bool = False, missing: str = "mask", closed: bool = True,
+             all_classes: bool = False, missing: str = "mask", closed: bool | None = None,
              codes: str = "library", name: str = CLASS) -> xr.Dataset:
     """Tell precipitation from ground clutter and noise: the sweep with a variable ``CLASS``.
 
@@ -130,8 +130,9 @@ def classify(ds: xr.Dataset, *, fields: FieldMap = None, inputs: InputSelection 
         What NaN in the reflectivity means. ``"mask"``: not measured, no echo to the gates around it,
         class 255 (``_FillValue``). ``"no_echo"``: noise. ``"keep"``: handed to the library as it is.
         Gates with the value of the attribute ``_Undetect`` are noise, but for ``"keep"``.
-    closed : bool
-        Whether the last ray is a neighbour of the first.
+    closed : bool, optional
+        Whether the last ray is a neighbour of the first; by default unless the rays lie along an
+        elevation or ``sweep_mode`` says that the scan is an RHI or a sector.
     codes : {"library", "pyrad"}
         ``"pyrad"`` numbers noise, clutter and precipitation 1, 2, 3, with 0 for no value.
     name : str
@@ -166,8 +167,9 @@ def classify(ds: xr.Dataset, *, fields: FieldMap = None, inputs: InputSelection 
     options = {"membership": membership, "texture_window": texture_window,
                "remove_isolated": remove_isolated, "all_classes": all_classes}
     (classes,) = apply(_classify_arrays, arrays, sweep.rays, [np.uint8], spacing=sweep.spacing,
-                       front=sweep.front, calibration=calibration, inputs=int(mask), no_echo=no_echo_value(sweep.dbzh),
-                       missing=missing, closed=closed, table=table, options=options)
+                       front=sweep.front, calibration=calibration, inputs=int(mask),
+                       no_echo=no_echo_value(sweep.dbzh), missing=missing,
+                       closed=is_closed(ds, sweep.rays, closed), table=table, options=options)
     history = _history("classify", mask, calibration, texture_window=texture_window,
                        remove_isolated=remove_isolated or None, all_classes=all_classes or None,
                        gates_in_front=sweep.front or None,

@@ -57,8 +57,8 @@ def signal_to_noise(ds: xr.Dataset, *, radar_constant: float | None = None,
     arrays = {name: sweep.fields[name] for name in ("dbzh", "rhohv") if name in sweep.fields}
     if calibration.radar_constant is not None:
         arrays.pop("rhohv", None)
-    (ratio,) = apply(_snr_arrays, arrays, sweep.rays, [np.float32], spacing=sweep.spacing, front=sweep.front,
-                     constant=calibration.radar_constant, no_echo=no_echo_value(sweep.dbzh))
+    (ratio,) = apply(_snr_arrays, arrays, sweep.rays, [np.float32], spacing=sweep.spacing,
+                     front=sweep.front, constant=calibration.radar_constant, no_echo=no_echo_value(sweep.dbzh))
     history = describe("signal_to_noise", radar_constant=calibration.words,
                        gates_in_front=sweep.front or None)
     return with_history(ds.assign(SNRH=with_attributes(ratio, "SNRH", None, history)), history)
@@ -159,8 +159,9 @@ def attenuation(ds: xr.Dataset, *, freezing_level: float = 3000.0,
     xarray.Dataset
         The sweep with its reflectivity corrected and its differential phase without offset and
         smoothed, in the variables that they came from; ``PdpC`` (phase rebuilt from the attenuation,
-        degrees), ``Ah`` (specific attenuation, dB/km); and along the rays ``TA`` (attenuation of the whole ray both ways, dB), ``Dpdp`` (rise of the phase,
-        degrees), ``a``, ``b`` and ``alpha`` (coefficients).
+        degrees), ``Ah`` (specific attenuation, dB/km); and along the rays ``TA`` (attenuation of the
+        whole ray both ways, dB), ``Dpdp`` (rise of the phase, degrees), ``a``, ``b`` and ``alpha``
+        (coefficients).
     """
     if CLASS not in ds:
         ds = classify(ds, fields=fields, **keywords)

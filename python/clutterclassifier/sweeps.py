@@ -8,8 +8,10 @@ Dask arrays stay lazy. Variables are found by the names of CfRadial and other co
 reflectivities, `classify`, `clean`, `process` and `signal_to_noise` take that from before the clutter
 filter, the other steps the one that is called DBZH: that is what `attenuation` corrects.
 
-Rays close a circle: the last one is a neighbour of the first. Where they do not (a sector, an RHI),
-``closed=False`` keeps their ends apart; `process` sees it from the azimuths.
+Rays close a circle: the last one is a neighbour of the first, but for sweeps whose rays lie along an
+elevation or whose ``sweep_mode`` says "rhi" or "sector". ``closed=False`` (or ``True``) says otherwise;
+`process` sees it from the azimuths. A ``sweep_mode`` that is a Dask array is not looked at, since that
+would compute it.
 """
 
 from ._classify_sweep import classify, clean

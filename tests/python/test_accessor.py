@@ -165,8 +165,9 @@ def test_rain_of_the_corrected_fields(names: dict[str, str]) -> None:
 def test_steps_behind_the_classification_take_the_filtered_reflectivity() -> None:
     plain = sweeps.classify(rainy_sweep())
     ds = plain.assign(DBTH=plain.DBZH + 20)
-    corrected = sweeps.attenuation(ds, algorithm="profile_nominal")
-    np.testing.assert_array_equal(corrected.DBZH, sweeps.attenuation(plain, algorithm="profile_nominal").DBZH)
+    nominal = {"algorithm": "profile_nominal"}
+    corrected = sweeps.attenuation(ds, **nominal)
+    np.testing.assert_array_equal(corrected.DBZH, sweeps.attenuation(plain, **nominal).DBZH)
     np.testing.assert_array_equal(corrected.DBTH, ds.DBTH)
     np.testing.assert_array_equal(sweeps.rain_rate(corrected).RATE, cc.rain_rate(corrected.DBZH.values))
     assert sweeps.smooth(ds, quantities="dbzh").DBTH.identical(ds.DBTH)

@@ -76,7 +76,7 @@ def test_one_clutter_map_serves_all_scans() -> None:
 
 def test_an_rhi_keeps_its_dimensions() -> None:
     ds = make_sweep(rays="elevation")
-    result = sweeps.classify(ds, min_snr=MIN_SNR).CLASS
+    result = sweeps.classify(ds, min_snr=MIN_SNR, closed=True).CLASS
     assert result.dims == ("elevation", "range")
     np.testing.assert_array_equal(result, expected(255))
 
@@ -321,3 +321,66 @@ def test_the_spacing_of_a_single_gate(made_sweep: xr.Dataset) -> None:
     one.range.attrs["meters_between_gates"] = SPACING
     xr.testing.assert_equal(sweeps.signal_to_noise(one).SNRH,
                             sweeps.signal_to_noise(made_sweep).SNRH.isel(range=[40]))
+
+
+@pytest.mark.parametrize("mode, rays, closed", [
+    ("azimuth_surveillance", "azimuth", True), ("ppi", "azimuth", True), (None, "azimuth", True),
+    ("sector", "azimuth", False), (b"sector", "azimuth", False), ("Sector ", "azimuth", False),
+    ("rhi", "azimuth", False), ("manual_rhi", "azimuth", False),
+    ("elevation_surveillance", "azimuth", False),
+    ("azimuth_surveillance", "elevation", False), (None, "elevation", False)])
+def test_which_scans_close_a_circle(mode: object, rays: str, closed: bool) -> None:
+    ds = make_sweep(rays=rays).drop_vars("sweep_mode")
+    ds = ds if mode is None else ds.assign(sweep_mode=mode)
+    ds = sweeps.classify(ds, min_snr=MIN_SNR)
+    for step, keywords in ((sweeps.classify, {"min_snr": MIN_SNR, "remove_isolated": True}),
+                           (sweeps.clean, {"min_snr": MIN_SNR}), (sweeps.texture, {}),
+                           (sweeps.smooth, {"exclude": (), "rays": 3})):
+        own, same, other = (step(ds, **keywords, **wish)
+                            for wish in ({}, {"closed": closed}, {"closed": not closed}))
+        xr.testing.assert_equal(own, same)
+        assert not own.equals(other), step.__name__
+
+
+def test_a_gap_in_azimuth_alone_opens_no_circle(made_sweep: xr.Dataset) -> None:
+    """The entry point knows no azimuths."""
+    ds = made_sweep.assign_coords(azimuth=made_sweep.azimuth.values / 4)
+    np.testing.assert_array_equal(sweeps.classify(ds, min_snr=MIN_SNR).CLASS, expected(255))
+
+
+def test_despeckling_keeps_the_ends_of_an_rhi_apart() -> None:
+    classes = np.full((24, 60), int(cc.NOISE), np.uint8)
+    classes[0, 20] = classes[-1, 20] = classes[-2, 20] = classes[-2, 21] = int(cc.PRECIPITATION)
+    for rays, expect in (("azimuth", cc.PRECIPITATION), ("elevation", cc.GROUND_CLUTTER)):
+        ds = make_sweep(rays=rays)
+        ds["CLASS"] = ds.DBZH.dims, classes
+        assert sweeps.despeckle(ds).CLASS[0, 20] == expect
+
+
+def no_computing(*_: object, **__: object) -> None:
+    raise AssertionError("something was computed")
+
+
+def test_a_chunked_scan_mode_stays_lazy() -> None:
+    """Of sweeps that were opened together, the mode is an array along them."""
+    for rays in ("azimuth", "elevation"):
+        one = make_sweep(rays=rays)
+        both = xr.concat([one, one], dim="scan", data_vars="all", coords="minimal").chunk({"scan": 1})
+        assert both.sweep_mode.chunks is not None
+        with dask.config.set(scheduler=no_computing):
+            results = [sweeps.process(both, {"ATTENUATION_ALG": 4}), sweeps.classify(both),
+                       sweeps.attenuation(sweeps.classify(both), algorithm="profile_nominal"),
+                       sweeps.texture(both)]
+        computed = [result.compute(scheduler="synchronous") for result in results]
+        np.testing.assert_array_equal(computed[1].CLASS.isel(scan=0), sweeps.classify(one).CLASS)
+        np.testing.assert_array_equal(computed[0].RATE.isel(scan=1),
+                                      sweeps.process(one, {"ATTENUATION_ALG": 4}).RATE)
+
+
+def test_a_range_height_scan_by_its_angles() -> None:
+    """Where neither the dimension nor a mode in memory tells."""
+    for rays in ("azimuth", "elevation"):
+        ds = make_sweep(rays=rays).drop_vars("sweep_mode")
+        angles = {name: ("ray", ds[name].values) for name in ("azimuth", "elevation")}
+        other = ds.drop_vars(["azimuth", "elevation"]).rename({rays: "ray"}).assign_coords(angles)
+        np.testing.assert_array_equal(sweeps.classify(other).CLASS, sweeps.classify(ds).CLASS)
