@@ -4,13 +4,14 @@ from __future__ import annotations
 
 from typing import Any, NamedTuple
 
+import numpy as np
 import xarray as xr
 from numpy.typing import NDArray
 
 from ._arrays import finite
 from ._process import DEFAULT_MIN_SNR
 from ._signal import estimate_radar_constant
-from ._sweep import RANGE, Sweep, no_echo_value, on_measured
+from ._sweep import RANGE, Sweep, no_echo_value, on_measured, with_front
 
 #: Lowest signal-to-noise ratio of an echo (dB) where the dataset has the calibration constant: below
 #: it textures are those of the noise.
@@ -53,12 +54,14 @@ def estimate_now(sweep: Sweep, calibration: Calibration) -> Calibration:
     rhohv = sweep.fields.get("rhohv")
     constant, ratio = estimated(
         sweep.dbzh.transpose(*order).values, None if rhohv is None else rhohv.transpose(*order).values,
-        sweep.spacing, calibration.min_snr, no_echo_value(sweep.dbzh))
+        sweep.spacing, calibration.min_snr, no_echo_value(sweep.dbzh), sweep.front)
     return Calibration(constant, ratio, "estimate")
 
 
 def estimated(dbzh: NDArray[Any], rhohv: NDArray[Any] | None, spacing: float, min_snr: float | None,
-               no_echo: float | None) -> tuple[float, float]:
-    """Constant and lowest ratio of one scan."""
-    estimate = estimate_radar_constant(on_measured(dbzh, no_echo), rhohv=rhohv, range=spacing)
+              no_echo: float | None, front: int = 0) -> tuple[float, float]:
+    """Constant and lowest ratio of one scan; the gates missing in front of it have no value."""
+    dbzh = with_front(on_measured(dbzh, no_echo), front, np.nan)
+    rhohv = None if rhohv is None else with_front(rhohv, front, np.nan)
+    estimate = estimate_radar_constant(dbzh, rhohv=rhohv, range=spacing)
     return float(estimate.radar_constant), float(estimate.min_snr) if min_snr is None else min_snr

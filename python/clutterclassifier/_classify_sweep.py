@@ -14,8 +14,9 @@ from ._arrays import NO_ECHO
 from ._calibration_sweep import Calibration, estimate_now, estimated, find_calibration
 from ._classify import InputSelection, parse_inputs
 from ._codes import CLASS, ClassSelection, class_attributes, code_table, library_codes, parse_classes
-from ._sweep import (FieldMap, Sweep, apply, describe, extended, find_sweep, has_gates, is_no_echo,
-                     is_unfiltered, no_echo_value, other_reflectivity, with_attributes, with_history)
+from ._sweep import (FieldMap, Sweep, apply, describe, extended, find_sweep, has_gates, is_closed,
+                     is_no_echo, is_unfiltered, no_echo_value, other_reflectivity, with_attributes,
+                     with_front, with_history)
 from .echo import MISSING, PRECIPITATION, Inputs
 
 #: Share of gates that a clutter filter changes, at least.
@@ -45,12 +46,12 @@ def _classify_arrays(dbzh: NDArray[Any], *, filtered: NDArray[Any] | None = None
 
 
 def _classify_one(dbzh: NDArray[Any], others: dict[str, NDArray[Any]], filtered: NDArray[Any] | None, *,
-                  spacing: float, calibration: Calibration, inputs: int, no_echo: float | None,
+                  spacing: float, front: int, calibration: Calibration, inputs: int, no_echo: float | None,
                   missing: str, closed: bool, table: NDArray[np.uint8] | None,
                   options: dict[str, Any]) -> NDArray[np.uint8]:
     constant, ratio, _ = calibration
     if constant is None:
-        constant, ratio = estimated(dbzh, others.get("rhohv"), spacing, ratio, no_echo)
+        constant, ratio = estimated(dbzh, others.get("rhohv"), spacing, ratio, no_echo, front)
     assert ratio is not None  # it is known wherever the constant is
     if filtered is not None and is_filtered(dbzh, filtered):
         inputs &= ~Inputs.VRAD
@@ -60,10 +61,11 @@ def _classify_one(dbzh: NDArray[Any], others: dict[str, NDArray[Any]], filtered:
         nothing = is_no_echo(dbzh, no_echo) | np.isnan(dbzh)
         if nothing.any():
             fields["dbzh"] = np.where(nothing, dbzh.dtype.type(NO_ECHO), dbzh)
+    fields = {name: with_front(values, front, _nothing(name)) for name, values in fields.items()}
     if not closed:
         fields = {name: _with_empty_rays(name, values, _reach(options)) for name, values in fields.items()}
     classes = _classify.classify(**fields, range=spacing, radar_constant=constant, min_snr=ratio,
-                                 inputs=inputs, missing="keep", **options)[:len(dbzh)]
+                                 inputs=inputs, missing="keep", **options)[:len(dbzh), front:]
     if unknown is not None:
         classes[unknown] = MISSING
     return classes if table is None else table[classes]
@@ -77,8 +79,12 @@ def _reach(options: dict[str, Any]) -> int:
 def _with_empty_rays(name: str, values: NDArray[Any], count: int) -> NDArray[Any]:
     """With rays without echo behind the last, so that windows do not go round to the first."""
     dtype: DTypeLike = values.dtype if values.dtype.kind == "f" else np.float64
-    fill = NO_ECHO if name == "dbzh" else np.nan
-    return np.concatenate([values, np.full((count, values.shape[1]), fill, dtype)])
+    return np.concatenate([values, np.full((count, values.shape[1]), _nothing(name), dtype)])
+
+
+def _nothing(name: str) -> float:
+    """What a field holds where there is no echo."""
+    return NO_ECHO if name == "dbzh" else np.nan
 
 
 def behind_filter(ds: xr.Dataset, sweep: Sweep, fields: FieldMap) -> xr.DataArray | None:
@@ -95,14 +101,15 @@ def classify(ds: xr.Dataset, *, fields: FieldMap = None, inputs: InputSelection 
              radar_constant: float | None = None, min_snr: float | None = None,
              membership: str | os.PathLike[str] | None = None,
              texture_window: tuple[int, int] = (5, 3), remove_isolated: bool = False,
-             all_classes: bool = False, missing: str = "mask", closed: bool = True,
+             all_classes: bool = False, missing: str = "mask", closed: bool | None = None,
              codes: str = "library", name: str = CLASS) -> xr.Dataset:
     """Tell precipitation from ground clutter and noise: the sweep with a variable ``CLASS``.
 
     Parameters
     ----------
     ds : xarray.Dataset
-        A sweep.
+        A sweep. Where its first gate is two spacings out or more (cut in range), gates without echo
+        take the places in front of it, so that the ranges of the signal-to-noise ratio are true.
     fields : dict, optional
         Which variable is what: ``{"dbzh": "my_name"}``; None leaves a quantity out.
     inputs : Inputs, int, str or several of them, optional
@@ -123,8 +130,9 @@ def classify(ds: xr.Dataset, *, fields: FieldMap = None, inputs: InputSelection 
         What NaN in the reflectivity means. ``"mask"``: not measured, no echo to the gates around it,
         class 255 (``_FillValue``). ``"no_echo"``: noise. ``"keep"``: handed to the library as it is.
         Gates with the value of the attribute ``_Undetect`` are noise, but for ``"keep"``.
-    closed : bool
-        Whether the last ray is a neighbour of the first.
+    closed : bool, optional
+        Whether the last ray is a neighbour of the first; by default unless the rays lie along an
+        elevation or ``sweep_mode`` says that the scan is an RHI or a sector.
     codes : {"library", "pyrad"}
         ``"pyrad"`` numbers noise, clutter and precipitation 1, 2, 3, with 0 for no value.
     name : str
@@ -159,10 +167,12 @@ def classify(ds: xr.Dataset, *, fields: FieldMap = None, inputs: InputSelection 
     options = {"membership": membership, "texture_window": texture_window,
                "remove_isolated": remove_isolated, "all_classes": all_classes}
     (classes,) = apply(_classify_arrays, arrays, sweep.rays, [np.uint8], spacing=sweep.spacing,
-                       calibration=calibration, inputs=int(mask), no_echo=no_echo_value(sweep.dbzh),
-                       missing=missing, closed=closed, table=table, options=options)
+                       front=sweep.front, calibration=calibration, inputs=int(mask),
+                       no_echo=no_echo_value(sweep.dbzh), missing=missing,
+                       closed=is_closed(ds, sweep.rays, closed), table=table, options=options)
     history = _history("classify", mask, calibration, texture_window=texture_window,
                        remove_isolated=remove_isolated or None, all_classes=all_classes or None,
+                       gates_in_front=sweep.front or None,
                        without_vrad=None if filtered is None else f"where {filtered.name} differs in 1 %")
     classes = with_attributes(classes, name, None, history, **class_attributes(codes, all_classes))
     classes.encoding = {"_FillValue": np.uint8(MISSING if table is None else 0), "dtype": "uint8"}

@@ -17,42 +17,48 @@ from ._codes import CLASS, class_attributes, library_codes
 from ._process import KEYS, Processed, Stage
 from ._settings import Config, Settings, read_settings
 from ._sweep import (FieldMap, Sweep, angles, apply, describe, find_sweep, has_gates, is_no_echo, is_rhi,
-                     no_echo_value, on_measured, described, with_attributes, with_history)
+                     no_echo_value, on_measured, described, with_attributes, with_front,
+                     with_history)
 from .echo import MISSING, Inputs
 
 _STAGES = tuple(stage for stage in Stage if stage != Stage.ALL)
 
 
 def _process_arrays(dbzh: NDArray[Any], *, filtered: NDArray[Any] | None = None, settings: dict[str, Any],
-                    names: tuple[str, ...], no_echo: float | None, **others: NDArray[Any]
+                    names: tuple[str, ...], no_echo: float | None, front: int, **others: Any
                     ) -> tuple[NDArray[Any], ...]:
     """Fields in the order of `names`, and the classes where there are any."""
     if filtered is None:
-        return _process_scans(dbzh, names=names, no_echo=no_echo, settings=settings, **others)
+        return _process_scans(dbzh, names=names, no_echo=no_echo, settings=settings, front=front, **others)
     results = []
     for at in np.ndindex(dbzh.shape[:-2]):  # the velocity takes part in each scan or not
         inputs = settings["inputs"] & (~Inputs.VRAD if is_filtered(dbzh[at], filtered[at]) else Inputs.ALL)
         one = {name: values[at] for name, values in others.items()}
-        results.append(_process_scans(dbzh[at], names=names, no_echo=no_echo,
+        results.append(_process_scans(dbzh[at], names=names, no_echo=no_echo, front=front,
                                       settings=settings | {"inputs": inputs}, **one))
     return tuple(np.stack(arrays).reshape(dbzh.shape) for arrays in zip(*results))
 
 
 def _process_scans(dbzh: NDArray[Any], *, names: tuple[str, ...], no_echo: float | None,
-                   settings: dict[str, Any], **others: Any) -> tuple[NDArray[Any], ...]:
+                   settings: dict[str, Any], front: int, **others: Any) -> tuple[NDArray[Any], ...]:
     if dbzh.dtype.kind != "f":
         dbzh = dbzh.astype(np.float64)
     unknown = np.isnan(dbzh)
     nothing = is_no_echo(dbzh, no_echo)
-    result = _process.process(on_measured(dbzh, no_echo), **others, **settings)
+    gates: dict[str, Any] = {
+        name: with_front(values, front, MISSING if name == "classes" else np.nan)
+        for name, values in others.items() if name in (*KEYS, "classes")}
+    result = _process.process(with_front(on_measured(dbzh, no_echo), front, np.nan), **others | gates,
+                              **settings)
+    found = {name: values[..., front:].copy() for name, values in result.fields.items()}
     if not result.stages & Stage.BLANKING:
         for name, value in (("DBZH", no_echo), ("RATE", 0.0)):  # no echo is no rain
-            if name in result.fields:
-                result.fields[name][nothing] = value
-    fields = tuple(result.fields[name] for name in names)
+            if name in found:
+                found[name][nothing] = value
+    fields = tuple(found[name] for name in names)
     if result.classes is None:
         return fields
-    return (*fields, np.where(unknown, np.uint8(MISSING), result.classes))
+    return (*fields, np.where(unknown, np.uint8(MISSING), result.classes[..., front:]))
 
 
 def _foresee(sweep: Sweep, arguments: set[str], settings: dict[str, Any]) -> Processed:
@@ -72,7 +78,7 @@ def process(ds: xr.Dataset, config: Config | Settings = None, *, fields: FieldMa
     Parameters
     ----------
     ds : xarray.Dataset
-        A sweep.
+        A sweep; of one that is cut in range see `classify` of sweeps.
     config : path or dict, optional
         Settings of the stages: a file of them, or its keys and values.
     fields : dict, optional
@@ -119,8 +125,8 @@ def process(ds: xr.Dataset, config: Config | Settings = None, *, fields: FieldMa
     names = tuple(outcome.fields)
     dtypes = [np.float32] * len(names) + [np.uint8] * (outcome.classes is not None)
     results = apply(_process_arrays, arrays, sweep.rays, dtypes, along_rays=angles(ds, sweep, rhi),
-                    names=names, no_echo=no_echo_value(sweep.dbzh), settings=keywords)
-    history = _history(outcome, calibration, settings, filtered)
+                    names=names, no_echo=no_echo_value(sweep.dbzh), front=sweep.front, settings=keywords)
+    history = _history(sweep, outcome, calibration, settings, filtered)
     variables = {name: described(name, result, sweep, history) for name, result in zip(names, results)}
     if outcome.classes is not None:
         classes = with_attributes(results[-1], CLASS, None, history, **class_attributes("library", False))
@@ -130,12 +136,12 @@ def process(ds: xr.Dataset, config: Config | Settings = None, *, fields: FieldMa
     return with_history(rest.assign(variables), history)
 
 
-def _history(outcome: Processed, calibration: Calibration, settings: Settings,
+def _history(sweep: Sweep, outcome: Processed, calibration: Calibration, settings: Settings,
              filtered: xr.DataArray | None) -> str:
     return describe(
         "process", stages="|".join(str(stage.name) for stage in _STAGES if stage & outcome.stages),
         inputs=int(outcome.inputs) if outcome.stages & Stage.CLASSIFICATION else None,
         radar_constant=calibration.words, min_snr=calibration.min_snr,
-        freezing_level=outcome.freezing_level,
+        freezing_level=outcome.freezing_level, gates_in_front=sweep.front or None,
         without_vrad=None if filtered is None else f"where {filtered.name} differs in 1 %",
         settings=" ".join(settings.text.split()) or None, notes="; ".join(outcome.notes) or None)

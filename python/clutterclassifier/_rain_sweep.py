@@ -17,19 +17,20 @@ from ._classify_sweep import classify
 from ._codes import CLASS, library_codes
 from ._sweep import (RANGE, FieldMap, angles, apply, describe, described, find_fields, find_sweep,
                      is_no_echo, is_rhi, no_echo_value, on_measured, ray_dimension, with_attributes,
-                     with_history)
+                     with_front, with_history)
 
 
 def _snr_arrays(dbzh: NDArray[Any], *, constant: float | None, spacing: float, no_echo: float | None,
-                rhohv: NDArray[Any] | None = None) -> NDArray[np.float32]:
+                front: int, rhohv: NDArray[Any] | None = None) -> NDArray[np.float32]:
     """The ratio of scans, each with its own constant where none is given."""
     dbzh = on_measured(dbzh, no_echo)
+    full = with_front(dbzh, front, np.nan)
     if constant is not None:
-        return _signal.signal_to_noise(dbzh, range=spacing, radar_constant=constant)
+        return _signal.signal_to_noise(full, range=spacing, radar_constant=constant)[..., front:]
     out = np.empty(dbzh.shape, np.float32)
     for at in np.ndindex(dbzh.shape[:-2]):
-        own, _ = estimated(dbzh[at], None if rhohv is None else rhohv[at], spacing, None, None)
-        out[at] = _signal.signal_to_noise(dbzh[at], range=spacing, radar_constant=own)
+        own, _ = estimated(dbzh[at], None if rhohv is None else rhohv[at], spacing, None, None, front)
+        out[at] = _signal.signal_to_noise(full[at], range=spacing, radar_constant=own)[..., front:]
     return out
 
 
@@ -40,7 +41,7 @@ def signal_to_noise(ds: xr.Dataset, *, radar_constant: float | None = None,
     Parameters
     ----------
     ds : xarray.Dataset
-        A sweep.
+        A sweep; of one that is cut in range see `classify` of sweeps.
     radar_constant : float, optional
         dB; by default the attribute of the dataset, else estimated from each scan.
     fields : dict, optional
@@ -57,8 +58,9 @@ def signal_to_noise(ds: xr.Dataset, *, radar_constant: float | None = None,
     if calibration.radar_constant is not None:
         arrays.pop("rhohv", None)
     (ratio,) = apply(_snr_arrays, arrays, sweep.rays, [np.float32], spacing=sweep.spacing,
-                     constant=calibration.radar_constant, no_echo=no_echo_value(sweep.dbzh))
-    history = describe("signal_to_noise", radar_constant=calibration.words)
+                     front=sweep.front, constant=calibration.radar_constant, no_echo=no_echo_value(sweep.dbzh))
+    history = describe("signal_to_noise", radar_constant=calibration.words,
+                       gates_in_front=sweep.front or None)
     return with_history(ds.assign(SNRH=with_attributes(ratio, "SNRH", None, history)), history)
 
 
@@ -71,7 +73,8 @@ def rain_rate(ds: xr.Dataset, *, relation: str = "z", coefficients: Sequence[flo
     ds : xarray.Dataset
         A sweep; `clean` it first, or clutter rains.
     relation, coefficients
-        As for `clutterclassifier.rain_rate`; its inputs are found in the sweep.
+        As for `clutterclassifier.rain_rate`; its inputs are found in the sweep: ``DBZH``, ``ZDR``,
+        ``KDP`` before variables of other names.
     fields : dict, optional
         Which variable is what: ``{"dbzh": "my_name", "kdp": "mine"}``.
 
@@ -87,7 +90,7 @@ def rain_rate(ds: xr.Dataset, *, relation: str = "z", coefficients: Sequence[flo
     >>> rain.RATE.attrs["standard_name"]
     'rainfall_rate'
     """
-    found = find_fields(ds, fields)
+    found = find_fields(ds, fields, corrected=True)
     if relation not in _rain._RELATIONS:
         raise ValueError(f"no such relation: {relation!r} ({', '.join(_rain._RELATIONS)})")
     needs = _rain._RELATIONS[relation].needs
@@ -154,14 +157,15 @@ def attenuation(ds: xr.Dataset, *, freezing_level: float = 3000.0,
     Returns
     -------
     xarray.Dataset
-        The sweep with ``DBZH`` corrected; ``PHIDP`` without its offset and smoothed; ``PdpC`` (phase
-        rebuilt from the attenuation, degrees), ``Ah`` (specific attenuation, dB/km); and along the
-        rays ``TA`` (attenuation of the whole ray both ways, dB), ``Dpdp`` (rise of the phase,
-        degrees), ``a``, ``b`` and ``alpha`` (coefficients).
+        The sweep with its reflectivity corrected and its differential phase without offset and
+        smoothed, in the variables that they came from; ``PdpC`` (phase rebuilt from the attenuation,
+        degrees), ``Ah`` (specific attenuation, dB/km); and along the rays ``TA`` (attenuation of the
+        whole ray both ways, dB), ``Dpdp`` (rise of the phase, degrees), ``a``, ``b`` and ``alpha``
+        (coefficients).
     """
     if CLASS not in ds:
         ds = classify(ds, fields=fields, **keywords)
-    sweep = find_sweep(ds, fields)
+    sweep = find_sweep(ds, fields, corrected=True)
     if "phidp" not in sweep.fields:
         raise ValueError("the attenuation needs the differential phase, which the dataset does not have")
     rhi = is_rhi(ds, sweep.rays)
@@ -173,8 +177,10 @@ def attenuation(ds: xr.Dataset, *, freezing_level: float = 3000.0,
                     min_phase_rise=float(min_phase_rise), phase_window=tuple(phase_window))
     history = describe("attenuation", freezing_level=freezing_level, min_phase_rise=min_phase_rise,
                        algorithm=AttenuationAlgorithm(_attenuation._algorithm(algorithm)).name.lower())
-    variables = {name: described(name, result, sweep, history)
-                 for name, result in zip(("DBZH", *_ATTENUATION), results)}
+    variables: dict[Any, xr.DataArray] = {name: described(name, result, sweep, history)
+                                          for name, result in zip(("DBZH", *_ATTENUATION), results)}
+    for name, argument in (("DBZH", "dbzh"), ("PHIDP", "phidp")):
+        variables[sweep.fields[argument].name] = variables.pop(name)
     return with_history(ds.assign(variables), history)
 
 

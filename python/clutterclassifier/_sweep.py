@@ -29,6 +29,7 @@ class Sweep(NamedTuple):
     fields: dict[str, xr.DataArray]
     rays: str  # the dimension along which they lie
     spacing: float  # of the gates, m
+    front: int = 0  # gates that are missing in front of the first one
 
     @property
     def dbzh(self) -> xr.DataArray:
@@ -71,8 +72,13 @@ def _overrides(ds: xr.Dataset, fields: FieldMap) -> dict[str, Hashable | None]:
     return wishes
 
 
-def find_fields(ds: xr.Dataset, fields: FieldMap = None) -> dict[str, xr.DataArray]:
-    """The variables of a sweep by names of arguments: those of `fields`, else by their known names."""
+def find_fields(ds: xr.Dataset, fields: FieldMap = None, *, corrected: bool = False
+                ) -> dict[str, xr.DataArray]:
+    """The variables of a sweep by names of arguments: those of `fields`, else by their known names.
+
+    Those from before the clutter filter go first, for the classification; for the steps behind it
+    (`corrected`) those with the CfRadial name itself, such as DBZH, do.
+    """
     wishes = _overrides(ds, fields)
     taken = set(wishes.values())
     known = {str(name).lower(): name for name, variable in ds.data_vars.items()
@@ -83,6 +89,8 @@ def find_fields(ds: xr.Dataset, fields: FieldMap = None) -> dict[str, xr.DataArr
             name = wishes[quantity.argument]
         else:
             name = next((known[alias] for alias in quantity.aliases if alias in known), None)
+            if corrected and quantity.name in known.values():
+                name = quantity.name
         if name is not None:
             found[quantity.argument] = ds[name]
     return found
@@ -106,24 +114,53 @@ def other_reflectivity(ds: xr.Dataset, dbzh: xr.DataArray) -> xr.DataArray | Non
 
 def gate_step(ds: xr.Dataset) -> float:
     """The gate spacing of a sweep, m."""
-    if RANGE in ds.coords:
-        return gate_spacing(np.atleast_1d(ds[RANGE].values), ds.sizes[RANGE])
-    raise ValueError("the dataset has no coordinate range (m)")
+    if RANGE not in ds.coords:
+        raise ValueError("the dataset has no coordinate range (m)")
+    ranges = np.atleast_1d(ds[RANGE].values)
+    if ranges.size > 1:
+        return gate_spacing(ranges, ds.sizes[RANGE])
+    if "meters_between_gates" not in ds[RANGE].attrs:
+        raise ValueError("a single gate does not tell the gate spacing: the coordinate range needs the "
+                         "attribute meters_between_gates")
+    return gate_spacing(float(ds[RANGE].attrs["meters_between_gates"]), 1)
 
 
-def find_sweep(ds: xr.Dataset, fields: FieldMap = None) -> Sweep:
-    """The parts of a sweep.
+def gates_in_front(ds: xr.Dataset, spacing: float) -> int:
+    """How many gates are missing between the radar and the first gate; less than two do not count.
+
+    The library takes gate g at g spacings, gate 0 at one. A first gate at half a spacing, one or
+    nearly two is none but gate 0; one that is further out is another gate than the library thinks.
+    """
+    ranges = np.atleast_1d(ds[RANGE].values).astype(np.float64)
+    if not np.isfinite(ranges[[0, -1]]).all():
+        raise ValueError("range holds values that are not finite")
+    exact = spacing if ranges.size == 1 else (ranges[-1] - ranges[0]) / (ranges.size - 1)
+    count = int(np.floor(ranges[0] / exact + 0.01))  # ranges in single precision are a little off
+    return count if count >= 2 else 0
+
+
+def with_front(values: NDArray[Any], count: int, fill: float) -> NDArray[Any]:
+    """With gates in front of the first one."""
+    if count == 0:
+        return values
+    dtype: DTypeLike = values.dtype if values.dtype.kind == "f" else np.float64
+    return np.concatenate([np.full((*values.shape[:-1], count), fill, dtype), values], axis=-1)
+
+
+def find_sweep(ds: xr.Dataset, fields: FieldMap = None, *, corrected: bool = False) -> Sweep:
+    """The parts of a sweep, `corrected` as for `find_fields`.
 
     Raises
     ------
     ValueError
         There is no reflectivity, no range, or no dimension of rays.
     """
-    found = find_fields(ds, fields)
+    found = find_fields(ds, fields, corrected=corrected)
     if "dbzh" not in found:
         names = ", ".join(map(str, ds.data_vars)) or "no variables"
         raise ValueError(f"no reflectivity is known among {names}: name it with fields={{'dbzh': ...}}")
-    return Sweep(found, ray_dimension(found["dbzh"]), gate_step(ds))
+    spacing = gate_step(ds)
+    return Sweep(found, ray_dimension(found["dbzh"]), spacing, gates_in_front(ds, spacing))
 
 
 def no_echo_value(field: xr.DataArray) -> float | None:
@@ -197,13 +234,45 @@ def angles(ds: xr.Dataset, sweep: Sweep, rhi: bool) -> dict[str, xr.DataArray]:
             if angle is not None and RANGE not in angle.dims}
 
 
-def is_rhi(ds: xr.Dataset, rays: str) -> bool:
-    """Whether a sweep is a range-height scan, by its dimension or its mode."""
+def _modes(ds: xr.Dataset) -> list[str]:
+    """The scan modes in lower case; none where they are not in memory, since nothing is computed here."""
     mode = ds.get("sweep_mode")
-    if rays == "elevation" or mode is None:
-        return rays == "elevation"
-    words = np.unique(np.atleast_1d(np.asarray(mode.values)).astype(str))
-    return all("rhi" in word or "elevation" in word for word in words)
+    if mode is None or mode.chunks is not None:
+        return []
+    values = np.atleast_1d(np.asarray(mode.values))
+    if values.dtype.kind == "S":
+        values = np.char.decode(values, "utf-8", "replace")
+    return sorted({str(word).strip().lower() for word in values.ravel()})
+
+
+def _sweeps_in_elevation(ds: xr.Dataset) -> bool:
+    """Whether the elevation changes more than the azimuth, by angles that are in memory."""
+    angles_ = [ds.get(name) for name in ("azimuth", "elevation")]
+    if any(angle is None or angle.chunks is not None or angle.dtype.kind != "f" for angle in angles_):
+        return False
+    azimuth, elevation = (np.deg2rad(angle.values) for angle in angles_ if angle is not None)
+    if azimuth.ndim != 1 or azimuth.size < 2 or elevation.shape != azimuth.shape:
+        return False
+    turned = np.abs(np.angle(np.exp(1j * np.diff(azimuth))))
+    return bool(np.nansum(np.abs(np.diff(elevation))) > np.nansum(turned))
+
+
+def is_rhi(ds: xr.Dataset, rays: str) -> bool:
+    """Whether a sweep is a range-height scan: by its dimension, its mode, or else its angles."""
+    if rays == "elevation":
+        return True
+    words = _modes(ds)
+    if words:
+        return all("rhi" in word or "elevation" in word for word in words)
+    return rays != "azimuth" and _sweeps_in_elevation(ds)
+
+
+def is_closed(ds: xr.Dataset, rays: str, closed: bool | None = None) -> bool:
+    """Whether the last ray is a neighbour of the first: as the caller says, else unless the scan is a
+    range-height scan or a sector by its dimension or its mode. Azimuths with gaps do not decide."""
+    if closed is not None:
+        return bool(closed)
+    return not is_rhi(ds, rays) and not any("sector" in word or "rhi" in word for word in _modes(ds))
 
 
 def with_attributes(field: xr.DataArray, name: str, source: xr.DataArray | None, history: str,

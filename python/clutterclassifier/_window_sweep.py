@@ -11,8 +11,8 @@ from numpy.typing import NDArray
 
 from . import _toolkit
 from ._codes import CLASS, ClassSelection, class_attributes, library_codes, parse_classes
-from ._sweep import (FieldMap, apply, describe, extended, find_fields, is_no_echo, no_echo_value,
-                     ray_dimension, with_attributes, with_history)
+from ._sweep import (FieldMap, apply, describe, extended, find_fields, is_closed, is_no_echo,
+                     no_echo_value, ray_dimension, with_attributes, with_history)
 from .echo import MISSING, NOISE
 from .fields import BY_ARGUMENT
 
@@ -26,7 +26,7 @@ _DECIBELS = ("dbzh", "zdr")
 def _chosen(ds: xr.Dataset, fields: FieldMap, quantities: Iterable[str] | None, usual: tuple[str, ...]
             ) -> dict[str, xr.DataArray]:
     """The fields of the quantities asked for, or what there is of the usual ones."""
-    found = find_fields(ds, fields)
+    found = find_fields(ds, fields, corrected=True)
     if quantities is None:
         return {name: found[name] for name in usual if name in found}
     wanted = [quantities] if isinstance(quantities, str) else list(quantities)
@@ -63,7 +63,7 @@ def _smooth_arrays(values: NDArray[Any], **arrays: Any) -> NDArray[np.float32]:
 
 def texture(ds: xr.Dataset, *, quantities: Iterable[str] | None = None, fields: FieldMap = None,
             exclude: ClassSelection = NOISE, gates: int = 5, rays: int = 3,
-            closed: bool = True) -> xr.Dataset:
+            closed: bool | None = None) -> xr.Dataset:
     """Standard deviations in a window around each gate: adds ``DBZH_TEXTURE``, ``ZDR_TEXTURE`` ...
 
     Parameters
@@ -78,8 +78,10 @@ def texture(ds: xr.Dataset, *, quantities: Iterable[str] | None = None, fields: 
     exclude : EchoClass, int, str or several of them
         Classes that take no part where the sweep has a variable ``CLASS``; gates without a value and
         those without echo (attribute ``_Undetect``) never do.
-    gates, rays, closed
+    gates, rays
         As for `clutterclassifier.texture`.
+    closed : bool, optional
+        As for `classify` of sweeps.
 
     Returns
     -------
@@ -99,8 +101,9 @@ def texture(ds: xr.Dataset, *, quantities: Iterable[str] | None = None, fields: 
     textures = {}
     for argument, field in _chosen(ds, fields, quantities, _TEXTURES).items():
         arrays = {"values": field} | ({} if excluded is None else {"excluded": excluded})
-        (result,) = apply(_texture_arrays, arrays, ray_dimension(field), [np.float32], gates=gates,
-                          rays=rays, closed=closed, no_echo=no_echo_value(field))
+        along = ray_dimension(field)
+        (result,) = apply(_texture_arrays, arrays, along, [np.float32], gates=gates, rays=rays,
+                          closed=is_closed(ds, along, closed), no_echo=no_echo_value(field))
         quantity = BY_ARGUMENT[argument]
         name = f"{quantity.name}_TEXTURE"
         textures[name] = with_attributes(result, name, field, history, units=quantity.units,
@@ -111,7 +114,7 @@ def texture(ds: xr.Dataset, *, quantities: Iterable[str] | None = None, fields: 
 
 def smooth(ds: xr.Dataset, *, quantities: Iterable[str] | None = None, fields: FieldMap = None,
            exclude: ClassSelection = ("clutter", "noise"), gates: int = 7, rays: int = 1,
-           closed: bool = True) -> xr.Dataset:
+           closed: bool | None = None) -> xr.Dataset:
     """Means of a window around each gate, in place of the fields.
 
     Parameters
@@ -123,8 +126,10 @@ def smooth(ds: xr.Dataset, *, quantities: Iterable[str] | None = None, fields: F
         Reflectivity and differential reflectivity become means of linear values.
     fields, exclude
         As for `texture`. Gates that take no part keep their value.
-    gates, rays, closed
+    gates, rays
         As for `clutterclassifier.smooth`.
+    closed : bool, optional
+        As for `classify` of sweeps.
 
     Returns
     -------
@@ -143,8 +148,9 @@ def smooth(ds: xr.Dataset, *, quantities: Iterable[str] | None = None, fields: F
     smoothed = {}
     for argument, field in _chosen(ds, fields, quantities, _SMOOTHED).items():
         arrays = {"values": field} | ({} if excluded is None else {"excluded": excluded})
-        (result,) = apply(_smooth_arrays, arrays, ray_dimension(field), [np.float32], gates=gates,
-                          rays=rays, closed=closed, decibels=argument in _DECIBELS,
+        along = ray_dimension(field)
+        (result,) = apply(_smooth_arrays, arrays, along, [np.float32], gates=gates, rays=rays,
+                          closed=is_closed(ds, along, closed), decibels=argument in _DECIBELS,
                           no_echo=no_echo_value(field))
         result.attrs = field.attrs | {"history": extended(field, history)}
         smoothed[field.name] = result
@@ -152,15 +158,17 @@ def smooth(ds: xr.Dataset, *, quantities: Iterable[str] | None = None, fields: F
 
 
 def despeckle(ds: xr.Dataset, *, window: tuple[int, int] | None = None, at_most: int = 1,
-              closed: bool = True) -> xr.Dataset:
+              closed: bool | None = None) -> xr.Dataset:
     """Turn isolated precipitation gates of the variable ``CLASS`` into ground clutter.
 
     Parameters
     ----------
     ds : xarray.Dataset
         A sweep with classes.
-    window, at_most, closed
+    window, at_most
         As for `clutterclassifier.despeckle`.
+    closed : bool, optional
+        As for `classify` of sweeps.
 
     Returns
     -------
@@ -171,7 +179,7 @@ def despeckle(ds: xr.Dataset, *, window: tuple[int, int] | None = None, at_most:
         raise ValueError(f"the sweep has no variable {CLASS}: classify it first")
     old = library_codes(ds[CLASS])
     (classes,) = apply(_despeckle_arrays, {"classes": old}, ray_dimension(old), [np.uint8], window=window,
-                       at_most=at_most, closed=closed)
+                       at_most=at_most, closed=is_closed(ds, ray_dimension(old), closed))
     history = describe("despeckle", window=window, at_most=None if window is None else at_most)
     all_classes = "turbine" in str(ds[CLASS].attrs.get("flag_meanings", ""))
     classes = with_attributes(classes, CLASS, ds[CLASS], history,

@@ -47,14 +47,15 @@ def _values(field: dict[str, Any], rays: slice) -> NDArray[Any]:
     return numbers.filled(np.nan)
 
 
-def _is_rhi(radar: Any, sweep: int) -> bool:
+def _mode(radar: Any, sweep: int) -> str:
+    """The scan mode of a sweep, in lower case."""
     mode = _data(radar, "sweep_mode")
     if mode is None or sweep >= len(mode):
-        return getattr(radar, "scan_type", "") == "rhi"
+        return str(getattr(radar, "scan_type", "")).lower()
     word = np.ma.getdata(mode[sweep])
     if word.dtype.kind == "S":
-        return b"rhi" in b"".join(word.ravel().tolist()).lower()
-    return "rhi" in "".join(map(str, word.ravel())).lower()
+        return b"".join(word.ravel().tolist()).decode("utf-8", "replace").lower()
+    return "".join(map(str, word.ravel())).lower()
 
 
 def _times(radar: Any, rays: slice) -> NDArray[np.datetime64] | None:
@@ -101,14 +102,16 @@ def from_radar(radar: Any) -> list[xr.Dataset]:
     fixed = _data(radar, "fixed_angle")
     datasets = []
     for number, rays in enumerate(_slices(radar)):
-        rhi = _is_rhi(radar, number)
+        mode = _mode(radar, number)
+        rhi = "rhi" in mode
         azimuth, elevation = (np.ma.asarray(getattr(radar, name)["data"], np.float64)[rays].filled(np.nan)
                               for name in ("azimuth", "elevation"))
         angle = np.median(azimuth if rhi else elevation) if fixed is None else fixed[number]
         ds = sweep_dataset(
             _variables(radar, rays, ("elevation" if rhi else "azimuth", "range")), azimuth=azimuth,
             elevation=elevation, range=ranges, gate_spacing=gate_spacing, time=None, latitude=site[0],
-            longitude=site[1], altitude=site[2], fixed_angle=float(angle), sweep_number=number, rhi=rhi)
+            longitude=site[1], altitude=site[2], fixed_angle=float(angle), sweep_number=number, rhi=rhi,
+            sector="sector" in mode)
         times = _times(radar, rays)
         datasets.append(ds if times is None else ds.assign_coords(time=ds.time.copy(data=times)))
     return datasets

@@ -146,3 +146,31 @@ def test_what_a_step_lacks_is_named(made_sweep: xr.Dataset) -> None:
         sweeps.texture(made_sweep, quantities=["wrad"])
     with pytest.raises(ValueError, match="differential phase"):
         sweeps.attenuation(made_sweep.drop_vars("PHIDP"))
+
+
+@pytest.mark.parametrize("names", [
+    {"DBZH": "reflectivity", "PHIDP": "differential_phase"}, {"PHIDP": "UPHIDP"}, {}])
+def test_rain_of_the_corrected_fields(names: dict[str, str]) -> None:
+    """Whatever the names: no uncorrected reflectivity is found once there is a corrected one."""
+    ds = sweeps.classify(rainy_sweep().rename(names))
+    expected = sweeps.attenuation(sweeps.classify(rainy_sweep()), algorithm="profile_nominal")
+    corrected = sweeps.attenuation(ds, algorithm="profile_nominal")
+    phase, dbzh = names.get("PHIDP", "PHIDP"), names.get("DBZH", "DBZH")
+    np.testing.assert_array_equal(corrected[dbzh], expected.DBZH)
+    np.testing.assert_array_equal(corrected[phase], expected.PHIDP)
+    assert set(corrected) - set(ds) == {"PdpC", "Ah", "TA", "Dpdp", "a", "b", "alpha"}
+    np.testing.assert_array_equal(sweeps.rain_rate(corrected).RATE, sweeps.rain_rate(expected).RATE)
+
+
+def test_steps_behind_the_classification_take_the_filtered_reflectivity() -> None:
+    plain = sweeps.classify(rainy_sweep())
+    ds = plain.assign(DBTH=plain.DBZH + 20)
+    nominal = {"algorithm": "profile_nominal"}
+    corrected = sweeps.attenuation(ds, **nominal)
+    np.testing.assert_array_equal(corrected.DBZH, sweeps.attenuation(plain, **nominal).DBZH)
+    np.testing.assert_array_equal(corrected.DBTH, ds.DBTH)
+    np.testing.assert_array_equal(sweeps.rain_rate(corrected).RATE, cc.rain_rate(corrected.DBZH.values))
+    assert sweeps.smooth(ds, quantities="dbzh").DBTH.identical(ds.DBTH)
+    np.testing.assert_array_equal(sweeps.texture(ds).DBZH_TEXTURE, sweeps.texture(plain).DBZH_TEXTURE)
+    np.testing.assert_array_equal(sweeps.signal_to_noise(ds).SNRH, sweeps.signal_to_noise(
+        plain.assign(DBZH=ds.DBTH)).SNRH)

@@ -264,9 +264,9 @@ def test_settings_that_leave_no_input_are_named() -> None:
 def test_ends_of_a_range_height_scan_are_no_neighbours() -> None:
     ds = make_sweep(rays="elevation")
     result = sweeps.process(ds, what=Stage.CLASSIFICATION)
-    expected = sweeps.classify(ds, closed=False, remove_isolated=True).CLASS
+    expected = sweeps.classify(ds, remove_isolated=True).CLASS
     np.testing.assert_array_equal(result.CLASS, expected)
-    assert (expected != sweeps.classify(ds, remove_isolated=True).CLASS).any()
+    assert (expected != sweeps.classify(ds, closed=True, remove_isolated=True).CLASS).any()
 
 
 def test_a_speck_on_the_first_ray_has_no_company_on_the_last() -> None:
@@ -276,6 +276,7 @@ def test_a_speck_on_the_first_ray_has_no_company_on_the_last() -> None:
     ds.DBZH[-3:, 10:30] = 30.0
     keywords = {"inputs": "dbzh_texture", "min_snr": 10.0}
     for result in (sweeps.process(ds, what=Stage.CLASSIFICATION, **keywords),
-                   sweeps.classify(ds, closed=False, remove_isolated=True, **keywords)):
+                   sweeps.classify(ds, remove_isolated=True, **keywords)):
         assert result.CLASS[0, 20] == cc.GROUND_CLUTTER
-    assert sweeps.classify(ds, remove_isolated=True, **keywords).CLASS[0, 20] == cc.PRECIPITATION
+    closed = sweeps.classify(ds, closed=True, remove_isolated=True, **keywords)
+    assert closed.CLASS[0, 20] == cc.PRECIPITATION
