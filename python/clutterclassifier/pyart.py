@@ -11,6 +11,7 @@ never modified::
 
 from __future__ import annotations
 
+import re
 from collections.abc import Hashable
 from typing import Any, Union
 
@@ -57,15 +58,58 @@ def _is_rhi(radar: Any, sweep: int) -> bool:
     return "rhi" in "".join(map(str, word.ravel())).lower()
 
 
-def _times(radar: Any, rays: slice) -> NDArray[np.datetime64] | None:
-    """Times of the rays, of seconds since a date."""
-    entry: dict[str, Any] = getattr(radar, "time", None) or {}
-    words = str(entry.get("units", "")).split(" since ")
-    if len(words) != 2 or words[0] != "seconds":
+#: Seconds of the units of times, and how these are written.
+_UNITS = {86400.0: "d day days", 3600.0: "h hr hrs hour hours", 60.0: "min mins minute minutes",
+          1.0: "s sec secs second seconds", 1e-3: "ms msec msecs millisecond milliseconds",
+          1e-6: "us microsecond microseconds"}
+_SECONDS = {word: seconds for seconds, words in _UNITS.items() for word in words.split()}
+
+#: As the CF conventions write it: "minutes since 2020-1-1 6:00:00.5 +01:00".
+_SINCE = re.compile(r"""
+    (?P<unit> [a-z]+) \s+ since \s+ (?P<year> \d{4}) - (?P<month> \d{1,2}) - (?P<day> \d{1,2})
+    (?: (?:T|\s+) (?P<hour> \d{1,2}) : (?P<minute> \d{1,2}) (?: : (?P<second> \d{1,2} (?:\.\d*)?))? )?
+    \s* (?: Z | UTC | GMT | (?P<sign> [+-]) (?P<east> \d{1,2}) :? (?P<east_minutes> \d{2})? )?""",
+                    re.VERBOSE | re.IGNORECASE)
+
+#: Years that lie wholly within what nanoseconds reach.
+_YEARS = (1678, 2261)
+
+
+def _clock(units: str) -> tuple[np.datetime64, float] | None:
+    """Beginning and seconds of units such as "seconds since 2020-01-01T00:00:00Z"; None for others."""
+    found = _SINCE.fullmatch(units.strip())
+    if found is None or found["unit"].lower() not in _SECONDS:
         return None
-    begin = np.datetime64(words[1].strip().rstrip("Z").replace(" ", "T"), "ns")
-    seconds = np.ma.asarray(entry["data"], np.float64)[rays].filled(np.nan)
-    return begin + (seconds * 1e9).round().astype("timedelta64[ns]")
+    part = {name: text or "0" for name, text in found.groupdict().items()}
+    if not _YEARS[0] <= int(part["year"]) <= _YEARS[1]:
+        return None
+    try:
+        day = np.datetime64(f"{part['year']}-{int(part['month']):02}-{int(part['day']):02}", "ns")
+    except ValueError:
+        return None
+    east = int(part["east"]) * 3600 + int(part["east_minutes"]) * 60
+    seconds = int(part["hour"]) * 3600 + int(part["minute"]) * 60 + float(part["second"])
+    seconds += east if part["sign"] == "-" else -east
+    return day + np.timedelta64(round(seconds * 1e9), "ns"), _SECONDS[part["unit"].lower()]
+
+
+def _times(radar: Any, rays: slice) -> NDArray[np.datetime64]:
+    """Times of the rays, NaT where units or numbers tell none."""
+    unknown = np.full(rays.stop - rays.start, "NaT", "datetime64[ns]")
+    entry: dict[str, Any] = getattr(radar, "time", None) or {}
+    clock = _clock(str(entry.get("units", "")))
+    try:
+        numbers = np.ma.asarray(entry.get("data", ())).astype(np.float64)[rays].filled(np.nan)
+    except (TypeError, ValueError):
+        return unknown
+    if clock is None or numbers.shape != unknown.shape:
+        return unknown
+    begin, seconds = clock
+    with np.errstate(over="ignore"):
+        nanoseconds = (numbers * (seconds * 1e9)).round()
+    told = np.abs(nanoseconds + begin.astype(np.int64)) < 2.0**63 - 1e10
+    later = np.where(told, nanoseconds, 0).astype("timedelta64[ns]")
+    return np.where(told, begin + later, unknown)
 
 
 def _variables(radar: Any, rays: slice, dims: tuple[str, str]) -> dict[str, xr.Variable]:
@@ -109,8 +153,7 @@ def from_radar(radar: Any) -> list[xr.Dataset]:
             _variables(radar, rays, ("elevation" if rhi else "azimuth", "range")), azimuth=azimuth,
             elevation=elevation, range=ranges, gate_spacing=gate_spacing, time=None, latitude=site[0],
             longitude=site[1], altitude=site[2], fixed_angle=float(angle), sweep_number=number, rhi=rhi)
-        times = _times(radar, rays)
-        datasets.append(ds if times is None else ds.assign_coords(time=ds.time.copy(data=times)))
+        datasets.append(ds.assign_coords(time=ds.time.copy(data=_times(radar, rays))))
     return datasets
 
 
