@@ -9,8 +9,8 @@ import numpy as np
 from numpy.typing import ArrayLike, NDArray
 
 from . import _core
-from ._arrays import as_field, as_field_like, gate_spacing
-from ._scans import as_classes_like, per_gate, per_ray, per_scan, whole
+from ._arrays import as_field, as_field_like, gate_spacing, number, window_pair
+from ._scans import as_classes_like, per_gate, per_ray, per_scan
 
 
 class AttenuationAlgorithm(IntEnum):
@@ -124,13 +124,13 @@ def attenuation(dbzh: ArrayLike, *, phidp: ArrayLike, rhohv: ArrayLike | None = 
     (True, 3.9)
     """
     field = as_field("dbzh", dbzh, np.float32)
-    gates, rays = (whole("phase_window", size) for size in phase_window)
+    gates, rays = window_pair("phase_window", phase_window)
     return AttenuationResult(*_core.attenuation(
         field, as_field_like("phidp", phidp, field, "dbzh"), as_field_like("rhohv", rhohv, field, "dbzh"),
         as_classes_like(classes, field, "dbzh"),
         per_gate("freezing_level", freezing_level, field.shape, np.float32),
         np.deg2rad(per_scan("elevation", elevation, field.shape)), gate_spacing(range, field.shape[-1]),
-        _algorithm(algorithm), float(min_phase_rise), gates, rays, bool(fill_gaps)))
+        _algorithm(algorithm), number("min_phase_rise", min_phase_rise), gates, rays, bool(fill_gaps)))
 
 
 _METHODS = {"profile": 0, "final_value": 1, "forward": 2, "phase_slope": 3}

@@ -8,8 +8,8 @@ import numpy as np
 from numpy.typing import ArrayLike, NDArray
 
 from . import _core
-from ._arrays import as_field, as_field_like
-from ._scans import as_classes_like, of_scans, whole
+from ._arrays import as_field, as_field_like, whole
+from ._scans import as_classes_like, of_scans
 
 
 def system_phase(phidp: ArrayLike, *, rhohv: ArrayLike | None = None,

@@ -9,7 +9,7 @@ import numpy as np
 from numpy.typing import ArrayLike, NDArray
 
 from . import _core
-from ._arrays import as_field, as_field_like, as_numbers, finite, gate_spacing, only_given
+from ._arrays import as_field, as_field_like, as_numbers, finite, gate_spacing, number, only_given
 from ._scans import per_gate, per_scan
 
 
@@ -82,7 +82,10 @@ def rain_rate(dbzh: ArrayLike | None = None, *, zdr: ArrayLike | None = None,
         if (name in given) != (name in row.needs):
             verb = "does not use" if name in given else "needs"
             raise ValueError(f"the relation {relation!r} {verb} {name}")
-    own = [finite("coefficients", value) for value in (() if coefficients is None else coefficients)]
+    listed = as_numbers("coefficients", () if coefficients is None else coefficients)
+    if listed.ndim != 1:
+        raise ValueError(f"coefficients must be a list of numbers, not {coefficients!r}")
+    own = [finite("coefficients", value) for value in listed]
     if len(own) > row.coefficients:
         raise ValueError(f"the relation {relation!r} has {row.coefficients} coefficients, not {len(own)}")
     first = row.needs[0]
@@ -159,7 +162,7 @@ def z_to_rain(dbzh: ArrayLike, *, a: float = 200.0, b: float = 1.6,
     array([0., 1.], dtype=float32)
     """
     return _core.z_to_rain(as_numbers("dbzh", dbzh, np.float32), finite("a", a), finite("b", b),
-                           float(threshold))[()]
+                           number("threshold", threshold))[()]
 
 
 def rain_to_z(rain: ArrayLike, *, a: float = 200.0, b: float = 1.6,
@@ -187,4 +190,4 @@ def rain_to_z(rain: ArrayLike, *, a: float = 200.0, b: float = 1.6,
     array([-32.    ,  23.0103], dtype=float32)
     """
     return _core.rain_to_z(as_numbers("rain", rain, np.float32), finite("a", a), finite("b", b),
-                           float(no_rain))[()]
+                           number("no_rain", no_rain))[()]

@@ -8,7 +8,7 @@ import numpy as np
 from numpy.typing import ArrayLike, NDArray
 
 from . import _core
-from ._arrays import as_field, as_field_like, as_numbers, finite, gate_spacing
+from ._arrays import as_field, as_field_like, as_numbers, finite, gate_spacing, number
 from ._scans import of_scans
 
 
@@ -156,7 +156,7 @@ def contingency(first: ArrayLike, second: ArrayLike, *, threshold: float) -> Con
     b = as_field_like("second", second, a, "first")
     if a.size > np.iinfo(np.int32).max:
         raise ValueError(f"first has more values than the library counts: {a.size}")
-    *counts, false_share, detection = _core.contingency(a, b, float(threshold))
+    *counts, false_share, detection = _core.contingency(a, b, number("threshold", threshold))
     return Contingency(*counts, *(np.nan if score < 0 else score for score in (false_share, detection)))
 
 

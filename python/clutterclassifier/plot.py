@@ -197,7 +197,8 @@ def _titles(ds: xr.Dataset, rhi: bool) -> tuple[str, str]:
         words.append(f"{'azimuth' if rhi else 'elevation'} {float(ds['sweep_fixed_angle']):.1f}°")
     times = np.asarray(ds["time"].values if "time" in ds else ())
     if times.dtype.kind == "M" and not np.isnat(times).all():
-        words.append(str(np.fmin.reduce(times, axis=None).astype("datetime64[s]")).replace("T", " ") + " UTC")
+        first = np.fmin.reduce(times, axis=None).astype("datetime64[s]")
+        words.append(str(first).replace("T", " ") + " UTC")
     return heading, "    ".join(words)
 
 

@@ -12,7 +12,7 @@ never modified::
 from __future__ import annotations
 
 import re
-from collections.abc import Hashable
+from collections.abc import Hashable, Mapping
 from typing import Any, Union
 
 import numpy as np
@@ -161,6 +161,8 @@ def _by_raw_name(ds: xr.Dataset, fields: FieldMap) -> FieldMap:
     """A map of fields by the radar's own names."""
     new: dict[Hashable, Hashable] = {variable.attrs["raw_name"]: name for name, variable in
                                      ds.data_vars.items() if "raw_name" in variable.attrs}
+    if fields is not None and not isinstance(fields, Mapping):
+        raise TypeError(f"fields must be a dict such as {{'dbzh': 'my_name'}}, not {fields!r}")
     return {key: None if name is None else new.get(name, name) for key, name in (fields or {}).items()}
 
 

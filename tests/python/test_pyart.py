@@ -87,6 +87,8 @@ def test_fields_by_the_names_of_the_radar(radar: SimpleNamespace) -> None:
         pyart.classify_radar(radar, **KEYWORDS)
     field = pyart.classify_radar(radar, fields={"dbzh": "mine", "vrad": None}, **KEYWORDS)
     np.testing.assert_array_equal(field["data"][24:], expected(1, 255 & ~64 & ~16))
+    with pytest.raises(TypeError, match="fields must be a dict"):
+        pyart.classify_radar(radar, fields=["mine"], **KEYWORDS)
     radar.fields["reflectivity"] = radar.fields["velocity"]
     field = pyart.classify_radar(radar, fields={"dbzh": "mine"}, **KEYWORDS)
     np.testing.assert_array_equal(field["data"][:24], expected(0))
