@@ -31,8 +31,25 @@ _NEEDS = {
 
 
 def membership_directory(membership: str | os.PathLike[str] | None = None) -> str:
-    """The directory of membership functions: the argument, the environment variable
-    ``CLUTTERCLASSIFIER_MEMBERSHIP``, or the functions that come with the package."""
+    """The directory of membership functions that `classify` uses.
+
+    Parameters
+    ----------
+    membership : path, optional
+        The directory itself.
+
+    Returns
+    -------
+    str
+        The argument, else the environment variable ``CLUTTERCLASSIFIER_MEMBERSHIP``, else the
+        functions that come with the package. Whether it exists is not looked at.
+
+    Examples
+    --------
+    >>> import clutterclassifier as cc
+    >>> cc.membership_directory("my/functions")
+    'my/functions'
+    """
     return os.fspath(membership or os.environ.get("CLUTTERCLASSIFIER_MEMBERSHIP") or _PACKAGED)
 
 
@@ -102,10 +119,10 @@ def classify(dbzh: ArrayLike, *, zdr: ArrayLike | None = None, phidp: ArrayLike 
              all_classes: bool = False, missing: str = "keep") -> NDArray[np.uint8]:
     """Tell precipitation from ground clutter and noise, gate by gate.
 
-    Fuzzy logic over textures and raw quantities. A gate whose signal-to-noise ratio
-    ``dbzh - 20 log10(range in km) + radar_constant`` is below `min_snr` is noise; every other one is
-    precipitation or ground clutter, whichever its inputs speak for (precipitation where they do not
-    decide).
+    Fuzzy logic over textures and raw quantities (Gourley, Tabary and Parent du Chatelet 2007). A gate
+    whose signal-to-noise ratio ``dbzh - 20 log10(range in km) + radar_constant`` is below `min_snr` is
+    noise; every other one is precipitation or ground clutter, whichever its inputs speak for
+    (precipitation where they do not decide).
 
     Parameters
     ----------

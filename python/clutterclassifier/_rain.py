@@ -43,6 +43,9 @@ def rain_rate(dbzh: ArrayLike | None = None, *, zdr: ArrayLike | None = None,
     ``z_zdr_polynomial``  10^(0.1 (dbzh - (c0 + c1 zdr + c2 zdr^2 + c3 zdr^3)))      dbzh and zdr
     ====================  =========================================================  ============
 
+    Forms of the relations with `zdr` and `kdp`: Bringi and Chandrasekar (2001); their coefficients, and
+    the polynomial, are empirical ones of the library.
+
     Parameters
     ----------
     dbzh : array_like
@@ -100,7 +103,7 @@ def hybrid_rain_rate(dbzh: ArrayLike, zdr: ArrayLike, *, range: ArrayLike, eleva
     """Rain rate of scans from reflectivity, and from differential reflectivity where it helps.
 
     Relation ``z_zdr`` of `rain_rate` where ``dbzh > 15``, ``0.3 < zdr < 5`` and the beam is not above
-    the freezing level less 500 m; ``z`` elsewhere.
+    the freezing level less 500 m; ``z`` elsewhere. The thresholds are empirical ones of the library.
 
     Parameters
     ----------
@@ -167,7 +170,7 @@ def z_to_rain(dbzh: ArrayLike, *, a: float = 200.0, b: float = 1.6,
 
 def rain_to_z(rain: ArrayLike, *, a: float = 200.0, b: float = 1.6,
               no_rain: float = -32.0) -> NDArray[np.float32]:
-    """Reflectivity, dBZ: ``10 log10(a rain^b)``, the inverse of `z_to_rain`.
+    """Reflectivity, dBZ: ``10 log10(a rain^b)``, Marshall and Palmer (1948); the inverse of `z_to_rain`.
 
     Parameters
     ----------

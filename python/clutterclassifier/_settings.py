@@ -70,6 +70,13 @@ def check_config(config: Config) -> list[str]:
         One sentence a problem: unknown keys, keys given twice or without a value, values that are no
         (whole) numbers or out of range, a directory without its last ``/``. Empty when all is well.
 
+    Raises
+    ------
+    OSError
+        The file cannot be read.
+    TypeError, ValueError
+        `config` is neither, or a value is no single word or number; the message names its key.
+
     Examples
     --------
     >>> import clutterclassifier as cc
@@ -92,6 +99,11 @@ def example_config(membership: str | os.PathLike[str] = "") -> str:
     membership : path, optional
         Directory of membership functions to name in it; none by default.
 
+    Returns
+    -------
+    str
+        Text of a file: one line ``KEY value`` a setting.
+
     Examples
     --------
     >>> import clutterclassifier as cc
@@ -103,7 +115,19 @@ def example_config(membership: str | os.PathLike[str] = "") -> str:
 
 
 def config_table() -> str:
-    """What the keys of the settings mean, as a table in text."""
+    """What the keys of the settings mean.
+
+    Returns
+    -------
+    str
+        A table in text: a line for each key, which it begins with.
+
+    Examples
+    --------
+    >>> import clutterclassifier as cc
+    >>> any(line.startswith("ATTENUATION_ALG") for line in cc.config_table().splitlines())
+    True
+    """
     return _core.configuration_table()
 
 

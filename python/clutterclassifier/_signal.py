@@ -15,7 +15,8 @@ from ._scans import of_scans
 def signal_to_noise(dbzh: ArrayLike, *, range: ArrayLike, radar_constant: float) -> NDArray[np.float32]:
     """Signal-to-noise ratio, dB: ``dbzh - 20 log10(range in km) + radar_constant``.
 
-    The quantity that `classify` compares with `min_snr`, in single precision.
+    The radar equation of a noise that does not depend on range. The quantity that `classify` compares
+    with `min_snr`, in single precision.
 
     Parameters
     ----------
@@ -71,7 +72,7 @@ def estimate_radar_constant(dbzh: ArrayLike, *, rhohv: ArrayLike | None = None,
 
     Receiver noise lies on ``N + 20 log10(range in km)`` in reflectivity. A scan that still holds its
     noise gates shows `N` as the peak of ``dbzh - 20 log10(range in km)`` at the same place in all rings
-    that weather does not fill.
+    that weather does not fill. An empirical method of the library.
 
     Parameters
     ----------

@@ -18,7 +18,8 @@ def texture(field: ArrayLike, *, mask: ArrayLike | None = None, gates: int = 5, 
     """Texture: the standard deviation in a window around each gate.
 
     ``sqrt(sum((x - mean)^2) / n)`` over the `n` gates of the window that take part, in single
-    precision: the quantity that the fuzzy classification works with.
+    precision: the quantity that the fuzzy classification works with (Gourley, Tabary and Parent du
+    Chatelet 2007 classify by textures).
 
     Parameters
     ----------
@@ -168,7 +169,7 @@ def despeckle(classes: ArrayLike, *, window: tuple[int, int] | None = None, at_m
     """Turn isolated precipitation gates into ground clutter.
 
     Without a `window`, in the two passes of the processing chain: first gates that are alone in 5 x 5
-    gates, then those with at most one other one in 10 x 10.
+    gates, then those with at most one other one in 10 x 10; an empirical rule of the library.
 
     Parameters
     ----------

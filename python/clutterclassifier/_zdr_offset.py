@@ -40,6 +40,7 @@ def vertical_statistics(dbzh: ArrayLike, *, zdr: ArrayLike, rhohv: ArrayLike,
     """Means of a vertical scan of light rain, where the differential reflectivity should be 0 dB.
 
     Over the gates between two ranges with a correlation and a reflectivity of at least the given ones.
+    Seen from below, raindrops are round (Bringi and Chandrasekar 2001).
 
     Parameters
     ----------

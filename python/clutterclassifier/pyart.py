@@ -137,7 +137,24 @@ def from_radar(radar: Any) -> list[xr.Dataset]:
     -------
     list of xarray.Dataset
         Fields have CfRadial names where theirs are known, and the old ones in ``raw_name``. Masked
-        gates are NaN.
+        gates are NaN. Times that cannot be told are NaT.
+
+    Examples
+    --------
+    With a stand-in for a radar object:
+
+    >>> import clutterclassifier as cc
+    >>> import numpy as np
+    >>> from types import SimpleNamespace
+    >>> scan = cc.synthetic_arrays(5, nrays=90, ngates=200)
+    >>> radar = SimpleNamespace(
+    ...     fields={"reflectivity": {"data": scan["dbzh"]}, "velocity": {"data": scan["vrad"]}},
+    ...     range={"data": scan["range"]}, azimuth={"data": scan["azimuth"]},
+    ...     elevation={"data": np.full(90, 0.5)}, sweep_start_ray_index={"data": [0]},
+    ...     sweep_end_ray_index={"data": [89]})
+    >>> [sweep] = cc.pyart.from_radar(radar)
+    >>> sorted(sweep.data_vars)[:1], sweep.VRADH.attrs["raw_name"]
+    (['DBZH'], 'velocity')
     """
     ranges = np.ma.asarray(radar.range["data"], np.float64).filled(np.nan)
     gate_spacing = float(ranges[1] - ranges[0]) if ranges.size > 1 else float(ranges[0])
@@ -184,6 +201,28 @@ def classify_radar(radar: Any, *, fields: FieldMap = None, **keywords: Any) -> d
         ``data`` (masked array of uint8, rays x gates; masked where the reflectivity is), ``units``,
         ``long_name``, ``flag_values``, ``flag_meanings``, ``_FillValue``, ``history`` (of the first
         sweep).
+
+    Raises
+    ------
+    TypeError, ValueError
+        A wrong argument, or no reflectivity; the message names it.
+
+    Examples
+    --------
+    With a stand-in for a radar object:
+
+    >>> import clutterclassifier as cc
+    >>> import numpy as np
+    >>> from types import SimpleNamespace
+    >>> scan = cc.synthetic_arrays(5, nrays=90, ngates=200)
+    >>> radar = SimpleNamespace(
+    ...     fields={"reflectivity": {"data": scan["dbzh"]}, "velocity": {"data": scan["vrad"]}},
+    ...     range={"data": scan["range"]}, azimuth={"data": scan["azimuth"]},
+    ...     elevation={"data": np.full(90, 0.5)}, sweep_start_ray_index={"data": [0]},
+    ...     sweep_end_ray_index={"data": [89]})
+    >>> field = cc.pyart.classify_radar(radar, radar_constant=scan["radar_constant"], min_snr=10)
+    >>> field["data"].shape, field["flag_meanings"]
+    ((90, 200), 'precipitation noise ground_clutter')
     """
     keywords.pop("name", None)
     rays = len(np.ma.asarray(radar.azimuth["data"]))
@@ -215,6 +254,28 @@ def gate_excluded(radar: Any, drop: Union[str, tuple[str, ...]] = ("clutter", "n
     Returns
     -------
     numpy.ndarray of bool, shape (rays, gates)
+
+    Raises
+    ------
+    TypeError, ValueError
+        A class that there is not; else as for `classify_radar`.
+
+    Examples
+    --------
+    With a stand-in for a radar object:
+
+    >>> import clutterclassifier as cc
+    >>> import numpy as np
+    >>> from types import SimpleNamespace
+    >>> scan = cc.synthetic_arrays(5, nrays=90, ngates=200)
+    >>> radar = SimpleNamespace(
+    ...     fields={"reflectivity": {"data": scan["dbzh"]}, "velocity": {"data": scan["vrad"]}},
+    ...     range={"data": scan["range"]}, azimuth={"data": scan["azimuth"]},
+    ...     elevation={"data": np.full(90, 0.5)}, sweep_start_ray_index={"data": [0]},
+    ...     sweep_end_ray_index={"data": [89]})
+    >>> out = cc.pyart.gate_excluded(radar, radar_constant=scan["radar_constant"], min_snr=10)
+    >>> bool(out[scan["truth"] == cc.NOISE].mean() > 0.95)
+    True
     """
     out = [int(echo) for echo in parse_classes("drop", drop)]
     keywords.pop("codes", None)
