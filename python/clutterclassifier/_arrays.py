@@ -2,6 +2,7 @@
 
 from __future__ import annotations
 
+from numbers import Real
 from typing import Any, overload
 
 import numpy as np
@@ -9,6 +10,12 @@ from numpy.typing import ArrayLike, DTypeLike, NDArray
 
 #: A reflectivity (dBZ) so weak that it is noise at any range.
 NO_ECHO = -999.0
+
+#: The largest number that the library counts to.
+MOST = int(np.iinfo(np.int32).max)
+
+#: Part of a spacing that may be noise of its computation from ranges.
+_ROUNDING = 1e-6
 
 
 def as_numbers(name: str, value: ArrayLike, dtype: DTypeLike = np.float64,
@@ -19,7 +26,10 @@ def as_numbers(name: str, value: ArrayLike, dtype: DTypeLike = np.float64,
     """
     if type(value) is np.ndarray and value.dtype == dtype and value.flags.c_contiguous:
         return value
-    data = np.ma.getdata(value)
+    try:
+        data = np.ma.getdata(value) if isinstance(value, np.ma.MaskedArray) else np.asarray(value)
+    except ValueError as error:  # lists of different lengths
+        raise ValueError(f"{name} is no array: {error}") from None
     if data.dtype.kind not in "fiub":
         raise TypeError(f"{name} must hold real numbers, not {data.dtype}")
     mask = np.ma.getmask(value)
@@ -38,7 +48,7 @@ def as_field(name: str, value: ArrayLike, dtype: DTypeLike = np.float64,
         raise ValueError(f"{name} must have the dimensions (azimuth, range), not the shape {field.shape}")
     if field.size == 0:
         raise ValueError(f"{name} is empty: its shape is {field.shape}")
-    if field.shape[-1] * field.shape[-2] > np.iinfo(np.int32).max:
+    if field.shape[-1] * field.shape[-2] > MOST:
         raise ValueError(f"{name} has more gates than the library counts: its shape is {field.shape}")
     return field
 
@@ -73,15 +83,72 @@ def gate_spacing(range: ArrayLike, ngates: int) -> float:
     elif ranges.shape != (ngates,):
         raise ValueError(f"range has the shape {ranges.shape}, but there are {ngates} gates")
     else:
-        spacing = float(ranges[1] - ranges[0]) if ngates > 1 else float(ranges[0])
-    if not 1 <= spacing < np.iinfo(np.int32).max:
+        spacing = _without_noise(float(ranges[1] - ranges[0]) if ngates > 1 else float(ranges[0]))
+    if not 1 <= spacing < MOST:
         raise ValueError(f"range must rise by at least 1 m a gate, not by {spacing:g} m")
     return spacing
 
 
-def finite(name: str, value: float) -> float:
+def _without_noise(spacing: float) -> float:
+    """The spacing in whole metres where only rounding keeps it from that: the library drops fractions."""
+    metres = np.round(spacing)
+    return float(metres) if abs(spacing - metres) <= _ROUNDING * abs(metres) else spacing
+
+
+def number(name: str, value: Any) -> float:
+    """A single number, which may be infinite."""
+    if isinstance(value, Real):
+        single = float(value)
+    else:
+        try:
+            values = as_numbers(name, value)
+        except TypeError:
+            raise TypeError(f"{name} must be a number, not {value!r}") from None
+        if values.size != 1:
+            raise ValueError(f"{name} must be a single number, not an array of the shape {values.shape}")
+        single = float(values.reshape(()))
+    if np.isnan(single):
+        raise ValueError(f"{name} must be a number, not {single}")
+    return single
+
+
+def finite(name: str, value: Any) -> float:
     """A single finite number."""
-    number = float(value)
-    if not np.isfinite(number):
-        raise ValueError(f"{name} must be a finite number, not {number}")
-    return number
+    try:
+        single = number(name, value)
+    except ValueError as error:
+        raise ValueError(str(error).replace("must be a number", "must be a finite number")) from None
+    if np.isinf(single):
+        raise ValueError(f"{name} must be a finite number, not {single}")
+    return single
+
+
+def whole(name: str, value: Any, least: int = 1, most: int = MOST) -> int:
+    """A whole number within bounds; by default what the library can count."""
+    single = value if isinstance(value, (int, np.integer)) else number(name, value)
+    if least <= single <= most and single == int(single):
+        return int(single)
+    bounds = f"of at least {least}" if most == MOST and single <= most else f"within {least} and {most}"
+    raise ValueError(f"{name} must be a whole number {bounds}, not {value}")
+
+
+def window_sizes(gates: Any, rays: Any, *, name: str | None = None, least: int = 1,
+                 odd: bool = False) -> tuple[int, int]:
+    """Gates and rays of a window that the library can count; the `name` is that of a pair of them."""
+    sizes = whole(name or "gates", gates, least), whole(name or "rays", rays, least)
+    if sizes[0] * sizes[1] > MOST:
+        raise ValueError(f"{name or 'gates and rays'}: the window has too many gates: {gates} x {rays}")
+    if odd and (sizes[0] % 2 == 0 or sizes[1] % 2 == 0 or sizes == (1, 1)):
+        raise ValueError(f"{name or 'gates and rays'} must be two odd sizes and more than one gate, "
+                         f"not {gates} and {rays}")
+    return sizes
+
+
+def window_pair(name: str, window: Any, *, least: int = 1, odd: bool = False) -> tuple[int, int]:
+    """Gates and rays of a window that is given as a pair."""
+    if isinstance(window, str) or not np.iterable(window):
+        raise TypeError(f"{name} must be a pair, gates and rays, not {window!r}")
+    sizes = tuple(window)
+    if len(sizes) != 2:
+        raise ValueError(f"{name} must be a pair, gates and rays, not {window!r}")
+    return window_sizes(*sizes, name=name, least=least, odd=odd)

@@ -9,8 +9,8 @@ import numpy as np
 from numpy.typing import ArrayLike, NDArray
 
 from . import _core
-from ._arrays import as_field, as_field_like, gate_spacing
-from ._scans import as_classes_like, per_gate, per_ray, per_scan, whole
+from ._arrays import as_field, as_field_like, gate_spacing, number, window_pair
+from ._scans import as_classes_like, per_gate, per_ray, per_scan
 
 
 class AttenuationAlgorithm(IntEnum):
@@ -71,8 +71,9 @@ def attenuation(dbzh: ArrayLike, *, phidp: ArrayLike, rhohv: ArrayLike | None = 
     The phase loses its offset (`system_phase` of 10 precipitation gates) and is smoothed. Then each
     ray's gates before the melting layer - the first gate whose beam is at least as high as the freezing
     level less 500 m; all but the last one where there is none - are corrected: of 1,000 coefficients
-    drawn at random the algorithm takes those whose attenuation rebuilds the measured phase best. Gates
-    from the melting layer on are raised by the ray's whole attenuation.
+    drawn at random the algorithm takes those whose attenuation rebuilds the measured phase best (Bringi,
+    Keenan and Chandrasekar 2001). Gates from the melting layer on are raised by the ray's whole
+    attenuation.
 
     The random numbers are those of the C library, seeded by the clock: two calls may differ a little,
     but for the nominal algorithms and ``PHASE_SLOPE``.
@@ -124,13 +125,13 @@ def attenuation(dbzh: ArrayLike, *, phidp: ArrayLike, rhohv: ArrayLike | None = 
     (True, 3.9)
     """
     field = as_field("dbzh", dbzh, np.float32)
-    gates, rays = (whole("phase_window", size) for size in phase_window)
+    gates, rays = window_pair("phase_window", phase_window)
     return AttenuationResult(*_core.attenuation(
         field, as_field_like("phidp", phidp, field, "dbzh"), as_field_like("rhohv", rhohv, field, "dbzh"),
         as_classes_like(classes, field, "dbzh"),
         per_gate("freezing_level", freezing_level, field.shape, np.float32),
         np.deg2rad(per_scan("elevation", elevation, field.shape)), gate_spacing(range, field.shape[-1]),
-        _algorithm(algorithm), float(min_phase_rise), gates, rays, bool(fill_gaps)))
+        _algorithm(algorithm), number("min_phase_rise", min_phase_rise), gates, rays, bool(fill_gaps)))
 
 
 _METHODS = {"profile": 0, "final_value": 1, "forward": 2, "phase_slope": 3}
@@ -147,10 +148,12 @@ def specific_attenuation(dbzh: ArrayLike, *, classes: ArrayLike, range: ArrayLik
 
     * ``"profile"`` - ``z^b (F - 1) / (I(0) + (F - 1) I)``, ``F = 10^(0.1 b alpha phase_rise)`` (ZPHI;
       Testud et al. 2000)
-    * ``"final_value"`` - ``a z^b / (U^b + a I)``, ``U = 10^(-0.1 alpha phase_rise)``
+    * ``"final_value"`` - ``a z^b / (U^b + a I)``, ``U = 10^(-0.1 alpha phase_rise)`` (Meneghini,
+      Eckerman and Atlas 1983)
     * ``"forward"`` - ``a z^b / (1 - a I)`` (Hitschfeld and Bordan 1954), which grows without bound as
       a I reaches 1
     * ``"phase_slope"`` - alpha times half the slope of `phidp` over 7 precipitation gates, not below 0
+      (Bringi et al. 1990)
 
     Parameters
     ----------
@@ -219,7 +222,8 @@ def correct_zdr(zdr: ArrayLike, *, dbzh: ArrayLike, specific_attenuation: ArrayL
     In each ray the ratio of the attenuations is stepped by 0.001 from 0.01 until the mean of the last 20
     precipitation gates meets ``0.48 log10(mean z) - 0.774`` dB (0 where the mean z is at most 100) as
     nearly as it gets. Rays whose phase rises by no more than 20 degrees, with fewer than 20
-    precipitation gates or without such a ratio above 0 are left alone.
+    precipitation gates or without such a ratio above 0 are left alone. The relation of the far end is
+    an empirical one of the library, as are the thresholds.
 
     Parameters
     ----------
@@ -289,7 +293,7 @@ def hot_spots(phidp: ArrayLike, *, dbzh: ArrayLike, rhohv: ArrayLike, classes: A
     """Stretches of heavy precipitation, which attenuate more than their surroundings.
 
     Precipitation gates in a row of at least 45 dBZ and a correlation of at least 0.7, longer than 2 km,
-    over which the phase rises by more than 20 degrees.
+    over which the phase rises by more than 20 degrees. The thresholds are empirical ones of the library.
 
     Parameters
     ----------

@@ -30,7 +30,7 @@ def beam_height(range: ArrayLike, elevation: ArrayLike) -> Numbers:
     """Height of a straight beam above the antenna, m.
 
     ``sqrt(r^2 + R^2 + 2 r R sin(elevation)) - R`` with the Earth's radius R = 6378 km, without
-    refraction.
+    refraction: the law of cosines.
 
     Parameters
     ----------
@@ -221,7 +221,8 @@ def correct_profile(dbzh: ArrayLike, *, profiles: str | os.PathLike[str], range:
     """Replace reflectivity near the melting layer by what the profile that fits it best has at the ground.
 
     Applies to gates of more than 0 dBZ whose beam is less than 1,000 m from the freezing level and whose
-    best profile, seen through the beam (see `beam_pattern`), is less than 1 dB away.
+    best profile, seen through the beam (see `beam_pattern`), is less than 1 dB away. An empirical method
+    of the library.
 
     Parameters
     ----------

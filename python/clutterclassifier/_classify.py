@@ -12,7 +12,9 @@ import numpy as np
 from numpy.typing import ArrayLike, NDArray
 
 from . import _core
-from ._arrays import NO_ECHO, as_field, as_field_like, finite, gate_spacing, only_given
+from ._arrays import (NO_ECHO, as_field, as_field_like, finite, gate_spacing, number, only_given, whole,
+                      window_pair)
+from ._scans import per_ray
 from .echo import Inputs
 
 InputSelection = Union[Inputs, int, str, Iterable[Union[Inputs, int, str]], None]
@@ -29,8 +31,25 @@ _NEEDS = {
 
 
 def membership_directory(membership: str | os.PathLike[str] | None = None) -> str:
-    """The directory of membership functions: the argument, the environment variable
-    ``CLUTTERCLASSIFIER_MEMBERSHIP``, or the functions that come with the package."""
+    """The directory of membership functions that `classify` uses.
+
+    Parameters
+    ----------
+    membership : path, optional
+        The directory itself.
+
+    Returns
+    -------
+    str
+        The argument, else the environment variable ``CLUTTERCLASSIFIER_MEMBERSHIP``, else the
+        functions that come with the package. Whether it exists is not looked at.
+
+    Examples
+    --------
+    >>> import clutterclassifier as cc
+    >>> cc.membership_directory("my/functions")
+    'my/functions'
+    """
     return os.fspath(membership or os.environ.get("CLUTTERCLASSIFIER_MEMBERSHIP") or _PACKAGED)
 
 
@@ -78,10 +97,8 @@ def parse_inputs(inputs: InputSelection, available: Iterable[str]) -> Inputs:
             if name not in Inputs.__members__:
                 raise ValueError(f"no such input: {item!r} ({', '.join(Inputs.__members__)})")
             wanted |= Inputs[name]
-        elif 0 <= int(item) <= Inputs.ALL:
-            wanted |= Inputs(int(item))
         else:
-            raise ValueError(f"inputs must be within 0 and {int(Inputs.ALL)}, not {item}")
+            wanted |= Inputs(whole("inputs", item, 0, int(Inputs.ALL)))
     missing = wanted & ~possible
     if missing:
         names = sorted({_NEEDS[bit] for bit in _NEEDS if bit & missing})
@@ -95,17 +112,17 @@ def classify(dbzh: ArrayLike, *, zdr: ArrayLike | None = None, phidp: ArrayLike 
              rhohv: ArrayLike | None = None, vrad: ArrayLike | None = None,
              wrad: ArrayLike | None = None, ldr: ArrayLike | None = None,
              clutter_likelihood: ArrayLike | None = None, range: ArrayLike,
-             azimuth: ArrayLike | None = None, elevation: float = 0.0, radar_constant: float,
+             azimuth: ArrayLike | None = None, elevation: ArrayLike = 0.0, radar_constant: float,
              min_snr: float = 26.0, inputs: InputSelection = None,
              membership: str | os.PathLike[str] | None = None,
              texture_window: tuple[int, int] = (5, 3), remove_isolated: bool = False,
              all_classes: bool = False, missing: str = "keep") -> NDArray[np.uint8]:
     """Tell precipitation from ground clutter and noise, gate by gate.
 
-    Fuzzy logic over textures and raw quantities. A gate whose signal-to-noise ratio
-    ``dbzh - 20 log10(range in km) + radar_constant`` is below `min_snr` is noise; every other one is
-    precipitation or ground clutter, whichever its inputs speak for (precipitation where they do not
-    decide).
+    Fuzzy logic over textures and raw quantities (Gourley, Tabary and Parent du Chatelet 2007). A gate
+    whose signal-to-noise ratio ``dbzh - 20 log10(range in km) + radar_constant`` is below `min_snr` is
+    noise; every other one is precipitation or ground clutter, whichever its inputs speak for
+    (precipitation where they do not decide).
 
     Parameters
     ----------
@@ -118,7 +135,7 @@ def classify(dbzh: ArrayLike, *, zdr: ArrayLike | None = None, phidp: ArrayLike 
     range : array_like, shape (range,), or float
         Ranges of the gates, or their spacing, m. Only the spacing counts, in whole metres: gate 0 is
         taken one spacing out.
-    azimuth, elevation : array_like and float, optional
+    azimuth, elevation : array_like, shape (azimuth,), or float, optional
         Angles of the rays, degrees. They are checked, but do not change the classes.
     radar_constant : float
         Calibration constant of the signal-to-noise ratio, dB (`estimate_radar_constant` finds one).
@@ -168,8 +185,9 @@ def classify(dbzh: ArrayLike, *, zdr: ArrayLike | None = None, phidp: ArrayLike 
     given = only_given(zdr=zdr, phidp=phidp, rhohv=rhohv, vrad=vrad, wrad=wrad, ldr=ldr,
                        clutter_likelihood=clutter_likelihood)
     mask = parse_inputs(inputs, ["dbzh", *given])
+    window = window_pair("texture_window", texture_window, odd=True)
     single = getattr(dbzh, "dtype", None) == np.float32
-    plain = (not single and not mask & Inputs.WRAD and tuple(texture_window) == (5, 3) and not remove_isolated
+    plain = (not single and not mask & Inputs.WRAD and window == (5, 3) and not remove_isolated
              and not all_classes)
     fields = {"dbzh": as_field("dbzh", dbzh, np.float64 if plain else np.float32, NO_ECHO)}
     for name, value in given.items():
@@ -178,19 +196,20 @@ def classify(dbzh: ArrayLike, *, zdr: ArrayLike | None = None, phidp: ArrayLike 
         fields["dbzh"] = np.where(np.isnan(fields["dbzh"]), fields["dbzh"].dtype.type(NO_ECHO),
                                   fields["dbzh"])
     shape = fields["dbzh"].shape
-    if azimuth is not None and np.shape(azimuth)[-1:] != shape[-2:-1]:
-        raise ValueError(f"azimuth has the shape {np.shape(azimuth)}, but there are {shape[-2]} rays")
-    finite("elevation", elevation)
+    if azimuth is not None:
+        per_ray("azimuth", azimuth, shape)
+    if not np.isfinite(per_ray("elevation", elevation, shape)).all():
+        raise ValueError("elevation must hold finite numbers")
     settings: dict[str, Any] = {
         "spacing": gate_spacing(range, shape[-1]),
         "radar_constant": finite("radar_constant", radar_constant),
-        "min_snr": float(min_snr),
+        "min_snr": number("min_snr", min_snr),
         "inputs": int(mask),
     }
     directory = _ready_directory(membership, int(mask), all_classes)
     run: Callable[..., None] = _core.classify
     if not plain:
-        settings |= _stage_settings(texture_window, remove_isolated, all_classes)
+        settings |= _stage_settings(window, remove_isolated, all_classes)
         run = _core.classify_stage
     out = np.empty(shape, np.uint8)
     for at in [*np.ndindex(shape[:-2])] if len(shape) > 2 else [()]:
@@ -207,8 +226,6 @@ _ORDER = {
 
 
 def _stage_settings(window: tuple[int, int], remove_isolated: bool, all_classes: bool) -> dict[str, int]:
-    gates, rays = (int(size) for size in window)
-    if gates < 1 or rays < 1 or gates % 2 == 0 or rays % 2 == 0 or gates * rays < 2:
-        raise ValueError(f"texture_window must be two odd sizes and more than one gate, not {tuple(window)}")
+    gates, rays = window_pair("texture_window", window, odd=True)
     return {"texture_gates": gates, "texture_rays": rays, "remove_isolated": bool(remove_isolated),
             "all_classes": bool(all_classes)}

@@ -8,8 +8,8 @@ import numpy as np
 from numpy.typing import ArrayLike, NDArray
 
 from . import _core
-from ._arrays import as_field, as_field_like
-from ._scans import as_classes_like, of_scans, whole
+from ._arrays import as_field, as_field_like, whole
+from ._scans import as_classes_like, of_scans
 
 
 def system_phase(phidp: ArrayLike, *, rhohv: ArrayLike | None = None,
@@ -18,6 +18,7 @@ def system_phase(phidp: ArrayLike, *, rhohv: ArrayLike | None = None,
 
     In each ray the first `gates` gates in a row that are good are averaged: precipitation where
     `classes` are given, else gates with a correlation above 0.9. The result is the mean over all rays.
+    An empirical rule of the library.
 
     Parameters
     ----------
@@ -67,7 +68,8 @@ def unfold_phase(phidp: ArrayLike, classes: ArrayLike) -> NDArray[np.float32]:
     mean of the 20 gates from it on differs by more than 250 degrees from that of the 21 gates up to it.
     From there on 360 degrees are added to precipitation gates. As the means notice a jump before the
     gate in the middle has jumped, the last six gates or so in front of it get the 360 degrees, too. Only
-    differences count, so that the phase may be recorded within 0..360 or -180..180 degrees.
+    differences count, so that the phase may be recorded within 0..360 or -180..180 degrees. An empirical
+    rule of the library.
 
     Parameters
     ----------

@@ -11,8 +11,9 @@ import numpy as np
 from numpy.typing import ArrayLike, NDArray
 
 from . import _core
-from ._arrays import as_field, as_field_like, as_numbers, finite, gate_spacing, only_given
+from ._arrays import as_field, as_field_like, finite, gate_spacing, number, only_given, whole
 from ._classify import InputSelection, _ready_directory, parse_inputs
+from ._scans import per_ray
 from ._settings import Config, Settings, read_settings, settings_file
 from .echo import MISSING, Inputs
 
@@ -82,9 +83,7 @@ def parse_stages(what: Stage | int | None, settings: Settings) -> Stage:
     """The stages asked for: the argument, else those of the settings, else all."""
     if what is None:
         what = Stage.ALL if settings.what is None else settings.what
-    if not 0 <= int(what) <= Stage.ALL:
-        raise ValueError(f"what must be within 0 and {int(Stage.ALL)}, not {what}")
-    return Stage(int(what))
+    return Stage(whole("what", what, 0, int(Stage.ALL)))
 
 
 def standard_inputs(inputs: InputSelection, settings: Settings, available: set[str]) -> Inputs:
@@ -98,15 +97,6 @@ def standard_inputs(inputs: InputSelection, settings: Settings, available: set[s
     if not possible & settings.inputs:
         raise ValueError(f"CLUTTER_ALG {settings.inputs} selects none of the fields given")
     return possible & settings.inputs
-
-
-def _per_ray(name: str, value: ArrayLike, shape: tuple[int, ...]) -> NDArray[np.float64]:
-    """One angle a ray, of a number or of an array along the rays."""
-    angles = as_numbers(name, value)
-    try:
-        return np.broadcast_to(angles, shape[:-1])
-    except ValueError:
-        raise ValueError(f"{name} has the shape {angles.shape}, but the rays have {shape[:-1]}") from None
 
 
 def _class_field(classes: ArrayLike, reference: NDArray[Any]) -> NDArray[np.float32]:
@@ -213,15 +203,15 @@ def process(dbzh: ArrayLike, *, zdr: ArrayLike | None = None, phidp: ArrayLike |
         fields["CCl"] = _class_field(classes, fields["zhh"])
     shape = fields["zhh"].shape
     round_circle = np.arange(shape[-2]) * (360.0 / shape[-2])
-    azimuths = _per_ray("azimuth", round_circle if azimuth is None else azimuth, shape)
-    elevations = _per_ray("elevation", elevation, shape)
+    azimuths = per_ray("azimuth", round_circle if azimuth is None else azimuth, shape)
+    elevations = per_ray("elevation", elevation, shape)
     if min_snr is None and radar_constant is not None:
         min_snr = DEFAULT_MIN_SNR
     arguments = {
         "spacing": gate_spacing(range, shape[-1]),
         "rhi": bool(rhi),
         "radar_constant": None if radar_constant is None else finite("radar_constant", radar_constant),
-        "min_snr": None if min_snr is None else float(min_snr),
+        "min_snr": None if min_snr is None else number("min_snr", min_snr),
         "inputs": int(mask),
         "what": int(stages),
         "freezing_level": None if freezing_level is None else finite("freezing_level", freezing_level),

@@ -9,7 +9,7 @@ import numpy as np
 from numpy.typing import ArrayLike, NDArray
 
 from . import _core
-from ._arrays import as_field, as_field_like, as_numbers, finite, gate_spacing, only_given
+from ._arrays import as_field, as_field_like, as_numbers, finite, gate_spacing, number, only_given
 from ._scans import per_gate, per_scan
 
 
@@ -42,6 +42,9 @@ def rain_rate(dbzh: ArrayLike | None = None, *, zdr: ArrayLike | None = None,
     ``kdp``               c0 kdp^c1                                                  kdp
     ``z_zdr_polynomial``  10^(0.1 (dbzh - (c0 + c1 zdr + c2 zdr^2 + c3 zdr^3)))      dbzh and zdr
     ====================  =========================================================  ============
+
+    Forms of the relations with `zdr` and `kdp`: Bringi and Chandrasekar (2001); their coefficients, and
+    the polynomial, are empirical ones of the library.
 
     Parameters
     ----------
@@ -82,7 +85,10 @@ def rain_rate(dbzh: ArrayLike | None = None, *, zdr: ArrayLike | None = None,
         if (name in given) != (name in row.needs):
             verb = "does not use" if name in given else "needs"
             raise ValueError(f"the relation {relation!r} {verb} {name}")
-    own = [finite("coefficients", value) for value in (() if coefficients is None else coefficients)]
+    listed = as_numbers("coefficients", () if coefficients is None else coefficients)
+    if listed.ndim != 1:
+        raise ValueError(f"coefficients must be a list of numbers, not {coefficients!r}")
+    own = [finite("coefficients", value) for value in listed]
     if len(own) > row.coefficients:
         raise ValueError(f"the relation {relation!r} has {row.coefficients} coefficients, not {len(own)}")
     first = row.needs[0]
@@ -97,7 +103,7 @@ def hybrid_rain_rate(dbzh: ArrayLike, zdr: ArrayLike, *, range: ArrayLike, eleva
     """Rain rate of scans from reflectivity, and from differential reflectivity where it helps.
 
     Relation ``z_zdr`` of `rain_rate` where ``dbzh > 15``, ``0.3 < zdr < 5`` and the beam is not above
-    the freezing level less 500 m; ``z`` elsewhere.
+    the freezing level less 500 m; ``z`` elsewhere. The thresholds are empirical ones of the library.
 
     Parameters
     ----------
@@ -159,12 +165,12 @@ def z_to_rain(dbzh: ArrayLike, *, a: float = 200.0, b: float = 1.6,
     array([0., 1.], dtype=float32)
     """
     return _core.z_to_rain(as_numbers("dbzh", dbzh, np.float32), finite("a", a), finite("b", b),
-                           float(threshold))[()]
+                           number("threshold", threshold))[()]
 
 
 def rain_to_z(rain: ArrayLike, *, a: float = 200.0, b: float = 1.6,
               no_rain: float = -32.0) -> NDArray[np.float32]:
-    """Reflectivity, dBZ: ``10 log10(a rain^b)``, the inverse of `z_to_rain`.
+    """Reflectivity, dBZ: ``10 log10(a rain^b)``, Marshall and Palmer (1948); the inverse of `z_to_rain`.
 
     Parameters
     ----------
@@ -187,4 +193,4 @@ def rain_to_z(rain: ArrayLike, *, a: float = 200.0, b: float = 1.6,
     array([-32.    ,  23.0103], dtype=float32)
     """
     return _core.rain_to_z(as_numbers("rain", rain, np.float32), finite("a", a), finite("b", b),
-                           float(no_rain))[()]
+                           number("no_rain", no_rain))[()]

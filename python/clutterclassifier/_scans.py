@@ -13,14 +13,6 @@ from .echo import MISSING
 Shape = tuple[int, ...]
 
 
-def whole(name: str, value: int, least: int = 1) -> int:
-    """A whole number of at least `least` that the library can count."""
-    number = int(value)
-    if number != value or not least <= number <= np.iinfo(np.int32).max:
-        raise ValueError(f"{name} must be a whole number of at least {least}, not {value}")
-    return number
-
-
 def as_classes(value: ArrayLike, dtype: DTypeLike = np.float32) -> NDArray[Any]:
     """Classes of one scan or several; gates that are masked or no number are `MISSING`."""
     classes = as_field("classes", value, dtype, MISSING)

@@ -3,6 +3,7 @@
 from __future__ import annotations
 
 import contextlib
+import math
 import os
 import tempfile
 from collections.abc import Iterator, Mapping
@@ -10,6 +11,7 @@ from pathlib import Path
 from typing import Any, NamedTuple, Union
 
 from . import _core
+from ._arrays import finite
 
 Config = Union[str, os.PathLike, Mapping[str, Any], None]
 
@@ -25,13 +27,15 @@ class Settings(NamedTuple):
     membership: str | None = None
 
 
-def _word(value: Any) -> str:
+def _word(key: str, value: Any) -> str:
     """A value as the file has it. Whole numbers have no decimal point there."""
     if isinstance(value, os.PathLike):
         return os.path.join(os.fspath(value), "")
     if isinstance(value, str):
         return value
-    number = float(value)
+    if isinstance(value, float) and not math.isfinite(value):
+        return str(float(value))  # a problem that the check of the settings tells
+    number = finite(key, value)
     return str(int(number)) if number.is_integer() else repr(number)
 
 
@@ -39,11 +43,13 @@ def _text_of(config: Config) -> str:
     if config is None:
         return ""
     if isinstance(config, Mapping):
-        pairs = {str(key): _word(value) for key, value in config.items()}
+        pairs = {str(key): _word(str(key), value) for key, value in config.items()}
         for key, word in pairs.items():
             if not word or word.split() != [word]:
                 raise ValueError(f"{key}: {word!r} is no single word, which is all that settings hold")
         return "".join(f"{key} {word}\n" for key, word in pairs.items())
+    if not isinstance(config, (str, os.PathLike)):
+        raise TypeError(f"config must be a file of settings or a dict of them, not {config!r}")
     path = Path(config)
     if path.stat().st_size > _LARGEST_FILE:
         raise ValueError(f"{path} is too large for a file of settings")
@@ -63,6 +69,13 @@ def check_config(config: Config) -> list[str]:
     list of str
         One sentence a problem: unknown keys, keys given twice or without a value, values that are no
         (whole) numbers or out of range, a directory without its last ``/``. Empty when all is well.
+
+    Raises
+    ------
+    OSError
+        The file cannot be read.
+    TypeError, ValueError
+        `config` is neither, or a value is no single word or number; the message names its key.
 
     Examples
     --------
@@ -86,6 +99,11 @@ def example_config(membership: str | os.PathLike[str] = "") -> str:
     membership : path, optional
         Directory of membership functions to name in it; none by default.
 
+    Returns
+    -------
+    str
+        Text of a file: one line ``KEY value`` a setting.
+
     Examples
     --------
     >>> import clutterclassifier as cc
@@ -97,7 +115,19 @@ def example_config(membership: str | os.PathLike[str] = "") -> str:
 
 
 def config_table() -> str:
-    """What the keys of the settings mean, as a table in text."""
+    """What the keys of the settings mean.
+
+    Returns
+    -------
+    str
+        A table in text: a line for each key, which it begins with.
+
+    Examples
+    --------
+    >>> import clutterclassifier as cc
+    >>> any(line.startswith("ATTENUATION_ALG") for line in cc.config_table().splitlines())
+    True
+    """
     return _core.configuration_table()
 
 

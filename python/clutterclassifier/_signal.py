@@ -8,14 +8,15 @@ import numpy as np
 from numpy.typing import ArrayLike, NDArray
 
 from . import _core
-from ._arrays import as_field, as_field_like, as_numbers, finite, gate_spacing
+from ._arrays import as_field, as_field_like, as_numbers, finite, gate_spacing, number
 from ._scans import of_scans
 
 
 def signal_to_noise(dbzh: ArrayLike, *, range: ArrayLike, radar_constant: float) -> NDArray[np.float32]:
     """Signal-to-noise ratio, dB: ``dbzh - 20 log10(range in km) + radar_constant``.
 
-    The quantity that `classify` compares with `min_snr`, in single precision.
+    The radar equation of a noise that does not depend on range. The quantity that `classify` compares
+    with `min_snr`, in single precision.
 
     Parameters
     ----------
@@ -71,7 +72,7 @@ def estimate_radar_constant(dbzh: ArrayLike, *, rhohv: ArrayLike | None = None,
 
     Receiver noise lies on ``N + 20 log10(range in km)`` in reflectivity. A scan that still holds its
     noise gates shows `N` as the peak of ``dbzh - 20 log10(range in km)`` at the same place in all rings
-    that weather does not fill.
+    that weather does not fill. An empirical method of the library.
 
     Parameters
     ----------
@@ -156,7 +157,7 @@ def contingency(first: ArrayLike, second: ArrayLike, *, threshold: float) -> Con
     b = as_field_like("second", second, a, "first")
     if a.size > np.iinfo(np.int32).max:
         raise ValueError(f"first has more values than the library counts: {a.size}")
-    *counts, false_share, detection = _core.contingency(a, b, float(threshold))
+    *counts, false_share, detection = _core.contingency(a, b, number("threshold", threshold))
     return Contingency(*counts, *(np.nan if score < 0 else score for score in (false_share, detection)))
 
 

@@ -2,13 +2,13 @@
 
 from __future__ import annotations
 
-import operator
 from datetime import datetime
 from typing import TYPE_CHECKING, Any
 
 import numpy as np
 
 from . import _core
+from ._arrays import MOST, whole
 from ._model import class_variable, field_variable, sweep_dataset
 from .echo import GROUND_CLUTTER, NOISE, PRECIPITATION
 from .fields import BY_ARGUMENT
@@ -20,13 +20,6 @@ if TYPE_CHECKING:
 _TIME = datetime(2000, 1, 1)
 
 _FIELDS = ("dbzh", "zdr", "phidp", "rhohv", "vrad", "wrad", "ldr", "clutter_likelihood")
-
-
-def _within(name: str, value: int, least: int, most: int) -> int:
-    number = operator.index(value)
-    if not least <= number <= most:
-        raise ValueError(f"{name} must be within {least} and {most}, not {number}")
-    return number
 
 
 def synthetic_arrays(seed: int = 0, nrays: int = 360, ngates: int = 1000) -> dict[str, Any]:
@@ -65,10 +58,8 @@ def synthetic_arrays(seed: int = 0, nrays: int = 360, ngates: int = 1000) -> dic
     >>> scan["dbzh"].shape
     (90, 200)
     """
-    most = int(np.iinfo(np.int32).max)
-    seed = _within("seed", seed, 0, 2**64 - 1)
-    nrays = _within("nrays", nrays, 1, most)
-    return _core.synthetic_scan(seed, nrays, _within("ngates", ngates, 1, most // nrays))
+    seed, nrays = whole("seed", seed, 0, 2**64 - 1), whole("nrays", nrays)
+    return _core.synthetic_scan(seed, nrays, whole("ngates", ngates, 1, MOST // nrays))
 
 
 def synthetic_scan(seed: int = 0, nrays: int = 360, ngates: int = 1000) -> xr.Dataset:
@@ -106,7 +97,7 @@ def synthetic_scan(seed: int = 0, nrays: int = 360, ngates: int = 1000) -> xr.Da
               for name in _FIELDS}
     fields["TRUTH"] = class_variable(dims, scan["truth"], "True class of echo",
                                      (PRECIPITATION, NOISE, GROUND_CLUTTER))
-    attrs = {"instrument_name": f"synthetic scan, seed {operator.index(seed)}",
+    attrs = {"instrument_name": f"synthetic scan, seed {int(seed)}",
              **{name: scan[name] for name in ("radar_constant", "min_snr", "nyquist_velocity")}}
     return sweep_dataset(
         fields, azimuth=scan["azimuth"], elevation=np.full(len(scan["azimuth"]), scan["elevation"]),

@@ -8,8 +8,8 @@ import numpy as np
 from numpy.typing import ArrayLike, NDArray
 
 from . import _core
-from ._arrays import as_field
-from ._scans import as_classes, excluded_gates, whole, with_empty_rays
+from ._arrays import as_field, whole, window_pair, window_sizes
+from ._scans import as_classes, excluded_gates, with_empty_rays
 from .echo import EchoClass
 
 
@@ -18,7 +18,8 @@ def texture(field: ArrayLike, *, mask: ArrayLike | None = None, gates: int = 5, 
     """Texture: the standard deviation in a window around each gate.
 
     ``sqrt(sum((x - mean)^2) / n)`` over the `n` gates of the window that take part, in single
-    precision: the quantity that the fuzzy classification works with.
+    precision: the quantity that the fuzzy classification works with (Gourley, Tabary and Parent du
+    Chatelet 2007 classify by textures).
 
     Parameters
     ----------
@@ -53,9 +54,7 @@ def texture(field: ArrayLike, *, mask: ArrayLike | None = None, gates: int = 5, 
     >>> cc.texture(steps, gates=3, rays=1).round(3)[0, :4]
     array([0.943, 0.943, 0.943, 0.943], dtype=float32)
     """
-    gates, rays = whole("gates", gates), whole("rays", rays)
-    if gates % 2 == 0 or rays % 2 == 0 or gates * rays < 2:
-        raise ValueError(f"gates and rays must be odd and more than one gate, not {gates} and {rays}")
+    gates, rays = window_sizes(gates, rays, odd=True)
     return _windowed(_core.texture, field, mask, closed, gates, rays)
 
 
@@ -97,9 +96,7 @@ def smooth(field: ArrayLike, *, mask: ArrayLike | None = None, gates: int = 7, r
     array([[1.3333334, 3.       , 3.3333333, 3.       , 1.3333334]],
           dtype=float32)
     """
-    gates, rays = whole("gates", gates), whole("rays", rays)
-    if gates * rays > np.iinfo(np.int32).max:
-        raise ValueError(f"the window has too many gates: {gates} x {rays}")
+    gates, rays = window_sizes(gates, rays)
     if gates * rays == 1:
         return as_field("field", field, np.float32).copy()
     return _windowed(_core.smooth, field, mask, closed, gates, rays, bool(decibels))
@@ -153,7 +150,7 @@ def isolated_gates(classes: ArrayLike, *, gates: int = 5, rays: int = 5, at_most
     >>> np.argwhere(cc.isolated_gates(classes, gates=3, rays=3))
     array([[1, 4]])
     """
-    gates, rays = whole("gates", gates, 2), whole("rays", rays, 2)
+    gates, rays = window_sizes(gates, rays, least=2)
     given = as_classes(classes)
     nrays = given.shape[-2]
     if not closed:
@@ -172,7 +169,7 @@ def despeckle(classes: ArrayLike, *, window: tuple[int, int] | None = None, at_m
     """Turn isolated precipitation gates into ground clutter.
 
     Without a `window`, in the two passes of the processing chain: first gates that are alone in 5 x 5
-    gates, then those with at most one other one in 10 x 10.
+    gates, then those with at most one other one in 10 x 10; an empirical rule of the library.
 
     Parameters
     ----------
@@ -209,7 +206,7 @@ def despeckle(classes: ArrayLike, *, window: tuple[int, int] | None = None, at_m
     if not ((given >= 0) & (given <= 255) & (given == np.floor(given))).all():
         raise ValueError("classes must hold codes within 0 and 255")
     if window is not None:
-        gates, rays = window
+        gates, rays = window_pair("window", window, least=2)
         isolated = isolated_gates(given, gates=gates, rays=rays, at_most=at_most, closed=closed)
         return np.where(isolated, np.uint8(EchoClass.GROUND_CLUTTER), given.astype(np.uint8))
     nrays = given.shape[-2]

@@ -8,7 +8,7 @@ import numpy as np
 from numpy.typing import ArrayLike, NDArray
 
 from . import _core
-from ._arrays import as_field, as_field_like, finite, gate_spacing
+from ._arrays import as_field, as_field_like, as_numbers, finite, gate_spacing, number
 from ._scans import as_classes_like, of_scans, per_scan
 
 
@@ -40,6 +40,7 @@ def vertical_statistics(dbzh: ArrayLike, *, zdr: ArrayLike, rhohv: ArrayLike,
     """Means of a vertical scan of light rain, where the differential reflectivity should be 0 dB.
 
     Over the gates between two ranges with a correlation and a reflectivity of at least the given ones.
+    Seen from below, raindrops are round (Bringi and Chandrasekar 2001).
 
     Parameters
     ----------
@@ -143,11 +144,11 @@ def _statistics(dbzh: ArrayLike, others: dict[str, ArrayLike | None], classes: A
     field = as_field("dbzh", dbzh, np.float32)
     fields = [field, *(as_field_like(name, value, field, "dbzh") for name, value in others.items())]
     spacing = gate_spacing(range, field.shape[-1])
-    _require_gates(between, spacing, field.shape[-1])
+    edges = _gate_edges(between, spacing, field.shape[-1])
     known = None if classes is None else as_classes_like(classes, field, "dbzh")
     stats = _core.zdr_statistics(fields, known, np.deg2rad(per_scan("elevation", elevation, field.shape)),
-                                 spacing, float(between[0]), float(between[1]), float(min_rhohv),
-                                 float(min_dbzh), float(max_dbzh))
+                                 spacing, *edges, number("min_rhohv", min_rhohv),
+                                 number("min_dbzh", min_dbzh), number("max_dbzh", max_dbzh))
     return ScanStatistics(*(of_scans(values, field.shape) for values in _without_gaps(stats, fields)))
 
 
@@ -159,9 +160,13 @@ def _without_gaps(stats: NDArray[np.float32], fields: list[NDArray[Any] | None])
     return np.ascontiguousarray(stats.T)
 
 
-def _require_gates(between: tuple[float, float], spacing: float, ngates: int) -> None:
-    """The library takes the gates from one range to another in single precision."""
-    first, end = (int(np.float32(finite("between", edge)) / np.float32(spacing)) for edge in between)
+def _gate_edges(between: tuple[float, float], spacing: float, ngates: int) -> tuple[float, float]:
+    """Two ranges that hold gates; the library takes these in single precision."""
+    edges = as_numbers("between", between)
+    if edges.shape != (2,):
+        raise ValueError(f"between must be two ranges, not {between!r}")
+    first, end = (int(np.float32(finite("between", edge)) / np.float32(spacing)) for edge in edges)
     if not 0 <= first < end < ngates:
         raise ValueError(f"between must be two ranges within {ngates} gates of {spacing:g} m, "
                          f"not {tuple(between)}")
+    return float(edges[0]), float(edges[1])

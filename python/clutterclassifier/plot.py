@@ -9,6 +9,7 @@ import xarray as xr
 from numpy.typing import NDArray
 
 from . import sweeps
+from ._arrays import finite
 from ._beam import beam_height
 from ._codes import CLASS, library_codes
 from ._sweep import RANGE, FieldMap, find_sweep, is_rhi
@@ -102,7 +103,9 @@ def _side_view(elevation: NDArray[np.float64], ranges_km: NDArray[np.float64], r
 def _view(ds: xr.Dataset, rays: str, rhi: bool, reach_km: float | None) -> _View:
     ranges_km = np.asarray(ds[RANGE].values, np.float64) / 1000
     step = ranges_km[1] - ranges_km[0] if len(ranges_km) > 1 else 0.0
-    reach = float(ranges_km[-1] + step / 2) if reach_km is None else float(reach_km)
+    reach = float(ranges_km[-1] + step / 2) if reach_km is None else finite("reach_km", reach_km)
+    if reach <= 0:
+        raise ValueError(f"reach_km must be positive, not {reach:g}")
     name = "elevation" if rhi else "azimuth"
     if name not in ds or ds[name].dims != (rays,):
         raise ValueError(f"the dataset has no {name} along {rays}")
@@ -192,8 +195,10 @@ def _titles(ds: xr.Dataset, rhi: bool) -> tuple[str, str]:
     words = []
     if "sweep_fixed_angle" in ds:
         words.append(f"{'azimuth' if rhi else 'elevation'} {float(ds['sweep_fixed_angle']):.1f}°")
-    if "time" in ds and ds["time"].dtype.kind == "M" and ds["time"].notnull().any():
-        words.append(str(ds["time"].min().values.astype("datetime64[s]")).replace("T", " ") + " UTC")
+    times = np.asarray(ds["time"].values if "time" in ds else ())
+    if times.dtype.kind == "M" and not np.isnat(times).all():
+        first = np.fmin.reduce(times, axis=None).astype("datetime64[s]")
+        words.append(str(first).replace("T", " ") + " UTC")
     return heading, "    ".join(words)
 
 
@@ -211,7 +216,7 @@ def plot(ds: xr.Dataset, *, fields: FieldMap = None, title: str | None = None,
     title : str, optional
         By default the radar, the angle and the time, as far as the dataset tells.
     reach_km : float, optional
-        What to show; by default all.
+        Range to show, above 0; by default all.
     figure : matplotlib.figure.Figure, optional
         Where to draw; by default a new figure.
     **keywords
@@ -220,6 +225,11 @@ def plot(ds: xr.Dataset, *, fields: FieldMap = None, title: str | None = None,
     Returns
     -------
     matplotlib.figure.Figure
+
+    Raises
+    ------
+    ValueError
+        More than one sweep, no angles of the rays, a reach that is not positive.
 
     Examples
     --------

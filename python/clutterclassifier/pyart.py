@@ -11,7 +11,8 @@ never modified::
 
 from __future__ import annotations
 
-from collections.abc import Hashable
+import re
+from collections.abc import Hashable, Mapping
 from typing import Any, Union
 
 import numpy as np
@@ -58,15 +59,58 @@ def _mode(radar: Any, sweep: int) -> str:
     return "".join(map(str, word.ravel())).lower()
 
 
-def _times(radar: Any, rays: slice) -> NDArray[np.datetime64] | None:
-    """Times of the rays, of seconds since a date."""
-    entry: dict[str, Any] = getattr(radar, "time", None) or {}
-    words = str(entry.get("units", "")).split(" since ")
-    if len(words) != 2 or words[0] != "seconds":
+#: Seconds of the units of times, and how these are written.
+_UNITS = {86400.0: "d day days", 3600.0: "h hr hrs hour hours", 60.0: "min mins minute minutes",
+          1.0: "s sec secs second seconds", 1e-3: "ms msec msecs millisecond milliseconds",
+          1e-6: "us microsecond microseconds"}
+_SECONDS = {word: seconds for seconds, words in _UNITS.items() for word in words.split()}
+
+#: As the CF conventions write it: "minutes since 2020-1-1 6:00:00.5 +01:00".
+_SINCE = re.compile(r"""
+    (?P<unit> [a-z]+) \s+ since \s+ (?P<year> \d{4}) - (?P<month> \d{1,2}) - (?P<day> \d{1,2})
+    (?: (?:T|\s+) (?P<hour> \d{1,2}) : (?P<minute> \d{1,2}) (?: : (?P<second> \d{1,2} (?:\.\d*)?))? )?
+    \s* (?: Z | UTC | GMT | (?P<sign> [+-]) (?P<east> \d{1,2}) :? (?P<east_minutes> \d{2})? )?""",
+                    re.VERBOSE | re.IGNORECASE)
+
+#: Years that lie wholly within what nanoseconds reach.
+_YEARS = (1678, 2261)
+
+
+def _clock(units: str) -> tuple[np.datetime64, float] | None:
+    """Beginning and seconds of units such as "seconds since 2020-01-01T00:00:00Z"; None for others."""
+    found = _SINCE.fullmatch(units.strip())
+    if found is None or found["unit"].lower() not in _SECONDS:
         return None
-    begin = np.datetime64(words[1].strip().rstrip("Z").replace(" ", "T"), "ns")
-    seconds = np.ma.asarray(entry["data"], np.float64)[rays].filled(np.nan)
-    return begin + (seconds * 1e9).round().astype("timedelta64[ns]")
+    part = {name: text or "0" for name, text in found.groupdict().items()}
+    if not _YEARS[0] <= int(part["year"]) <= _YEARS[1]:
+        return None
+    try:
+        day = np.datetime64(f"{part['year']}-{int(part['month']):02}-{int(part['day']):02}", "ns")
+    except ValueError:
+        return None
+    east = int(part["east"]) * 3600 + int(part["east_minutes"]) * 60
+    seconds = int(part["hour"]) * 3600 + int(part["minute"]) * 60 + float(part["second"])
+    seconds += east if part["sign"] == "-" else -east
+    return day + np.timedelta64(round(seconds * 1e9), "ns"), _SECONDS[part["unit"].lower()]
+
+
+def _times(radar: Any, rays: slice) -> NDArray[np.datetime64]:
+    """Times of the rays, NaT where units or numbers tell none."""
+    unknown = np.full(rays.stop - rays.start, "NaT", "datetime64[ns]")
+    entry: dict[str, Any] = getattr(radar, "time", None) or {}
+    clock = _clock(str(entry.get("units", "")))
+    try:
+        numbers = np.ma.asarray(entry.get("data", ())).astype(np.float64)[rays].filled(np.nan)
+    except (TypeError, ValueError):
+        return unknown
+    if clock is None or numbers.shape != unknown.shape:
+        return unknown
+    begin, seconds = clock
+    with np.errstate(over="ignore"):
+        nanoseconds = (numbers * (seconds * 1e9)).round()
+    told = np.abs(nanoseconds + begin.astype(np.int64)) < 2.0**63 - 1e10
+    later = np.where(told, nanoseconds, 0).astype("timedelta64[ns]")
+    return np.where(told, begin + later, unknown)
 
 
 def _variables(radar: Any, rays: slice, dims: tuple[str, str]) -> dict[str, xr.Variable]:
@@ -94,7 +138,24 @@ def from_radar(radar: Any) -> list[xr.Dataset]:
     -------
     list of xarray.Dataset
         Fields have CfRadial names where theirs are known, and the old ones in ``raw_name``. Masked
-        gates are NaN.
+        gates are NaN. Times that cannot be told are NaT.
+
+    Examples
+    --------
+    With a stand-in for a radar object:
+
+    >>> import clutterclassifier as cc
+    >>> import numpy as np
+    >>> from types import SimpleNamespace
+    >>> scan = cc.synthetic_arrays(5, nrays=90, ngates=200)
+    >>> radar = SimpleNamespace(
+    ...     fields={"reflectivity": {"data": scan["dbzh"]}, "velocity": {"data": scan["vrad"]}},
+    ...     range={"data": scan["range"]}, azimuth={"data": scan["azimuth"]},
+    ...     elevation={"data": np.full(90, 0.5)}, sweep_start_ray_index={"data": [0]},
+    ...     sweep_end_ray_index={"data": [89]})
+    >>> [sweep] = cc.pyart.from_radar(radar)
+    >>> sorted(sweep.data_vars)[:1], sweep.VRADH.attrs["raw_name"]
+    (['DBZH'], 'velocity')
     """
     ranges = np.ma.asarray(radar.range["data"], np.float64).filled(np.nan)
     gate_spacing = float(ranges[1] - ranges[0]) if ranges.size > 1 else float(ranges[0])
@@ -112,8 +173,7 @@ def from_radar(radar: Any) -> list[xr.Dataset]:
             elevation=elevation, range=ranges, gate_spacing=gate_spacing, time=None, latitude=site[0],
             longitude=site[1], altitude=site[2], fixed_angle=float(angle), sweep_number=number, rhi=rhi,
             sector="sector" in mode)
-        times = _times(radar, rays)
-        datasets.append(ds if times is None else ds.assign_coords(time=ds.time.copy(data=times)))
+        datasets.append(ds.assign_coords(time=ds.time.copy(data=_times(radar, rays))))
     return datasets
 
 
@@ -121,6 +181,8 @@ def _by_raw_name(ds: xr.Dataset, fields: FieldMap) -> FieldMap:
     """A map of fields by the radar's own names."""
     new: dict[Hashable, Hashable] = {variable.attrs["raw_name"]: name for name, variable in
                                      ds.data_vars.items() if "raw_name" in variable.attrs}
+    if fields is not None and not isinstance(fields, Mapping):
+        raise TypeError(f"fields must be a dict such as {{'dbzh': 'my_name'}}, not {fields!r}")
     return {key: None if name is None else new.get(name, name) for key, name in (fields or {}).items()}
 
 
@@ -142,6 +204,28 @@ def classify_radar(radar: Any, *, fields: FieldMap = None, **keywords: Any) -> d
         ``data`` (masked array of uint8, rays x gates; masked where the reflectivity is), ``units``,
         ``long_name``, ``flag_values``, ``flag_meanings``, ``_FillValue``, ``history`` (of the first
         sweep).
+
+    Raises
+    ------
+    TypeError, ValueError
+        A wrong argument, or no reflectivity; the message names it.
+
+    Examples
+    --------
+    With a stand-in for a radar object:
+
+    >>> import clutterclassifier as cc
+    >>> import numpy as np
+    >>> from types import SimpleNamespace
+    >>> scan = cc.synthetic_arrays(5, nrays=90, ngates=200)
+    >>> radar = SimpleNamespace(
+    ...     fields={"reflectivity": {"data": scan["dbzh"]}, "velocity": {"data": scan["vrad"]}},
+    ...     range={"data": scan["range"]}, azimuth={"data": scan["azimuth"]},
+    ...     elevation={"data": np.full(90, 0.5)}, sweep_start_ray_index={"data": [0]},
+    ...     sweep_end_ray_index={"data": [89]})
+    >>> field = cc.pyart.classify_radar(radar, radar_constant=scan["radar_constant"], min_snr=10)
+    >>> field["data"].shape, field["flag_meanings"]
+    ((90, 200), 'precipitation noise ground_clutter')
     """
     keywords.pop("name", None)
     rays = len(np.ma.asarray(radar.azimuth["data"]))
@@ -173,6 +257,28 @@ def gate_excluded(radar: Any, drop: Union[str, tuple[str, ...]] = ("clutter", "n
     Returns
     -------
     numpy.ndarray of bool, shape (rays, gates)
+
+    Raises
+    ------
+    TypeError, ValueError
+        A class that there is not; else as for `classify_radar`.
+
+    Examples
+    --------
+    With a stand-in for a radar object:
+
+    >>> import clutterclassifier as cc
+    >>> import numpy as np
+    >>> from types import SimpleNamespace
+    >>> scan = cc.synthetic_arrays(5, nrays=90, ngates=200)
+    >>> radar = SimpleNamespace(
+    ...     fields={"reflectivity": {"data": scan["dbzh"]}, "velocity": {"data": scan["vrad"]}},
+    ...     range={"data": scan["range"]}, azimuth={"data": scan["azimuth"]},
+    ...     elevation={"data": np.full(90, 0.5)}, sweep_start_ray_index={"data": [0]},
+    ...     sweep_end_ray_index={"data": [89]})
+    >>> out = cc.pyart.gate_excluded(radar, radar_constant=scan["radar_constant"], min_snr=10)
+    >>> bool(out[scan["truth"] == cc.NOISE].mean() > 0.95)
+    True
     """
     out = [int(echo) for echo in parse_classes("drop", drop)]
     keywords.pop("codes", None)

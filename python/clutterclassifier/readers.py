@@ -40,7 +40,17 @@ _UNITS = {"deg": "degrees", "m/s": "m s-1", "deg/km": "degrees per kilometer", "
 
 
 def recognise(path: Path) -> str | None:
-    """The format of a file by its first bytes: a key of `FORMATS`, or None.
+    """The format of a file by its first bytes.
+
+    Parameters
+    ----------
+    path : path
+        The file.
+
+    Returns
+    -------
+    str or None
+        A key of `FORMATS`: ``"uf"``, ``"dx"``, ``"polar"`` or ``"record"``; None for any other file.
 
     Raises
     ------
@@ -107,6 +117,25 @@ def read(path: Path, *, layout: int | None = None,
 def open_uf(path: Path, *, names: Mapping[str, str] | None = None) -> list[xr.Dataset]:
     """Read a Universal Format file; see `read`.
 
+    Parameters
+    ----------
+    path : path
+        The file.
+    names : dict, optional
+        Names of fields in the file and the names that they shall have.
+
+    Returns
+    -------
+    list of xarray.Dataset
+        One a sweep, in the order of the file.
+
+    Raises
+    ------
+    OSError
+        The file cannot be opened.
+    ValueError
+        It is of another format, its content cannot be read, or an option does not fit it.
+
     Examples
     --------
     >>> import clutterclassifier as cc
@@ -116,7 +145,26 @@ def open_uf(path: Path, *, names: Mapping[str, str] | None = None) -> list[xr.Da
 
 
 def open_dx(path: Path, *, names: Mapping[str, str] | None = None) -> list[xr.Dataset]:
-    """Read a German DX file, whose one sweep has the one field DBZH; see `read`.
+    """Read a German DX file; see `read`.
+
+    Parameters
+    ----------
+    path : path
+        The file.
+    names : dict, optional
+        Names of fields in the file and the names that they shall have.
+
+    Returns
+    -------
+    list of xarray.Dataset
+        The one sweep, with the one field DBZH (dBZ).
+
+    Raises
+    ------
+    OSError
+        The file cannot be opened.
+    ValueError
+        It is of another format, its content cannot be read, or an option does not fit it.
 
     Examples
     --------
@@ -130,6 +178,27 @@ def open_polar(path: Path, *, layout: int | None = None,
                names: Mapping[str, str] | None = None) -> list[xr.Dataset]:
     """Read a polar data file; see `read`. Nothing is corrected or blanked.
 
+    Parameters
+    ----------
+    path : path
+        The file.
+    layout : {252, 260, 280}, optional
+        How its gates are packed; products 2211 and 2212 need it.
+    names : dict, optional
+        Names of fields in the file and the names that they shall have.
+
+    Returns
+    -------
+    list of xarray.Dataset
+        One a sweep, in the order of the file.
+
+    Raises
+    ------
+    OSError
+        The file cannot be opened.
+    ValueError
+        It is of another format, its content cannot be read, or an option does not fit it.
+
     Examples
     --------
     >>> import clutterclassifier as cc
@@ -141,6 +210,25 @@ def open_polar(path: Path, *, layout: int | None = None,
 def open_record(path: Path, *, names: Mapping[str, str] | None = None) -> list[xr.Dataset]:
     """Read a field record file in polar coordinates; see `read`. A grid is a ValueError.
 
+    Parameters
+    ----------
+    path : path
+        The file.
+    names : dict, optional
+        Names of fields in the file and the names that they shall have.
+
+    Returns
+    -------
+    list of xarray.Dataset
+        One a sweep, in the order of the file.
+
+    Raises
+    ------
+    OSError
+        The file cannot be opened.
+    ValueError
+        It is of another format, its content cannot be read, or an option does not fit it.
+
     Examples
     --------
     >>> import clutterclassifier as cc
@@ -151,7 +239,33 @@ def open_record(path: Path, *, names: Mapping[str, str] | None = None) -> list[x
 
 def read_sweep(path: Path, sweep: int, *, layout: int | None = None,
                names: Mapping[str, str] | None = None) -> xr.Dataset:
-    """One sweep of a file, counted from 0; see `read`."""
+    """One sweep of a file; see `read`.
+
+    Parameters
+    ----------
+    path : path
+        The file.
+    sweep : int
+        Which one, counted from 0.
+    layout, names
+        As for `read`.
+
+    Returns
+    -------
+    xarray.Dataset
+
+    Raises
+    ------
+    OSError
+        The file cannot be opened.
+    ValueError
+        There is no such sweep; else as for `read`.
+
+    Examples
+    --------
+    >>> from clutterclassifier.readers import read_sweep
+    >>> lowest = read_sweep("volume.uf", 0)  # doctest: +SKIP
+    """
     scan = _scan(path, layout, names)
     count = len(scan["sweeps"])
     if not 0 <= sweep < count:

@@ -93,7 +93,9 @@ def test_masked_gates_have_no_echo():
 
 
 @pytest.mark.parametrize("ranges, spacing", [
-    (np.arange(60) * 250.0 + 125, 250.0), (np.arange(60, dtype=np.float32) * 149.9, 149.0), (75, 75.0)])
+    (np.arange(60) * 250.0 + 125, 250.0), (np.arange(60, dtype=np.float32) * 149.9, 149.0), (75, 75.0),
+    (np.arange(60) * 299.99999999999994, 300.0), (np.arange(60, dtype=np.float32) * 0.1 * 1249.9999, 125.0),
+    (np.arange(60) * 299.9, 299.0), (np.arange(60) * 124.9998, 124.0)])
 def test_only_the_spacing_in_whole_metres_counts(ranges, spacing):
     fields = scan_fields()
     settings = {"radar_constant": CONSTANT, "min_snr": LEAST}
@@ -129,18 +131,64 @@ def test_isolated_precipitation_becomes_clutter_where_asked_for():
     ({"range": np.arange(59) * 250}, r"range has the shape \(59,\), but there are 60 gates"),
     ({"range": np.zeros(60)}, "range must rise"),
     ({"range": np.nan}, "range must rise"),
-    ({"azimuth": np.zeros(23)}, r"azimuth has the shape \(23,\), but there are 24 rays"),
+    ({"azimuth": np.zeros(23)}, r"azimuth has the shape \(23,\), but one value per ray has \(24,\)"),
     ({"radar_constant": np.inf}, "radar_constant must be a finite number"),
     ({"inputs": "zhh_textures"}, "no such input: 'zhh_textures'"),
-    ({"inputs": 512}, "inputs must be within"),
+    ({"inputs": 512}, "inputs must be a whole number within 0 and 511"),
     ({"inputs": []}, "selects nothing"),
     ({"inputs": "wrad"}, "an input was asked for, but not given: wrad"),
     ({"texture_window": (4, 3)}, "texture_window must be two odd sizes"),
     ({"missing": "drop"}, "missing must be"),
+    ({"elevation": np.zeros(60)}, r"elevation has the shape \(60,\), but one value per ray has \(24,\)"),
+    ({"elevation": np.append(np.zeros(23), np.nan)}, "elevation must hold finite numbers"),
+    ({"radar_constant": [1, 2]}, r"radar_constant must be a single number, .*\(2,\)"),
+    ({"min_snr": np.nan}, "min_snr must be a number, not nan"),
+    ({"inputs": 3.7}, "inputs must be a whole number"),
+    ({"texture_window": (5,)}, r"texture_window must be a pair, .*\(5,\)"),
+    ({"texture_window": (5.5, 3)}, "texture_window must be a whole number"),
+    ({"texture_window": (2**33 + 1, 3)}, "texture_window must be a whole number within"),
+    ({"texture_window": (2**30 + 1, 3)}, "texture_window: the window has too many gates"),
+    ({"zdr": [[1.0, 2.0], [3.0]]}, "zdr is no array"),
 ])
 def test_a_wrong_argument_is_named(change, message):
     with pytest.raises(ValueError, match=message):
         cc.classify(**{**scan_fields(), **CALL, **change})
+
+
+@pytest.mark.parametrize("name, value", [
+    ("radar_constant", None), ("min_snr", None), ("min_snr", "low"), ("texture_window", 5),
+    ("texture_window", "53"), ("texture_window", (5, None)), ("azimuth", ["north"] * 24),
+    ("elevation", "low"), ("inputs", [None]), ("rhohv", [["a"]])])
+def test_an_argument_of_a_wrong_kind_is_named(name, value):
+    with pytest.raises(TypeError, match=name):
+        cc.classify(**{**scan_fields(), **CALL, name: value})
+
+
+def test_angles_of_each_ray_do_not_change_the_classes():
+    fields = {name: np.stack([values, values]) for name, values in scan_fields().items()}
+    expected = cc.classify(**fields, **CALL)
+    for elevation in (np.linspace(0, 5, 24), np.array([[1.0], [2.0]]), 1, np.array([3.0])):
+        angles = {"azimuth": np.arange(24) * 15, "elevation": elevation}
+        np.testing.assert_array_equal(cc.classify(**fields, **CALL, **angles), expected)
+
+
+def test_infinite_ratios_make_everything_echo_or_noise():
+    fields = scan_fields()
+    assert (cc.classify(**fields, **CALL | {"min_snr": -np.inf}) != cc.NOISE).all()
+    assert (cc.classify(**fields, **CALL | {"min_snr": np.inf}) == cc.NOISE).all()
+
+
+def test_a_table_serves_as_an_array():
+    pandas = pytest.importorskip("pandas")
+    fields = scan_fields()
+    tables = {name: pandas.DataFrame(values) for name, values in fields.items()}
+    np.testing.assert_array_equal(cc.classify(**tables, **CALL), cc.classify(**fields, **CALL))
+
+
+def test_single_numbers_may_be_arrays_of_one():
+    fields = scan_fields()
+    single = {"range": SPACING, "radar_constant": np.array([CONSTANT]), "min_snr": np.float32(LEAST)}
+    np.testing.assert_array_equal(cc.classify(**fields, **single), cc.classify(**fields, **CALL))
 
 
 @pytest.mark.parametrize("dbzh, error", [

@@ -133,3 +133,19 @@ def test_one_sweep_at_a_time(made_sweep: xr.Dataset) -> None:
         made_sweep.expand_dims("scan").clutter.plot()
     with pytest.raises(ValueError, match="azimuth"):
         made_sweep.drop_vars("azimuth").clutter.plot()
+
+
+def test_a_lazy_sweep_has_the_same_title(made_sweep: xr.Dataset) -> None:
+    times = made_sweep.time.values + np.arange(24)[::-1] * np.timedelta64(1, "s")
+    times[3] = np.datetime64("NaT")
+    ds = made_sweep.assign_coords(time=("azimuth", times))
+    lazy = ds.assign_coords(time=ds.time.chunk()).chunk()
+    for data in (ds, lazy):
+        assert "2024-05-01 12:00:00 UTC" in data.clutter.plot().texts[1].get_text()
+    assert "UTC" not in ds.isel(azimuth=[3]).clutter.plot().texts[1].get_text()
+
+
+@pytest.mark.parametrize("reach", [0, -10, np.nan])
+def test_a_reach_that_shows_nothing_is_named(made_sweep: xr.Dataset, reach: float) -> None:
+    with pytest.raises(ValueError, match="reach_km"):
+        made_sweep.clutter.plot(reach_km=reach)

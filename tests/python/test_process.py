@@ -164,9 +164,12 @@ def test_the_example_is_valid(tmp_path) -> None:
     ({"zdr": np.zeros((3, 4))}, r"zdr has the shape \(3, 4\)"), ({"azimuth": [1, 2]}, "azimuth"),
     ({"elevation": [1, 2]}, "elevation"), ({"what": 256}, "what"),
     ({"freezing_level": np.inf}, "freezing_level"), ({"inputs": "ldr"}, "ldr"), ({"range": 0.5}, "range"),
+    ({"min_snr": np.nan}, "min_snr"), ({"what": 3.5}, "what"), ({"radar_constant": [1, 2]}, "radar_constant"),
+    ({"config": 5}, "config"), ({"config": {"WHAT2DO": None}}, "WHAT2DO"), ({"min_snr": "low"}, "min_snr"),
+    ({"azimuth": ["north"] * 24}, "azimuth"), ({"config": {"ZDR_BIAS": np.nan}}, "ZDR_BIAS"),
 ])
 def test_wrong_arguments_are_named(wrong: dict[str, object], words: str) -> None:
-    with pytest.raises(ValueError, match=words):
+    with pytest.raises((TypeError, ValueError), match=words):
         cc.process(scan_fields()["dbzh"], **(KEYWORDS | wrong))
 
 

@@ -87,6 +87,8 @@ def test_fields_by_the_names_of_the_radar(radar: SimpleNamespace) -> None:
         pyart.classify_radar(radar, **KEYWORDS)
     field = pyart.classify_radar(radar, fields={"dbzh": "mine", "vrad": None}, **KEYWORDS)
     np.testing.assert_array_equal(field["data"][24:], expected(1, 255 & ~64 & ~16))
+    with pytest.raises(TypeError, match="fields must be a dict"):
+        pyart.classify_radar(radar, fields=["mine"], **KEYWORDS)
     radar.fields["reflectivity"] = radar.fields["velocity"]
     field = pyart.classify_radar(radar, fields={"dbzh": "mine"}, **KEYWORDS)
     np.testing.assert_array_equal(field["data"][:24], expected(0))
@@ -117,3 +119,42 @@ def test_what_an_object_may_lack(radar: SimpleNamespace) -> None:
         delattr(radar, name)
     np.testing.assert_array_equal(pyart.classify_radar(radar, **KEYWORDS)["data"][:24], expected(0))
     assert float(pyart.from_radar(radar)[1].sweep_fixed_angle) == 2.5
+
+
+@pytest.mark.parametrize("units, begin", [
+    ("seconds since 2020-01-01 00:00:00 UTC", "2020-01-01T00:00:00"),
+    ("seconds since 2020-01-01T06:30:00Z", "2020-01-01T06:30:00"),
+    ("Seconds since 2020-01-01 00:00:00.25+00:00", "2020-01-01T00:00:00.250"),
+    ("secs since 2020-01-01 00:00 +0130", "2019-12-31T22:30"),
+    ("s since 2020-1-1 1:2:3 -2", "2020-01-01T03:02:03"),
+    ("seconds since 2020-1-1", "2020-01-01")])
+def test_times_however_their_beginning_is_written(radar: SimpleNamespace, units: str, begin: str) -> None:
+    radar.time["units"] = units
+    expected = np.datetime64(begin, "ns") + np.arange(24) * np.timedelta64(500, "ms")
+    np.testing.assert_array_equal(pyart.from_radar(radar)[0].time, expected)
+
+
+@pytest.mark.parametrize("unit, seconds", [("minutes", 60), ("hours", 3600), ("days", 86400), ("ms", 0.001)])
+def test_times_in_other_units(radar: SimpleNamespace, unit: str, seconds: float) -> None:
+    radar.time["units"] = f"{unit} since 2020-02-29T00:00:00Z"
+    expected = np.datetime64("2020-02-29", "ns") + np.timedelta64(round(6e6 * seconds), "us")
+    assert pyart.from_radar(radar)[0].time.values[12] == expected
+
+
+@pytest.mark.parametrize("change", [
+    {"units": "seconds since the beginning"}, {"units": "fortnights since 2020-01-01"}, {"units": None},
+    {"units": "seconds since 2020-13-01"}, {"units": "days since 0001-01-01"}, {"data": np.arange(3.0)},
+    {"data": np.array(["soon"] * 54)}, {"data": np.full(54, 1e300)}])
+def test_times_that_tell_nothing_break_nothing(radar: SimpleNamespace, change: dict[str, object]) -> None:
+    radar.time.update(change)
+    two = pyart.from_radar(radar)[1]
+    assert np.isnat(two.time.values).all() and two.time.shape == (30,)
+    np.testing.assert_array_equal(pyart.classify_radar(radar, **KEYWORDS)["data"][24:], expected(1))
+
+
+def test_single_times_may_be_missing(radar: SimpleNamespace) -> None:
+    radar.time["data"] = np.ma.masked_equal(radar.time["data"], 0.5)
+    radar.time["data"][3] = np.nan
+    times = pyart.from_radar(radar)[0].time.values
+    assert np.flatnonzero(np.isnat(times)).tolist() == [1, 3]
+    assert times[4] == np.datetime64("2024-05-01T12:00:02")

@@ -247,7 +247,7 @@ FIELD = np.zeros((2, 3, 4))
     (lambda: cc.texture([1, 2]), r"field .*\(2,\)"),
     (lambda: cc.texture(FIELD, mask=np.zeros((3, 4))),
      r"mask has the shape \(3, 4\), .*field.*\(2, 3, 4\)"),
-    (lambda: cc.texture(FIELD, gates=4), "gates and rays must be odd"),
+    (lambda: cc.texture(FIELD, gates=4), "gates and rays must be two odd sizes"),
     (lambda: cc.texture(FIELD, gates=1, rays=1), "more than one gate"),
     (lambda: cc.texture(FIELD, gates=2.5), "gates must be a whole number"),
     (lambda: cc.smooth(FIELD, rays=0), "rays must be a whole number of at least 1"),
@@ -263,7 +263,23 @@ FIELD = np.zeros((2, 3, 4))
     (lambda: cc.estimate_radar_constant(FIELD, rhohv=FIELD[0], range=1.0),
      r"rhohv .*\(3, 4\).*\(2, 3, 4\)"),
     (lambda: cc.contingency([1, 2], [1], threshold=1), r"second .*\(1,\).*\(2,\)"),
+    (lambda: cc.contingency([1, 2], [1, 2], threshold=[1, 2]), "threshold must be a single number"),
+    (lambda: cc.contingency([1, 2], [1, 2], threshold=NAN), "threshold must be a number"),
+    (lambda: cc.despeckle(FIELD, window=(5, 5, 5)), "window must be a pair"),
+    (lambda: cc.despeckle(FIELD, window=(1, 5)), "window must be a whole number of at least 2"),
 ])
 def test_bad_calls_are_named(call, message):
     with pytest.raises(ValueError, match=message):
+        call()
+
+
+@pytest.mark.parametrize("call, name", [
+    (lambda: cc.despeckle(FIELD, window=5), "window"), (lambda: cc.smooth(FIELD, gates="a"), "gates"),
+    (lambda: cc.texture(FIELD, rays=None), "rays"),
+    (lambda: cc.attenuation(FIELD, phidp=FIELD, classes=FIELD, range=1.0, phase_window=3), "phase_window"),
+    (lambda: cc.contingency([1], [1], threshold=None), "threshold"),
+    (lambda: cc.synthetic_arrays(seed="five"), "seed"),
+    (lambda: cc.rain_rate([1.0], coefficients="much"), "coefficients")])
+def test_arguments_of_a_wrong_kind_are_named(call, name):
+    with pytest.raises(TypeError, match=f"^{name} must"):
         call()
