@@ -119,10 +119,10 @@ def classify(dbzh: ArrayLike, *, zdr: ArrayLike | None = None, phidp: ArrayLike 
              all_classes: bool = False, missing: str = "keep") -> NDArray[np.uint8]:
     """Tell precipitation from ground clutter and noise, gate by gate.
 
-    Fuzzy logic over textures and raw quantities (Gourley, Tabary and Parent du Chatelet 2007). A gate
-    whose signal-to-noise ratio ``dbzh - 20 log10(range in km) + radar_constant`` is below `min_snr` is
-    noise; every other one is precipitation or ground clutter, whichever its inputs speak for
-    (precipitation where they do not decide).
+    Fuzzy logic over textures and raw quantities. A gate whose signal-to-noise ratio
+    ``dbzh - 20 log10(range in km) + radar_constant`` is below `min_snr` is noise; every other one is
+    precipitation or ground clutter, whichever its inputs speak for (precipitation where they do not
+    decide).
 
     Parameters
     ----------
