@@ -18,7 +18,7 @@ from ._classify import InputSelection, parse_inputs
 from ._codes import CLASS, ClassSelection, class_attributes, code_table, library_codes, parse_classes
 from ._sweep import (FieldMap, Sweep, apply, describe, extended, find_sweep, has_gates, is_closed,
                      is_no_echo, is_unfiltered, no_echo_value, other_reflectivity, with_attributes,
-                     with_front, with_history)
+                     unusual, with_front, with_history)
 from .echo import MISSING, PRECIPITATION, Inputs
 
 #: Share of gates that a clutter filter changes, at least.
@@ -173,12 +173,19 @@ def classify(ds: xr.Dataset, *, fields: FieldMap = None, inputs: InputSelection 
                        no_echo=no_echo_value(sweep.dbzh), missing=missing,
                        closed=is_closed(ds, sweep.rays, closed), table=table, options=options)
     history = _history("classify", mask, calibration, texture_window=texture_window,
-                       remove_isolated=remove_isolated or None, all_classes=all_classes or None,
+                       **unusual(classify, remove_isolated=remove_isolated, all_classes=all_classes,
+                                 missing=missing, closed=closed, codes=codes, membership=membership,
+                                 fields=words_of(fields)),
                        gates_in_front=sweep.front or None,
                        without_vrad=None if filtered is None else f"where {filtered.name} differs in 1 %")
     classes = with_attributes(classes, name, None, history, **class_attributes(codes, all_classes))
     classes.encoding = {"_FillValue": np.uint8(MISSING if table is None else 0), "dtype": "uint8"}
     return with_history(ds.assign({name: classes}), history)
+
+
+def words_of(fields: FieldMap) -> str | None:
+    """A map of fields for the history."""
+    return None if not fields else "|".join(f"{key}:{name}" for key, name in fields.items())
 
 
 def needed(sweep: Sweep, mask: Inputs, calibration: Calibration) -> dict[str, xr.DataArray]:
