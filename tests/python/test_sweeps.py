@@ -417,3 +417,13 @@ def test_attributes_and_flags_of_classes(made_sweep: xr.Dataset) -> None:
         wrong = classes.astype(np.int16).assign_attrs(flag_values=np.array([0, 3, value]))
         with pytest.raises(ValueError, match=f"CLASS: flag_values .* not {value}"):
             sweeps.clean(made_sweep, classes=wrong)
+
+
+@pytest.mark.parametrize("step", [sweeps.classify, sweeps.process])
+def test_there_is_no_echo_in_front_of_a_cut(step: object) -> None:
+    ds = make_sweep(24, 120)
+    beyond = ds.range > 40 * SPACING
+    empty = ds.assign({name: ds[name].where(beyond) for name in NAMES.values()})
+    keywords = {"what": cc.Stage.CLASSIFICATION} if step is sweeps.process else {"remove_isolated": True}
+    whole, part = (step(data, **keywords).CLASS for data in (empty, ds.isel(range=slice(40, None))))
+    np.testing.assert_array_equal(part, whole.isel(range=slice(40, None)))
