@@ -2,7 +2,9 @@
 
 from __future__ import annotations
 
+import inspect
 import os
+from collections.abc import Collection
 from typing import Any
 
 import numpy as np
@@ -16,7 +18,7 @@ from ._classify import InputSelection, parse_inputs
 from ._codes import CLASS, ClassSelection, class_attributes, code_table, library_codes, parse_classes
 from ._sweep import (FieldMap, Sweep, apply, describe, extended, find_sweep, has_gates, is_closed,
                      is_no_echo, is_unfiltered, no_echo_value, other_reflectivity, with_attributes,
-                     with_front, with_history)
+                     unusual, with_front, with_history)
 from .echo import MISSING, PRECIPITATION, Inputs
 
 #: Share of gates that a clutter filter changes, at least.
@@ -171,12 +173,19 @@ def classify(ds: xr.Dataset, *, fields: FieldMap = None, inputs: InputSelection 
                        no_echo=no_echo_value(sweep.dbzh), missing=missing,
                        closed=is_closed(ds, sweep.rays, closed), table=table, options=options)
     history = _history("classify", mask, calibration, texture_window=texture_window,
-                       remove_isolated=remove_isolated or None, all_classes=all_classes or None,
+                       **unusual(classify, remove_isolated=remove_isolated, all_classes=all_classes,
+                                 missing=missing, closed=closed, codes=codes, membership=membership,
+                                 fields=words_of(fields)),
                        gates_in_front=sweep.front or None,
                        without_vrad=None if filtered is None else f"where {filtered.name} differs in 1 %")
     classes = with_attributes(classes, name, None, history, **class_attributes(codes, all_classes))
     classes.encoding = {"_FillValue": np.uint8(MISSING if table is None else 0), "dtype": "uint8"}
     return with_history(ds.assign({name: classes}), history)
+
+
+def words_of(fields: FieldMap) -> str | None:
+    """A map of fields for the history."""
+    return None if not fields else "|".join(f"{key}:{name}" for key, name in fields.items())
 
 
 def needed(sweep: Sweep, mask: Inputs, calibration: Calibration) -> dict[str, xr.DataArray]:
@@ -193,6 +202,16 @@ def _history(function: str, inputs: Inputs, calibration: Calibration, **settings
                     **settings)
 
 
+def refuse_keywords(step: str, keywords: Collection[str], why: str) -> None:
+    """Raise TypeError for keywords of `classify` where nothing is classified."""
+    known = set(inspect.signature(classify).parameters)
+    unknown = [name for name in keywords if name not in known]
+    if unknown:
+        raise TypeError(f"{step}: unknown keywords: {', '.join(unknown)}")
+    if keywords:
+        raise TypeError(f"{step}: without effect, since {why}: {', '.join(keywords)}")
+
+
 def clean(ds: xr.Dataset, *, keep: ClassSelection = PRECIPITATION, classes: xr.DataArray | None = None,
           **keywords: Any) -> xr.Dataset:
     """The sweep with clutter and noise blanked: all its fields of floating-point numbers become NaN there.
@@ -204,13 +223,18 @@ def clean(ds: xr.Dataset, *, keep: ClassSelection = PRECIPITATION, classes: xr.D
     keep : EchoClass, int, str or several of them
         Classes that stay: ``"precipitation"``, ``["precipitation", "noise"]``.
     classes : xarray.DataArray, optional
-        Classes to go by; by default the variable ``CLASS`` of the sweep when it has one and no
-        keywords are given, else those of `classify` with these keywords.
+        Classes to go by; by default the variable ``CLASS`` (or `name`) of the sweep when it has one
+        and no other keywords are given, else those of `classify` with these keywords.
 
     Returns
     -------
     xarray.Dataset
-        With the variable ``CLASS``.
+        With the variable ``CLASS`` (or `name`).
+
+    Raises
+    ------
+    TypeError
+        A keyword that `classify` does not know, or one that has no effect on given `classes`.
 
     Examples
     --------
@@ -221,16 +245,17 @@ def clean(ds: xr.Dataset, *, keep: ClassSelection = PRECIPITATION, classes: xr.D
     True
     """
     kept = parse_classes("keep", keep)
+    name = keywords.pop("name", CLASS)
     if classes is not None:
-        ds = ds.assign({CLASS: classes})
-    elif keywords or CLASS not in ds:
-        ds = classify(ds, **keywords)
-    name = keywords.get("name", CLASS)
+        refuse_keywords("clean", keywords, "the classes are given")
+        ds = ds.assign({name: classes})
+    elif keywords or name not in ds:
+        ds = classify(ds, name=name, **keywords)
     stays = library_codes(ds[name]).isin([int(echo) for echo in kept])
     history = describe("clean", keep="|".join(echo.meaning for echo in kept))
     blanked = {}
     for key, field in ds.data_vars.items():
-        if key == name or not has_gates(field) or field.dtype.kind != "f":
+        if key in (name, CLASS) or not has_gates(field) or field.dtype.kind != "f":
             continue
         blanked[key] = field.where(stays).transpose(..., *field.dims)
         blanked[key].attrs = field.attrs | {"history": extended(field, history)}

@@ -9,6 +9,7 @@ import numpy as np
 import xarray as xr
 from numpy.typing import NDArray
 
+from ._model import flag_attributes
 from .echo import MISSING, EchoClass
 
 CLASS = "CLASS"
@@ -43,15 +44,23 @@ def class_attributes(codes: str, all_classes: bool) -> dict[str, Any]:
         meanings = _PYRAD_MEANINGS
     else:
         meanings = {int(echo): echo.meaning for echo in EchoClass if all_classes or echo <= 5}
-    return {"long_name": "Echo class", "units": "unitless",
-            "flag_values": np.array(list(meanings), np.uint8), "flag_meanings": " ".join(meanings.values())}
+    return flag_attributes(meanings)
 
 
 def library_codes(classes: xr.DataArray) -> xr.DataArray:
-    """A field of classes in the library's codes, 255 for none, whatever its own numbering."""
+    """A field of classes in the library's codes, 255 for none, whatever its own numbering.
+
+    Raises
+    ------
+    ValueError
+        A flag value is no number within 0 and 255.
+    """
     own = {meaning.lower(): int(value) for value, meaning in
            zip(np.atleast_1d(classes.attrs.get("flag_values", ())),
                str(classes.attrs.get("flag_meanings", "")).split())}
+    wrong = [value for value in own.values() if not 0 <= value <= 255]
+    if wrong:
+        raise ValueError(f"{classes.name}: flag_values must be within 0 and 255, not {wrong[0]}")
     words = {echo.meaning: int(echo) for echo in EchoClass}
     words |= {"noise": 3, "clt": 5, "prec": 0}
     table = np.full(256, MISSING, np.uint8)

@@ -37,10 +37,11 @@ _SITE = {
 }
 
 
-def class_attributes(classes: tuple[EchoClass, ...] = tuple(EchoClass)) -> dict[str, Any]:
-    """The CF attributes of a field of class codes."""
-    return {"flag_values": np.array(classes, np.uint8),
-            "flag_meanings": " ".join(one.meaning for one in classes)}
+def flag_attributes(meanings: Mapping[int, str], long_name: str = "Echo class") -> dict[str, Any]:
+    """The CF attributes of a field of class codes. CF has no standard name for one; this is the name
+    that CfRadial files have."""
+    return {"standard_name": "radar_echo_classification", "long_name": long_name, "units": "unitless",
+            "flag_values": np.array(list(meanings), np.uint8), "flag_meanings": " ".join(meanings.values())}
 
 
 def field_variable(name: str, dims: tuple[str, str], values: NDArray[Any],
@@ -61,7 +62,8 @@ def class_variable(dims: tuple[str, str], values: NDArray[np.uint8], long_name: 
     """A field of class codes."""
     import xarray as xr
 
-    return xr.Variable(dims, values, {"long_name": long_name, **class_attributes(classes)},
+    meanings = {int(one): one.meaning for one in classes}
+    return xr.Variable(dims, values, flag_attributes(meanings, long_name),
                        {"_FillValue": np.uint8(MISSING)})
 
 

@@ -3,6 +3,7 @@
 from __future__ import annotations
 
 import os
+import re
 from dataclasses import dataclass
 from enum import IntFlag
 from typing import Any
@@ -95,13 +96,23 @@ def standard_inputs(inputs: InputSelection, settings: Settings, available: set[s
     if settings.inputs is None:
         return possible & ~Inputs.WRAD
     if not possible & settings.inputs:
-        raise ValueError(f"CLUTTER_ALG {settings.inputs} selects none of the fields given")
+        raise ValueError(f"inputs {settings.inputs} of the settings select none of the fields given")
     return possible & settings.inputs
 
 
 def _class_field(classes: ArrayLike, reference: NDArray[Any]) -> NDArray[np.float32]:
     field = as_field_like("classes", classes, reference, "dbzh", masked=MISSING)
     return np.where(field == MISSING, np.float32(np.nan), field)
+
+
+#: What notes call quantities, by the keys of the library's own readers.
+_KEY_WORDS = re.compile(rf"\b({'|'.join(KEYS.values())})\b")
+_BY_KEY = {key: argument for argument, key in KEYS.items()}
+
+
+def _note(text: str) -> str:
+    """A note with the names of arguments."""
+    return _KEY_WORDS.sub(lambda found: _BY_KEY[found[0]], text)
 
 
 def _stacked(results: list[dict[str, Any]], leading: tuple[int, ...]) -> Processed:
@@ -114,7 +125,8 @@ def _stacked(results: list[dict[str, Any]], leading: tuple[int, ...]) -> Process
               for name in first["fields"]}
     classes = None if first["classes"] is None else stack([result["classes"] for result in results])
     return Processed(
-        fields, classes, tuple(dict.fromkeys(note for result in results for note in result["notes"])),
+        fields, classes,
+        tuple(dict.fromkeys(_note(note) for result in results for note in result["notes"])),
         Stage(first["stages"]), Inputs(first["inputs"]),
         np.array([result["radar_constant"] for result in results]).reshape(leading),
         np.array([result["min_snr"] for result in results]).reshape(leading), first["freezing_level"])

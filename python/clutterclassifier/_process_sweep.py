@@ -12,13 +12,13 @@ from numpy.typing import NDArray
 from . import _process
 from ._classify import InputSelection
 from ._calibration_sweep import Calibration, estimate_now, find_calibration
-from ._classify_sweep import behind_filter, is_filtered
+from ._classify_sweep import behind_filter, is_filtered, words_of
 from ._codes import CLASS, class_attributes, library_codes
 from ._process import KEYS, Processed, Stage
 from ._settings import Config, Settings, read_settings
 from ._sweep import (FieldMap, Sweep, angles, apply, describe, find_sweep, has_gates, is_no_echo, is_rhi,
-                     no_echo_value, on_measured, described, with_attributes, with_front,
-                     with_history)
+                     no_echo_value, on_measured, described, unusual, with_attributes,
+                     with_front, with_history)
 from .echo import MISSING, Inputs
 
 _STAGES = tuple(stage for stage in Stage if stage != Stage.ALL)
@@ -126,7 +126,8 @@ def process(ds: xr.Dataset, config: Config | Settings = None, *, fields: FieldMa
     dtypes = [np.float32] * len(names) + [np.uint8] * (outcome.classes is not None)
     results = apply(_process_arrays, arrays, sweep.rays, dtypes, along_rays=angles(ds, sweep, rhi),
                     names=names, no_echo=no_echo_value(sweep.dbzh), front=sweep.front, settings=keywords)
-    history = _history(sweep, outcome, calibration, settings, filtered)
+    history = _history(sweep, outcome, calibration, settings, filtered,
+                       **unusual(process, membership=membership, fields=words_of(fields)))
     variables = {name: described(name, result, sweep, history) for name, result in zip(names, results)}
     if outcome.classes is not None:
         classes = with_attributes(results[-1], CLASS, None, history, **class_attributes("library", False))
@@ -137,11 +138,12 @@ def process(ds: xr.Dataset, config: Config | Settings = None, *, fields: FieldMa
 
 
 def _history(sweep: Sweep, outcome: Processed, calibration: Calibration, settings: Settings,
-             filtered: xr.DataArray | None) -> str:
+             filtered: xr.DataArray | None, **others: Any) -> str:
     return describe(
         "process", stages="|".join(str(stage.name) for stage in _STAGES if stage & outcome.stages),
         inputs=int(outcome.inputs) if outcome.stages & Stage.CLASSIFICATION else None,
         radar_constant=calibration.words, min_snr=calibration.min_snr,
         freezing_level=outcome.freezing_level, gates_in_front=sweep.front or None,
         without_vrad=None if filtered is None else f"where {filtered.name} differs in 1 %",
-        settings=" ".join(settings.text.split()) or None, notes="; ".join(outcome.notes) or None)
+        settings=" ".join(settings.text.split()) or None, notes="; ".join(outcome.notes) or None,
+        **others)

@@ -13,11 +13,11 @@ from . import _attenuation, _beam, _rain, _signal
 from ._arrays import NO_ECHO
 from ._attenuation import AttenuationAlgorithm
 from ._calibration_sweep import estimate_now, estimated, find_calibration
-from ._classify_sweep import classify
+from ._classify_sweep import classify, refuse_keywords
 from ._codes import CLASS, library_codes
 from ._sweep import (RANGE, FieldMap, angles, apply, describe, described, find_fields, find_sweep,
-                     is_no_echo, is_rhi, no_echo_value, on_measured, ray_dimension, with_attributes,
-                     with_front, with_history)
+                     is_no_echo, is_rhi, no_echo_value, on_measured, ray_dimension, unusual,
+                     with_attributes, with_front, with_history)
 
 
 def _snr_arrays(dbzh: NDArray[Any], *, constant: float | None, spacing: float, no_echo: float | None,
@@ -58,7 +58,8 @@ def signal_to_noise(ds: xr.Dataset, *, radar_constant: float | None = None,
     if calibration.radar_constant is not None:
         arrays.pop("rhohv", None)
     (ratio,) = apply(_snr_arrays, arrays, sweep.rays, [np.float32], spacing=sweep.spacing,
-                     front=sweep.front, constant=calibration.radar_constant, no_echo=no_echo_value(sweep.dbzh))
+                     front=sweep.front, constant=calibration.radar_constant,
+                     no_echo=no_echo_value(sweep.dbzh))
     history = describe("signal_to_noise", radar_constant=calibration.words,
                        gates_in_front=sweep.front or None)
     return with_history(ds.assign(SNRH=with_attributes(ratio, "SNRH", None, history)), history)
@@ -152,7 +153,7 @@ def attenuation(ds: xr.Dataset, *, freezing_level: float = 3000.0,
     fields : dict, optional
         Which variable is what: ``{"dbzh": "my_name"}``.
     **keywords
-        Of `classify`, where the sweep has no classes.
+        Of `classify`, where the sweep has no classes; `name` is that of its variable of classes.
 
     Returns
     -------
@@ -162,20 +163,30 @@ def attenuation(ds: xr.Dataset, *, freezing_level: float = 3000.0,
         degrees), ``Ah`` (specific attenuation, dB/km); and along the rays ``TA`` (attenuation of the
         whole ray both ways, dB), ``Dpdp`` (rise of the phase, degrees), ``a``, ``b`` and ``alpha``
         (coefficients).
+
+    Raises
+    ------
+    TypeError
+        A keyword that `classify` does not know, or one that has no effect since there are classes.
     """
-    if CLASS not in ds:
-        ds = classify(ds, fields=fields, **keywords)
+    name_of_classes = keywords.pop("name", CLASS)
+    if name_of_classes in ds:
+        refuse_keywords("attenuation", keywords, f"the sweep has the variable {name_of_classes}")
+    else:
+        ds = classify(ds, fields=fields, name=name_of_classes, **keywords)
     sweep = find_sweep(ds, fields, corrected=True)
     if "phidp" not in sweep.fields:
         raise ValueError("the attenuation needs the differential phase, which the dataset does not have")
     rhi = is_rhi(ds, sweep.rays)
     elevation = {name: angle for name, angle in angles(ds, sweep, rhi).items() if name == "elevation"}
-    arrays = {"dbzh": sweep.dbzh, "phidp": sweep.fields["phidp"], "classes": library_codes(ds[CLASS])}
+    arrays = {"dbzh": sweep.dbzh, "phidp": sweep.fields["phidp"],
+              "classes": library_codes(ds[name_of_classes])}
     results = apply(_attenuation_arrays, arrays, sweep.rays, [np.float32] * 9, along_rays=elevation,
                     per_ray=5, no_echo=no_echo_value(sweep.dbzh), rhi=rhi, range=sweep.spacing,
                     freezing_level=float(freezing_level), algorithm=_attenuation._algorithm(algorithm),
                     min_phase_rise=float(min_phase_rise), phase_window=tuple(phase_window))
     history = describe("attenuation", freezing_level=freezing_level, min_phase_rise=min_phase_rise,
+                       **unusual(attenuation, phase_window=tuple(phase_window)),
                        algorithm=AttenuationAlgorithm(_attenuation._algorithm(algorithm)).name.lower())
     variables: dict[Any, xr.DataArray] = {name: described(name, result, sweep, history)
                                           for name, result in zip(("DBZH", *_ATTENUATION), results)}

@@ -3,7 +3,8 @@
 from __future__ import annotations
 
 import functools
-from collections.abc import Callable, Hashable, Mapping, Sequence
+import inspect
+from collections.abc import Callable, Hashable, Iterable, Mapping, Sequence
 from typing import Any, NamedTuple, Union
 
 import numpy as np
@@ -298,6 +299,20 @@ def extended(old: xr.Dataset | xr.DataArray, history: str) -> str:
 def with_history(ds: xr.Dataset, history: str) -> xr.Dataset:
     """The dataset with one more line in its history."""
     return ds.assign_attrs(history=extended(ds, history))
+
+
+def unusual(function: Callable[..., Any], **settings: Any) -> dict[str, Any]:
+    """The settings that differ from the defaults of a function, as words for the history."""
+    defaults = inspect.signature(function).parameters
+    return {name: said(value) for name, value in settings.items()
+            if said(value) != said(defaults[name].default)}
+
+
+def said(value: Any) -> Any:
+    """A setting as a word."""
+    if isinstance(value, (str, bytes)) or not isinstance(value, Iterable):
+        return getattr(value, "name", value)
+    return "|".join(str(said(item)) for item in value)
 
 
 def describe(function: str, **settings: Any) -> str:

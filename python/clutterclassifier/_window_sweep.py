@@ -12,7 +12,7 @@ from numpy.typing import NDArray
 from . import _toolkit
 from ._codes import CLASS, ClassSelection, class_attributes, library_codes, parse_classes
 from ._sweep import (FieldMap, apply, describe, extended, find_fields, is_closed, is_no_echo,
-                     no_echo_value, ray_dimension, with_attributes, with_history)
+                     no_echo_value, ray_dimension, unusual, with_attributes, with_history)
 from .echo import MISSING, NOISE
 from .fields import BY_ARGUMENT
 
@@ -23,13 +23,16 @@ _SMOOTHED = (*_TEXTURES, "vrad", "wrad", "ldr")
 _DECIBELS = ("dbzh", "zdr")
 
 
-def _chosen(ds: xr.Dataset, fields: FieldMap, quantities: Iterable[str] | None, usual: tuple[str, ...]
+def _listed(quantities: Iterable[str] | None) -> list[str] | None:
+    return [quantities] if isinstance(quantities, str) else None if quantities is None else list(quantities)
+
+
+def _chosen(ds: xr.Dataset, fields: FieldMap, wanted: list[str] | None, usual: tuple[str, ...]
             ) -> dict[str, xr.DataArray]:
     """The fields of the quantities asked for, or what there is of the usual ones."""
     found = find_fields(ds, fields, corrected=True)
-    if quantities is None:
+    if wanted is None:
         return {name: found[name] for name in usual if name in found}
-    wanted = [quantities] if isinstance(quantities, str) else list(quantities)
     for name in wanted:
         if name.lower() not in found:
             raise ValueError(f"quantities: the dataset has no {name!r} (but {', '.join(found)})")
@@ -97,9 +100,11 @@ def texture(ds: xr.Dataset, *, quantities: Iterable[str] | None = None, fields: 
     'dB'
     """
     excluded = _out_of_it(ds, exclude)
-    history = describe("texture", gates=gates, rays=rays)
+    wanted = _listed(quantities)
+    history = describe("texture", gates=gates, rays=rays,
+                       **unusual(texture, quantities=wanted, exclude=exclude, closed=closed))
     textures = {}
-    for argument, field in _chosen(ds, fields, quantities, _TEXTURES).items():
+    for argument, field in _chosen(ds, fields, wanted, _TEXTURES).items():
         arrays = {"values": field} | ({} if excluded is None else {"excluded": excluded})
         along = ray_dimension(field)
         (result,) = apply(_texture_arrays, arrays, along, [np.float32], gates=gates, rays=rays,
@@ -144,9 +149,13 @@ def smooth(ds: xr.Dataset, *, quantities: Iterable[str] | None = None, fields: F
     True
     """
     excluded = _out_of_it(ds, exclude)
-    history = describe("smooth", gates=gates, rays=rays)
+    wanted = _listed(quantities)
+    chosen = _chosen(ds, fields, wanted, _SMOOTHED)
+    linear = "|".join(name for name in chosen if name in _DECIBELS) or None
+    history = describe("smooth", gates=gates, rays=rays, means_of_linear_values=linear,
+                       **unusual(smooth, quantities=wanted, exclude=exclude, closed=closed))
     smoothed = {}
-    for argument, field in _chosen(ds, fields, quantities, _SMOOTHED).items():
+    for argument, field in chosen.items():
         arrays = {"values": field} | ({} if excluded is None else {"excluded": excluded})
         along = ray_dimension(field)
         (result,) = apply(_smooth_arrays, arrays, along, [np.float32], gates=gates, rays=rays,
@@ -180,7 +189,8 @@ def despeckle(ds: xr.Dataset, *, window: tuple[int, int] | None = None, at_most:
     old = library_codes(ds[CLASS])
     (classes,) = apply(_despeckle_arrays, {"classes": old}, ray_dimension(old), [np.uint8], window=window,
                        at_most=at_most, closed=is_closed(ds, ray_dimension(old), closed))
-    history = describe("despeckle", window=window, at_most=None if window is None else at_most)
+    history = describe("despeckle", window=window, at_most=None if window is None else at_most,
+                       closed=closed)
     all_classes = "turbine" in str(ds[CLASS].attrs.get("flag_meanings", ""))
     classes = with_attributes(classes, CLASS, ds[CLASS], history,
                               **class_attributes("library", all_classes))

@@ -18,6 +18,7 @@ if TYPE_CHECKING:
     from matplotlib.figure import Figure
 
     from ._settings import Config
+    from ._sweep import FieldMap
 
 
 def _steps() -> ModuleType:
@@ -86,15 +87,15 @@ class ClutterAccessor:
         return plot(self._ds, **keywords)
 
 
-def is_sweep(ds: xr.Dataset) -> bool:
-    """Whether a dataset has what the steps need."""
+def why_no_sweep(ds: xr.Dataset, fields: FieldMap = None) -> str:
+    """What a dataset lacks of what the steps need; empty for a sweep."""
     from ._sweep import find_sweep
 
     try:
-        find_sweep(ds)
-    except ValueError:
-        return False
-    return True
+        find_sweep(ds, fields)
+    except ValueError as error:
+        return str(error)
+    return ""
 
 
 def map_over_sweeps(tree: Any, step: Callable[..., xr.Dataset], *arguments: Any, **keywords: Any) -> Any:
@@ -105,9 +106,21 @@ def map_over_sweeps(tree: Any, step: Callable[..., xr.Dataset], *arguments: Any,
     tree : xarray.DataTree
     step : function
         ``step(sweep, ...) -> xarray.Dataset``
+    *arguments, **keywords
+        Of the step. Its `fields` also tell what is a sweep.
+
+    Raises
+    ------
+    ValueError
+        Nothing in the tree is a sweep; the message says why, group by group.
     """
-    groups = {path: step(ds, *arguments, **keywords) if is_sweep(ds) else ds
-              for path, ds in tree.to_dict().items()}
+    datasets = tree.to_dict()
+    reasons = {path: why_no_sweep(ds, keywords.get("fields")) for path, ds in datasets.items()}
+    if all(reasons.values()):
+        told = "; ".join(f"{path}: {reason}" for path, reason in reasons.items()) or "it is empty"
+        raise ValueError(f"no sweep is known in the tree: {told}")
+    groups = {path: ds if reasons[path] else step(ds, *arguments, **keywords)
+              for path, ds in datasets.items()}
     return type(tree).from_dict(groups, name=tree.name)
 
 

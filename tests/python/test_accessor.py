@@ -75,6 +75,17 @@ def test_a_tree_is_mapped_sweep_by_sweep() -> None:
         clutter.no_such_step
 
 
+def test_a_tree_whose_fields_are_named() -> None:
+    root, ds = xr.Dataset(), make_sweep().rename({"DBZH": "mine"})
+    clutter = accessor.ClutterTreeAccessor(Tree({"/": root, "/sweep_0": ds}))
+    result = clutter.classify(fields={"dbzh": "mine"})
+    xr.testing.assert_identical(result.groups["/sweep_0"], sweeps.classify(ds, fields={"dbzh": "mine"}))
+    with pytest.raises(ValueError, match="/sweep_0: no reflectivity"):
+        clutter.classify()
+    with pytest.raises(ValueError, match="no variable 'yours'"):
+        clutter.classify(fields={"dbzh": "yours"})
+
+
 def test_a_real_tree_where_xarray_has_one() -> None:
     if not hasattr(xr, "DataTree"):
         pytest.skip("this xarray has no DataTree")
@@ -174,3 +185,30 @@ def test_steps_behind_the_classification_take_the_filtered_reflectivity() -> Non
     np.testing.assert_array_equal(sweeps.texture(ds).DBZH_TEXTURE, sweeps.texture(plain).DBZH_TEXTURE)
     np.testing.assert_array_equal(sweeps.signal_to_noise(ds).SNRH, sweeps.signal_to_noise(
         plain.assign(DBZH=ds.DBTH)).SNRH)
+
+
+def test_keywords_without_effect_are_refused(made_sweep: xr.Dataset) -> None:
+    ds = sweeps.classify(made_sweep)
+    nominal = {"algorithm": "profile_nominal"}
+    for step, keywords in ((sweeps.clean, {"classes": ds.CLASS}), (sweeps.attenuation, nominal)):
+        for wrong in ({"bogus": 1}, {"min_snr": 3.0}, {"radar_constant": 30.0, "codes": "pyrad"}):
+            with pytest.raises(TypeError, match=", ".join(wrong)):
+                step(ds, **keywords, **wrong)
+    for step, keywords in ((sweeps.clean, {}), (sweeps.attenuation, nominal)):
+        with pytest.raises(TypeError, match="bogus"):
+            step(made_sweep, **keywords, bogus=1)
+
+
+def test_classes_by_another_name(made_sweep: xr.Dataset) -> None:
+    known = sweeps.clean(made_sweep)
+    classified = sweeps.classify(made_sweep, name="X")
+    for ds, keywords in ((made_sweep, {}), (classified, {}), (made_sweep, {"classes": classified.X}),
+                         (sweeps.classify(made_sweep, min_snr=60.0), {})):
+        result = sweeps.clean(ds, name="X", **keywords)
+        np.testing.assert_array_equal(result.X, known.CLASS)
+        np.testing.assert_array_equal(result.DBZH, known.DBZH)
+    nominal = {"algorithm": "profile_nominal"}
+    for ds in (made_sweep, classified):
+        result = sweeps.attenuation(ds, name="X", **nominal)
+        assert "CLASS" not in result
+        np.testing.assert_array_equal(result.DBZH, sweeps.attenuation(made_sweep, **nominal).DBZH)

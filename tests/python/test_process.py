@@ -260,7 +260,7 @@ def test_classes_of_the_sweep_serve_the_other_stages() -> None:
 
 
 def test_settings_that_leave_no_input_are_named() -> None:
-    with pytest.raises(ValueError, match="CLUTTER_ALG 2"):
+    with pytest.raises(ValueError, match="inputs 2 of the settings"):
         cc.process(scan_fields()["dbzh"], **KEYWORDS, config={"CLUTTER_ALG": 2})
 
 

@@ -384,3 +384,46 @@ def test_a_range_height_scan_by_its_angles() -> None:
         angles = {name: ("ray", ds[name].values) for name in ("azimuth", "elevation")}
         other = ds.drop_vars(["azimuth", "elevation"]).rename({rays: "ray"}).assign_coords(angles)
         np.testing.assert_array_equal(sweeps.classify(other).CLASS, sweeps.classify(ds).CLASS)
+
+
+def test_the_history_says_what_differs_from_the_defaults(made_sweep: xr.Dataset) -> None:
+    def added(step: object, **keywords: object) -> str:
+        return step(classified, **keywords).attrs["history"].splitlines()[-1]
+
+    classified = sweeps.classify(made_sweep)
+    for name in ("missing", "closed", "codes", "membership", "fields", "gates_in_front"):
+        assert f"{name}=" not in added(sweeps.classify)
+    told = added(sweeps.classify, missing="no_echo", closed=False, codes="pyrad",
+                 membership=cc.membership_directory(), fields={"ldr": None})
+    for words in ("missing=no_echo", "closed=False", "codes=pyrad", "fields=ldr:None",
+                  f"membership={cc.membership_directory()}"):
+        assert words in told
+    assert added(sweeps.texture).endswith("texture(gates=5, rays=3)")
+    told = added(sweeps.texture, quantities=["zdr"], exclude=("clutter", cc.NOISE), closed=False)
+    assert told.endswith("quantities=zdr, exclude=clutter|NOISE, closed=False)")
+    assert "means_of_linear_values=dbzh|zdr)" in added(sweeps.smooth)
+    assert "closed=False" in added(sweeps.despeckle, closed=False)
+    assert "phase_window=9|1" in added(sweeps.attenuation, phase_window=(9, 1))
+    told = sweeps.process(classified.drop_vars("PHIDP"), what=255).attrs["history"].splitlines()[-1]
+    assert "it needs phidp and rhohv" in told and "membership" not in told
+
+
+def test_attributes_and_flags_of_classes(made_sweep: xr.Dataset) -> None:
+    classes = sweeps.classify(made_sweep).CLASS
+    assert classes.attrs["standard_name"] == "radar_echo_classification"
+    assert cc.synthetic_scan(5, nrays=90, ngates=200).TRUTH.attrs["standard_name"] == (
+        "radar_echo_classification")
+    for value in (256, -1):
+        wrong = classes.astype(np.int16).assign_attrs(flag_values=np.array([0, 3, value]))
+        with pytest.raises(ValueError, match=f"CLASS: flag_values .* not {value}"):
+            sweeps.clean(made_sweep, classes=wrong)
+
+
+@pytest.mark.parametrize("step", [sweeps.classify, sweeps.process])
+def test_there_is_no_echo_in_front_of_a_cut(step: object) -> None:
+    ds = make_sweep(24, 120)
+    beyond = ds.range > 40 * SPACING
+    empty = ds.assign({name: ds[name].where(beyond) for name in NAMES.values()})
+    keywords = {"what": cc.Stage.CLASSIFICATION} if step is sweeps.process else {"remove_isolated": True}
+    whole, part = (step(data, **keywords).CLASS for data in (empty, ds.isel(range=slice(40, None))))
+    np.testing.assert_array_equal(part, whole.isel(range=slice(40, None)))
