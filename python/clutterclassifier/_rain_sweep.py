@@ -10,7 +10,7 @@ import xarray as xr
 from numpy.typing import NDArray
 
 from . import _attenuation, _beam, _rain, _signal
-from ._arrays import NO_ECHO
+from ._arrays import NO_ECHO, window_pair
 from ._attenuation import AttenuationAlgorithm
 from ._calibration_sweep import estimate_now, estimated, find_calibration
 from ._classify_sweep import classify, refuse_keywords
@@ -169,6 +169,7 @@ def attenuation(ds: xr.Dataset, *, freezing_level: float = 3000.0,
     TypeError
         A keyword that `classify` does not know, or one that has no effect since there are classes.
     """
+    window = window_pair("phase_window", phase_window)
     name_of_classes = keywords.pop("name", CLASS)
     if name_of_classes in ds:
         refuse_keywords("attenuation", keywords, f"the sweep has the variable {name_of_classes}")
@@ -184,9 +185,9 @@ def attenuation(ds: xr.Dataset, *, freezing_level: float = 3000.0,
     results = apply(_attenuation_arrays, arrays, sweep.rays, [np.float32] * 9, along_rays=elevation,
                     per_ray=5, no_echo=no_echo_value(sweep.dbzh), rhi=rhi, range=sweep.spacing,
                     freezing_level=float(freezing_level), algorithm=_attenuation._algorithm(algorithm),
-                    min_phase_rise=float(min_phase_rise), phase_window=tuple(phase_window))
+                    min_phase_rise=float(min_phase_rise), phase_window=window)
     history = describe("attenuation", freezing_level=freezing_level, min_phase_rise=min_phase_rise,
-                       **unusual(attenuation, phase_window=tuple(phase_window)),
+                       **unusual(attenuation, phase_window=window),
                        algorithm=AttenuationAlgorithm(_attenuation._algorithm(algorithm)).name.lower())
     variables: dict[Any, xr.DataArray] = {name: described(name, result, sweep, history)
                                           for name, result in zip(("DBZH", *_ATTENUATION), results)}

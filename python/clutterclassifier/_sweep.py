@@ -63,6 +63,8 @@ def has_gates(field: xr.DataArray) -> bool:
 def _overrides(ds: xr.Dataset, fields: FieldMap) -> dict[str, Hashable | None]:
     """The wishes of the caller by names of arguments; CfRadial names are understood as well."""
     wishes: dict[str, Hashable | None] = {}
+    if fields is not None and not isinstance(fields, Mapping):
+        raise TypeError(f"fields must be a dict such as {{'dbzh': 'my_name'}}, not {fields!r}")
     for key, name in (fields or {}).items():
         quantity = BY_ARGUMENT.get(str(key).lower()) or BY_NAME.get(str(key).upper())
         if quantity is None:
