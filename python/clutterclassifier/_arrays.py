@@ -97,7 +97,7 @@ def _without_noise(spacing: float) -> float:
 
 def number(name: str, value: Any) -> float:
     """A single number, which may be infinite."""
-    if isinstance(value, Real):
+    if isinstance(value, (float, Real)):
         single = float(value)
     else:
         try:

@@ -22,6 +22,11 @@ InputSelection = Union[Inputs, int, str, Iterable[Union[Inputs, int, str]], None
 #: Membership functions that come with the package.
 _PACKAGED = str(Path(__file__).parent / "membership")
 
+#: Defaults, which need no checks: what is done beside the library's own work is paid for by every scan.
+_WINDOW = (5, 3)
+_HORIZONTAL = 0.0
+_WRAD = int(Inputs.WRAD)
+
 #: Which array an input needs.
 _NEEDS = {
     Inputs.DBZH_TEXTURE: "dbzh", Inputs.ZDR_TEXTURE: "zdr", Inputs.PHIDP_TEXTURE: "phidp",
@@ -112,10 +117,10 @@ def classify(dbzh: ArrayLike, *, zdr: ArrayLike | None = None, phidp: ArrayLike 
              rhohv: ArrayLike | None = None, vrad: ArrayLike | None = None,
              wrad: ArrayLike | None = None, ldr: ArrayLike | None = None,
              clutter_likelihood: ArrayLike | None = None, range: ArrayLike,
-             azimuth: ArrayLike | None = None, elevation: ArrayLike = 0.0, radar_constant: float,
+             azimuth: ArrayLike | None = None, elevation: ArrayLike = _HORIZONTAL, radar_constant: float,
              min_snr: float = 26.0, inputs: InputSelection = None,
              membership: str | os.PathLike[str] | None = None,
-             texture_window: tuple[int, int] = (5, 3), remove_isolated: bool = False,
+             texture_window: tuple[int, int] = _WINDOW, remove_isolated: bool = False,
              all_classes: bool = False, missing: str = "keep") -> NDArray[np.uint8]:
     """Tell precipitation from ground clutter and noise, gate by gate.
 
@@ -185,10 +190,11 @@ def classify(dbzh: ArrayLike, *, zdr: ArrayLike | None = None, phidp: ArrayLike 
     given = only_given(zdr=zdr, phidp=phidp, rhohv=rhohv, vrad=vrad, wrad=wrad, ldr=ldr,
                        clutter_likelihood=clutter_likelihood)
     mask = parse_inputs(inputs, ["dbzh", *given])
-    window = window_pair("texture_window", texture_window, odd=True)
+    window = texture_window
+    if window is not _WINDOW:
+        window = window_pair("texture_window", texture_window, odd=True)
     single = getattr(dbzh, "dtype", None) == np.float32
-    plain = (not single and not mask & Inputs.WRAD and window == (5, 3) and not remove_isolated
-             and not all_classes)
+    plain = not (single or remove_isolated or all_classes or window != _WINDOW or int(mask) & _WRAD)
     fields = {"dbzh": as_field("dbzh", dbzh, np.float64 if plain else np.float32, NO_ECHO)}
     for name, value in given.items():
         fields[name] = as_field_like(name, value, fields["dbzh"], "dbzh")
@@ -198,7 +204,7 @@ def classify(dbzh: ArrayLike, *, zdr: ArrayLike | None = None, phidp: ArrayLike 
     shape = fields["dbzh"].shape
     if azimuth is not None:
         per_ray("azimuth", azimuth, shape)
-    if not np.isfinite(per_ray("elevation", elevation, shape)).all():
+    if elevation is not _HORIZONTAL and not np.isfinite(per_ray("elevation", elevation, shape)).all():
         raise ValueError("elevation must hold finite numbers")
     settings: dict[str, Any] = {
         "spacing": gate_spacing(range, shape[-1]),
