@@ -1,6 +1,6 @@
 /*
  * The whole pipeline but the two plain conversions, on a scan of 360 rays x 1,000 gates: filling a
- * context, classification to blanking, nominal attenuation solution.
+ * context, classification to blanking, nominal attenuation solution. And its rain rates alone.
  */
 #include <benchmark/benchmark.h>
 #include <fcntl.h>
@@ -18,6 +18,7 @@ constexpr int kRays = 360;
 constexpr int kGates = 1000;
 constexpr int kStages = 255 & ~(32 | 64);
 constexpr int kAlgorithm = 4;
+constexpr int kBetterOfTwo = -1;
 
 /* Standard output goes nowhere while the stages talk. */
 class Silence {
@@ -63,8 +64,27 @@ void literalDefinition(benchmark::State& state) {
     }
 }
 
+void rainRates(benchmark::State& state) {
+    Crres context;
+    clutter::test::fillContext(context, clutter::test::makeRainScan(kRays, kGates, 3));
+    for (auto _ : state) {
+        context.PrecipitationEstimation(kBetterOfTwo);
+        benchmark::DoNotOptimize(context.rain.data);
+    }
+}
+
+void literalRainRates(benchmark::State& state) {
+    literal::PolarScan scan = clutter::test::makeRainScan(kRays, kGates, 3);
+    for (auto _ : state) {
+        literal::estimateRain(scan, kBetterOfTwo);
+        benchmark::DoNotOptimize(scan.rain.data());
+    }
+}
+
 }  // namespace
 
+BENCHMARK(rainRates)->Name("rain rates/fast")->Unit(benchmark::kMillisecond);
+BENCHMARK(literalRainRates)->Name("rain rates/literal")->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(fast, whole, kStages)->Name("pipeline/fast")->Unit(benchmark::kMillisecond);
 BENCHMARK(literalDefinition)->Name("pipeline/literal")->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(fast, none, 0)->Name("pipeline/filling only")->Unit(benchmark::kMillisecond);

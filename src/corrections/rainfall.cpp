@@ -6,11 +6,18 @@
 #include <iterator>
 
 #include "clutterclassifier/Cradarpro.h"
+#include "corrections/rain_rates.h"
+
+using namespace clutter::corrections;
 
 namespace {
 
 constexpr int kRelations = 20;
 constexpr int kCoefficientsOfRelation = 10;
+
+double tenTo(double exponent) {
+    return std::pow(10.0, exponent);
+}
 
 /* The variables of one gate; an absent one is 0 and not used. */
 struct Gate {
@@ -18,51 +25,105 @@ struct Gate {
     float zdr;
     float kdp;
 
-    double z() const { return std::pow(10.0, 0.1 * static_cast<double>(dbz)); }
+    double z() const { return tenTo(0.1 * static_cast<double>(dbz)); }
 };
 
-double tenTo(double exponent) {
-    return std::pow(10.0, exponent);
-}
+/* Rows of variables; an absent one is null. */
+struct Rows {
+    const float* dbz;
+    const float* zdr;
+    const float* kdp;
 
-double fromZ(const double* c, const Gate& gate) {
-    return std::pow(gate.z() / c[0], 1.0 / c[1]);
-}
+    Rows from(int gate) const {
+        const auto behind = [&](const float* row) { return row != nullptr ? row + gate : nullptr; };
+        return {behind(dbz), behind(zdr), behind(kdp)};
+    }
+    Gate at(int gate) const {
+        const auto value = [&](const float* row) { return row != nullptr ? row[gate] : 0.0f; };
+        return {value(dbz), value(zdr), value(kdp)};
+    }
+};
 
-double fromZZdr(const double* c, const Gate& gate) {
-    return c[0] * std::pow(gate.z(), c[1]) * tenTo(c[2] * static_cast<double>(gate.zdr));
-}
-
-double fromKdpZdr(const double* c, const Gate& gate) {
-    return c[0] * std::pow(static_cast<double>(gate.kdp), c[1]) *
-           tenTo(c[2] * static_cast<double>(gate.zdr));
-}
-
-double fromKdp(const double* c, const Gate& gate) {
-    return c[0] * std::pow(static_cast<double>(gate.kdp), c[1]);
-}
-
-/* The powers of ZDR are single precision. */
-double fromZdrPolynomial(const double* c, const Gate& gate) {
-    const float square = gate.zdr * gate.zdr;
-    const float cube = gate.zdr * gate.zdr * gate.zdr;
-    const double offset = c[0] + c[1] * static_cast<double>(gate.zdr) +
-                          c[2] * static_cast<double>(square) + c[3] * static_cast<double>(cube);
-    return tenTo(0.1 * (static_cast<double>(gate.dbz) - offset));
-}
-
+/* A relation: its definition at one gate, and the logarithms of the rates of many. */
 struct Relation {
     bool needsZ, needsZdr, needsKdp;
-    double (*rain)(const double* coefficients, const Gate& gate);
+    double (*rain)(const double* c, const Gate& gate);
+    void (*exponents)(const double* c, const Rows& rows, double* exponents, int n);
+
+    Rows inputsOf(const Rows& rows) const {
+        return {needsZ ? rows.dbz : nullptr, needsZdr ? rows.zdr : nullptr,
+                needsKdp ? rows.kdp : nullptr};
+    }
+    bool lacksInput(const Rows& rows) const {
+        return (needsZ && rows.dbz == nullptr) || (needsZdr && rows.zdr == nullptr) ||
+               (needsKdp && rows.kdp == nullptr);
+    }
 };
 
+double powerOfRatio(double z, double factor, double exponent) {
+    return std::pow(z / factor, exponent);
+}
+
+PowerLaw lawOfRatio(double factor, double exponent) {
+    return {-std::log10(factor) * exponent, exponent, 0.0, 0.0};
+}
+
+void exponents(const PowerLaw& law, const Rows& rows, double* exponents, int n) {
+    exponentsOf(law, rows.dbz, rows.zdr, rows.kdp, exponents, n);
+}
+
 constexpr Relation kKnownRelations[] = {
-    {true, false, false, fromZ},
-    {true, true, false, fromZZdr},
-    {false, true, true, fromKdpZdr},
-    {false, false, true, fromKdp},
-    {true, true, false, fromZdrPolynomial},
+    {true, false, false,
+     [](const double* c, const Gate& gate) { return powerOfRatio(gate.z(), c[0], 1.0 / c[1]); },
+     [](const double* c, const Rows& rows, double* to, int n) {
+         exponents(lawOfRatio(c[0], 1.0 / c[1]), rows, to, n);
+     }},
+    {true, true, false,
+     [](const double* c, const Gate& gate) {
+         return c[0] * std::pow(gate.z(), c[1]) * tenTo(c[2] * static_cast<double>(gate.zdr));
+     },
+     [](const double* c, const Rows& rows, double* to, int n) {
+         exponents({std::log10(c[0]), c[1], c[2], 0.0}, rows, to, n);
+     }},
+    {false, true, true,
+     [](const double* c, const Gate& gate) {
+         return c[0] * std::pow(static_cast<double>(gate.kdp), c[1]) *
+                tenTo(c[2] * static_cast<double>(gate.zdr));
+     },
+     [](const double* c, const Rows& rows, double* to, int n) {
+         exponents({std::log10(c[0]), 0.0, c[2], c[1]}, rows, to, n);
+     }},
+    {false, false, true,
+     [](const double* c, const Gate& gate) {
+         return c[0] * std::pow(static_cast<double>(gate.kdp), c[1]);
+     },
+     [](const double* c, const Rows& rows, double* to, int n) {
+         exponents({std::log10(c[0]), 0.0, 0.0, c[1]}, rows, to, n);
+     }},
+    {true, true, false,
+     [](const double* c, const Gate& gate) {
+         return tenTo(0.1 * (static_cast<double>(gate.dbz) - polynomialOffset(c, gate.zdr)));
+     },
+     [](const double* c, const Rows& rows, double* to, int n) {
+         exponentsOfPolynomial(c, rows.dbz, rows.zdr, to, n);
+     }},
 };
+
+/* Walks n gates in blocks: settle(first gate, rates, open, count) does what it can, define(gate)
+ * the rest. */
+template <class Settle, class Define>
+void inBlocks(int n, float* out, Settle settle, Define define) {
+    float values[kRainBlock];
+    std::int32_t open[kRainBlock];
+    for (int first = 0; first < n; first += std::min(kRainBlock, n - first)) {
+        const int count = std::min(kRainBlock, n - first);
+        settle(first, values, open, count);
+        for (int j = 0; j < count; ++j) {
+            if (open[j] != 0) values[j] = static_cast<float>(define(first + j));
+        }
+        std::copy_n(values, count, out + first);
+    }
+}
 
 }  // namespace
 
@@ -78,38 +139,55 @@ void Cradarpro::RainfallEstimation(float* zh, float* zdr, float* kdp, int n, int
         return;
     }
     const Relation& relation = kKnownRelations[alg];
-    if (relation.needsZ && zh == nullptr) return;
-    if (relation.needsZdr && zdr == nullptr) return;
-    if (relation.needsKdp && kdp == nullptr) return;
-    const auto valueAt = [](const float* field, int i) { return field ? field[i] : 0.0f; };
-    for (int i = 0; i < n; ++i) {
-        const Gate gate{valueAt(zh, i), valueAt(zdr, i), valueAt(kdp, i)};
-        rain[i] = static_cast<float>(relation.rain(coefficients[alg], gate));
-    }
+    const double* const c = coefficients[alg];
+    const Rows rows = relation.inputsOf({zh, zdr, kdp});
+    if (relation.lacksInput(rows)) return;
+    inBlocks(
+        n, rain,
+        [&](int first, float* rates, std::int32_t* open, int count) {
+            double logarithms[kRainBlock];
+            relation.exponents(c, rows.from(first), logarithms, count);
+            settleRates(logarithms, rates, open, count);
+        },
+        [&](int gate) { return relation.rain(c, rows.at(gate)); });
 }
 
 void Cradarpro::ZtoR(float* rain, float* zh, int n, float a, float b) {
     if (rain == nullptr || zh == nullptr) return;
     const double factor = static_cast<double>(a), exponent = 1.0 / static_cast<double>(b);
-    for (int i = 0; i < n; ++i) {
-        if (!(zh[i] > threshold)) {
-            rain[i] = 0.0f;
-            continue;
-        }
-        const double z = tenTo(0.1 * static_cast<double>(zh[i]));
-        rain[i] = static_cast<float>(std::pow(z / factor, exponent));
-    }
+    const PowerLaw law = lawOfRatio(factor, exponent);
+    inBlocks(
+        n, rain,
+        [&](int first, float* rates, std::int32_t* open, int count) {
+            double logarithms[kRainBlock];
+            exponentsOf(law, zh + first, nullptr, nullptr, logarithms, count);
+            settleRates(logarithms, rates, open, count);
+            for (int j = 0; j < count; ++j) {
+                if (zh[first + j] > threshold) continue;
+                rates[j] = 0.0f;
+                open[j] = 0;
+            }
+        },
+        [&](int gate) {
+            return powerOfRatio(tenTo(0.1 * static_cast<double>(zh[gate])), factor, exponent);
+        });
 }
 
 void Cradarpro::RtoZ(float* rain, float* zh, int n, float a, float b) {
     if (rain == nullptr || zh == nullptr) return;
     const double factor = static_cast<double>(a), exponent = static_cast<double>(b);
-    for (int i = 0; i < n; ++i) {
-        if (!(rain[i] > 0.0f)) {
-            zh[i] = threshold;
-            continue;
-        }
-        const double z = factor * std::pow(static_cast<double>(rain[i]), exponent);
-        zh[i] = static_cast<float>(10.0 * std::log10(z));
-    }
+    inBlocks(
+        n, zh,
+        [&](int first, float* dbz, std::int32_t* open, int count) {
+            settleReflectivities(factor, exponent, rain + first, dbz, open, count);
+            for (int j = 0; j < count; ++j) {
+                if (rain[first + j] > 0.0f) continue;
+                dbz[j] = threshold;
+                open[j] = 0;
+            }
+        },
+        [&](int gate) {
+            const double z = factor * std::pow(static_cast<double>(rain[gate]), exponent);
+            return 10.0 * std::log10(z);
+        });
 }

@@ -2,11 +2,9 @@
  * decibel_mean.h - means of powers given in decibels: 10 log10(sum of 10^(0.1 v) / count), rounded
  * to single precision.
  *
- * The C library's pow and log10 cost more than all the rest of the smoother, and only 24 of the 53
- * bits survive. So powers and logarithms are taken from short series, vectorised across gates, good
- * to about 1e-13 dB; where both ends of an interval of the much larger half width roundingMargin()
- * round to the same float, the exact definition can only give that float. The few other gates (one
- * in 100,000 at 30 dB) and values outside +-300 dB are left to the definition itself.
+ * Powers and logarithms are taken from short series (base/power_series.h); where both ends of an
+ * interval of half width roundingMargin() round to the same float, that is the mean. The few other
+ * gates (one in 100,000 at 30 dB) and values outside +-300 dB are left to the definition itself.
  */
 #ifndef CLUTTER_DSP_DECIBEL_MEAN_H
 #define CLUTTER_DSP_DECIBEL_MEAN_H

@@ -64,6 +64,40 @@ TEST(Rainfall, RelationsInDoublePrecision) {
     }
 }
 
+/* Ordinary and impossible coefficients, values of every size; the result replaces an input. */
+TEST(Rainfall, AnyCoefficientsAndValues) {
+    std::mt19937 random(62);
+    const auto oneOf = [&](std::initializer_list<double> values) {
+        return values.begin()[random() % values.size()];
+    };
+    const auto value = [&](float scale) {
+        std::normal_distribution<float> normal;
+        const float wide = scale * normal(random) * (random() % 8 == 0 ? 100.0f : 1.0f);
+        return random() % 40 == 0
+                   ? static_cast<float>(oneOf({0, -0.0, NAN, HUGE_VAL, -HUGE_VAL, 1e-40, -9999}))
+                   : wide;
+    };
+    for (int round = 0; round < 200; ++round) {
+        Cradarpro radar;
+        const int alg = round % 5, n = 1 + static_cast<int>(random() % 700);
+        for (int k = 0; k < 4 && round % 3 != 0; ++k) {
+            double& c = radar.coefficients[alg][k];
+            c *= oneOf({0.3, 1, 2, 10, -1, 0, 1e30, 1e-30, NAN, HUGE_VAL});
+        }
+        std::vector<float> zh, zdr, kdp, expected;
+        for (int i = 0; i < n; ++i) {
+            zh.push_back(value(30.0f));
+            zdr.push_back(value(3.0f));
+            kdp.push_back(std::fabs(value(1.0f)));
+            expected.push_back(
+                literalRain(radar.coefficients[alg], alg, zh.back(), zdr.back(), kdp.back()));
+        }
+        std::vector<float>& out = alg == 0 || alg == 4 ? zh : alg == 1 ? zdr : kdp;
+        radar.RainfallEstimation(zh.data(), zdr.data(), kdp.data(), n, alg, nullptr, 0, out.data());
+        EXPECT_TRUE(sameBits(out, expected)) << alg << ", round " << round;
+    }
+}
+
 /* Textbook points of each relation's default coefficients, worked out by hand. */
 TEST(Rainfall, KnownRates) {
     const struct {
@@ -154,6 +188,34 @@ TEST(PowerLaw, BothWays) {
     radar.threshold = 30.0f;
     radar.ZtoR(rain.data(), zh.data(), 6, 200.0f, 1.6f);
     EXPECT_EQ(rain[2], 0.0f) << "the object's own threshold";
+}
+
+TEST(PowerLaw, SameBitsAsThePlainDefinition) {
+    std::mt19937 random(63);
+    std::normal_distribution<float> normal(20.0f, 25.0f);
+    const float factors[] = {200.0f, 1.0f, 1e30f, 0.0f, -3.0f, HUGE_VALF},
+                exponents[] = {1.6f, 0.1f, -2.0f};
+    for (const float a : factors) {
+        for (const float b : exponents) {
+            std::vector<float> zh(3000), rain(zh.size()), back(zh.size()), rates, levels;
+            for (float& dbz : zh) dbz = random() % 50 == 0 ? HUGE_VALF : normal(random);
+            Cradarpro radar;
+            const int n = static_cast<int>(zh.size());
+            radar.ZtoR(rain.data(), zh.data(), n, a, b);
+            radar.RtoZ(rain.data(), back.data(), n, a, b);
+            for (std::size_t i = 0; i < zh.size(); ++i) {
+                const double z = std::pow(10.0, 0.1 * static_cast<double>(zh[i]));
+                const double rate =
+                    std::pow(z / static_cast<double>(a), 1 / static_cast<double>(b));
+                rates.push_back(zh[i] > -32.0f ? static_cast<float>(rate) : 0.0f);
+                const double power = std::pow(static_cast<double>(rain[i]), static_cast<double>(b));
+                const double level = 10 * std::log10(static_cast<double>(a) * power);
+                levels.push_back(rain[i] > 0.0f ? static_cast<float>(level) : -32.0f);
+            }
+            EXPECT_TRUE(sameBits(rain, rates)) << a << ' ' << b;
+            EXPECT_TRUE(sameBits(back, levels)) << a << ' ' << b;
+        }
+    }
 }
 
 TEST(Calibration, VerticalScan) {
