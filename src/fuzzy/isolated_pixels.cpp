@@ -4,13 +4,14 @@
 #include <cstddef>
 
 #include "base/array.h"
+#include "base/kernel.h"
 #include "clutterclassifier/Cradarpro.h"
 
 namespace clutter::fuzzy {
 namespace {
 
 /* Sums of ones over g - half .. g + half, where members beyond the ends repeat the edge gate. */
-void sumAlongRay(const float* cls, int ngates, int half, std::int64_t* sums) {
+void sumAlongRay(const float* cls, int ngates, int half, std::uint32_t* sums) {
     const auto one = [cls](std::int64_t g) -> std::int64_t { return cls[g] == 0.0f ? 1 : 0; };
     const std::int64_t last = ngates - 1;
     // Window of gate 0: the edge gate stands for itself and the half members before it.
@@ -18,10 +19,23 @@ void sumAlongRay(const float* cls, int ngates, int half, std::int64_t* sums) {
     const std::int64_t inside = std::min<std::int64_t>(half, last);
     for (std::int64_t g = 1; g <= inside; ++g) sum += one(g);
     sum += one(last) * (half - inside);
-    sums[0] = sum;
+    sums[0] = static_cast<std::uint32_t>(sum);
     for (std::int64_t g = 1; g <= last; ++g) {
         sum += one(std::min(g + half, last)) - one(std::max<std::int64_t>(g - half - 1, 0));
-        sums[g] = sum;
+        sums[g] = static_cast<std::uint32_t>(sum);
+    }
+}
+
+CLUTTER_KERNEL void addRow(const std::uint32_t* row, std::int64_t times,
+                           std::int64_t* __restrict counts, int n) {
+    for (int g = 0; g < n; ++g) counts[g] += times * static_cast<std::int64_t>(row[g]);
+}
+
+CLUTTER_KERNEL void flagFew(const float* cls, const std::int64_t* counts, int most, float* flags,
+                            int n) {
+    for (int g = 0; g < n; ++g) {
+        const std::int64_t members = cls[g] == 0.0f ? counts[g] : INT64_MAX;
+        flags[g] = members <= most ? 1.0f : 0.0f;
     }
 }
 
@@ -56,8 +70,7 @@ const std::int64_t* ZeroCounter::next() {
 void ZeroCounter::add(std::int64_t logicalRay, std::int64_t times) {
     const std::int64_t remainder = logicalRay % nrays_;
     const std::int64_t ray = remainder < 0 ? remainder + nrays_ : remainder;
-    const std::int64_t* row = alongRay_.data() + ray * ngates_;
-    for (int g = 0; g < ngates_; ++g) counts_[static_cast<std::size_t>(g)] += times * row[g];
+    addRow(alongRay_.data() + ray * ngates_, times, counts_.data(), ngates_);
 }
 
 }  // namespace clutter::fuzzy
@@ -68,11 +81,7 @@ void Cradarpro::GetIsolatedPixels(float* cls, float* flags, int ngates, int nray
     if (wgates <= 1 || wrays <= 1) return;
     clutter::fuzzy::ZeroCounter counter(cls, ngates, nrays, wgates, wrays);
     for (int r = 0; r < nrays; ++r) {
-        const std::int64_t* counts = counter.next();
         const std::ptrdiff_t at = static_cast<std::ptrdiff_t>(r) * ngates;
-        for (int g = 0; g < ngates; ++g) {
-            const bool isolated = cls[at + g] == 0.0f && counts[g] <= maxcount;
-            flags[at + g] = isolated ? 1.0f : 0.0f;
-        }
+        clutter::fuzzy::flagFew(cls + at, counter.next(), maxcount, flags + at, ngates);
     }
 }

@@ -30,7 +30,7 @@ class ZeroCounter {
     int nrays_;
     int halfRays_;
     std::int64_t ray_ = -1;
-    std::vector<std::int64_t> alongRay_;  // nrays x ngates: window sums within the ray
+    std::vector<std::uint32_t> alongRay_;  // nrays x ngates: window sums within the ray
     std::vector<std::int64_t> counts_;
 };
 
