@@ -125,8 +125,11 @@ void drawDemo(const Scan& scan, const SyntheticScan& synthetic, const Verdict& v
                options, arguments.output);
 }
 
-void writeScan(const Scan& scan, const std::string& path) {
+/* A file's radar name has eight letters, and a time is expected of it. */
+void writeScan(Scan scan, const std::string& path) {
     if (path.empty()) return;
+    scan.radarName = "DEMO";
+    scan.time = {2000, 1, 1};
     OutputFile file(path);
     writeUniversalFormat(file.temporary(), scan, nullptr);
     file.commit();
