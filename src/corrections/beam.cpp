@@ -11,12 +11,15 @@
 namespace clutter::corrections {
 namespace {
 
-constexpr double kRadPerDeg = std::numbers::pi / 180.0;
+constexpr double kPi = std::numbers::pi;
 constexpr double kPatternWidth = 159.46; /* half power at half the beamwidth; per degree of it */
 constexpr double kWidestAngleDeg = 5.0;
 constexpr double kAngleStepDeg = 0.01;
 constexpr int kAngles = 1000;
 constexpr double kMostHeights = 100000.0;
+/* A root is defined as the power 0.5, whose last bit now and then differs from the square root's:
+ * hidden from compilers, which take one for the other. */
+const volatile double kHalf = 0.5;
 
 void normalise(std::vector<double>& power) {
     double sum = 0.0;
@@ -48,7 +51,7 @@ std::vector<double> heightGrid(double beamwidth, double range, double elevation)
 double beamHeight(double range, double elevation) {
     const double squared = range * range + kEarthRadius * kEarthRadius +
                            2.0 * range * kEarthRadius * std::sin(elevation);
-    return std::pow(squared, 0.5) - kEarthRadius;
+    return std::pow(squared, kHalf) - kEarthRadius;
 }
 
 double beamRange(double height, double elevation) {
@@ -67,9 +70,9 @@ double viewingAngle(double height, double range) {
 
 BeamPattern computeBeamPattern(double beamwidth, double range, double elevation) {
     BeamPattern pattern;
-    const double width = kPatternWidth / (beamwidth / kRadPerDeg);
+    const double width = kPatternWidth / (beamwidth * 180.0 / kPi);
     for (int i = 0; i < kAngles; ++i) {
-        pattern.angles.push_back((i * kAngleStepDeg - kWidestAngleDeg) * kRadPerDeg);
+        pattern.angles.push_back((i * kAngleStepDeg - kWidestAngleDeg) * kPi / 180.0);
         pattern.power.push_back(patternAt(pattern.angles.back(), width));
     }
     normalise(pattern.power);

@@ -8,6 +8,7 @@
 #include <numbers>
 #include <numeric>
 #include <random>
+#include <vector>
 
 #include "clutterclassifier/Cradarpro.h"
 #include "dsp/interpolation.h"
@@ -55,6 +56,29 @@ TEST(BeamGeometry, KnownTriangles) {
     EXPECT_TRUE(std::isnan(back[0])) << "never reached";
 }
 
+/* The last bit is that of the power 0.5, which is not always the root's, at every place of a row.
+ */
+TEST(BeamGeometry, HeightsArePowersNotRoots) {
+    const volatile double half = 0.5;
+    std::mt19937 random(64);
+    std::uniform_real_distribution<double> range(0.0, 3e5), elevation(-0.1, 1.6);
+    std::vector<double> ranges(41), heights(ranges.size());
+    int unlikeRoots = 0;
+    Cradarpro radar;
+    for (int round = 0; round < 1000; ++round) {
+        const double e = elevation(random);
+        for (double& r : ranges) r = range(random);
+        radar.h_beam(ranges.data(), e, heights.data(), static_cast<int>(ranges.size()));
+        for (std::size_t i = 0; i < ranges.size(); ++i) {
+            const double r = ranges[i];
+            const double squared = r * r + kEarth * kEarth + 2 * r * kEarth * std::sin(e);
+            ASSERT_EQ(heights[i], std::pow(squared, half) - kEarth) << round << ' ' << i;
+            unlikeRoots += heights[i] != std::sqrt(squared) - kEarth ? 1 : 0;
+        }
+    }
+    EXPECT_GT(unlikeRoots, 0) << "the two ways are not told apart";
+}
+
 struct Pattern {
     double *power = nullptr, *angles = nullptr, *powerH = nullptr, *heights = nullptr;
     int nangles = -1, nheights = -1;
@@ -96,6 +120,24 @@ TEST(BeamPattern, HalfPowerHalfABeamOffTheAxis) {
             static_cast<int>(std::max_element(p.powerH, p.powerH + p.nheights) - p.powerH);
         EXPECT_NEAR(p.heights[top], std::min(-p.heights[0] - 7.5, 50000.0 * 50000.0 / 2 / kEarth),
                     10.0);
+    }
+}
+
+TEST(BeamPattern, AnglesAndPowersInTheStatedOrder) {
+    const double width = 0.0172, k = 159.46 / (width * 180 / std::numbers::pi);
+    Pattern pattern;
+    pattern.compute(width, 3e4, 0.02);
+    ASSERT_EQ(pattern.nangles, 1000);
+    std::vector<double> power;
+    double sum = 0.0;
+    for (int i = 0; i < 1000; ++i) {
+        const double angle = (i * 0.01 - 5) * std::numbers::pi / 180;
+        ASSERT_EQ(pattern.angles[i], angle) << i;
+        power.push_back(angle == 0 ? 1.0 : std::pow(std::sin(k * angle) / (k * angle), 4.0));
+        sum += power.back();
+    }
+    for (int i = 0; i < 1000; ++i) {
+        ASSERT_EQ(pattern.power[i], power[static_cast<std::size_t>(i)] / sum) << i;
     }
 }
 

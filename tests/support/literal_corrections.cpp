@@ -229,14 +229,15 @@ void hotSpots(const AttenuationRay& ray, const Values& rhohv, Values& flag, Valu
 Values matchProfiles(const Values& zin, const Values& range, const Values& freezing,
                      double elevation, double beamwidth, const Values& profiles) {
     const double earth = 6.378e6, pi = 3.14159265358979323846;
+    const volatile double half = 0.5;  // a power, not a root
     const auto heightOf = [&](double r, double e) {
-        return std::pow(r * r + earth * earth + 2 * r * earth * std::sin(e), 0.5) - earth;
+        return std::pow(r * r + earth * earth + 2 * r * earth * std::sin(e), half) - earth;
     };
     Values angles, pattern;
     double sum = 0.0;
-    const double k = 159.46 / (beamwidth / (pi / 180));
+    const double k = 159.46 / (beamwidth * 180 / pi);
     for (int i = 0; i < 1000; ++i) {
-        const double angle = (i * 0.01 - 5) * (pi / 180);
+        const double angle = (i * 0.01 - 5) * pi / 180;
         angles.push_back(angle);
         pattern.push_back(angle == 0 ? 1 : std::pow(std::sin(k * angle) / (k * angle), 4));
         sum = sum + pattern.back();
