@@ -13,7 +13,7 @@
  * Fill the records (copydata(), Cpluvek::CopyPointerToObject() or by hand), then run stages: each
  * works in place on the records. A record whose data is null is absent, and so is one with fewer
  * values than the reflectivity record; a larger one is read with the reflectivity's sizes. Stages
- * return silently when they lack an input. One thread at a time uses a context; it is large (16 KB)
+ * return silently when they lack an input. One thread at a time uses a context; it is large (20 KB)
  * but may live on the stack.
  */
 class CLUTTERCLASSIFIER_EXPORT Crres {

@@ -1,11 +1,14 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <cstring>
 #include <limits>
+#include <new>
 #include <string>
 #include <vector>
 
 #include "clutterclassifier/Crres.h"
+#include "clutterclassifier/Cvars.h"
 #include "support/membership_files.h"
 #include "support/temp_dir.h"
 
@@ -66,6 +69,29 @@ TEST(Context, ClearMemoryKeepsWhatTheNextProducerFrees) {
                   record == &c.ah || record == &c.snr || record == &c.ta);
     }
     EXPECT_EQ(c.minsnr, 3.0f);
+}
+
+/* Hosts that end an object in place look at its pointers afterwards. */
+TEST(Context, WhatWasDestroyedHoldsNoPointers) {
+    alignas(Cpluvek) unsigned char record[sizeof(Cpluvek)];
+    auto* const field = new (record) Cpluvek;
+    fill(*field, 2, 1, {1.0f, 2.0f});
+    const auto at = [](const auto* object, const auto* member) {
+        return reinterpret_cast<const unsigned char*>(member) -
+               reinterpret_cast<const unsigned char*>(object);
+    };
+    const auto data = at(field, &field->data), angles = at(field, &field->angles);
+    field->~Cpluvek();
+    const unsigned char null[sizeof(void*)] = {};
+    EXPECT_EQ(std::memcmp(record + data, null, sizeof null), 0);
+    EXPECT_EQ(std::memcmp(record + angles, null, sizeof null), 0);
+
+    alignas(Cvars) unsigned char variable[sizeof(Cvars)];
+    auto* const speed = new (variable) Cvars;
+    speed->CreateMFSspace(2);
+    const auto functions = at(speed, &speed->mfs);
+    speed->~Cvars();
+    EXPECT_EQ(std::memcmp(variable + functions, null, sizeof null), 0);
 }
 
 TEST(Context, NoEchoFlags) {
