@@ -28,7 +28,8 @@ namespace {
 
 using Output = std::vector<unsigned char>;
 
-constexpr double kDegreesPerRadian = 180 / 3.141592653589793;
+using polar_formula::kPi;
+constexpr float kPiOfFloats = 3.1415927f;
 
 template <class Value>
 void append(Output& out, Value value) {
@@ -73,7 +74,7 @@ std::size_t repackedGateBytes(int nfields, int layout) {
 /* Gates that stay; a number that is not below the present one when the file is to stay as it is. */
 int shortenedGates(const PolarHeader& header) {
     const double elevation = header.elevation + kHalfDegree;
-    const bool low = !(elevation * kDegreesPerRadian > kLowestElevationDeg);
+    const bool low = !(elevation * 180 / kPi > kLowestElevationDeg);
     if (low || header.firstgate != 0 || header.gatesize == 0.0f) return header.ngates;
     return base::truncateToInt(rangeToTop(elevation) / header.gatesize);
 }
@@ -125,7 +126,7 @@ class HeaderWriter {
 
 /* An angle in parts of a degree, rounded down but for the rounding of the angle itself. */
 double partsOfDegree(float angle, int parts) {
-    return std::floor(angle * kDegreesPerRadian * parts + 0.1);
+    return std::floor(static_cast<double>(angle) * 180 / kPi * parts + 0.1);
 }
 
 /* Words that are the same in every file. */
@@ -158,8 +159,7 @@ void putTimeAndSite(const Cpluvek& source, HeaderWriter& header) {
 void putRadarAndGrid(const Cpluvek& source, HeaderWriter& header) {
     header.value(polar_offset::kRadarConstant, source.radarconst * 10.0f);
     header.value(polar_offset::kWavelength, source.wavelength * 1000.0f);
-    header.value(polar_offset::kBeamWidth,
-                 source.beamwidth * static_cast<float>(kDegreesPerRadian) * 100.0f);
+    header.value(polar_offset::kBeamWidth, source.beamwidth * 180.0f / kPiOfFloats * 100.0f);
     header.words(polar_offset::kRays, {source.nrays, source.ngates});
     header.value(polar_offset::kGateLength, source.gatesize);
     header.value(polar_offset::kPulseLength, source.pulsedepth);

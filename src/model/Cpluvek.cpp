@@ -132,9 +132,8 @@ int Cpluvek::CopyPointerToObject(int index, Cpluvek& dst) {
     // Built before anything is freed: dst may be the source itself.
     auto freshAngles = duplicate(source.angles, angleCount(source.nrays));
     auto freshData = duplicate(source.data, cellCount(source.ngates, source.nrays));
-    const int sourceRecords = source.nrecords;
     if (dst.nrecords < 1) dst.nrecords = 1;
-    dst.nsets = sourceRecords;
+    dst.nsets = source.nrecords;
     dst.recindex = position;
     copyDescription(source, dst);
     dst.nrays = source.nrays;

@@ -158,6 +158,13 @@ struct Block {
 
 enum class Verdict { kSound, kCutShort, kContradiction };
 
+/* A later block's own grid up to this size is believed, whatever the file holds. */
+constexpr std::size_t kSmallGrid = std::size_t{1} << 22;
+
+bool isSmall(const Grid& grid) {
+    return grid.angleCount() <= kSmallGrid && grid.valueCount() <= kSmallGrid;
+}
+
 /* Whether a grid of values can be in the bytes that are left, by division: no product overflows. */
 bool fits(const Grid& grid, std::size_t valueBytes, std::size_t remaining) {
     return grid.angleCount() <= remaining / sizeof(float) &&
@@ -180,7 +187,8 @@ Verdict parseBlock(ByteCursor& cursor, const std::optional<Grid>& firstGrid, Blo
     block.shared = firstGrid.value_or(block.own);
     if (block.own.negative()) return Verdict::kContradiction;
     const std::size_t valueBytes = storedValueBytes(intAt(block.header, kDatatypeOffset));
-    if (!fits(block.own, valueBytes, cursor.remaining())) return Verdict::kCutShort;
+    const bool believed = firstGrid && isSmall(block.own);
+    if (!believed && !fits(block.own, valueBytes, cursor.remaining())) return Verdict::kCutShort;
 
     const Verdict angleCounts = judgeCounts(cursor, block.shared.angleCount());
     if (angleCounts != Verdict::kSound) return angleCounts;

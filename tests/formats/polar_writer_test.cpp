@@ -91,8 +91,10 @@ TEST_F(PolarWriter, HeaderWords) {
         }
     }
     polar_.SetMagicNumber(0);
+    values_.beamwidth = 0.0010471975f;  // formed in the stated order, 0.06 degrees are not quite 6
     ASSERT_EQ(polar_.WriteSingleParameterData(path_.c_str(), &values_, nullptr), 1);
     EXPECT_EQ(readFile(path_)[0], 'A');
+    EXPECT_EQ(wordAt(readFile(path_), 92), 5);
 }
 
 /* What is written comes back, truncated and wrapped as its storage asks for. */

@@ -272,7 +272,6 @@ TEST_F(FieldRecordFile, ABlockThatDeclaresMoreThanTheSharedGridGetsArraysOfThatS
     ByteVector file = written(records.get());
     put(file, kBlock + 20, 10);
     put(file, kBlock + 24, 5);
-    file.resize(file.size() + 200);
     Records back(new Cpluvek[2]);
     ASSERT_EQ(read(file, back.get()), 1);
     EXPECT_EQ(back[1].ngates, 10);

@@ -1,0 +1,113 @@
+/*
+ * Copies of field records: one element into another record, and whole arrays.
+ */
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <memory>
+#include <vector>
+
+#include "clutterclassifier/Cpluvek.h"
+
+namespace {
+
+constexpr int kGates = 3;
+constexpr int kRays = 2;
+
+/* A record of an array of two: every value tells the record. */
+void fill(Cpluvek& record, int index) {
+    const float tag = 100.0f * static_cast<float>(index + 1);
+    record.nrecords = 2;
+    record.recindex = index + 7;
+    record.nsets = 5;
+    record.ngates = kGates;
+    record.nrays = kRays;
+    record.year = 2001 + index;
+    record.gatesize = tag + 50.0f;
+    record.radarconst = tag + 1.0f;
+    record.scale = 3.0;
+    record.datatype = 2;
+    for (int k = 0; k < 6; ++k) record.axislimits[k] = tag + static_cast<float>(k);
+    std::strcpy(record.name, index == 0 ? "Zh" : "Zdr");
+    record.angles = new float[kRays + 1]{0.1f, tag, tag + 1};
+    record.data = new float[kGates * kRays]{tag, tag + 1, tag + 2, tag + 3, tag + 4, tag + 5};
+}
+
+void expectCopyOf(int index, const Cpluvek& record) {
+    const float tag = 100.0f * static_cast<float>(index + 1);
+    ASSERT_NE(record.data, nullptr);
+    ASSERT_NE(record.angles, nullptr);
+    EXPECT_EQ(record.data[5], tag + 5);
+    EXPECT_EQ(record.angles[2], tag + 1);
+    EXPECT_EQ(record.ngates, kGates);
+    EXPECT_EQ(record.nrays, kRays);
+    EXPECT_EQ(record.year, 2001 + index);
+    EXPECT_EQ(record.gatesize, tag + 50.0f);
+    EXPECT_EQ(record.axislimits[3], tag + 3);
+    EXPECT_EQ(record.axislimits0[3], tag + 3);
+    EXPECT_STREQ(record.name, index == 0 ? "Zh" : "Zdr");
+}
+
+TEST(CopyPointerToObject, TakesTheElementButKeepsTheStorageType) {
+    const struct {
+        int asked;
+        int taken;
+    } cases[] = {{0, 0}, {1, 1}, {-3, 0}};
+    std::unique_ptr<Cpluvek[]> source(new Cpluvek[2]);
+    fill(source[0], 0);
+    fill(source[1], 1);
+    for (const auto& c : cases) {
+        Cpluvek copy;
+        copy.nrecords = -4;
+        copy.datatype = 3;
+        copy.scale = 0.5;
+        copy.data = new float[1]();
+        ASSERT_EQ(source[0].CopyPointerToObject(c.asked, copy), 1);
+        expectCopyOf(c.taken, copy);
+        EXPECT_NE(copy.data, source[c.taken].data);
+        EXPECT_EQ(copy.nrecords, 1);
+        EXPECT_EQ(copy.nsets, 2);
+        EXPECT_EQ(copy.recindex, c.taken);
+        EXPECT_EQ(copy.datatype, 3);
+        EXPECT_EQ(copy.scale, 0.5);
+    }
+    source[0].nrecords = 1;  // the second element is beyond the count now, but has data
+    Cpluvek first;
+    ASSERT_EQ(source[0].CopyPointerToObject(1, first), 1);
+    expectCopyOf(0, first);
+    delete[] source[1].data;
+    source[1].data = nullptr;
+    EXPECT_EQ(source[0].CopyPointerToObject(1, first), -1);
+}
+
+TEST(CopyPointerToObject, OntoItself) {
+    Cpluvek record;
+    fill(record, 0);
+    record.nrecords = 0;
+    ASSERT_EQ(record.CopyPointerToObject(0, record), 1);
+    expectCopyOf(0, record);
+    EXPECT_EQ(record.nrecords, 1);
+    EXPECT_EQ(record.nsets, 1) << "the count that was just raised";
+}
+
+TEST(CopyOfAnArray, ReplacesWhatWasThereEvenItself) {
+    auto* array = new Cpluvek[2];
+    fill(array[0], 0);
+    fill(array[1], 1);
+    array[1].ngates = 1;  // the first element's sizes count
+    auto* copy = new Cpluvek[1];
+    array->copy(&copy);
+    array->copy(&array);
+    for (Cpluvek* records : {copy, array}) {
+        for (int i = 0; i < 2; ++i) {
+            expectCopyOf(i, records[i]);
+            EXPECT_EQ(records[i].nrecords, 2);
+            EXPECT_EQ(records[i].recindex, i + 7);
+            EXPECT_EQ(records[i].nsets, Cpluvek().nsets);
+            EXPECT_EQ(records[i].scale, Cpluvek().scale);
+        }
+        delete[] records;
+    }
+}
+
+}  // namespace
