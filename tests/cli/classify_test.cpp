@@ -245,7 +245,7 @@ TEST_F(Classify, MissingValuesDecideNothing) {
 }
 
 TEST_F(Classify, MeasuredVolumeIsClassified) {
-    const std::string data = measuredDataDir(SOURCE_DIRECTORY);
+    const std::string data = measuredDataDir();
     if (data.empty()) GTEST_SKIP() << "no measured files";
     const std::string output = directory_.file("classes.uf");
     const std::string input = data + "/npol_20110524_2356_rhi.uf";

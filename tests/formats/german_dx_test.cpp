@@ -194,7 +194,7 @@ TEST_F(GermanDx, BecomesTwoRecords) {
 }
 
 TEST_F(GermanDx, AMeasuredScanIsPlausible) {
-    const std::string dir = measuredDataDir(SOURCE_DIRECTORY);
+    const std::string dir = measuredDataDir();
     std::string file = dir + "/dx_10908_20080602_1655.bin";
     if (dir.empty() || readFile(file).empty()) GTEST_SKIP() << "no measured file";
     ASSERT_EQ(radar_->readbinaryfile(file.data()), 1);

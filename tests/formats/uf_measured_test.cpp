@@ -19,7 +19,7 @@ using clutter::test::TempDir;
 
 std::vector<std::string> measuredFiles() {
     std::vector<std::string> files;
-    const std::string dir = clutter::test::measuredDataDir(SOURCE_DIRECTORY);
+    const std::string dir = clutter::test::measuredDataDir();
     if (dir.empty()) return files;
     for (const auto& entry : std::filesystem::directory_iterator(dir)) {
         if (entry.path().extension() == ".uf") files.push_back(entry.path().string());

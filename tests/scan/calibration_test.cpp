@@ -134,7 +134,7 @@ TEST(Calibration, TooFewValuesGiveNoEstimateAndMakeEverythingEcho) {
 
 /* The floors that were found by hand when these two scans were labelled. */
 TEST(Calibration, AgreesWithMeasuredScans) {
-    const std::string directory = clutter::test::measuredDataDir(SOURCE_DIRECTORY);
+    const std::string directory = clutter::test::measuredDataDir();
     if (directory.empty()) GTEST_SKIP() << "no measured files";
     struct Case {
         const char* file;

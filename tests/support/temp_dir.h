@@ -51,10 +51,9 @@ inline ByteVector readFile(const std::string& path) {
 }
 
 /* Directory of measured files, which is no part of the sources; "" where there is none. */
-inline std::string measuredDataDir(const std::string& sourceRoot) {
-    const char* set = getenv("CLUTTERCLASSIFIER_DATA");
-    const std::string dir = set != nullptr ? set : sourceRoot + "/../shared/data";
-    return std::filesystem::is_directory(dir) ? dir : "";
+inline std::string measuredDataDir() {
+    const char* dir = getenv("CLUTTERCLASSIFIER_DATA");
+    return dir != nullptr && std::filesystem::is_directory(dir) ? dir : "";
 }
 
 }  // namespace clutter::test
