@@ -31,6 +31,7 @@ struct Setting {
 constexpr double kWidestWindow = 999; /* the work grows with it, without end */
 constexpr double kAny = 1e30;
 constexpr double kLeastInt = std::numeric_limits<int>::min();
+constexpr double kAboveZero = std::numeric_limits<double>::denorm_min();
 
 constexpr Setting kSettings[] = {
     {"WHAT2DO", Kind::kInt, "255", 0, 255,
@@ -60,13 +61,13 @@ constexpr Setting kSettings[] = {
     {"FREEZING_LEVEL", Kind::kNumber, "3000", -kAny, kAny,
      "height of the freezing level above the antenna, m"},
     {"ZDR_BIAS", Kind::kNumber, "0", -kAny, kAny, "added to ZDR, dB"},
-    {"a_Z-R", Kind::kNumber, "200", -kAny, kAny, "Z = a R^b: a"},
-    {"b_Z-R", Kind::kNumber, "1.6", -kAny, kAny, "b"},
-    {"a_ZZDR-R", Kind::kNumber, "0.01583", -kAny, kAny, "R = a Z^b 10^(c ZDR): a"},
-    {"b_ZZDR-R", Kind::kNumber, "0.8349", -kAny, kAny, "b"},
+    {"a_Z-R", Kind::kNumber, "200", kAboveZero, kAny, "Z = a R^b: a"},
+    {"b_Z-R", Kind::kNumber, "1.6", kAboveZero, kAny, "b"},
+    {"a_ZZDR-R", Kind::kNumber, "0.01583", kAboveZero, kAny, "R = a Z^b 10^(c ZDR): a"},
+    {"b_ZZDR-R", Kind::kNumber, "0.8349", kAboveZero, kAny, "b"},
     {"c_ZZDR-R", Kind::kNumber, "-0.3732", -kAny, kAny, "c"},
-    {"a_KDP-R", Kind::kNumber, "20.47", -kAny, kAny, "R = a KDP^b: a"},
-    {"b_KDP-R", Kind::kNumber, "0.75", -kAny, kAny, "b"},
+    {"a_KDP-R", Kind::kNumber, "20.47", kAboveZero, kAny, "R = a KDP^b: a"},
+    {"b_KDP-R", Kind::kNumber, "0.75", kAboveZero, kAny, "b"},
 };
 
 constexpr std::uintmax_t kLargestFile = 1 << 20;
@@ -155,6 +156,12 @@ std::string directoryProblem(const std::string& value) {
     return value.back() == '/' ? "" : "the directory lacks its last /";
 }
 
+std::string rangeProblem(const Setting& setting) {
+    if (setting.lowest == kLeastInt) return "more than " + shown(setting.highest);
+    if (setting.lowest == kAboveZero) return "not above 0 or more than " + shown(setting.highest);
+    return "not within " + shown(setting.lowest) + " to " + shown(setting.highest);
+}
+
 ValueProblem numberProblem(const Setting& setting, const std::string& value) {
     double number = 0;
     const bool isNumber = value.size() <= kLongestWord && parseWholeWord(value, number);
@@ -165,7 +172,7 @@ ValueProblem numberProblem(const Setting& setting, const std::string& value) {
     if (!hasRoom(setting.kind, number))
         return {value + " is too large, and would be read as another number", true};
     if (number < setting.lowest || number > setting.highest)
-        return {value + " is not within " + shown(setting.lowest) + " to " + shown(setting.highest),
+        return {value + " is " + rangeProblem(setting),
                 setting.kind == Kind::kWindow && number > setting.highest};
     return {};
 }

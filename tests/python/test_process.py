@@ -137,7 +137,7 @@ def test_the_directory_of_the_settings(tmp_path) -> None:
 
 
 @pytest.mark.parametrize(("config", "words"), [
-    ({"NO_SUCH": 1}, "unknown key NO_SUCH"), ({"RAINFALL_ALG": 9}, "9 is not within"),
+    ({"NO_SUCH": 1}, "unknown key NO_SUCH"), ({"RAINFALL_ALG": 9}, "9 is more than"),
     ({"RAINFALL_ALG": 0.5}, "no whole number"), ({"CLUTTER_MFS": "a b/"}, "no single word"),
     ({"ZDR_BIAS": "much"}, "much is no number"), ({"zdr_bias": 1}, "case matters"),
 ])

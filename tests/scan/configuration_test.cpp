@@ -44,8 +44,10 @@ TEST(ConfigurationCheck, TellsWhatIsWrongAndWhere) {
         {"RAINFALL_ALG -1 GATES2AVE_ZHH -1", "1: GATES2AVE_ZHH: -1 is not within 0 to 999\n"},
         {"RAINFALL_ALG -2147483648\nRAINFALL_ALG 7",
          "2: RAINFALL_ALG is given again: line 1 has it already, the last one counts\n"
-         "2: RAINFALL_ALG: 7 is not within -2147483648 to 4\n"},
+         "2: RAINFALL_ALG: 7 is more than 4\n"},
         {"CLUTTER_ALG 32767", "1: CLUTTER_ALG: 32767 is not within 0 to 511\n"},
+        {"b_Z-R 0", "1: b_Z-R: 0 is not above 0 or more than 1e+30\n"},
+        {"c_ZZDR-R 0 a_KDP-R -1", "1: a_KDP-R: -1 is not above 0 or more than 1e+30\n"},
         {"ZDR_BIAS 3e38", "1: ZDR_BIAS: 3e38 is not within -1e+30 to 1e+30\n"},
         /* Beyond what the setting holds, or what a window can be. */
         {"RAYS2AVE_PDP 1000", "1! RAYS2AVE_PDP: 1000 is not within 0 to 999\n"},
