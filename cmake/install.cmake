@@ -5,7 +5,7 @@ install(TARGETS clutterclassifier EXPORT clutterclassifier-targets
         LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
 install(DIRECTORY include/clutterclassifier DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 install(DIRECTORY share/membership/ DESTINATION ${CLUTTERCLASSIFIER_MEMBERSHIP_DIR}
-        FILES_MATCHING PATTERN "*.dat" PATTERN "README.md")
+        FILES_MATCHING PATTERN "*.dat" PATTERN "*.csv" PATTERN "*.py" PATTERN "README.md")
 install(EXPORT clutterclassifier-targets NAMESPACE clutterclassifier::
         DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/clutterclassifier)
 

@@ -35,41 +35,41 @@ NEUTRAL = 0.5
 DECIMALS = 4
 
 
-def logNormalDensity(x, mean, deviation):
+def log_normal_density(x, mean, deviation):
     return -0.5 * ((x - mean) / deviation) ** 2 - math.log(deviation * math.sqrt(2.0 * math.pi))
 
 
-def logLognormalDensity(x, median, sigma):
+def log_lognormal_density(x, median, sigma):
     if x <= 0.0:
         return -math.inf
-    return logNormalDensity(math.log(x), math.log(median), sigma) - math.log(x)
+    return log_normal_density(math.log(x), math.log(median), sigma) - math.log(x)
 
 
-def logBetaDensity(x, a, b, upper):
+def log_beta_density(x, a, b, upper):
     """Beta density on 0..upper; the ends are approached to within a thousandth of the range."""
     t = min(max(x / upper, 1e-3), 1.0 - 1e-3)
     scale = math.lgamma(a + b) - math.lgamma(a) - math.lgamma(b)
     return scale + (a - 1.0) * math.log(t) + (b - 1.0) * math.log(1.0 - t) - math.log(upper)
 
 
-def logDensity(kind, x, first, second):
+def log_density(kind, x, first, second):
     if kind == "normal":
-        return logNormalDensity(x, first, second)
+        return log_normal_density(x, first, second)
     if kind == "lognormal":
-        return logLognormalDensity(x, first, second)
+        return log_lognormal_density(x, first, second)
     if kind.startswith("beta"):
-        return logBetaDensity(x, first, second, float(kind[len("beta"):]))
+        return log_beta_density(x, first, second, float(kind[len("beta"):]))
     raise ValueError("unknown distribution: " + kind)
 
 
-def logMixtureDensity(components, x):
-    terms = [math.log(weight) + logDensity(kind, x, first, second)
+def log_mixture_density(components, x):
+    terms = [math.log(weight) + log_density(kind, x, first, second)
              for weight, kind, first, second in components]
     top = max(terms)
     return top + math.log(sum(math.exp(term - top) for term in terms))
 
 
-def runningMaximum(values):
+def running_maximum(values):
     """Rises from the least value before the greatest up to it and is flat outside.
 
     The far tails of two fitted mixtures say nothing about nature.
@@ -88,16 +88,16 @@ def shaped(ratios, shape):
     if shape == "free":
         return ratios
     if shape == "rising":
-        return runningMaximum(ratios)
+        return running_maximum(ratios)
     if shape == "falling":
-        return runningMaximum(ratios[::-1])[::-1]
+        return running_maximum(ratios[::-1])[::-1]
     if shape == "peaked":  # symmetric about the middle point
-        half = runningMaximum(ratios[: len(ratios) // 2 + 1])
+        half = running_maximum(ratios[: len(ratios) // 2 + 1])
         return half + half[-2::-1]
     raise ValueError("unknown shape: " + shape)
 
 
-def physicalPoint(abscissas, x):
+def physical_point(abscissas, x):
     """Densities on 0..infinity vanish at 0: the degree there is that of half the first step."""
     positive = [value for value in abscissas if value > 0.0]
     return 0.5 * positive[0] if x == 0.0 and min(abscissas) >= -1.0 else x
@@ -111,8 +111,8 @@ def favour(pair, how, components, precipitation):
     inside = [float(text) for text in texts if below < float(text) < above]
     ratios = []
     for x in inside:
-        at = physicalPoint(inside, x)
-        ratios.append(logMixtureDensity(components, at) - logMixtureDensity(precipitation, at))
+        at = physical_point(inside, x)
+        ratios.append(log_mixture_density(components, at) - log_mixture_density(precipitation, at))
     degrees = {}
     for x, ratio in zip(inside, shaped(ratios, how["shape"])):
         logit = power * ratio - lean
@@ -120,7 +120,7 @@ def favour(pair, how, components, precipitation):
     return [degrees.get(float(text), NEUTRAL) for text in texts]
 
 
-def makePair(pair, clutter, precipitation):
+def make_pair(pair, clutter, precipitation):
     """Rows (abscissa text, clutter degree, precipitation degree), ascending."""
     rows = []
     for text, degree in zip(pair["abscissas"].split(), favour(pair, pair, clutter, precipitation)):
@@ -129,46 +129,46 @@ def makePair(pair, clutter, precipitation):
     return rows
 
 
-def makeOther(pair, how, components, precipitation, pairRows):
+def make_other(pair, how, components, precipitation, pair_rows):
     """Rows (abscissa text, degree) of one more class."""
     rows = []
-    for (text, _, weather), d in zip(pairRows, favour(pair, how, components, precipitation)):
+    for (text, _, weather), d in zip(pair_rows, favour(pair, how, components, precipitation)):
         rows.append((text, min(weather * d / (1.0 - d), 1.0)))
     return rows
 
 
-def readRows(name):
+def read_rows(name):
     with open(HERE / name, newline="", encoding="ascii") as stream:
         return list(csv.DictReader(stream))
 
 
-def makeTables():
+def make_tables():
     """File name to its text, for every pair."""
     components = {}
-    for row in readRows("distributions.csv"):
+    for row in read_rows("distributions.csv"):
         component = (float(row["weight"]), row["distribution"],
                      float(row["first"]), float(row["second"]))
         components.setdefault((row["quantity"], row["class"]), []).append(component)
-    more = readRows("more_classes.csv")
+    more = read_rows("more_classes.csv")
     tables = {}
 
     def add(tag, suffix, rows, column):
         lines = ["%s %.*f\n" % (row[0], DECIMALS, row[column]) for row in rows]
         tables["cal_mf_%s_%s.dat" % (tag, suffix)] = "".join(lines)
 
-    for pair in readRows("pairs.csv"):
+    for pair in read_rows("pairs.csv"):
         tag = pair["quantity"]
         weather = components[tag, "precipitation"]
-        rows = makePair(pair, components[tag, "clutter"], weather)
+        rows = make_pair(pair, components[tag, "clutter"], weather)
         add(tag, "clutter", rows, 1)
         add(tag, "precipi", rows, 2)
         for how in (row for row in more if row["quantity"] == tag):
             others = components[tag, how["class"]]
-            add(tag, how["suffix"], makeOther(pair, how, others, weather, rows), 1)
+            add(tag, how["suffix"], make_other(pair, how, others, weather, rows), 1)
     return tables
 
 
-def differingTables(tables, directory):
+def differing_tables(tables, directory):
     different = [name for name, text in tables.items()
                  if not (directory / name).is_file()
                  or (directory / name).read_bytes() != text.encode("ascii")]
@@ -181,9 +181,9 @@ def main():
     parser.add_argument("--out", type=pathlib.Path, default=HERE, help="directory of the tables")
     parser.add_argument("--check", action="store_true", help="compare with the tables, write nothing")
     arguments = parser.parse_args()
-    tables = makeTables()
+    tables = make_tables()
     if arguments.check:
-        different = differingTables(tables, arguments.out)
+        different = differing_tables(tables, arguments.out)
         for name in different:
             print("differs: " + name, file=sys.stderr)
         return 1 if different else 0

@@ -4,10 +4,9 @@
     score.py [--tables DIR] [--inputs sZhh,sRhv] SCAN.npz...
 
 A scan holds arrays of rays x gates: `label` (1 clutter, 0 weather, NaN not judged) and any of the
-inputs named in INPUTS. Without scans, the *_labelled.npz of the directory in CLUTTERCLASSIFIER_DATA,
-else those of ../shared/data beside the source tree. Degrees are those of the library: linear between
-the points, constant beyond the ends, the last degree for NaN; the greater product of degrees wins, a
-tie stays precipitation.
+inputs named in INPUTS. Without scans, the *_labelled.npz of the directory in CLUTTERCLASSIFIER_DATA.
+Degrees are those of the library: linear between the points, constant beyond the ends, the last degree
+for NaN; the greater product of degrees wins, a tie stays precipitation.
 
 Two rows a scan: `stored` takes the textures of the file, which leave missing values out; `stage`
 computes them as the library does: gates without reflectivity or below --min-snr are left out, and a missing
@@ -27,7 +26,7 @@ TEXTURE_FIELDS = {"sZhh": "z", "sZdr": "zdr", "sPdp": "phi", "sRhv": "rho"}
 WINDOW_GATES, WINDOW_RAYS = 5, 3
 
 
-def readTable(path):
+def read_table(path):
     return np.loadtxt(path, dtype=np.float64, ndmin=2).T
 
 
@@ -53,7 +52,7 @@ def classify(tables, fields):
     return strength["clutter"] > strength["precipi"]
 
 
-def maskedTexture(field, used, gates=WINDOW_GATES, rays=WINDOW_RAYS):
+def masked_texture(field, used, gates=WINDOW_GATES, rays=WINDOW_RAYS):
     """Population standard deviation over the used members of each window; rays wrap, gate ends repeat."""
     field = np.asarray(field, dtype=np.float64)
     hg, hr = gates // 2, rays // 2
@@ -70,26 +69,26 @@ def maskedTexture(field, used, gates=WINDOW_GATES, rays=WINDOW_RAYS):
     return np.pad(inner, ((0, 0), (hg, hg)), mode="edge")
 
 
-def readScan(path):
+def read_scan(path):
     with np.load(path) as scan:
         return {key: scan[key] for key in scan.files}
 
 
-def storedFields(scan, tags):
+def stored_fields(scan, tags):
     """The inputs that the scan holds with at least one value."""
     fields = {tag: scan[INPUTS[tag]] for tag in tags if INPUTS[tag] in scan}
     return {tag: values for tag, values in fields.items() if np.isfinite(values).any()}
 
 
-def stageFields(scan, tags, minimumSnr):
+def stage_fields(scan, tags, minimum_snr):
     used = np.isfinite(scan["z"])
     if "snr" in scan:
-        used &= ~(scan["snr"] < minimumSnr)
-    fields = storedFields(scan, tags)
+        used &= ~(scan["snr"] < minimum_snr)
+    fields = stored_fields(scan, tags)
     for tag in fields:
         source = scan.get(TEXTURE_FIELDS.get(tag, ""))
         if source is not None:
-            fields[tag] = maskedTexture(source, used)
+            fields[tag] = masked_texture(source, used)
     return fields
 
 
@@ -105,15 +104,14 @@ def scores(clutter, label):
             "kept": kept / max(kept + false, 1.0)}
 
 
-def readTables(directory):
-    return {(tag, suffix): readTable(pathlib.Path(directory) / ("cal_mf_%s_%s.dat" % (tag, suffix)))
+def read_tables(directory):
+    return {(tag, suffix): read_table(pathlib.Path(directory) / ("cal_mf_%s_%s.dat" % (tag, suffix)))
             for tag in INPUTS for suffix in ("clutter", "precipi")}
 
 
-def defaultScans():
-    named = os.environ.get("CLUTTERCLASSIFIER_DATA")
-    directory = pathlib.Path(named) if named else HERE.parents[2] / "shared" / "data"
-    return sorted(directory.glob("*_labelled.npz"))
+def default_scans():
+    directory = os.environ.get("CLUTTERCLASSIFIER_DATA")
+    return sorted(pathlib.Path(directory).glob("*_labelled.npz")) if directory else []
 
 
 def main():
@@ -127,14 +125,14 @@ def main():
     unknown = [tag for tag in tags if tag not in INPUTS]
     if unknown:
         parser.error("unknown input: " + ", ".join(unknown))
-    scans = arguments.scans or defaultScans()
+    scans = arguments.scans or default_scans()
     if not scans:
-        parser.error("no labelled scans found")
-    tables = readTables(arguments.tables)
+        parser.error("no labelled scans: name them, or their directory in CLUTTERCLASSIFIER_DATA")
+    tables = read_tables(arguments.tables)
     for path in scans:
-        scan = readScan(path)
-        for row, fields in (("stored", storedFields(scan, tags)),
-                            ("stage", stageFields(scan, tags, arguments.min_snr))):
+        scan = read_scan(path)
+        for row, fields in (("stored", stored_fields(scan, tags)),
+                            ("stage", stage_fields(scan, tags, arguments.min_snr))):
             result = scores(classify(tables, fields), scan["label"])
             numbers = "  ".join("%s %.3f" % item for item in result.items())
             print("%-40s %-7s %-24s %s" % (path.stem, row, "+".join(fields), numbers))
