@@ -11,8 +11,8 @@
 
 /*
  * All words of a file are in the machine's own byte order, whatever its magic says. A file's
- * product code tells which quantities it holds and how a gate is packed; code 2211 was packed in
- * three ways, which the file does not tell: the caller names the layout, 252, 260 or 280.
+ * product code tells which quantities it holds and how a gate is packed; codes 2211 and 2212 need
+ * the layout besides, 252, 260 or 280, which the file does not tell: the caller names it.
  */
 class CLUTTERCLASSIFIER_EXPORT CThuPolDaFor {
   public:

@@ -121,7 +121,8 @@ class CLUTTERCLASSIFIER_EXPORT Cpluvek {
     /*
      * Makes the record a synthetic scan: uniform noise from -10 to 60 on nrays equally spaced rays
      * of ngates gates of 250 m, at elevation 0, dated 2014-01-01 00:00:00. axislimits0, texts and
-     * site stay. Does nothing unless both counts are positive and their product is an int.
+     * site stay. Does nothing unless both counts are positive and their product is an int. Seeds
+     * and uses the C library's rand().
      */
     void CreateDataSpaceforPPI(int nrays, int ngates);
 
@@ -149,7 +150,7 @@ class CLUTTERCLASSIFIER_EXPORT Cpluvek {
     int second;
     int ngates;          /* gates per ray; columns of a grid */
     int nrays;           /* rays; rows of a grid */
-    int coordtype;       /* 0 polar, 2 Cartesian grid; not set by the constructor */
+    int coordtype;       /* 0 polar, 1 polar, not in order, 2 grid; not set by the constructor */
     int firstgate;       /* range of the first gate in gate spacings; not set by the constructor */
     float gatesize;      /* gate spacing or pixel size, m; not set by the constructor */
     float beamwidth;     /* antenna beam width, rad */

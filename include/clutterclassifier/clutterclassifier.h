@@ -10,8 +10,11 @@
  *     clutterclassifier("/usr/share/clutterclassifier/membership/", nrays, ngates, zhh, zdr, phidp,
  *                       rhohv, velocity, ldr, pdf, ranges, azimuths, &elevation, params, output);
  *
- * The library keeps no global state and starts no threads: calls from several threads at once are
- * independent of each other. No exception of the library's own code leaves it.
+ * The library keeps no global state and starts no threads: calls from several threads at once, each
+ * with objects of its own, are independent of each other. What draws random numbers (CDSP's noise,
+ * Cpluvek::CreateDataSpaceforPPI, the attenuation algorithms 0, 1, 2 and 8) takes them from the C
+ * library's rand(), one generator for the whole host, which it seeds anew from itself and the clock.
+ * No exception of the library's own code leaves it.
  */
 #ifndef CLUTTERCLASSIFIER_CLUTTERCLASSIFIER_H
 #define CLUTTERCLASSIFIER_CLUTTERCLASSIFIER_H
@@ -53,8 +56,8 @@ extern "C" {
  *   velocity   Doppler velocity, m/s
  *   ldr        linear depolarisation ratio, dB
  *   pdf        clutter likelihood, 0..1
- *   ranges     range of each gate, metres; elements 0 and 1 are read: their difference, truncated to
- *              whole metres, is the gate spacing
+ *   ranges     range of each gate, metres; elements 0 and 1 are read (of a single gate, too): their
+ *              difference, truncated to whole metres, is the gate spacing
  *   azimuths   nrays ray azimuths, stored as given
  *   elevation  one value, stored as given
  *   params     [0] radar constant, dB: SNR = Z - 20 log10(range in km) + constant
