@@ -10,6 +10,9 @@
 #include "uf_output.h"
 
 namespace cli {
+
+using namespace scan;
+
 namespace {
 
 std::string endingOf(const std::string& path) {

@@ -11,11 +11,9 @@ class Cufrw;
 
 namespace cli {
 
-using namespace scan;
-
 /* The classes of one sweep of a scan. */
 struct SweepClasses {
-    const Sweep* sweep;
+    const scan::Sweep* sweep;
     const std::vector<float>* classes; /* NaN where the ray has no such gate */
 };
 
@@ -27,12 +25,12 @@ struct SweepClasses {
  * words are those of a Universal Format input (else null); they receive the class field. All files
  * are complete before the first takes its name. Returns their names; throws std::runtime_error.
  */
-std::vector<std::string> writeClasses(const std::string& path, const Scan& scan, Cufrw* words,
+std::vector<std::string> writeClasses(const std::string& path, const scan::Scan& scan, Cufrw* words,
                                       const std::vector<SweepClasses>& classes);
 
 /* "out.csv" to "out_sweep2.csv", where a scan has several sweeps: one name for each of the given.
  */
-std::vector<std::string> sweepPaths(const std::string& path, const Scan& scan,
+std::vector<std::string> sweepPaths(const std::string& path, const scan::Scan& scan,
                                     const std::vector<SweepClasses>& classes);
 
 }  // namespace cli

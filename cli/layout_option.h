@@ -8,9 +8,7 @@
 
 namespace cli {
 
-using namespace scan;
-
-inline CLI::Option* addLayoutOption(CLI::App& command, ReadOptions& options) {
+inline CLI::Option* addLayoutOption(CLI::App& command, scan::ReadOptions& options) {
     return command
         .add_option("--layout", options.polarLayout,
                     "How the gates of a polar data file are packed: 252, 260 or 280 (products 2211 "

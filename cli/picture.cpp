@@ -12,6 +12,8 @@
 
 namespace cli {
 
+using namespace scan;
+
 namespace {
 
 constexpr int kNarrowestPanelPx = 240, kWidestPicturePx = 10000;

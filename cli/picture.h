@@ -12,8 +12,6 @@
 
 namespace cli {
 
-using namespace scan;
-
 struct PictureOptions {
     int widthPx = 0; /* of the whole picture; 0: 1000 for one panel, 900 for each of several */
     double maxRangeKm = 0; /* outermost range drawn; 0: the end of the last gate */
@@ -33,15 +31,16 @@ struct PictureOptions {
  * not have nrays x ngates values; std::runtime_error with the reason when the file cannot be
  * written.
  */
-void drawPanels(const Scan& scan, const Sweep& sweep, const std::vector<Field>& fields,
-                const PictureOptions& options, const std::string& path);
+void drawPanels(const scan::Scan& scan, const scan::Sweep& sweep,
+                const std::vector<scan::Field>& fields, const PictureOptions& options,
+                const std::string& path);
 
 /* A single field. */
-void drawSweep(const Scan& scan, const Sweep& sweep, const Field& field,
+void drawSweep(const scan::Scan& scan, const scan::Sweep& sweep, const scan::Field& field,
                const PictureOptions& options, const std::string& path);
 
 /* Reflectivity, or any other field, beside the classes (0 precipitation, 3 noise, 5 clutter). */
-void drawClasses(const Scan& scan, const Sweep& sweep, const Field& field,
+void drawClasses(const scan::Scan& scan, const scan::Sweep& sweep, const scan::Field& field,
                  const std::vector<float>& classes, const PictureOptions& options,
                  const std::string& path);
 

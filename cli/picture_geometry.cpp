@@ -8,6 +8,8 @@
 
 namespace cli {
 
+using namespace scan;
+
 namespace {
 
 constexpr double kDegree = std::numbers::pi / 180.0;

@@ -9,8 +9,6 @@
 
 namespace cli {
 
-using namespace scan;
-
 /* What the axes span. Plan position: km east and north of the radar. Range-height: km along the
  * ground and km above the radar. */
 struct View {
@@ -20,10 +18,10 @@ struct View {
 };
 
 /* The view of a range-height sweep: as high as its beams reach, 20 km at most. */
-View rangeHeightView(const Sweep& sweep, double maxRangeKm);
+View rangeHeightView(const scan::Sweep& sweep, double maxRangeKm);
 
 /* The end of the last gate. */
-double sweepRangeKm(const Sweep& sweep);
+double sweepRangeKm(const scan::Sweep& sweep);
 
 /*
  * Finds the gate at a place. A ray is as wide as half the way to its neighbours, but in a gap no
@@ -32,7 +30,7 @@ double sweepRangeKm(const Sweep& sweep);
  */
 class GateFinder {
   public:
-    GateFinder(const Sweep& sweep, const View& view, double beamWidthDeg);
+    GateFinder(const scan::Sweep& sweep, const View& view, double beamWidthDeg);
 
     /* Index into the values of a field, or -1. */
     std::ptrdiff_t find(double xKm, double yKm) const;

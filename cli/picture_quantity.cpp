@@ -13,6 +13,8 @@
 
 namespace cli {
 
+using namespace scan;
+
 namespace {
 
 struct Shown {

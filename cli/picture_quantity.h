@@ -33,7 +33,8 @@ struct Quantity {
 };
 
 /* Throws std::invalid_argument when the ends of the scale that options ask for are out of order. */
-Quantity quantityOf(const Field& field, const Sweep& sweep, const PictureOptions& options);
+Quantity quantityOf(const scan::Field& field, const scan::Sweep& sweep,
+                    const PictureOptions& options);
 
 /* Shares of precipitation, ground clutter, noise, no data, sea and turbine clutter among all gates,
  * 0..1. */

@@ -8,6 +8,8 @@
 
 namespace cli {
 
+using namespace scan;
+
 namespace {
 
 constexpr int kSide = 3;

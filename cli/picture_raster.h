@@ -18,7 +18,7 @@ struct Image {
 };
 
 /* One image per field. All have the same size, so each place is looked up once for all of them. */
-std::vector<Image> rasterise(const std::vector<Field>& fields,
+std::vector<Image> rasterise(const std::vector<scan::Field>& fields,
                              const std::vector<Quantity>& quantities, const GateFinder& finder,
                              const View& view, int width, int height);
 

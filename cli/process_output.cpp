@@ -16,6 +16,9 @@
 #include "uf_output.h"
 
 namespace cli {
+
+using namespace scan;
+
 namespace {
 
 constexpr char kClasses[] = "CCl";

@@ -10,18 +10,16 @@
 
 namespace cli {
 
-using namespace scan;
-
 /* Universal Format, or a field record file with all fields and the classes. Throw
  * std::runtime_error. */
-void writeProcessedWords(const std::string& path, const Scan& scan,
-                         const ProcessedSweep& processed);
-void writeProcessedRecords(const std::string& path, const Scan& scan,
-                           const ProcessedSweep& processed);
+void writeProcessedWords(const std::string& path, const scan::Scan& scan,
+                         const scan::ProcessedSweep& processed);
+void writeProcessedRecords(const std::string& path, const scan::Scan& scan,
+                           const scan::ProcessedSweep& processed);
 
 /* A field by its record name or by its Universal Format name; the classes are CCl. Throws
  * std::runtime_error that lists the names. */
-Field processedField(const ProcessedSweep& processed, const std::string& name);
+scan::Field processedField(const scan::ProcessedSweep& processed, const std::string& name);
 
 /*
  * Appends the samples of each field at the points to the file of its own that begins with prefix,
@@ -29,8 +27,9 @@ Field processedField(const ProcessedSweep& processed, const std::string& name);
  * sweep, which take the value of the nearest gate. Throws std::runtime_error when a file does not
  * get its line.
  */
-size_t appendSamples(const std::string& prefix, const DateTime& time, ProcessedSweep& processed,
-                     const Points& points, std::vector<std::string>& written);
+size_t appendSamples(const std::string& prefix, const scan::DateTime& time,
+                     scan::ProcessedSweep& processed, const Points& points,
+                     std::vector<std::string>& written);
 
 }  // namespace cli
 

@@ -10,6 +10,9 @@
 #include "clutterclassifier/clutterclassifier.h"
 
 namespace cli {
+
+using namespace scan;
+
 namespace {
 
 constexpr double kPi = 3.14159265358979323846;

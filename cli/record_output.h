@@ -12,14 +12,14 @@ class Cpluvek;
 namespace cli {
 
 /* Fills a record that is new with one quantity of a sweep. NaN values stay NaN. */
-void fillFieldRecord(const Scan& scan, const Sweep& sweep, const std::string& name,
+void fillFieldRecord(const scan::Scan& scan, const scan::Sweep& sweep, const std::string& name,
                      const std::string& units, const std::vector<float>& values, Cpluvek& record);
 
 /* Says on standard output that a kind of file, "a field record file", keeps one elevation only. */
 void noteLostElevations(const char* kind);
 
 /* A field record file of one record, "CCl", one byte a gate. */
-void writeFieldRecord(const std::string& path, const Scan& scan, const SweepClasses& classes);
+void writeFieldRecord(const std::string& path, const scan::Scan& scan, const SweepClasses& classes);
 
 /*
  * One line a gate and one column a ray: "range/angle," and the azimuths (of a range-height

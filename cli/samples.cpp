@@ -13,6 +13,9 @@
 #include "selection.h"
 
 namespace cli {
+
+using namespace scan;
+
 namespace {
 
 constexpr double kDegreesPerRadian = 180.0 / 3.14159265358979323846;

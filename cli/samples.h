@@ -11,8 +11,6 @@
 
 namespace cli {
 
-using namespace scan;
-
 /* Where values are wanted: range in m and azimuth in degrees, or x and y in m. */
 struct Points {
     std::vector<float> first, second;
@@ -33,7 +31,7 @@ struct GatePoints {
     Points points;
     std::vector<bool> covered;
 };
-GatePoints gatePoints(const Sweep& sweep, const Points& points);
+GatePoints gatePoints(const scan::Sweep& sweep, const Points& points);
 
 /* One column a field, one value a point; NaN where a point has none. */
 struct Samples {
@@ -48,11 +46,11 @@ struct Samples {
  *
  * Throws std::runtime_error for a range-height sweep and for a name that the sweep does not have.
  */
-Samples sampleSweep(const Scan& scan, const Sweep& sweep, const Points& points,
+Samples sampleSweep(const scan::Scan& scan, const scan::Sweep& sweep, const Points& points,
                     const std::vector<std::string>& names);
 
 /* Fields of a Cartesian record at map points; those outside the grid have no value. */
-Samples sampleGrid(const RecordArray& grid, const Points& points,
+Samples sampleGrid(const scan::RecordArray& grid, const Points& points,
                    const std::vector<std::string>& names);
 
 }  // namespace cli

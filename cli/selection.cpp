@@ -6,6 +6,8 @@
 
 namespace cli {
 
+using namespace scan;
+
 const Sweep& findSweep(const Scan& scan, std::optional<int> number) {
     if (scan.sweeps.empty()) throw std::runtime_error("holds no sweep");
     if (!number) return scan.sweeps.front();

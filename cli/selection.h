@@ -10,14 +10,12 @@
 
 namespace cli {
 
-using namespace scan;
-
 /* The sweep of a number, or else the first. Throws std::runtime_error when there is none. */
-const Sweep& findSweep(const Scan& scan, std::optional<int> number);
+const scan::Sweep& findSweep(const scan::Scan& scan, std::optional<int> number);
 
 /* As the file writes it, or else in another case. Throws std::runtime_error that lists the names.
  */
-const Field& findField(const Sweep& sweep, const std::string& name);
+const scan::Field& findField(const scan::Sweep& sweep, const std::string& name);
 
 /* The same among names; gives the place. */
 size_t findName(const std::vector<std::string>& names, const std::string& name);

@@ -5,6 +5,9 @@
 #include <string>
 
 namespace cli {
+
+using namespace scan;
+
 namespace {
 
 void printLabel(const char* label) {

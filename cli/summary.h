@@ -7,21 +7,19 @@
 
 namespace cli {
 
-using namespace scan;
-
 /* Sums over sweeps and files. */
 struct Totals {
     long precipitation = 0, groundClutter = 0, noise = 0;
     long seaClutter = 0, turbineClutter = 0;
     double seconds = 0;
     int sweeps = 0, files = 0;
-    void add(const ClassifiedSweep& result);
+    void add(const scan::ClassifiedSweep& result);
 };
 
 /* One line for a file, before its sweeps. */
-void printScanLine(const Scan& scan);
+void printScanLine(const scan::Scan& scan);
 
-void printSweep(const Sweep& sweep, const ClassifiedSweep& result);
+void printSweep(const scan::Sweep& sweep, const scan::ClassifiedSweep& result);
 
 /* Nothing for a single sweep, which has said it all. */
 void printTotals(const Totals& totals);

@@ -14,6 +14,9 @@
 #include "roles.h"
 
 namespace cli {
+
+using namespace scan;
+
 namespace {
 
 constexpr int kMostFields = 20;

@@ -18,14 +18,15 @@ constexpr char kClassFieldName[] = "CC";
  * another field of that name makes the classes "C1", "C2", ... Throws std::runtime_error when a ray
  * has no room for one more field.
  */
-void writeUniversalFormat(const std::string& path, const Scan& scan, Cufrw& words,
+void writeUniversalFormat(const std::string& path, const scan::Scan& scan, Cufrw& words,
                           const std::vector<SweepClasses>& classes);
 
 /* The same from the fields of a sweep that came from elsewhere. */
-void writeUniversalFormat(const std::string& path, const Scan& scan, const SweepClasses& classes);
+void writeUniversalFormat(const std::string& path, const scan::Scan& scan,
+                          const SweepClasses& classes);
 
 /* A scan without classes: the words of the file that it came from, or else its one sweep. */
-void writeUniversalFormat(const std::string& path, const Scan& scan, Cufrw* words);
+void writeUniversalFormat(const std::string& path, const scan::Scan& scan, Cufrw* words);
 
 }  // namespace cli
 

@@ -1,11 +1,14 @@
 #include "read_polar.h"
 
 #include <cstddef>
+#include <cstdint>
+#include <filesystem>
 #include <stdexcept>
 #include <string>
 #include <vector>
 
 #include "clutterclassifier/clutterclassifier.h"
+#include "polar_products.h"
 #include "read_record.h"
 
 namespace scan {
@@ -44,6 +47,32 @@ void nameFields(int product, std::vector<Field>& fields) {
     }
 }
 
+/* Bytes that a product's rays, and the layer behind them, take; 0 when the gates' size is not
+ * known.
+ */
+std::uintmax_t bytesOf(int product, int layout, const Sweep& sweep) {
+    constexpr std::uintmax_t kHeaderBytes = 320, kRayHeaderBytes = 10;
+    std::size_t gateBytes = 0;
+    for (const SingleProduct& single : kSingleProducts)
+        if (single.code == product) gateBytes = single.gateBytes + kLayerBytes;
+    for (const PackedProduct& packed : kPackedProducts)
+        if (packed.code == product && (packed.layout == 0 || packed.layout == layout))
+            gateBytes = packed.gateBytes;
+    if (gateBytes == 0) return 0;
+    const auto rays = static_cast<std::uintmax_t>(sweep.nrays);
+    const auto gates = static_cast<std::uintmax_t>(sweep.ngates);
+    return kHeaderBytes + rays * (kRayHeaderBytes + gates * gateBytes);
+}
+
+/* The library fills up a file that ends early with what came before the end. */
+void judgeLength(const std::string& path, int product, int layout, Scan& scan) {
+    const std::uintmax_t expected = bytesOf(product, layout, scan.sweeps[0]);
+    const std::uintmax_t held = std::filesystem::file_size(path);
+    if (held < expected)
+        scan.damage.push_back("The file ends " + std::to_string(expected - held) +
+                              " bytes early: what is missing repeats what stood before it.");
+}
+
 }  // namespace
 
 Scan readPolarData(const std::string& path, int layout) {
@@ -61,6 +90,7 @@ Scan readPolarData(const std::string& path, int layout) {
     scan.radarConstantDb = records[0].radarconst;
     scan.hasRadarConstant = records[0].radarconst > 0;
     nameFields(product, scan.sweeps[0].fields);
+    judgeLength(path, product, layout, scan);
     scan.oddities.push_back(
         "The words of a polar data file have the byte order of the machine "
         "that wrote it.");

@@ -187,11 +187,11 @@ void fillSite(const Cufray& ray, Scan& scan) {
         scan.wavelengthM = header.wavelength / kUnitsPerDegree / 100;
 }
 
-/* What the framing tells: the year as it stands in the file, and bytes after the last record. */
+/* What the framing tells: the year as it stands in the file, and how it ends. */
 struct Framing {
     int year = 0;
-    std::uintmax_t records = 0;
-    std::uintmax_t bytesLeft = 0;
+    std::uintmax_t bytesLeft = 0; /* after the last whole record */
+    bool lacksLastLength = false; /* which the last record is read without */
 };
 
 std::uint32_t bigEndian(const unsigned char* bytes, int count) {
@@ -213,25 +213,38 @@ Framing readFraming(const std::string& path) {
     while (file.seekg(static_cast<std::streamoff>(begin)),
            file.read(reinterpret_cast<char*>(head), 4)) {
         const std::uint32_t length = bigEndian(head, 4);
-        if (length < kSmallestRecordBytes || length + 8ULL > framing.bytesLeft) break;
-        begin += length + 8ULL;
-        framing.bytesLeft -= length + 8ULL;
-        ++framing.records;
+        if (length < kSmallestRecordBytes || length + 4ULL > framing.bytesLeft) break;
+        framing.lacksLastLength = length + 8ULL > framing.bytesLeft;
+        const std::uintmax_t held = std::min<std::uintmax_t>(length + 8ULL, framing.bytesLeft);
+        begin += held;
+        framing.bytesLeft -= held;
     }
     return framing;
 }
 
-void addFramingOddities(const std::string& path, Scan& scan) {
+void judgeFraming(const std::string& path, Scan& scan) {
     const Framing framing = readFraming(path);
     if (framing.year < 100) {
         scan.oddities.push_back("The year has two digits: " + std::to_string(framing.year) +
                                 ", read as " + std::to_string(scan.time.year) + ".");
     }
     if (framing.bytesLeft > 0) {
-        scan.oddities.push_back(std::to_string(framing.bytesLeft) +
-                                " bytes after the last whole record were left unread: the file is "
-                                "cut short, or something was appended.");
+        scan.damage.push_back(std::to_string(framing.bytesLeft) +
+                              " bytes after the last whole record were left unread: the file is "
+                              "cut short, or something was appended.");
     }
+    if (framing.lacksLastLength)
+        scan.damage.push_back("The file ends within the last record's closing length.");
+}
+
+/* Records between which something else was put, or was lost, are read as rays all the same. */
+void addForeignRecords(const Cufrw& words, Scan& scan) {
+    const auto foreign = std::count_if(words.rays, words.rays + words.nrays, [](const Cufray& ray) {
+        return textOf(ray.format) != "UF";
+    });
+    if (foreign > 0)
+        scan.damage.push_back(std::to_string(foreign) + " of " + std::to_string(words.nrays) +
+                              " records do not begin as rays do: their values mean nothing.");
 }
 
 void addRayOddities(const Cufrw& words, Scan& scan) {
@@ -303,7 +316,8 @@ Scan readUniversalFormat(const std::string& path, std::unique_ptr<Cufrw>& words)
     const auto constant = radarConstantOf(words->rays[0], words->rays[0].nfields);
     scan.hasRadarConstant = constant.has_value();
     scan.radarConstantDb = constant.value_or(0);
-    addFramingOddities(path, scan);
+    judgeFraming(path, scan);
+    addForeignRecords(*words, scan);
     addRayOddities(*words, scan);
     addScaleOddities(*words, scan);
     return scan;

@@ -68,7 +68,8 @@ struct Scan {
     double radarConstantDb = 0; /* only meaningful with hasRadarConstant */
     bool hasRadarConstant = false;
     std::vector<Sweep> sweeps;
-    std::vector<std::string> oddities; /* sentences for `info`: what was unusual in the file */
+    std::vector<std::string> damage;   /* sentences: what of the file was not to be had */
+    std::vector<std::string> oddities; /* sentences for `info`: what else was unusual in it */
 };
 
 }  // namespace scan

@@ -15,6 +15,7 @@
 #include "class_output.h"
 #include "classify_sweep.h"
 #include "clutterclassifier/clutterclassifier.h"
+#include "damage_note.h"
 #include "exit_code.h"
 #include "finite_option.h"
 #include "layout_option.h"
@@ -26,6 +27,9 @@
 #include "summary.h"
 
 namespace cli {
+
+using namespace scan;
+
 namespace {
 
 namespace fs = std::filesystem;
@@ -223,8 +227,9 @@ class Run {
     void report(const Scan& scan, const std::vector<const Sweep*>& sweeps,
                 const std::vector<ClassifiedSweep>& results) {
         for (const ClassifiedSweep& result : results) totals_.add(result);
+        if (!arguments_.quiet) printScanLine(scan);
+        noteDamage(scan, arguments_.quiet ? Beside::kErrors : Beside::kResults);
         if (arguments_.quiet) return;
-        printScanLine(scan);
         for (size_t s = 0; s < sweeps.size(); ++s) printSweep(*sweeps[s], results[s]);
     }
 

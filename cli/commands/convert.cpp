@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "clutterclassifier/clutterclassifier.h"
+#include "damage_note.h"
 #include "layout_option.h"
 #include "output_file.h"
 #include "read_scan.h"
@@ -19,6 +20,9 @@
 #include "uf_output.h"
 
 namespace cli {
+
+using namespace scan;
+
 namespace {
 
 constexpr char kFooter[] =
@@ -130,6 +134,7 @@ void convert(const ConvertArguments& arguments) {
         throw CLI::ValidationError("OUT", "would overwrite the input");
     std::unique_ptr<Cufrw> words;
     const Scan scan = readScan(arguments.input, words, arguments.read);
+    noteDamage(scan, Beside::kResults);
     const std::string ending =
         lowerCase(std::filesystem::path(arguments.output).extension().string());
     OutputFile file(arguments.output);

@@ -21,6 +21,8 @@
 
 namespace cli {
 
+using namespace scan;
+
 namespace {
 
 constexpr int kAllInputs = 255, kTextures = 15;

@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "clutterclassifier/clutterclassifier.h"
+#include "damage_note.h"
 #include "layout_option.h"
 #include "library_output.h"
 #include "output_file.h"
@@ -24,6 +25,9 @@
 #include "selection.h"
 
 namespace cli {
+
+using namespace scan;
+
 namespace {
 
 constexpr char kFooter[] =
@@ -71,6 +75,7 @@ const Field& chosenField(const Sweep& sweep, const std::string& name) {
 
 void loadSweep(const ExportArguments& arguments, Source& source) {
     const Scan scan = readScan(arguments.input, arguments.read);
+    noteDamage(scan, Beside::kErrors);
     const Sweep& sweep = findSweep(scan, arguments.sweep);
     if (!(sweep.gateSpacingM > 0)) throw std::runtime_error("the gate spacing is not positive");
     const Field& field = chosenField(sweep, arguments.field);

@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "clutterclassifier/clutterclassifier.h"
+#include "damage_note.h"
 #include "layout_option.h"
 #include "library_output.h"
 #include "output_file.h"
@@ -23,6 +24,9 @@
 #include "selection.h"
 
 namespace cli {
+
+using namespace scan;
+
 namespace {
 
 constexpr char kFooter[] =
@@ -66,6 +70,7 @@ Extract extractFromGrid(const ExtractArguments& arguments, Points points) {
 
 Extract extractFromScan(const ExtractArguments& arguments, Points points) {
     const Scan scan = readScan(arguments.input, arguments.read);
+    noteDamage(scan, Beside::kErrors);
     const Sweep& sweep = findSweep(scan, arguments.sweep);
     Extract extract;
     extract.time = scan.time;

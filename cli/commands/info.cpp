@@ -15,6 +15,9 @@
 #include "roles.h"
 
 namespace cli {
+
+using namespace scan;
+
 namespace {
 
 void printLine(const char* label, const std::string& text) {
@@ -123,10 +126,10 @@ void printFields(const Scan& scan) {
     }
 }
 
-void printOddities(const Scan& scan) {
-    if (scan.oddities.empty()) return;
-    std::printf("\n  Worth knowing:\n");
-    for (const std::string& oddity : scan.oddities) std::printf("  - %s\n", oddity.c_str());
+void printSentences(const char* heading, const std::vector<std::string>& sentences) {
+    if (sentences.empty()) return;
+    std::printf("\n  %s:\n", heading);
+    for (const std::string& sentence : sentences) std::printf("  - %s\n", sentence.c_str());
 }
 
 void printInfo(const std::string& path, const ReadOptions& options) {
@@ -134,7 +137,8 @@ void printInfo(const std::string& path, const ReadOptions& options) {
     printHead(scan);
     printSweeps(scan);
     printFields(scan);
-    printOddities(scan);
+    printSentences("Damaged", scan.damage);
+    printSentences("Worth knowing", scan.oddities);
 }
 
 void runInfo(const std::vector<std::string>& paths, const ReadOptions& options) {

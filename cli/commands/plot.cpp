@@ -8,6 +8,7 @@
 #include <optional>
 #include <stdexcept>
 
+#include "damage_note.h"
 #include "layout_option.h"
 #include "picture.h"
 #include "read_scan.h"
@@ -15,6 +16,8 @@
 #include "selection.h"
 
 namespace cli {
+
+using namespace scan;
 
 namespace {
 
@@ -36,6 +39,7 @@ const Field& defaultField(const Sweep& sweep) {
 
 void drawFile(const PlotArguments& arguments) {
     const Scan scan = readScan(arguments.input, arguments.read);
+    noteDamage(scan, Beside::kErrors);
     const Sweep& sweep = findSweep(scan, arguments.sweep);
     std::vector<Field> fields;
     for (const std::string& name : arguments.fields) fields.push_back(findField(sweep, name));

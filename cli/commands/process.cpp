@@ -15,6 +15,7 @@
 #include "class_output.h"
 #include "clutterclassifier/clutterclassifier.h"
 #include "configuration.h"
+#include "damage_note.h"
 #include "exit_code.h"
 #include "finite_option.h"
 #include "layout_option.h"
@@ -31,6 +32,9 @@
 #include "summary.h"
 
 namespace cli {
+
+using namespace scan;
+
 namespace {
 
 namespace fs = std::filesystem;
@@ -165,6 +169,7 @@ class Run {
         const Scan scan = readScan(arguments_.input, arguments_.read);
         chooseSweeps(scan);
         if (!arguments_.quiet) printScanLine(scan);
+        noteDamage(scan, arguments_.quiet ? Beside::kErrors : Beside::kResults);
         for (size_t s = 0; s < sweeps_.size(); ++s) {
             progress_.show(static_cast<int>(s), static_cast<int>(sweeps_.size()),
                            arguments_.input + " sweep " + std::to_string(s + 1));

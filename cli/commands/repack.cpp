@@ -8,11 +8,15 @@
 #include <string>
 
 #include "clutterclassifier/clutterclassifier.h"
+#include "damage_note.h"
 #include "layout_option.h"
 #include "output_file.h"
 #include "read_scan.h"
 
 namespace cli {
+
+using namespace scan;
+
 namespace {
 
 struct RepackArguments {
@@ -34,6 +38,7 @@ void repack(const RepackArguments& arguments) {
     if (recognise(arguments.input) != FileFormat::kPolarData)
         throw std::runtime_error("is no polar data file");
     const Scan scan = readScan(arguments.input, arguments.read);
+    noteDamage(scan, Beside::kResults);
     if (scan.format == kMistaken) throw std::runtime_error("product 2214 cannot be repacked");
     OutputFile file(arguments.output);
     CThuPolDaFor polar;

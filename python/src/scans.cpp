@@ -122,11 +122,13 @@ py::dict readScan(const std::string& path, int polarLayout) {
     }
     py::list sweeps;
     for (scan::Sweep& sweep : scan.sweeps) sweeps.append(sweepDict(sweep));
+    std::vector<std::string> unusual = scan.damage;
+    unusual.insert(unusual.end(), scan.oddities.begin(), scan.oddities.end());
     const scan::DateTime& time = scan.time;
     py::dict result;
     result["sweeps"] = sweeps;
     result["format"] = scan.format;
-    result["oddities"] = scan.oddities;
+    result["oddities"] = unusual;
     result["radar_name"] = scan::printable(scan.radarName);
     result["site_name"] = scan::printable(scan.siteName);
     result["latitude"] = scan.latitudeDeg;

@@ -11,6 +11,7 @@
 #include "formats/german_dx_bytes.h"
 #include "formats/polar_bytes.h"
 #include "formats/uf_bytes.h"
+#include "polar_products.h"
 #include "read_scan.h"
 #include "run_program.h"
 #include "support/temp_dir.h"
@@ -79,6 +80,35 @@ TEST_F(Formats, PolarDataAsksForALayoutOnlyWhereItMatters) {
     EXPECT_NE(refusal(put("2215", PolarBytes(2215).bytes())).find("not known"), std::string::npos);
     EXPECT_TRUE(run("info " + full + " --layout 260")) << said_;
     EXPECT_FALSE(run("info " + full + " --layout 250"));
+}
+
+/* Each product has gates of a size of its own, by which alone a missing end can be told. */
+TEST_F(Formats, PolarDataThatEndEarlyAreDamaged) {
+    const struct {
+        int product;
+        std::size_t gateBytes;
+        int layout;
+    } kPacked[] = {{2111, 2, 0},    {2122, 4, 0},   {2141, 4, 0},  {2211, 9, 252}, {2211, 10, 260},
+                   {2211, 10, 280}, {2212, 8, 252}, {2213, 10, 0}, {2214, 8, 0}};
+    const auto expectDamage = [&](ByteVector bytes, int layout) {
+        EXPECT_TRUE(scan::readScan(put("whole", bytes), {layout}).damage.empty());
+        bytes.pop_back();
+        const scan::Scan cut = scan::readScan(put("cut", bytes), {layout});
+        ASSERT_EQ(cut.damage.size(), 1u);
+        EXPECT_EQ(cut.damage[0].find("The file ends 1 bytes early"), 0u) << cut.damage[0];
+    };
+    for (const auto& row : kPacked) {
+        SCOPED_TRACE(row.product);
+        expectDamage(randomPolarFile(row.product, row.gateBytes, false, 3, 5, random_).bytes(),
+                     row.layout);
+    }
+    const std::string dx = put("scan.dx", dxFile(100)), out = dir_.file("x.pol");
+    for (const scan::SingleProduct& single : scan::kSingleProducts) {
+        SCOPED_TRACE(single.code);
+        ASSERT_TRUE(run("convert " + dx + " " + out + " --product " + std::to_string(single.code)))
+            << said_;
+        expectDamage(readFile(out), 0);
+    }
 }
 
 TEST_F(Formats, ConvertedScansKeepTheirValues) {

@@ -13,6 +13,9 @@
 #include "picture_raster.h"
 
 namespace cli {
+
+using namespace scan;
+
 namespace {
 
 constexpr float kNan = std::numeric_limits<float>::quiet_NaN();

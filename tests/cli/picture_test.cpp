@@ -16,6 +16,9 @@
 #include "palette.h"
 
 namespace cli {
+
+using namespace scan;
+
 namespace {
 
 namespace fs = std::filesystem;

@@ -76,6 +76,39 @@ TEST_F(Program, AMembershipFileWithoutPairsIsToldBeforeTheLibraryMeetsIt) {
               0);
 }
 
+/* Where results are data, or are not printed, it is said beside them: with the file's name. */
+TEST_F(Program, EveryCommandSaysThatAFileIsCut) {
+    const std::string cut = directory_.file("cut.uf"), list = directory_.file("points.txt");
+    ByteVector bytes = readFile(scan_);
+    bytes.resize(bytes.size() - 100);
+    writeFile(cut, bytes);
+    writeFile(list, {'3', '0', '0', '0', ' ', '5', '\n'});
+    const std::string picture = directory_.file("x.png"), table = directory_.file("x.csv");
+    const struct {
+        std::string arguments;
+        const char* begin;
+    } kCases[] = {
+        {"classify " + cut, "  note: "},
+        {"classify -q " + cut + " 2>&1 >/dev/null #", "cut.uf: "},
+        {"process --what 1 " + cut, "  note: "},
+        {"process --what 1 -q " + cut + " 2>&1 >/dev/null #", "cut.uf: "},
+        {"convert " + cut + " " + directory_.file("y.uf"), "  note: "},
+        {"plot " + cut + " -o " + picture + " 2>&1 >/dev/null #", "cut.uf: "},
+        {"export " + cut + " -o " + table + " 2>&1 >/dev/null #", "cut.uf: "},
+        {"extract " + cut + " " + list + " 2>&1 >/dev/null #", "cut.uf: "},
+        {"info " + cut, "  Damaged:\n  - "},
+    };
+    const std::string last = std::to_string(bytes.size() - 59 * (bytes.size() + 100) / 60);
+    for (const auto& row : kCases) {
+        const Outcome outcome = runProgram(row.arguments);
+        EXPECT_EQ(outcome.code, 0) << row.arguments;
+        EXPECT_NE(outcome.out.find(row.begin + last + " bytes after the last whole record"),
+                  std::string::npos)
+            << row.arguments << "\n"
+            << outcome.out;
+    }
+}
+
 TEST_F(Program, OneBadFileDoesNotStopTheOthers) {
     const std::string bad = directory_.file("bad.uf");
     writeFile(bad, {0, 0, 0, 114, 'U', 'F', 1, 2});

@@ -178,12 +178,41 @@ TEST_F(ReadScan, APowerFieldGivesTheCalibration) {
     }
 }
 
+/* What of the file could not be had; "" for a sound one. */
+std::string damageOf(const scan::Scan& scan) {
+    std::string all;
+    for (const std::string& sentence : scan.damage) all += sentence;
+    return all;
+}
+
 TEST_F(ReadScan, ACutFileKeepsItsWholeRays) {
-    clutter::test::ByteVector bytes = ufFile({ufRay({{"DZ", {1}}}), ufRay({{"DZ", {2}}}, 2)});
-    bytes.resize(bytes.size() - 9);
-    const scan::Scan scan = read(bytes);
-    EXPECT_EQ(scan.sweeps.at(0).nrays, 1);
-    EXPECT_TRUE(hasOddity(scan, "were left unread"));
+    const clutter::test::ByteVector whole = ufFile({ufRay({{"DZ", {1}}}), ufRay({{"DZ", {2}}}, 2)});
+    const struct {
+        size_t missing;
+        int rays;
+        const char* damage;
+    } kCases[] = {
+        {0, 2, ""},
+        {1, 2, "ends within the last record's closing length"},
+        {4, 2, "ends within the last record's closing length"},
+        {5, 1, "bytes after the last whole record were left unread"},
+        {whole.size() / 2 - 1, 1, "1 bytes after the last whole record were left unread"},
+        {whole.size() / 2, 1, ""},
+    };
+    for (const auto& row : kCases) {
+        SCOPED_TRACE(row.missing);
+        const scan::Scan scan = read({whole.begin(), whole.end() - row.missing});
+        EXPECT_EQ(scan.sweeps.at(0).nrays, row.rays);
+        EXPECT_EQ(scan.damage.empty(), *row.damage == 0) << damageOf(scan);
+        EXPECT_NE(damageOf(scan).find(row.damage), std::string::npos) << damageOf(scan);
+    }
+}
+
+TEST_F(ReadScan, RecordsThatAreNoRaysAreDamage) {
+    UfRecord foreign = ufRay({{"DZ", {2}}}, 2);
+    foreign.text(1, "XX");
+    const scan::Scan scan = read(ufFile({ufRay({{"DZ", {1}}}), foreign}));
+    EXPECT_EQ(damageOf(scan), "1 of 2 records do not begin as rays do: their values mean nothing.");
 }
 
 TEST_F(ReadScan, FilesThatCannotBeReadSayWhy) {
