@@ -2,6 +2,7 @@
 
 from __future__ import annotations
 
+from collections.abc import Collection
 from numbers import Real
 from typing import Any, overload
 
@@ -76,17 +77,32 @@ def only_given(**fields: ArrayLike | None) -> dict[str, ArrayLike]:
 
 
 def gate_spacing(range: ArrayLike, ngates: int) -> float:
-    """The gate spacing (m) of the ranges of `ngates` gates; a single number is the spacing itself."""
+    """The gate spacing (m) of the ranges of `ngates` gates; a single number is the spacing itself.
+
+    Ranges may be rounded: each lies within half a gate of where an even spacing has it.
+    """
     ranges = as_numbers("range", range)
-    if ranges.ndim == 0:
-        spacing = float(ranges)
-    elif ranges.shape != (ngates,):
+    if ranges.ndim and ranges.shape != (ngates,):
         raise ValueError(f"range has the shape {ranges.shape}, but there are {ngates} gates")
-    else:
-        spacing = _without_noise(float(ranges[1] - ranges[0]) if ngates > 1 else float(ranges[0]))
+    if ranges.size == 0:
+        raise ValueError("range is empty: there are no gates")
+    if ranges.size == 1:
+        spacing = float(ranges.reshape(()))
+    else:  # over all gates, where the rounding of two counts least
+        spacing = (float(ranges[-1]) - float(ranges[0])) / (ngates - 1)
     if not 1 <= spacing < MOST:
         raise ValueError(f"range must rise by at least 1 m a gate, not by {spacing:g} m")
-    return spacing
+    if ranges.size > 1:
+        _check_even(ranges, spacing)
+    return _without_noise(spacing)
+
+
+def _check_even(ranges: NDArray[np.float64], spacing: float) -> None:
+    """Raise ValueError for a range that is half a gate away from where the spacing has it."""
+    away = np.abs(ranges - (ranges[0] + spacing * np.arange(ranges.size)))
+    if not away.max() < 0.5 * spacing:
+        steps = np.diff(ranges)
+        raise ValueError(f"range must rise evenly, not by {steps.min():g} to {steps.max():g} m a gate")
 
 
 def _without_noise(spacing: float) -> float:
@@ -98,7 +114,10 @@ def _without_noise(spacing: float) -> float:
 def number(name: str, value: Any) -> float:
     """A single number, which may be infinite."""
     if isinstance(value, (float, Real)):
-        single = float(value)
+        try:
+            single = float(value)
+        except OverflowError:
+            raise ValueError(f"{name} is too large a number") from None
     else:
         try:
             values = as_numbers(name, value)
@@ -123,6 +142,14 @@ def finite(name: str, value: Any) -> float:
     return single
 
 
+def positive(name: str, value: Any) -> float:
+    """A single finite number above 0."""
+    single = finite(name, value)
+    if single <= 0:
+        raise ValueError(f"{name} must be positive, not {single:g}")
+    return single
+
+
 def whole(name: str, value: Any, least: int = 1, most: int = MOST) -> int:
     """A whole number within bounds; by default what the library can count."""
     single = value if isinstance(value, (int, np.integer)) else number(name, value)
@@ -130,6 +157,13 @@ def whole(name: str, value: Any, least: int = 1, most: int = MOST) -> int:
         return int(single)
     bounds = f"of at least {least}" if most == MOST and single <= most else f"within {least} and {most}"
     raise ValueError(f"{name} must be a whole number {bounds}, not {value}")
+
+
+def choice(name: str, value: Any, known: Collection[str]) -> Any:
+    """One of the words that are known."""
+    if not isinstance(value, str) or value not in known:
+        raise ValueError(f"no such {name}: {value!r} ({', '.join(known)})")
+    return value
 
 
 def window_sizes(gates: Any, rays: Any, *, name: str | None = None, least: int = 1,

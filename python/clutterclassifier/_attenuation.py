@@ -9,7 +9,7 @@ import numpy as np
 from numpy.typing import ArrayLike, NDArray
 
 from . import _core
-from ._arrays import as_field, as_field_like, gate_spacing, number, window_pair
+from ._arrays import as_field, as_field_like, choice, gate_spacing, number, window_pair
 from ._scans import as_classes_like, per_gate, per_ray, per_scan
 
 
@@ -89,7 +89,7 @@ def attenuation(dbzh: ArrayLike, *, phidp: ArrayLike, rhohv: ArrayLike | None = 
     classes : array_like of EchoClass
         Result of `classify`: only precipitation is corrected and attenuates.
     range : array_like, shape (range,), or float
-        Ranges of the gates, or their spacing, m. Only the spacing counts: gate g is taken at g spacings.
+        Even ranges of the gates, or their spacing, m. Only that counts: gate g is taken at g spacings.
     elevation : float or array_like
         Elevation of the scan, degrees; one for all scans, or one for each.
     freezing_level : float or array_like
@@ -134,6 +134,13 @@ def attenuation(dbzh: ArrayLike, *, phidp: ArrayLike, rhohv: ArrayLike | None = 
         _algorithm(algorithm), number("min_phase_rise", min_phase_rise), gates, rays, bool(fill_gaps)))
 
 
+def _coefficient(name: str, values: NDArray[np.float64]) -> NDArray[np.float64]:
+    """Coefficients of a power law: 0 where a ray was not corrected, NaN where they are unknown."""
+    if (values < 0).any() or np.isinf(values).any():
+        raise ValueError(f"{name} must hold finite numbers of at least 0")
+    return values
+
+
 _METHODS = {"profile": 0, "final_value": 1, "forward": 2, "phase_slope": 3}
 
 
@@ -162,7 +169,7 @@ def specific_attenuation(dbzh: ArrayLike, *, classes: ArrayLike, range: ArrayLik
     classes : array_like of EchoClass
         Result of `classify`.
     range : array_like, shape (range,), or float
-        Ranges of the gates, or their spacing, m.
+        Even ranges of the gates, or their spacing, m.
     phase_rise : float or array_like
         Rise of the differential phase over the ray, degrees; for all rays or each.
     phidp : array_like, optional
@@ -181,7 +188,8 @@ def specific_attenuation(dbzh: ArrayLike, *, classes: ArrayLike, range: ArrayLik
     Raises
     ------
     ValueError
-        A wrong shape, an unknown method, or no `phidp` where it is needed.
+        A wrong shape, an unknown method, no `phidp` where it is needed, or a coefficient that is negative
+        or infinite.
 
     Examples
     --------
@@ -192,16 +200,16 @@ def specific_attenuation(dbzh: ArrayLike, *, classes: ArrayLike, range: ArrayLik
     >>> float((2 * 0.25 * ah).sum().round(1))
     2.9
     """
-    if method not in _METHODS:
-        raise ValueError(f"no such method: {method!r} ({', '.join(_METHODS)})")
+    number_of_method = _METHODS[choice("method", method, _METHODS)]
     field = as_field("dbzh", dbzh)
     if method == "phase_slope" and phidp is None:
         raise ValueError("the method 'phase_slope' needs phidp")
     return _core.specific_attenuation(
         field, as_field_like("phidp", phidp, field, "dbzh"), as_classes_like(classes, field, "dbzh"),
-        per_gate("alpha", alpha, field.shape), per_gate("a", a, field.shape),
-        per_gate("b", b, field.shape), per_ray("phase_rise", phase_rise, field.shape),
-        gate_spacing(range, field.shape[-1]) / 1000.0, _METHODS[method])
+        _coefficient("alpha", per_gate("alpha", alpha, field.shape)),
+        _coefficient("a", per_gate("a", a, field.shape)), _coefficient("b", per_gate("b", b, field.shape)),
+        per_ray("phase_rise", phase_rise, field.shape), gate_spacing(range, field.shape[-1]) / 1000.0,
+        number_of_method)
 
 
 class ZdrCorrection(NamedTuple):
@@ -236,7 +244,7 @@ def correct_zdr(zdr: ArrayLike, *, dbzh: ArrayLike, specific_attenuation: ArrayL
     classes : array_like of EchoClass
         Result of `classify`.
     range : array_like, shape (range,), or float
-        Ranges of the gates, or their spacing, m.
+        Even ranges of the gates, or their spacing, m.
     alpha, phase_rise : float or array_like
         The coefficient (dB/degree) that the attenuation was found with, and the rise of the differential
         phase (degrees); for all rays or each.
@@ -265,7 +273,7 @@ def correct_zdr(zdr: ArrayLike, *, dbzh: ArrayLike, specific_attenuation: ArrayL
     return ZdrCorrection(*_core.correct_zdr(
         field, as_field_like("dbzh", dbzh, field, "zdr"),
         as_field_like("specific_attenuation", specific_attenuation, field, "zdr"),
-        as_classes_like(classes, field, "zdr"), per_ray("alpha", alpha, field.shape),
+        as_classes_like(classes, field, "zdr"), _coefficient("alpha", per_ray("alpha", alpha, field.shape)),
         per_ray("phase_rise", phase_rise, field.shape), gate_spacing(range, field.shape[-1]) / 1000.0))
 
 
@@ -304,7 +312,7 @@ def hot_spots(phidp: ArrayLike, *, dbzh: ArrayLike, rhohv: ArrayLike, classes: A
     classes : array_like of EchoClass
         Result of `classify`.
     range : array_like, shape (range,), or float
-        Ranges of the gates, or their spacing, m.
+        Even ranges of the gates, or their spacing, m.
 
     Returns
     -------

@@ -9,7 +9,7 @@ import numpy as np
 from numpy.typing import ArrayLike, NDArray
 
 from . import _core
-from ._arrays import as_field, as_numbers, finite, gate_spacing
+from ._arrays import as_field, as_numbers, finite, gate_spacing, positive
 from ._scans import per_gate, per_scan
 
 Numbers = NDArray[np.float64]
@@ -159,11 +159,9 @@ def beam_pattern(range: float, *, elevation: float = 0.0, beamwidth: float = 1.0
     >>> pattern.angle.size, pattern.height.size, float(pattern.height[0])
     (1000, 118, -442.5)
     """
-    for name, value in (("range", range), ("beamwidth", beamwidth)):
-        if not finite(name, value) > 0:
-            raise ValueError(f"{name} must be positive, not {value}")
-    angle, *others = _core.beam_pattern(np.deg2rad(beamwidth), range,
-                                        np.deg2rad(finite("elevation", elevation)))
+    angle, *others = _core.beam_pattern(
+        np.deg2rad(positive("beamwidth", beamwidth)), positive("range", range),
+        np.deg2rad(finite("elevation", elevation)))
     return BeamPattern(np.rad2deg(angle), *others)
 
 
@@ -231,7 +229,7 @@ def correct_profile(dbzh: ArrayLike, *, profiles: str | os.PathLike[str], range:
     profiles : path
         File of vertical profiles, see `vertical_profiles`.
     range : array_like, shape (range,), or float
-        Ranges of the gates, or their spacing, m. Only the spacing counts: gate g is taken at g spacings.
+        Even ranges of the gates, or their spacing, m. Only that counts: gate g is taken at g spacings.
     elevation : float or array_like
         Elevation of the scan, degrees; one for all scans, or one for each.
     freezing_level : float or array_like
@@ -259,9 +257,8 @@ def correct_profile(dbzh: ArrayLike, *, profiles: str | os.PathLike[str], range:
     array([[20., 20.]], dtype=float32)
     """
     field = as_field("dbzh", dbzh, np.float32)
-    if not finite("beamwidth", beamwidth) > 0:
-        raise ValueError(f"beamwidth must be positive, not {beamwidth}")
+    width = float(np.deg2rad(positive("beamwidth", beamwidth)))
     return _core.correct_profile(
         field, per_gate("freezing_level", freezing_level, field.shape, np.float32),
         np.deg2rad(per_scan("elevation", elevation, field.shape)), _profiles_file(profiles),
-        gate_spacing(range, field.shape[-1]), float(np.deg2rad(beamwidth)))
+        gate_spacing(range, field.shape[-1]), width)

@@ -55,7 +55,9 @@ def membership_directory(membership: str | os.PathLike[str] | None = None) -> st
     >>> cc.membership_directory("my/functions")
     'my/functions'
     """
-    return os.fspath(membership or os.environ.get("CLUTTERCLASSIFIER_MEMBERSHIP") or _PACKAGED)
+    if membership is not None and not isinstance(membership, (str, bytes, os.PathLike)):
+        raise TypeError(f"membership must be a path, not {membership!r}")
+    return os.fsdecode(membership or os.environ.get("CLUTTERCLASSIFIER_MEMBERSHIP") or _PACKAGED)
 
 
 @functools.lru_cache(maxsize=64)
@@ -138,7 +140,7 @@ def classify(dbzh: ArrayLike, *, zdr: ArrayLike | None = None, phidp: ArrayLike 
         Doppler velocity (m/s), spectrum width (m/s), linear depolarisation ratio (dB), clutter
         likelihood (0..1), each with the shape of `dbzh`.
     range : array_like, shape (range,), or float
-        Ranges of the gates, or their spacing, m. Only the spacing counts, in whole metres: gate 0 is
+        Even ranges of the gates, or their spacing, m. Only the spacing counts, in whole metres: gate 0 is
         taken one spacing out.
     azimuth, elevation : array_like, shape (azimuth,), or float, optional
         Angles of the rays, degrees. They are checked, but do not change the classes.

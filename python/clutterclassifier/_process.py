@@ -157,7 +157,7 @@ def process(dbzh: ArrayLike, *, zdr: ArrayLike | None = None, phidp: ArrayLike |
         Codes of `EchoClass` to work with when the classification is not among the stages; 255 is no
         class.
     range : array_like, shape (range,), or float
-        Ranges of the gates, or their spacing, m. Only the spacing counts, in whole metres.
+        Even ranges of the gates, or their spacing, m. Only the spacing counts, in whole metres.
     azimuth : array_like, shape (azimuth,), optional
         Degrees; evenly round the circle by default. With a gap, the rays at its ends are no neighbours.
     elevation : float or array_like, shape (azimuth,), optional
@@ -230,7 +230,8 @@ def process(dbzh: ArrayLike, *, zdr: ArrayLike | None = None, phidp: ArrayLike |
         "membership": "",
     }
     if stages & Stage.CLASSIFICATION:
-        arguments["membership"] = _ready_directory(membership or settings.membership, int(mask), False)
+        directory = settings.membership if membership is None else membership
+        arguments["membership"] = _ready_directory(directory, int(mask), False)
     with settings_file(settings.text) as path:
         results = [_one_scan({name: field[at] for name, field in fields.items()}, azimuths[at],
                              elevations[at], configuration=path, **arguments)

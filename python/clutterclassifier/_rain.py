@@ -9,7 +9,8 @@ import numpy as np
 from numpy.typing import ArrayLike, NDArray
 
 from . import _core
-from ._arrays import as_field, as_field_like, as_numbers, finite, gate_spacing, number, only_given
+from ._arrays import (as_field, as_field_like, as_numbers, choice, finite, gate_spacing, number, only_given,
+                      positive)
 from ._scans import per_gate, per_scan
 
 
@@ -17,6 +18,7 @@ class _Relation(NamedTuple):
     number: int
     needs: tuple[str, ...]
     coefficients: int
+    positive: int = 2  # leading ones: factor and exponent of a power law
 
 
 _RELATIONS = {
@@ -24,7 +26,7 @@ _RELATIONS = {
     "z_zdr": _Relation(1, ("dbzh", "zdr"), 3),
     "kdp_zdr": _Relation(2, ("kdp", "zdr"), 3),
     "kdp": _Relation(3, ("kdp",), 2),
-    "z_zdr_polynomial": _Relation(4, ("dbzh", "zdr"), 4),
+    "z_zdr_polynomial": _Relation(4, ("dbzh", "zdr"), 4, positive=0),
 }
 
 
@@ -57,6 +59,7 @@ def rain_rate(dbzh: ArrayLike | None = None, *, zdr: ArrayLike | None = None,
     coefficients : sequence of float, optional
         Leading coefficients of the relation in place of its own: 200 and 1.6; 0.01583, 0.8349 and
         -0.3732; 49.2144, 0.9429 and -0.2731; 20.47 and 0.75; 18.996, 16.9758, -9.4325 and 2.1542.
+        c0 and c1 are positive but in the polynomial.
 
     Returns
     -------
@@ -67,7 +70,7 @@ def rain_rate(dbzh: ArrayLike | None = None, *, zdr: ArrayLike | None = None,
     ------
     ValueError
         A wrong shape, an unknown relation, an array that it needs and does not get or gets and does not
-        use, too many coefficients.
+        use, too many coefficients, or a factor or exponent of a power law that is not positive.
 
     Examples
     --------
@@ -77,9 +80,7 @@ def rain_rate(dbzh: ArrayLike | None = None, *, zdr: ArrayLike | None = None,
     >>> cc.rain_rate(kdp=[1.0], relation="kdp")
     array([20.47], dtype=float32)
     """
-    if relation not in _RELATIONS:
-        raise ValueError(f"no such relation: {relation!r} ({', '.join(_RELATIONS)})")
-    row = _RELATIONS[relation]
+    row = _RELATIONS[choice("relation", relation, _RELATIONS)]
     given = only_given(dbzh=dbzh, kdp=kdp, zdr=zdr)
     for name in ("dbzh", "kdp", "zdr"):
         if (name in given) != (name in row.needs):
@@ -88,7 +89,8 @@ def rain_rate(dbzh: ArrayLike | None = None, *, zdr: ArrayLike | None = None,
     listed = as_numbers("coefficients", () if coefficients is None else coefficients)
     if listed.ndim != 1:
         raise ValueError(f"coefficients must be a list of numbers, not {coefficients!r}")
-    own = [finite("coefficients", value) for value in listed]
+    own = [(positive if at < row.positive else finite)("coefficients", value)
+           for at, value in enumerate(listed)]
     if len(own) > row.coefficients:
         raise ValueError(f"the relation {relation!r} has {row.coefficients} coefficients, not {len(own)}")
     first = row.needs[0]
@@ -110,7 +112,7 @@ def hybrid_rain_rate(dbzh: ArrayLike, zdr: ArrayLike, *, range: ArrayLike, eleva
     dbzh, zdr : array_like, shape (..., azimuth, range)
         Horizontal reflectivity (dBZ) and differential reflectivity (dB).
     range : array_like, shape (range,), or float
-        Ranges of the gates, or their spacing, m. Only the spacing counts: gate g is taken at g spacings.
+        Even ranges of the gates, or their spacing, m. Only that counts: gate g is taken at g spacings.
     elevation : float or array_like
         Elevation of the scan, degrees; one for all scans, or one for each.
     freezing_level : float or array_like
@@ -139,6 +141,12 @@ def hybrid_rain_rate(dbzh: ArrayLike, zdr: ArrayLike, *, range: ArrayLike, eleva
         np.deg2rad(per_scan("elevation", elevation, field.shape)), gate_spacing(range, field.shape[-1]))
 
 
+def _single(name: str, value: float) -> float:
+    """A coefficient as the library computes with it: positive in single precision, too."""
+    with np.errstate(over="ignore"):
+        return positive(name, np.float32(finite(name, value)))
+
+
 def z_to_rain(dbzh: ArrayLike, *, a: float = 200.0, b: float = 1.6,
               threshold: float = -32.0) -> NDArray[np.float32]:
     """Rain rate, mm/h: ``(10^(0.1 dbzh) / a)^(1 / b)``, Marshall and Palmer (1948).
@@ -148,7 +156,7 @@ def z_to_rain(dbzh: ArrayLike, *, a: float = 200.0, b: float = 1.6,
     dbzh : array_like
         Horizontal reflectivity, dBZ, of any shape.
     a, b : float
-        Coefficients of ``Z = a R^b``, rounded to single precision.
+        Coefficients of ``Z = a R^b``, positive; rounded to single precision.
     threshold : float
         Reflectivity of gates without rain, dBZ: what is not above it, NaN included, gives 0. (A NaN
         stays NaN in `rain_rate`.)
@@ -158,13 +166,18 @@ def z_to_rain(dbzh: ArrayLike, *, a: float = 200.0, b: float = 1.6,
     numpy.ndarray of float32
         mm/h.
 
+    Raises
+    ------
+    ValueError
+        A coefficient that is not positive, a number that is none.
+
     Examples
     --------
     >>> import clutterclassifier as cc
     >>> cc.z_to_rain([-32.0, 23.0103]).round(3)
     array([0., 1.], dtype=float32)
     """
-    return _core.z_to_rain(as_numbers("dbzh", dbzh, np.float32), finite("a", a), finite("b", b),
+    return _core.z_to_rain(as_numbers("dbzh", dbzh, np.float32), _single("a", a), _single("b", b),
                            number("threshold", threshold))[()]
 
 
@@ -177,7 +190,7 @@ def rain_to_z(rain: ArrayLike, *, a: float = 200.0, b: float = 1.6,
     rain : array_like
         Rain rate, mm/h, of any shape.
     a, b : float
-        Coefficients of ``Z = a R^b``, rounded to single precision.
+        Coefficients of ``Z = a R^b``, positive; rounded to single precision.
     no_rain : float
         Reflectivity where `rain` is not above 0, NaN included, dBZ.
 
@@ -186,11 +199,16 @@ def rain_to_z(rain: ArrayLike, *, a: float = 200.0, b: float = 1.6,
     numpy.ndarray of float32
         dBZ.
 
+    Raises
+    ------
+    ValueError
+        A coefficient that is not positive, a number that is none.
+
     Examples
     --------
     >>> import clutterclassifier as cc
     >>> cc.rain_to_z([0.0, 1.0])
     array([-32.    ,  23.0103], dtype=float32)
     """
-    return _core.rain_to_z(as_numbers("rain", rain, np.float32), finite("a", a), finite("b", b),
+    return _core.rain_to_z(as_numbers("rain", rain, np.float32), _single("a", a), _single("b", b),
                            number("no_rain", no_rain))[()]

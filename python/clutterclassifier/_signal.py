@@ -23,7 +23,7 @@ def signal_to_noise(dbzh: ArrayLike, *, range: ArrayLike, radar_constant: float)
     dbzh : array_like, shape (..., azimuth, range)
         Horizontal reflectivity, dBZ.
     range : array_like, shape (range,), or float
-        Ranges of the gates, or their spacing, m. Only the spacing counts, in whole metres: gate g is
+        Even ranges of the gates, or their spacing, m. Only the spacing counts, in whole metres: gate g is
         taken at g spacings, gate 0 one spacing out.
     radar_constant : float
         Calibration constant, dB.
@@ -82,7 +82,7 @@ def estimate_radar_constant(dbzh: ArrayLike, *, rhohv: ArrayLike | None = None,
     rhohv : array_like, optional
         Co-polar correlation (0..1): tells widespread rain from noise.
     range : array_like, shape (range,), or float
-        Ranges of the gates, or their spacing, m.
+        Even ranges of the gates, or their spacing, m.
 
     Returns
     -------

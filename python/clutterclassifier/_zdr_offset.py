@@ -50,7 +50,7 @@ def vertical_statistics(dbzh: ArrayLike, *, zdr: ArrayLike, rhohv: ArrayLike,
         Differential phase (degrees), Doppler velocity and spectrum width (m/s). A NaN among the chosen
         gates of a field makes its mean NaN.
     range : array_like, shape (range,), or float
-        Ranges of the gates, or their spacing, m. Only the spacing counts: gate g begins at g spacings.
+        Even ranges of the gates, or their spacing, m. Only the spacing counts: gate g begins at g spacings.
     between : (float, float)
         Ranges of the first gate and of the first one beyond, m.
     min_rhohv, min_dbzh : float
@@ -105,7 +105,7 @@ def rain_statistics(dbzh: ArrayLike, *, zdr: ArrayLike, rhohv: ArrayLike, classe
         Differential phase (degrees), Doppler velocity and spectrum width (m/s). A NaN among the chosen
         gates of a field makes its mean NaN.
     range : array_like, shape (range,), or float
-        Ranges of the gates, or their spacing, m. Only the spacing counts: gate g begins at g spacings.
+        Even ranges of the gates, or their spacing, m. Only the spacing counts: gate g begins at g spacings.
     between : (float, float)
         Ranges of the first gate and of the first one beyond, m.
     min_rhohv, min_dbzh, max_dbzh : float

@@ -130,6 +130,13 @@ def test_corrected_profiles_equal_the_library(profiles):
 
 @pytest.mark.parametrize("call, message", [
     (lambda: cc.rain_rate([1.0], relation="best"), "no such relation"),
+    (lambda: cc.rain_rate([1.0], relation=["z"]), "no such relation"),
+    (lambda: cc.rain_rate([1.0], coefficients=[200, 0]), "coefficients must be positive"),
+    (lambda: cc.rain_rate(kdp=[1.0], relation="kdp", coefficients=[-20]), "coefficients must be positive"),
+    (lambda: cc.z_to_rain(1.0, a=-1), "a must be positive"),
+    (lambda: cc.rain_to_z(1.0, b=0), "b must be positive"),
+    (lambda: cc.rain_to_z(1.0, a=1e-60), "a must be positive"),
+    (lambda: cc.rain_to_z(1.0, a=1e60), "a must be a finite"),
     (lambda: cc.rain_rate(kdp=[1.0]), "'z' needs dbzh"),
     (lambda: cc.rain_rate([1.0], zdr=[1.0]), "'z' does not use zdr"),
     (lambda: cc.rain_rate([1.0], zdr=[1.0, 2.0], relation="z_zdr"), r"zdr .*\(2,\).*\(1,\)"),
@@ -143,6 +150,11 @@ def test_corrected_profiles_equal_the_library(profiles):
 def test_bad_calls_are_named(call, message):
     with pytest.raises(ValueError, match=message):
         call()
+
+
+def test_the_polynomial_may_have_any_sign():
+    rate = cc.rain_rate([30.0], zdr=[1.0], relation="z_zdr_polynomial", coefficients=[0, -1, 0, 1])
+    assert rate[0] == pytest.approx(1000)
 
 
 def test_profiles_that_cannot_be_read_are_named(tmp_path):

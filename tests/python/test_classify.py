@@ -95,7 +95,9 @@ def test_masked_gates_have_no_echo():
 @pytest.mark.parametrize("ranges, spacing", [
     (np.arange(60) * 250.0 + 125, 250.0), (np.arange(60, dtype=np.float32) * 149.9, 149.0), (75, 75.0),
     (np.arange(60) * 299.99999999999994, 300.0), (np.arange(60, dtype=np.float32) * 0.1 * 1249.9999, 125.0),
-    (np.arange(60) * 299.9, 299.0), (np.arange(60) * 124.9998, 124.0)])
+    (np.arange(60) * 299.9, 299.0), (np.arange(60) * 124.9998, 124.0), (299.99999999999994, 300.0),
+    (np.float32(9e5) + np.arange(60, dtype=np.float32) * np.float32(62.3), 62.0),
+    ((np.arange(60) * 250.0).round(-2), 250.0)])
 def test_only_the_spacing_in_whole_metres_counts(ranges, spacing):
     fields = scan_fields()
     settings = {"radar_constant": CONSTANT, "min_snr": LEAST}
@@ -131,8 +133,13 @@ def test_isolated_precipitation_becomes_clutter_where_asked_for():
     ({"range": np.arange(59) * 250}, r"range has the shape \(59,\), but there are 60 gates"),
     ({"range": np.zeros(60)}, "range must rise"),
     ({"range": np.nan}, "range must rise"),
+    ({"range": [0, 100, *np.arange(5e3, 19250, 250), 1e5]}, "range must rise evenly, not by 100 to 81000"),
+    ({"range": np.delete(np.arange(61), 5) * 250.0}, "range must rise evenly, not by 250 to 500 m"),
+    ({"range": np.append(0, np.arange(59)) * 250.0}, "range must rise evenly, not by 0 to 250 m"),
+    ({"range": np.where(np.arange(60) == 7, np.nan, np.arange(60) * 250)}, "range must rise evenly"),
     ({"azimuth": np.zeros(23)}, r"azimuth has the shape \(23,\), but one value per ray has \(24,\)"),
     ({"radar_constant": np.inf}, "radar_constant must be a finite number"),
+    ({"radar_constant": 10**400}, "radar_constant is too large"),
     ({"inputs": "zhh_textures"}, "no such input: 'zhh_textures'"),
     ({"inputs": 512}, "inputs must be a whole number within 0 and 511"),
     ({"inputs": []}, "selects nothing"),
@@ -158,7 +165,8 @@ def test_a_wrong_argument_is_named(change, message):
 @pytest.mark.parametrize("name, value", [
     ("radar_constant", None), ("min_snr", None), ("min_snr", "low"), ("texture_window", 5),
     ("texture_window", "53"), ("texture_window", (5, None)), ("azimuth", ["north"] * 24),
-    ("elevation", "low"), ("inputs", [None]), ("rhohv", [["a"]])])
+    ("elevation", "low"), ("inputs", [None]), ("rhohv", [["a"]]),
+    ("membership", {}), ("membership", np.zeros(2))])
 def test_an_argument_of_a_wrong_kind_is_named(name, value):
     with pytest.raises(TypeError, match=name):
         cc.classify(**{**scan_fields(), **CALL, name: value})
