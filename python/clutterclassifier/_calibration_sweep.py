@@ -8,7 +8,7 @@ import numpy as np
 import xarray as xr
 from numpy.typing import NDArray
 
-from ._arrays import finite
+from ._arrays import finite, number
 from ._process import DEFAULT_MIN_SNR
 from ._signal import estimate_radar_constant
 from ._sweep import RANGE, Sweep, no_echo_value, on_measured, with_front
@@ -41,9 +41,9 @@ def find_calibration(ds: xr.Dataset, radar_constant: float | None, min_snr: floa
     elif "radar_constant" in ds.attrs:
         chosen = (ds.attrs["radar_constant"], ECHO_SNR, "dataset")
     else:
-        return Calibration(None, None if min_snr is None else finite("min_snr", min_snr), "estimate")
+        return Calibration(None, None if min_snr is None else number("min_snr", min_snr), "estimate")
     return Calibration(finite("radar_constant", chosen[0]),
-                        finite("min_snr", chosen[1] if min_snr is None else min_snr), chosen[2])
+                       number("min_snr", chosen[1] if min_snr is None else min_snr), chosen[2])
 
 
 def estimate_now(sweep: Sweep, calibration: Calibration) -> Calibration:

@@ -234,7 +234,8 @@ def clean(ds: xr.Dataset, *, keep: ClassSelection = PRECIPITATION, classes: xr.D
     Raises
     ------
     TypeError
-        A keyword that `classify` does not know, or one that has no effect on given `classes`.
+        A keyword that `classify` does not know, or one that has no effect on given `classes`; `classes`
+        that hold no codes.
 
     Examples
     --------
@@ -248,6 +249,8 @@ def clean(ds: xr.Dataset, *, keep: ClassSelection = PRECIPITATION, classes: xr.D
     name = keywords.pop("name", CLASS)
     if classes is not None:
         refuse_keywords("clean", keywords, "the classes are given")
+        if not isinstance(classes, xr.DataArray):
+            raise TypeError(f"classes must be a DataArray, not {type(classes).__name__}")
         ds = ds.assign({name: classes})
     elif keywords or name not in ds:
         ds = classify(ds, name=name, **keywords)

@@ -9,7 +9,9 @@ import numpy as np
 import xarray as xr
 from numpy.typing import NDArray
 
+from ._arrays import as_numbers
 from ._model import flag_attributes
+from ._sweep import has_gates
 from .echo import MISSING, EchoClass
 
 CLASS = "CLASS"
@@ -52,21 +54,24 @@ def library_codes(classes: xr.DataArray) -> xr.DataArray:
 
     Raises
     ------
-    ValueError
-        A flag value is no number within 0 and 255.
+    TypeError, ValueError
+        It holds no codes of gates, or a flag value is no number within 0 and 255.
     """
-    own = {meaning.lower(): int(value) for value, meaning in
-           zip(np.atleast_1d(classes.attrs.get("flag_values", ())),
-               str(classes.attrs.get("flag_meanings", "")).split())}
+    if not has_gates(classes):
+        raise ValueError(f"{classes.name} must have the dimensions (azimuth, range), not {classes.dims}")
+    if classes.dtype.kind not in "fiub":
+        raise TypeError(f"{classes.name} must hold codes of classes, not {classes.dtype}")
+    flags = as_numbers(f"{classes.name}: flag_values", np.atleast_1d(classes.attrs.get("flag_values", ())))
+    own = dict(zip(str(classes.attrs.get("flag_meanings", "")).lower().split(), flags))
     wrong = [value for value in own.values() if not 0 <= value <= 255]
     if wrong:
-        raise ValueError(f"{classes.name}: flag_values must be within 0 and 255, not {wrong[0]}")
+        raise ValueError(f"{classes.name}: flag_values must be within 0 and 255, not {wrong[0]:g}")
     words = {echo.meaning: int(echo) for echo in EchoClass}
     words |= {"noise": 3, "clt": 5, "prec": 0}
     table = np.full(256, MISSING, np.uint8)
     if own:
         for meaning, value in own.items():
-            table[value] = words.get(meaning, MISSING)
+            table[int(value)] = words.get(meaning, MISSING)
     else:
         for echo in EchoClass:
             table[echo] = echo
@@ -82,7 +87,7 @@ def _translate(codes: NDArray[Any], table: NDArray[np.uint8]) -> NDArray[np.uint
 
 def parse_classes(name: str, classes: ClassSelection) -> tuple[EchoClass, ...]:
     """Classes by codes or by names such as "precipitation"; "clutter" is all kinds of it."""
-    if isinstance(classes, (str, int)):
+    if isinstance(classes, str) or not isinstance(classes, Iterable):
         classes = [classes]
     found: list[EchoClass] = []
     for item in classes:
@@ -90,7 +95,7 @@ def parse_classes(name: str, classes: ClassSelection) -> tuple[EchoClass, ...]:
             found += [EchoClass.GROUND_CLUTTER, EchoClass.SEA_CLUTTER, EchoClass.TURBINE_CLUTTER]
         elif isinstance(item, str) and item.upper() in EchoClass.__members__:
             found.append(EchoClass[item.upper()])
-        elif not isinstance(item, str) and int(item) in set(EchoClass):
+        elif not isinstance(item, str) and item in set(EchoClass):
             found.append(EchoClass(int(item)))
         else:
             known = ", ".join(echo.meaning for echo in EchoClass)

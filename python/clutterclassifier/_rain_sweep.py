@@ -10,7 +10,7 @@ import xarray as xr
 from numpy.typing import NDArray
 
 from . import _attenuation, _beam, _rain, _signal
-from ._arrays import NO_ECHO, window_pair
+from ._arrays import NO_ECHO, choice, finite, number, window_pair
 from ._attenuation import AttenuationAlgorithm
 from ._calibration_sweep import estimate_now, estimated, find_calibration
 from ._classify_sweep import classify, refuse_keywords
@@ -92,9 +92,7 @@ def rain_rate(ds: xr.Dataset, *, relation: str = "z", coefficients: Sequence[flo
     'rainfall_rate'
     """
     found = find_fields(ds, fields, corrected=True)
-    if relation not in _rain._RELATIONS:
-        raise ValueError(f"no such relation: {relation!r} ({', '.join(_rain._RELATIONS)})")
-    needs = _rain._RELATIONS[relation].needs
+    needs = _rain._RELATIONS[choice("relation", relation, _rain._RELATIONS)].needs
     for name in needs:
         if name not in found:
             raise ValueError(f"the relation {relation!r} needs {name}, which the dataset does not have")
@@ -182,13 +180,14 @@ def attenuation(ds: xr.Dataset, *, freezing_level: float = 3000.0,
     elevation = {name: angle for name, angle in angles(ds, sweep, rhi).items() if name == "elevation"}
     arrays = {"dbzh": sweep.dbzh, "phidp": sweep.fields["phidp"],
               "classes": library_codes(ds[name_of_classes])}
+    number_of_algorithm = _attenuation._algorithm(algorithm)
     results = apply(_attenuation_arrays, arrays, sweep.rays, [np.float32] * 9, along_rays=elevation,
                     per_ray=5, no_echo=no_echo_value(sweep.dbzh), rhi=rhi, range=sweep.spacing,
-                    freezing_level=float(freezing_level), algorithm=_attenuation._algorithm(algorithm),
-                    min_phase_rise=float(min_phase_rise), phase_window=window)
+                    freezing_level=finite("freezing_level", freezing_level), algorithm=number_of_algorithm,
+                    min_phase_rise=number("min_phase_rise", min_phase_rise), phase_window=window)
     history = describe("attenuation", freezing_level=freezing_level, min_phase_rise=min_phase_rise,
                        **unusual(attenuation, phase_window=window),
-                       algorithm=AttenuationAlgorithm(_attenuation._algorithm(algorithm)).name.lower())
+                       algorithm=AttenuationAlgorithm(number_of_algorithm).name.lower())
     variables: dict[Any, xr.DataArray] = {name: described(name, result, sweep, history)
                                           for name, result in zip(("DBZH", *_ATTENUATION), results)}
     for name, argument in (("DBZH", "dbzh"), ("PHIDP", "phidp")):
@@ -215,7 +214,7 @@ def beam_height(ds: xr.Dataset) -> xr.Dataset:
     elevation = ds.get("elevation", ds.get("sweep_fixed_angle"))
     if elevation is None:
         raise ValueError("the dataset has neither elevations nor a fixed angle")
-    height = xr.apply_ufunc(_beam.beam_height, ds[RANGE], elevation, dask="parallelized",
+    height = xr.apply_ufunc(_beam.beam_height, ds[RANGE], elevation, keep_attrs=True, dask="parallelized",
                             output_dtypes=[np.float64])
     dims = [name for name in height.dims if name != RANGE]
     height = height.transpose(*dims, RANGE).reset_coords(drop=True)

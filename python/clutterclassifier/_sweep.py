@@ -11,7 +11,7 @@ import numpy as np
 import xarray as xr
 from numpy.typing import ArrayLike, DTypeLike, NDArray
 
-from ._arrays import gate_spacing
+from ._arrays import as_numbers, gate_spacing
 from ._version import __version__
 from .fields import BY_ARGUMENT, BY_NAME, QUANTITIES
 
@@ -46,6 +46,8 @@ def ray_dimension(field: xr.DataArray) -> str:
     others = [str(name) for name in field.dims if name != RANGE]
     if RANGE not in field.dims or not others:
         raise ValueError(f"{field.name} must have the dimensions (azimuth, range), not {field.dims}")
+    if np.isnan(field.shape).any():
+        raise ValueError(f"{field.name} has chunks of unknown sizes: see compute_chunk_sizes() of Dask")
     for name in ("azimuth", "elevation"):
         if name in others:
             return name
@@ -120,7 +122,7 @@ def gate_step(ds: xr.Dataset) -> float:
     if RANGE not in ds.coords:
         raise ValueError("the dataset has no coordinate range (m)")
     ranges = np.atleast_1d(ds[RANGE].values)
-    if ranges.size > 1:
+    if ranges.size != 1:
         return gate_spacing(ranges, ds.sizes[RANGE])
     if "meters_between_gates" not in ds[RANGE].attrs:
         raise ValueError("a single gate does not tell the gate spacing: the coordinate range needs the "
@@ -174,8 +176,11 @@ def no_echo_value(field: xr.DataArray) -> float | None:
     value = field.attrs.get("_Undetect", field.encoding.get("_Undetect"))
     if value is None:
         return None
+    numbers = as_numbers(f"_Undetect of {field.name}", value)
+    if numbers.size != 1:
+        raise ValueError(f"_Undetect of {field.name} must be a single number, not {value!r}")
     scale, offset = field.encoding.get("scale_factor", 1.0), field.encoding.get("add_offset", 0.0)
-    return float(np.asarray(value).item() * scale + offset)
+    return float(numbers.item() * scale + offset)
 
 
 def is_no_echo(values: NDArray[Any], no_echo: float | None) -> NDArray[np.bool_]:
@@ -220,6 +225,7 @@ def apply(function: Callable[..., Any], fields: Mapping[str, xr.DataArray], rays
     of_gates = [[rays, RANGE]] * (len(output_dtypes) - per_ray)
     results = xr.apply_ufunc(
         call, *arrays, input_core_dims=core, output_core_dims=of_gates + [[rays]] * per_ray,
+        keep_attrs=True,  # those of the coordinates; the results get their own
         dask="parallelized", output_dtypes=list(output_dtypes), dask_gufunc_kwargs={"allow_rechunk": True})
     results = list(results) if isinstance(results, tuple) else [results]
     order = next(iter(fields.values())).dims
@@ -231,10 +237,11 @@ def angles(ds: xr.Dataset, sweep: Sweep, rhi: bool) -> dict[str, xr.DataArray]:
     count = xr.DataArray(np.zeros(sweep.dbzh.sizes[sweep.rays]), dims=[sweep.rays])
     sources = {"azimuth": ds.get("azimuth"), "elevation": ds.get("elevation")}
     fixed = ds.get("sweep_fixed_angle")
-    if not rhi and fixed is not None and fixed.dtype.kind in "fiu":
+    known = set(sweep.dbzh.dims) - {RANGE}
+    if not rhi and fixed is not None and fixed.dtype.kind in "fiu" and known.issuperset(fixed.dims):
         sources["elevation"] = fixed
     return {name: (angle + count).reset_coords(drop=True) for name, angle in sources.items()
-            if angle is not None and RANGE not in angle.dims}
+            if angle is not None and known.issuperset(angle.dims)}
 
 
 def _modes(ds: xr.Dataset) -> list[str]:

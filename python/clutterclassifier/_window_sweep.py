@@ -24,7 +24,11 @@ _DECIBELS = ("dbzh", "zdr")
 
 
 def _listed(quantities: Iterable[str] | None) -> list[str] | None:
-    return [quantities] if isinstance(quantities, str) else None if quantities is None else list(quantities)
+    if quantities is None or isinstance(quantities, str):
+        return None if quantities is None else [quantities]
+    if not isinstance(quantities, Iterable) or not all(isinstance(name, str) for name in quantities):
+        raise TypeError(f"quantities must be a list of names, not {quantities!r}")
+    return list(quantities)
 
 
 def _chosen(ds: xr.Dataset, fields: FieldMap, wanted: list[str] | None, usual: tuple[str, ...]

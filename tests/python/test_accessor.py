@@ -159,6 +159,10 @@ def test_what_a_step_lacks_is_named(made_sweep: xr.Dataset) -> None:
         sweeps.attenuation(made_sweep.drop_vars("PHIDP"))
     with pytest.raises(TypeError, match="phase_window"):
         sweeps.attenuation(made_sweep, phase_window=3)
+    with pytest.raises(ValueError, match="freezing_level"):
+        sweeps.attenuation(made_sweep, freezing_level=np.nan)
+    with pytest.raises(TypeError, match="quantities"):
+        sweeps.texture(made_sweep, quantities=[1])
     with pytest.raises(TypeError, match="fields must be a dict"):
         sweeps.classify(made_sweep, fields=["DBZH"])
 

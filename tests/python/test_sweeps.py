@@ -3,6 +3,7 @@
 from __future__ import annotations
 
 import pickle
+from collections.abc import Callable
 
 import clutterclassifier as cc
 import dask
@@ -135,6 +136,26 @@ def test_result_has_attributes_and_the_input_stays(made_sweep: xr.Dataset) -> No
     assert set(result.CLASS.coords) == set(made_sweep.coords)
 
 
+@pytest.mark.parametrize("step", [getattr(sweeps, name) for name in sweeps.__all__])
+def test_coordinates_keep_their_attributes(made_sweep: xr.Dataset, step: Callable[..., xr.Dataset]) -> None:
+    made_sweep = sweeps.classify(made_sweep)
+    for name in made_sweep.coords:
+        made_sweep[name].attrs["note"] = name
+    result = step(made_sweep, classes=made_sweep.CLASS) if step is sweeps.clean else step(made_sweep)
+    assert {name: result[name].attrs.get("note") for name in made_sweep.coords} == {
+        name: name for name in made_sweep.coords}
+
+
+@pytest.mark.parametrize("known", [True, False])
+def test_infinite_ratios_make_everything_echo_or_noise(made_sweep: xr.Dataset, known: bool) -> None:
+    if not known:
+        del made_sweep.attrs["radar_constant"]
+    for ratio, wanted in ((np.inf, True), (-np.inf, False)):
+        for step in (sweeps.classify, sweeps.process):
+            noise = step(made_sweep, min_snr=ratio).CLASS == cc.NOISE
+            assert bool((noise == wanted).all())
+
+
 def test_classes_survive_a_file(made_sweep: xr.Dataset, tmp_path) -> None:
     ds = made_sweep.copy(deep=True)
     ds.DBZH[0, 0] = np.nan
@@ -258,8 +279,36 @@ def test_wrong_arguments_are_named(made_sweep: xr.Dataset) -> None:
         sweeps.classify(made_sweep.drop_vars("range"))
     with pytest.raises(ValueError, match="azimuth"):
         sweeps.classify(made_sweep.rename({"azimuth": "a"}).expand_dims("b"))
-    with pytest.raises(ValueError, match="class"):
-        sweeps.clean(made_sweep, keep="hail")
+    for step in (sweeps.classify, sweeps.clean, sweeps.process, sweeps.signal_to_noise, sweeps.attenuation):
+        for gates, words in (([], "range is empty"), ([0, 1, 20, 50], "range must rise evenly")):
+            with pytest.raises(ValueError, match=words):
+                step(made_sweep.isel(range=gates))
+    for hail in ("hail", [0.7], None):
+        with pytest.raises(ValueError, match="keep: no such class"):
+            sweeps.clean(made_sweep, keep=hail)
+    for field, error, words in ((0, TypeError, "classes"), (made_sweep.DBZH[0], ValueError, "CLASS .*dimens"),
+                                (made_sweep.DBZH.astype(str), TypeError, "CLASS must hold codes")):
+        with pytest.raises(error, match=words):
+            sweeps.clean(made_sweep, classes=field)
+    made_sweep.DBZH.attrs["_Undetect"] = "none"
+    with pytest.raises(TypeError, match="_Undetect of DBZH"):
+        sweeps.classify(made_sweep)
+
+
+def test_what_reads_like_an_angle_of_the_sweep_does_no_harm(made_sweep: xr.Dataset) -> None:
+    """As in a volume, where it has one value a sweep."""
+    several = made_sweep.assign(sweep_fixed_angle=("sweep", [1.5, 3.0]))
+    result, known = sweeps.process(several), sweeps.process(made_sweep)
+    xr.testing.assert_equal(result.drop_vars("sweep_fixed_angle"), known.drop_vars("sweep_fixed_angle"))
+
+
+def test_chunks_of_unknown_sizes_are_named(made_sweep: xr.Dataset) -> None:
+    dask_array = pytest.importorskip("dask.array")
+    some = dask_array.from_array(made_sweep.DBZH.values)[dask_array.from_array(np.arange(24) > 2)]
+    ds = xr.Dataset({"DBZH": (("azimuth", "range"), some)}, {"range": made_sweep.range})
+    for step in (sweeps.classify, sweeps.process, sweeps.texture, sweeps.rain_rate):
+        with pytest.raises(ValueError, match="DBZH has chunks of unknown sizes"):
+            step(ds)
 
 
 def test_lazy_results_travel_to_other_processes(made_sweep: xr.Dataset) -> None:
@@ -413,7 +462,7 @@ def test_attributes_and_flags_of_classes(made_sweep: xr.Dataset) -> None:
     assert classes.attrs["standard_name"] == "radar_echo_classification"
     assert cc.synthetic_scan(5, nrays=90, ngates=200).TRUTH.attrs["standard_name"] == (
         "radar_echo_classification")
-    for value in (256, -1):
+    for value in (256, -1, np.nan):
         wrong = classes.astype(np.int16).assign_attrs(flag_values=np.array([0, 3, value]))
         with pytest.raises(ValueError, match=f"CLASS: flag_values .* not {value}"):
             sweeps.clean(made_sweep, classes=wrong)
