@@ -9,10 +9,10 @@ import xarray as xr
 from numpy.typing import NDArray
 
 from . import sweeps
-from ._arrays import finite
+from ._arrays import positive
 from ._beam import beam_height
 from ._codes import CLASS, library_codes
-from ._sweep import RANGE, FieldMap, find_sweep, is_rhi
+from ._sweep import RANGE, FieldMap, Sweep, find_sweep, is_rhi
 from .echo import MISSING, EchoClass
 
 if TYPE_CHECKING:
@@ -74,21 +74,33 @@ def _nearest_ray(rays: NDArray[np.float64], wanted: NDArray[np.float64], circle:
     return np.where(np.abs(wanted - known[nearest]) <= reach, order[nearest], -1)
 
 
-def _gates(ranges_km: NDArray[np.float64], wanted_km: NDArray[np.float64]) -> NDArray[np.intp]:
-    step = ranges_km[1] - ranges_km[0] if len(ranges_km) > 1 else ranges_km[0]
-    gate = np.floor((wanted_km - ranges_km[0]) / step + 0.5).astype(np.intp)
-    return np.where((gate >= 0) & (gate < len(ranges_km)), gate, -1)
+class _Gates(NamedTuple):
+    """Gates at even ranges, km."""
+
+    number: int
+    first: float
+    step: float
+
+    @property
+    def end(self) -> float:
+        """Where the last gate ends."""
+        return self.first + (self.number - 0.5) * self.step
+
+    def at(self, wanted_km: NDArray[np.float64]) -> NDArray[np.intp]:
+        """The gate of each range; -1 where there is none."""
+        gate = np.floor((wanted_km - self.first) / self.step + 0.5).astype(np.intp)
+        return np.where((gate >= 0) & (gate < self.number), gate, -1)
 
 
-def _plan_view(azimuth: NDArray[np.float64], ranges_km: NDArray[np.float64], reach_km: float) -> _View:
+def _plan_view(azimuth: NDArray[np.float64], gates: _Gates, reach_km: float) -> _View:
     """Looked at from above: x east and y north."""
     x = np.linspace(-reach_km, reach_km, _PIXELS)[np.newaxis]
     y = x.T
     ray = _nearest_ray(np.mod(azimuth, 360), np.mod(np.degrees(np.arctan2(x, y)), 360), circle=True)
-    return _View((-reach_km, reach_km, -reach_km, reach_km), ray, _gates(ranges_km, np.hypot(x, y)))
+    return _View((-reach_km, reach_km, -reach_km, reach_km), ray, gates.at(np.hypot(x, y)))
 
 
-def _side_view(elevation: NDArray[np.float64], ranges_km: NDArray[np.float64], reach_km: float) -> _View:
+def _side_view(elevation: NDArray[np.float64], gates: _Gates, reach_km: float) -> _View:
     """Looked at from the side: distance along the ground and height of a straight beam over a sphere."""
     top = min(_HIGHEST_KM, float(beam_height(1000 * reach_km, np.nanmax(elevation))) / 1000)
     distance = np.linspace(0, reach_km, _PIXELS)[np.newaxis] / _EARTH_KM
@@ -97,20 +109,19 @@ def _side_view(elevation: NDArray[np.float64], ranges_km: NDArray[np.float64], r
     slant = np.hypot((_EARTH_KM + height) * np.sin(distance),
                      (_EARTH_KM + height) * np.cos(distance) - _EARTH_KM)
     ray = _nearest_ray(elevation, np.degrees(angle), circle=False)
-    return _View((0, reach_km, 0, top), ray, _gates(ranges_km, slant))
+    return _View((0, reach_km, 0, top), ray, gates.at(slant))
 
 
-def _view(ds: xr.Dataset, rays: str, rhi: bool, reach_km: float | None) -> _View:
-    ranges_km = np.asarray(ds[RANGE].values, np.float64) / 1000
-    step = ranges_km[1] - ranges_km[0] if len(ranges_km) > 1 else 0.0
-    reach = float(ranges_km[-1] + step / 2) if reach_km is None else finite("reach_km", reach_km)
-    if reach <= 0:
-        raise ValueError(f"reach_km must be positive, not {reach:g}")
+def _view(ds: xr.Dataset, sweep: Sweep, rhi: bool, reach_km: float | None) -> _View:
+    gates = _Gates(ds.sizes[RANGE], float(ds[RANGE].values[0]) / 1000, sweep.spacing / 1000)
+    if gates.end <= 0:
+        raise ValueError(f"range: the last gate ends at {gates.end:g} km, behind the radar")
+    reach = gates.end if reach_km is None else positive("reach_km", reach_km)
     name = "elevation" if rhi else "azimuth"
-    if name not in ds or ds[name].dims != (rays,):
-        raise ValueError(f"the dataset has no {name} along {rays}")
+    if name not in ds or ds[name].dims != (sweep.rays,):
+        raise ValueError(f"the dataset has no {name} along {sweep.rays}")
     look = _side_view if rhi else _plan_view
-    return look(np.asarray(ds[name].values, np.float64), ranges_km, reach)
+    return look(np.asarray(ds[name].values, np.float64), gates, reach)
 
 
 def _draw_axes(axes: Axes, view: _View, rhi: bool) -> None:
@@ -193,7 +204,7 @@ def _titles(ds: xr.Dataset, rhi: bool) -> tuple[str, str]:
     heading = next((str(ds.attrs[key]) for key in ("instrument_name", "site_name", "title", "source")
                     if ds.attrs.get(key)), "Radar sweep")
     words = []
-    if "sweep_fixed_angle" in ds:
+    if "sweep_fixed_angle" in ds and ds["sweep_fixed_angle"].size == 1:
         words.append(f"{'azimuth' if rhi else 'elevation'} {float(ds['sweep_fixed_angle']):.1f}°")
     times = np.asarray(ds["time"].values if "time" in ds else ())
     if times.dtype.kind == "M" and not np.isnat(times).all():
@@ -229,7 +240,8 @@ def plot(ds: xr.Dataset, *, fields: FieldMap = None, title: str | None = None,
     Raises
     ------
     ValueError
-        More than one sweep, no angles of the rays, a reach that is not positive.
+        More than one sweep, no angles of the rays, no gate in front of the radar, a reach that is not
+        positive.
 
     Examples
     --------
@@ -246,7 +258,7 @@ def plot(ds: xr.Dataset, *, fields: FieldMap = None, title: str | None = None,
     order = (sweep.rays, RANGE)
     dbzh = sweep.dbzh.transpose(*order).values
     classes = library_codes(ds[keywords.get("name", CLASS)]).transpose(*order).values
-    view = _view(ds, sweep.rays, rhi, reach_km)
+    view = _view(ds, sweep, rhi, reach_km)
     figure = _new_figure(rhi) if figure is None else figure
     height = figure.get_figheight()
     grid = figure.add_gridspec(2, 2, height_ratios=[1, 0.06 if rhi else 0.035], left=0.065, right=0.985,

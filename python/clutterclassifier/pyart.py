@@ -20,6 +20,7 @@ import xarray as xr
 from numpy.typing import NDArray
 
 from . import sweeps
+from ._arrays import gate_spacing
 from ._codes import CLASS, parse_classes
 from ._model import field_variable, sweep_dataset
 from ._names import field_names
@@ -140,6 +141,11 @@ def from_radar(radar: Any) -> list[xr.Dataset]:
         Fields have CfRadial names where theirs are known, and the old ones in ``raw_name``. Masked
         gates are NaN. Times that cannot be told are NaT.
 
+    Raises
+    ------
+    ValueError
+        Ranges that do not rise evenly.
+
     Examples
     --------
     With a stand-in for a radar object:
@@ -158,7 +164,7 @@ def from_radar(radar: Any) -> list[xr.Dataset]:
     (['DBZH'], 'velocity')
     """
     ranges = np.ma.asarray(radar.range["data"], np.float64).filled(np.nan)
-    gate_spacing = float(ranges[1] - ranges[0]) if ranges.size > 1 else float(ranges[0])
+    spacing = gate_spacing(ranges, ranges.size)
     site = [0.0 if (place := _data(radar, name)) is None else float(np.ravel(place)[0]) for name in _SITE]
     fixed = _data(radar, "fixed_angle")
     datasets = []
@@ -170,7 +176,7 @@ def from_radar(radar: Any) -> list[xr.Dataset]:
         angle = np.median(azimuth if rhi else elevation) if fixed is None else fixed[number]
         ds = sweep_dataset(
             _variables(radar, rays, ("elevation" if rhi else "azimuth", "range")), azimuth=azimuth,
-            elevation=elevation, range=ranges, gate_spacing=gate_spacing, time=None, latitude=site[0],
+            elevation=elevation, range=ranges, gate_spacing=spacing, time=None, latitude=site[0],
             longitude=site[1], altitude=site[2], fixed_angle=float(angle), sweep_number=number, rhi=rhi,
             sector="sector" in mode)
         datasets.append(ds.assign_coords(time=ds.time.copy(data=_times(radar, rays))))

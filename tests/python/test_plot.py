@@ -145,6 +145,26 @@ def test_a_lazy_sweep_has_the_same_title(made_sweep: xr.Dataset) -> None:
     assert "UTC" not in ds.isel(azimuth=[3]).clutter.plot().texts[1].get_text()
 
 
+def test_gates_that_cannot_be_shown_are_named(made_sweep: xr.Dataset) -> None:
+    for gates, words in (([], "range is empty"), ([0, 1, 20, 50], "range must rise evenly"),
+                         ([0], "range needs the attribute meters_between_gates")):
+        with pytest.raises(ValueError, match=words):
+            made_sweep.isel(range=gates).clutter.plot()
+    with pytest.raises(ValueError, match="range: the last gate ends at -1"):
+        made_sweep.assign_coords(range=made_sweep.range - 16e3).clutter.plot()
+
+
+@pytest.mark.parametrize("first", [0.0, 5125.0])
+def test_a_single_gate_has_its_place(first: float) -> None:
+    one = four_quarters().isel(range=[0]).assign_coords(range=[first])
+    one.range.attrs["meters_between_gates"] = SPACING
+    figure = one.clutter.plot()
+    assert figure.axes[1].get_xlim()[1] == pytest.approx(first / 1000 + 0.125)
+    place = max(first / 1000, 0.06) * np.sqrt(0.5)
+    np.testing.assert_allclose(colour_at(figure, 1, place, place), to_rgb(
+        plot.CLASS_COLOURS[cc.PRECIPITATION]), atol=3e-3)
+
+
 @pytest.mark.parametrize("reach", [0, -10, np.nan])
 def test_a_reach_that_shows_nothing_is_named(made_sweep: xr.Dataset, reach: float) -> None:
     with pytest.raises(ValueError, match="reach_km"):

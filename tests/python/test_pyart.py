@@ -114,6 +114,13 @@ def test_a_range_height_scan(radar: SimpleNamespace) -> None:
     np.testing.assert_array_equal(pyart.classify_radar(radar, **KEYWORDS)["data"][24:], expected(1))
 
 
+def test_ranges_without_a_spacing_are_named(radar: SimpleNamespace) -> None:
+    for ranges, words in (([], "range is empty"), (radar.range["data"] ** 2, "range must rise evenly")):
+        radar.range["data"] = ranges
+        with pytest.raises(ValueError, match=words):
+            pyart.from_radar(radar)
+
+
 def test_what_an_object_may_lack(radar: SimpleNamespace) -> None:
     for name in ("fixed_angle", "sweep_mode", "time", "latitude", "longitude", "altitude"):
         delattr(radar, name)
