@@ -11,6 +11,7 @@ from ._archive_plan import plan_jobs
 from ._archive_run import LostScheduler, NotReady, Place, Run, settings_of
 from ._archive_worker import reason_of
 from ._progress import printable
+from .readers import LAYOUTS
 
 _FAILED, _BAD_CALL, _STOPPED = 1, 2, 130
 
@@ -120,7 +121,7 @@ def _add_step(parser: argparse.ArgumentParser) -> None:
     add = group.add_argument
     add("--process", action="store_true", help="the whole processing chain, not the classes alone")
     add("--config", metavar="FILE", help="settings of the chain (with --process)")
-    add("--layout", type=int, choices=(252, 260, 280), help="how gates of polar data files are packed")
+    add("--layout", type=int, choices=LAYOUTS, help="how gates of polar data files are packed")
     add("--fields", type=_pairs, metavar="WHAT=NAME,...",
         help="variables to use, as in dbzh=DZ,vrad=VE (default: known by their names)")
     add("--inputs", type=_names, metavar="NAMES",

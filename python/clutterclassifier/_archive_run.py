@@ -16,11 +16,10 @@ from ._archive_files import alone_in, is_current, remove_temporaries, stamp
 from ._archive_plan import FAILURES_NAME, LOCK_NAME, Job, PathLike, Plan
 from ._archive_worker import Outcome, Settings, reason_of, run_job
 from ._progress import Progress, duration
+from .readers import check_layout
 
 if TYPE_CHECKING:
     from distributed import Client
-
-_LAYOUTS = (252, 260, 280)
 
 
 class NotReady(RuntimeError):
@@ -80,8 +79,7 @@ def settings_of(*, process: bool, config: PathLike | dict[str, Any] | None, layo
 
     if config is not None and not process:
         raise ValueError("config is only used with process")
-    if layout is not None and layout not in _LAYOUTS:
-        raise ValueError(f"layout must be one of {_LAYOUTS}, not {layout}")
+    check_layout(layout)
     options = {name: value for name, value in options.items() if value is not None}
     if config is not None:
         options["config"] = config if isinstance(config, dict) else os.path.abspath(config)

@@ -64,11 +64,12 @@ def recognise(path: Path) -> str | None:
     ...     print(recognise(file.name))
     None
     """
+    name = _file_name(path)
     with open(path, "rb") as file:
         if not file.read(1):
             return None
     try:
-        return _core.recognise(os.fsencode(path)) or None
+        return _core.recognise(name) or None
     except RuntimeError as error:
         raise _failure(path, error) from None
 
@@ -119,10 +120,8 @@ def open_uf(path: Path, *, names: Mapping[str, str] | None = None) -> list[xr.Da
 
     Parameters
     ----------
-    path : path
-        The file.
-    names : dict, optional
-        Names of fields in the file and the names that they shall have.
+    path, names
+        As for `read`.
 
     Returns
     -------
@@ -131,10 +130,8 @@ def open_uf(path: Path, *, names: Mapping[str, str] | None = None) -> list[xr.Da
 
     Raises
     ------
-    OSError
-        The file cannot be opened.
-    ValueError
-        It is of another format, its content cannot be read, or an option does not fit it.
+    OSError, ValueError
+        As for `read`; also for a file of another format.
 
     Examples
     --------
@@ -149,10 +146,8 @@ def open_dx(path: Path, *, names: Mapping[str, str] | None = None) -> list[xr.Da
 
     Parameters
     ----------
-    path : path
-        The file.
-    names : dict, optional
-        Names of fields in the file and the names that they shall have.
+    path, names
+        As for `read`.
 
     Returns
     -------
@@ -161,10 +156,8 @@ def open_dx(path: Path, *, names: Mapping[str, str] | None = None) -> list[xr.Da
 
     Raises
     ------
-    OSError
-        The file cannot be opened.
-    ValueError
-        It is of another format, its content cannot be read, or an option does not fit it.
+    OSError, ValueError
+        As for `read`; also for a file of another format.
 
     Examples
     --------
@@ -180,12 +173,8 @@ def open_polar(path: Path, *, layout: int | None = None,
 
     Parameters
     ----------
-    path : path
-        The file.
-    layout : {252, 260, 280}, optional
-        How its gates are packed; products 2211 and 2212 need it.
-    names : dict, optional
-        Names of fields in the file and the names that they shall have.
+    path, layout, names
+        As for `read`.
 
     Returns
     -------
@@ -194,10 +183,8 @@ def open_polar(path: Path, *, layout: int | None = None,
 
     Raises
     ------
-    OSError
-        The file cannot be opened.
-    ValueError
-        It is of another format, its content cannot be read, or an option does not fit it.
+    OSError, ValueError
+        As for `read`; also for a file of another format.
 
     Examples
     --------
@@ -212,10 +199,8 @@ def open_record(path: Path, *, names: Mapping[str, str] | None = None) -> list[x
 
     Parameters
     ----------
-    path : path
-        The file.
-    names : dict, optional
-        Names of fields in the file and the names that they shall have.
+    path, names
+        As for `read`.
 
     Returns
     -------
@@ -224,10 +209,8 @@ def open_record(path: Path, *, names: Mapping[str, str] | None = None) -> list[x
 
     Raises
     ------
-    OSError
-        The file cannot be opened.
-    ValueError
-        It is of another format, its content cannot be read, or an option does not fit it.
+    OSError, ValueError
+        As for `read`; also for a file of another format.
 
     Examples
     --------
@@ -243,12 +226,10 @@ def read_sweep(path: Path, sweep: int, *, layout: int | None = None,
 
     Parameters
     ----------
-    path : path
-        The file.
+    path, layout, names
+        As for `read`.
     sweep : int
         Which one, counted from 0.
-    layout, names
-        As for `read`.
 
     Returns
     -------
@@ -256,10 +237,8 @@ def read_sweep(path: Path, sweep: int, *, layout: int | None = None,
 
     Raises
     ------
-    OSError
-        The file cannot be opened.
-    ValueError
-        There is no such sweep; else as for `read`.
+    OSError, ValueError
+        As for `read`; also for a sweep that there is not.
 
     Examples
     --------
@@ -273,12 +252,25 @@ def read_sweep(path: Path, sweep: int, *, layout: int | None = None,
     return _sweep(scan, sweep, names)
 
 
+def check_layout(layout: int | None) -> None:
+    """Raise ValueError for a packing that is none of `LAYOUTS`."""
+    if layout is not None and layout not in LAYOUTS:
+        raise ValueError(f"layout must be one of {', '.join(map(str, LAYOUTS))}, not {layout!r}")
+
+
 def require_format(path: Path, wanted: str) -> None:
     """Raise ValueError where a file has another format than a key of `FORMATS`."""
     found = recognise(path)
     if found != wanted:
         what = FORMATS.get(found or "", "of no format that is read here")
         raise ValueError(f"{os.fsdecode(path)}: is no {FORMATS[wanted]} file, but {what}")
+
+
+def _file_name(path: Path) -> bytes:
+    """A path as the library takes it. (`open` would take a number for an open file, and close that.)"""
+    if not isinstance(path, (str, bytes, os.PathLike)):
+        raise TypeError(f"path must be a path, not {path!r}")
+    return os.fsencode(path)
 
 
 def _read_as(wanted: str, path: Path, **options: Any) -> list[xr.Dataset]:
@@ -293,12 +285,12 @@ def _failure(path: Path, error: Exception) -> ValueError:
 
 def _scan(path: Path, layout: int | None, names: Mapping[str, str] | None) -> dict[str, Any]:
     """The file as arrays, each of which goes to one Dataset."""
-    if layout is not None and layout not in LAYOUTS:
-        raise ValueError(f"layout must be one of {', '.join(map(str, LAYOUTS))}, not {layout!r}")
+    check_layout(layout)
+    name = _file_name(path)
     with open(path, "rb"):  # for the OSError with its reason and name
         pass
     try:
-        scan = _core.read_scan(os.fsencode(path), layout or 0)
+        scan = _core.read_scan(name, layout or 0)
     except RuntimeError as error:
         raise _failure(path, error) from None
     try:

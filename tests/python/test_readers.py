@@ -226,6 +226,14 @@ def test_names_all_differ(raw, mapped):
     assert all(name and "/" not in name for name in result)
 
 
+@pytest.mark.parametrize("function", [cc.read, cc.recognise])
+def test_numbers_of_open_files_are_no_paths(tmp_path, function):
+    with open(tmp_path / "scan.uf", "w+b") as file:
+        with pytest.raises(TypeError, match="path"):
+            function(file.fileno())
+        assert os.fstat(file.fileno()).st_size == 0  # it is still open
+
+
 def test_program_writes_what_is_read(tmp_path):
     """The synthetic scan through the program's writers: as exact as each format stores it."""
     files.run_program("demo", "--scan", tmp_path / "demo.uf", "-o", tmp_path / "demo.png",
