@@ -59,6 +59,10 @@ def test_python(folder):
     assert (folder / "classes.png").stat().st_size > 10000
 
 
+def test_package_and_program_have_one_version(folder):
+    assert run([str(PROGRAM), "--version"], folder) == f"clutterclassifier {cc.__version__}\n"
+
+
 def test_c(folder):
     (block,) = blocks("c")
     include, call = block.split("\n", 1)
