@@ -46,6 +46,8 @@ def ray_dimension(field: xr.DataArray) -> str:
     others = [str(name) for name in field.dims if name != RANGE]
     if RANGE not in field.dims or not others:
         raise ValueError(f"{field.name} must have the dimensions (azimuth, range), not {field.dims}")
+    if 0 in field.shape:
+        raise ValueError(f"{field.name} is empty along {field.dims[field.shape.index(0)]}")
     if np.isnan(field.shape).any():
         raise ValueError(f"{field.name} has chunks of unknown sizes: see compute_chunk_sizes() of Dask")
     for name in ("azimuth", "elevation"):

@@ -283,6 +283,10 @@ def test_wrong_arguments_are_named(made_sweep: xr.Dataset) -> None:
         for gates, words in (([], "range is empty"), ([0, 1, 20, 50], "range must rise evenly")):
             with pytest.raises(ValueError, match=words):
                 step(made_sweep.isel(range=gates))
+    for step in (sweeps.texture, sweeps.smooth, sweeps.rain_rate):
+        for name in ("azimuth", "range"):
+            with pytest.raises(ValueError, match=f"DBZH is empty along {name}"):
+                step(made_sweep.isel({name: []}))
     for hail in ("hail", [0.7], None):
         with pytest.raises(ValueError, match="keep: no such class"):
             sweeps.clean(made_sweep, keep=hail)
