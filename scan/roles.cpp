@@ -4,6 +4,7 @@
 #include <cctype>
 #include <cmath>
 #include <cstdio>
+#include <set>
 #include <stdexcept>
 
 namespace scan {
@@ -196,6 +197,15 @@ const Field* chooseByName(const Sweep& sweep, const FieldMap& map, Role role, st
     return unlikely;
 }
 
+/* Which of two would count, nobody could tell. */
+void addToMap(FieldMap& map, const std::string& field, Role role) {
+    for (const auto& [other, taken] : map)
+        if (role != Role::kNone && taken == role && other != field)
+            throw std::invalid_argument(other + " and " + field + " are both mapped to " +
+                                        roleInfo(role).key);
+    if (!map.emplace(field, role).second) throw std::invalid_argument(field + " is mapped twice");
+}
+
 }  // namespace
 
 std::string lowerCase(std::string text) {
@@ -220,7 +230,7 @@ FieldMap parseFieldMap(const std::string& text) {
         const size_t equals = entry.find('=');
         if (equals == 0 || equals == std::string::npos)
             throw std::invalid_argument("expected FIELD=QUANTITY, got: " + entry);
-        map[entry.substr(0, equals)] = parseRole(entry.substr(equals + 1));
+        addToMap(map, entry.substr(0, equals), parseRole(entry.substr(equals + 1)));
         begin = end + 1;
     }
     return map;
@@ -250,9 +260,12 @@ ValueSummary summarise(const std::vector<float>& values, Role role) {
 
 FieldChoice chooseFields(const Sweep& sweep, const FieldMap& map) {
     FieldChoice choice;
+    std::set<const Field*> mapped;
     for (const auto& [name, role] : map) {
         const Field* field = findField(sweep, name);
         if (!field) throw std::runtime_error("no field named " + name);
+        if (!mapped.insert(field).second)
+            throw std::runtime_error(field->name + " is mapped twice");
         if (role != Role::kNone) choice.fields[static_cast<int>(role)] = field;
     }
     for (int i = 0; i < kRoleCount; ++i) {

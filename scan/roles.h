@@ -40,7 +40,7 @@ Role roleOfName(const std::string& name);
 using FieldMap = std::map<std::string, Role>;
 
 /* Parses "ZD=zdr,ZT=zhh": a role is one of the keys, a known field name, or "none". Throws
- * std::invalid_argument. */
+ * std::invalid_argument, also for a field or a role that comes twice. */
 FieldMap parseFieldMap(const std::string& text);
 
 /* What the values of a field look like. */
@@ -62,7 +62,8 @@ struct FieldChoice {
  * One field per role. What the user mapped is taken as it is; otherwise the known names, the
  * quantity before the clutter filter first. A field that holds no value or a single one is left
  * out, and one that mostly lies outside the range of its quantity gives way to another of the same
- * role. Throws std::runtime_error when map names a field that the sweep does not have.
+ * role. Throws std::runtime_error when map names a field that the sweep does not have, or one field
+ * in two spellings.
  */
 FieldChoice chooseFields(const Sweep& sweep, const FieldMap& map);
 

@@ -92,8 +92,12 @@ TEST(Roles, TheMapOverridesNames) {
         EXPECT_EQ(chosen(choice, Role::kZdr), c.zdr) << c.map;
     }
     EXPECT_THROW(scan::chooseFields(sweep, scan::parseFieldMap("AB=zhh")), std::runtime_error);
-    for (const char* bad : {"ZT", "=zhh", "ZT=", "ZT=foo", "ZT=zhh,DZ"})
+    for (const char* bad : {"ZT", "=zhh", "ZT=", "ZT=foo", "ZT=zhh,DZ", "ZT=zhh,DZ=zhh",
+                            "ZT=zhh,DZ=DBZH", "DZ=none,ZT=zhh,DZ=zhh", "DZ=zhh,DZ=zhh"})
         EXPECT_THROW(scan::parseFieldMap(bad), std::invalid_argument) << bad;
+    EXPECT_EQ(scan::parseFieldMap("ZT=none,DZ=none").size(), 2u);
+    EXPECT_THROW(scan::chooseFields(sweep, scan::parseFieldMap("XY=zhh,xy=zdr")),
+                 std::runtime_error);
 }
 
 TEST(Roles, AVelocityBesideAFilteredReflectivityIsFilteredToo) {
