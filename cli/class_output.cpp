@@ -30,7 +30,7 @@ int labelOf(const Scan& scan, const Sweep& sweep) {
 void writeOne(const std::string& ending, const std::string& path, const Scan& scan,
               const SweepClasses& classes) {
     if (ending == ".csv")
-        writeTable(path, classes);
+        writeTable(path, scan, classes);
     else if (ending == ".uf")
         writeUniversalFormat(path, scan, classes);
     else

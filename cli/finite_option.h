@@ -11,11 +11,12 @@
 
 namespace cli {
 
-/* A check for options: "nan" and "inf" are numbers to the parser, but no decibels or metres. What
- * single precision cannot hold is none either. */
+/* A check for options: "nan" and "inf" are numbers to the parser, but no decibels or metres, and
+ * the library holds them in single precision. */
 inline std::string isFinite(const std::string& text) {
-    return std::fabs(std::strtod(text.c_str(), nullptr)) <= FLT_MAX ? ""
-                                                                    : text + " is no finite number";
+    const bool hasDigits = text.find_first_of("0123456789") != std::string::npos;
+    if (std::fabs(std::strtod(text.c_str(), nullptr)) <= FLT_MAX) return "";
+    return text + (hasDigits ? " is beyond single precision" : " is no finite number");
 }
 
 }  // namespace cli

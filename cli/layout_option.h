@@ -3,18 +3,17 @@
 #define CLI_LAYOUT_OPTION_H
 
 #include <CLI/CLI.hpp>
+#include <string>
+#include <vector>
 
 #include "read_scan.h"
 
 namespace cli {
 
-inline CLI::Option* addLayoutOption(CLI::App& command, scan::ReadOptions& options) {
-    return command
-        .add_option("--layout", options.polarLayout,
-                    "How the gates of a polar data file are packed: 252, 260 or 280 (products 2211 "
-                    "and 2212)")
-        ->check(CLI::IsMember({252, 260, 280}));
-}
+CLI::Option* addLayoutOption(CLI::App& command, scan::ReadOptions& options);
+
+/* Throws CLI::ValidationError when a layout is given and no input is a polar data file. */
+void requireLayoutUsed(const scan::ReadOptions& options, const std::vector<std::string>& inputs);
 
 }  // namespace cli
 

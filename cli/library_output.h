@@ -7,10 +7,10 @@
 
 namespace cli {
 
-/* Throw std::runtime_error unless the file is there with so many whole lines, or so many bytes: a
- * full disk must not pass unnoticed. */
-void requireLines(const std::string& path, size_t lines);
-void requireBytes(const std::string& path, size_t bytes);
+/* Whether the file is there with so many whole lines, or so many bytes: a full disk must not pass
+ * unnoticed. errno stays that of the operation that wrote. */
+bool holdsLines(const std::string& path, size_t lines);
+bool holdsBytes(const std::string& path, size_t bytes);
 
 }  // namespace cli
 

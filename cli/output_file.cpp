@@ -55,6 +55,10 @@ std::string behindLinks(const std::string& target) {
     return error ? target : file.string();
 }
 
+std::string temporarySuffix() {
+    return ".part" + std::to_string(getpid());
+}
+
 void forget(const std::string& name) {
     for (auto& slot : pendingNames)
         if (name == slot) slot[0] = '\0';
@@ -63,7 +67,7 @@ void forget(const std::string& name) {
 }  // namespace
 
 OutputFile::OutputFile(const std::string& target)
-    : target_(behindLinks(target)), temporary_(target_ + ".part" + std::to_string(getpid())) {
+    : target_(behindLinks(target)), temporary_(target_ + temporarySuffix()) {
     std::error_code error;
     if (fs::is_directory(target_, error)) throw std::runtime_error(target + " is a directory");
     // The rename would put a file in the place of a device or pipe.
@@ -84,8 +88,16 @@ OutputFile::~OutputFile() {
 void OutputFile::commit() {
     std::error_code error;
     fs::rename(temporary_, target_, error);
-    if (error) throw std::runtime_error("cannot write " + target_ + ": " + error.message());
+    if (error) failWriting(target_, error.value());
     forget(temporary_);
+}
+
+void failWriting(const std::string& path, int error) {
+    std::string name = path;
+    const std::string suffix = temporarySuffix();
+    if (name.ends_with(suffix)) name.resize(name.size() - suffix.size());
+    throw std::runtime_error("cannot write " + name +
+                             (error != 0 ? std::string(": ") + std::strerror(error) : ""));
 }
 
 }  // namespace cli

@@ -2,6 +2,7 @@
 #ifndef CLI_OUTPUT_FILE_H
 #define CLI_OUTPUT_FILE_H
 
+#include <cerrno>
 #include <string>
 
 namespace cli {
@@ -28,6 +29,17 @@ class OutputFile {
     std::string target_;
     std::string temporary_;
 };
+
+/* Throws std::runtime_error: "cannot write <file>: <reason>", of the target where path is the
+ * temporary name of one, without a reason where error is 0. */
+[[noreturn]] void failWriting(const std::string& path, int error);
+
+/* Throws so when write, which is to fill the file, returns false: its errno is the reason. */
+template <class Write>
+void requireWritten(const std::string& path, Write write) {
+    errno = 0;
+    if (!write()) failWriting(path, errno);
+}
 
 }  // namespace cli
 

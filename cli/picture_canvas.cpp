@@ -54,15 +54,12 @@ void requireSuccess(cairo_status_t status) {
 
 void writeFile(const std::string& path, const std::vector<unsigned char>& bytes) {
     OutputFile output(path);
-    std::FILE* file = std::fopen(output.temporary().c_str(), "wb");
-    bool written = file != nullptr;
-    if (file != nullptr) {
-        written = std::fwrite(bytes.data(), 1, bytes.size(), file) == bytes.size();
-        if (std::fclose(file) != 0) written = false;
-    }
-    if (!written) {
-        throw std::runtime_error(std::string("cannot be written: ") + std::strerror(errno));
-    }
+    requireWritten(output.temporary(), [&] {
+        std::FILE* file = std::fopen(output.temporary().c_str(), "wb");
+        if (file == nullptr) return false;
+        const bool written = std::fwrite(bytes.data(), 1, bytes.size(), file) == bytes.size();
+        return std::fclose(file) == 0 && written;
+    });
     output.commit();
 }
 

@@ -11,6 +11,7 @@
 #include "class_output.h"
 #include "clutterclassifier/clutterclassifier.h"
 #include "library_output.h"
+#include "output_file.h"
 #include "record_output.h"
 #include "roles.h"
 #include "uf_output.h"
@@ -83,8 +84,7 @@ void writeProcessedRecords(const std::string& path, const Scan& scan,
         records[f].recindex = static_cast<int>(f);
         records[f].nrecords = records[f].nsets = static_cast<int>(fields.size());
     }
-    if (records[0].WriteDataToFile(path.c_str()) != 1)
-        throw std::runtime_error("cannot write " + path);
+    requireWritten(path, [&] { return records[0].WriteDataToFile(path.c_str()) == 1; });
 }
 
 void writeProcessedWords(const std::string& path, const Scan& scan,
@@ -134,10 +134,12 @@ size_t appendSamples(const std::string& prefix, const DateTime& time, ProcessedS
         if (!filled || !((*processed.context).*row.record).data) continue;
         const std::string path = prefix + row.suffix;
         const size_t lines = linesOf(path);
-        processed.context->Vars2Save(row.bit, name.data(), inside.first.data(),
-                                     inside.second.data(), static_cast<int>(inside.size()),
-                                     secondsOf(time));
-        requireLines(path, lines + 1);
+        requireWritten(path, [&] {
+            processed.context->Vars2Save(row.bit, name.data(), inside.first.data(),
+                                         inside.second.data(), static_cast<int>(inside.size()),
+                                         secondsOf(time));
+            return holdsLines(path, lines + 1);
+        });
         written.push_back(path);
     }
     return static_cast<size_t>(std::count(at.covered.begin(), at.covered.end(), false));

@@ -3,11 +3,11 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
-#include <memory>
-#include <stdexcept>
 
 #include "classify_sweep.h"
 #include "clutterclassifier/clutterclassifier.h"
+#include "output_file.h"
+#include "quiet_library.h"
 
 namespace cli {
 
@@ -37,10 +37,6 @@ std::vector<float> withoutNan(std::vector<float> classes) {
         classes.begin(), classes.end(), [](float value) { return std::isnan(value); }, kNoise);
     return classes;
 }
-
-struct CloseFile {
-    void operator()(std::FILE* file) const { std::fclose(file); }
-};
 
 }  // namespace
 
@@ -97,30 +93,24 @@ void writeFieldRecord(const std::string& path, const Scan& scan, const SweepClas
     record.scale = 1;
     record.displaymin = kPrecipitation;
     record.displaymax = kGroundClutter;
-    if (record.WriteDataToFile(path.c_str()) != 1) throw std::runtime_error("cannot write " + path);
+    requireWritten(path, [&] { return record.WriteDataToFile(path.c_str()) == 1; });
 }
 
-void writeTable(const std::string& path, const SweepClasses& classes) {
-    const Sweep& sweep = *classes.sweep;
-    std::unique_ptr<std::FILE, CloseFile> file(std::fopen(path.c_str(), "w"));
-    if (!file) throw std::runtime_error("cannot write " + path);
-    const auto spacing = static_cast<float>(sweep.gateSpacingM);
-    std::fputs("range/angle,", file.get());
-    for (double angle : sweep.rhi ? sweep.elevationDeg : sweep.azimuthDeg)
-        std::fprintf(file.get(), "%1.1f,", angle);
-    std::fputc('\n', file.get());
-    for (int g = 0; g < sweep.ngates; ++g) {
-        std::fprintf(file.get(), "%1.2f,", static_cast<double>(g * spacing / 1000.0F));
-        for (int r = 0; r < sweep.nrays; ++r) {
-            const size_t at =
-                static_cast<size_t>(r) * static_cast<size_t>(sweep.ngates) + static_cast<size_t>(g);
-            std::fprintf(file.get(), "%1.2f,", static_cast<double>((*classes.classes)[at]));
-        }
-        std::fputc('\n', file.get());
-    }
-    const bool failed = std::ferror(file.get()) != 0;
-    if (std::fclose(file.release()) != 0 || failed)
-        throw std::runtime_error("cannot write " + path);
+void headByElevation(const Sweep& sweep, Cpluvek& record) {
+    for (size_t r = 0; r < sweep.elevationDeg.size(); ++r)
+        record.angles[1 + r] = static_cast<float>(sweep.elevationDeg[r] * kRadiansPerDegree);
+}
+
+void writeTable(const std::string& path, Cpluvek& record) {
+    const QuietLibrary quiet;
+    requireWritten(path, [&] { return record.SavePolarData2Ascii(path.c_str()) == 1; });
+}
+
+void writeTable(const std::string& path, const Scan& scan, const SweepClasses& classes) {
+    Cpluvek record;
+    fillFieldRecord(scan, *classes.sweep, "CCl", "-", *classes.classes, record);
+    if (classes.sweep->rhi) headByElevation(*classes.sweep, record);
+    writeTable(path, record);
 }
 
 }  // namespace cli

@@ -21,12 +21,12 @@ void noteLostElevations(const char* kind);
 /* A field record file of one record, "CCl", one byte a gate. */
 void writeFieldRecord(const std::string& path, const scan::Scan& scan, const SweepClasses& classes);
 
-/*
- * One line a gate and one column a ray: "range/angle," and the azimuths (of a range-height
- * scan: elevations) in degrees, then the range in km and the values. Ranges count from the first
- * gate, as the library does.
- */
-void writeTable(const std::string& path, const SweepClasses& classes);
+/* Elevations in the place of the azimuths: the columns of a range-height scan's table. */
+void headByElevation(const scan::Sweep& sweep, Cpluvek& record);
+
+/* The table of a polar record, of the classes of a sweep: one line a gate and one column a ray. */
+void writeTable(const std::string& path, Cpluvek& record);
+void writeTable(const std::string& path, const scan::Scan& scan, const SweepClasses& classes);
 
 }  // namespace cli
 

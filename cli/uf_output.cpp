@@ -1,6 +1,7 @@
 #include "uf_output.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cmath>
 #include <cstdio>
 #include <cstring>
@@ -9,7 +10,7 @@
 #include <stdexcept>
 
 #include "clutterclassifier/clutterclassifier.h"
-#include "picture.h"
+#include "output_file.h"
 #include "record_output.h"
 #include "roles.h"
 
@@ -113,10 +114,14 @@ void requireRoom(const Cufrw& words, int count, bool appends) {
 
 void save(Cufrw& words, const std::string& path) {
     std::string name = path;
-    std::error_code error;
-    const bool closed = words.write2file(name.data()) == 0;
-    const auto size = std::filesystem::file_size(path, error);
-    if (!closed || error || size == 0) throw std::runtime_error("cannot write " + path);
+    requireWritten(path, [&] {
+        const bool closed = words.write2file(name.data()) == 0;
+        const int reason = errno;
+        std::error_code error; /* what cannot be opened has the same answer as what was written */
+        const auto size = std::filesystem::file_size(path, error);
+        errno = reason;
+        return closed && !error && size > 0;
+    });
 }
 
 void setText8(char (&text)[9], const std::string& value) {

@@ -2,14 +2,18 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <charconv>
+#include <climits>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <memory>
+#include <optional>
 #include <set>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "class_output.h"
@@ -20,10 +24,12 @@
 #include "finite_option.h"
 #include "layout_option.h"
 #include "membership_dir.h"
+#include "output_ending.h"
 #include "picture.h"
 #include "progress.h"
 #include "read_scan.h"
 #include "record_output.h"
+#include "selection.h"
 #include "summary.h"
 
 namespace cli {
@@ -51,10 +57,8 @@ struct Arguments {
     std::vector<std::string> inputs;
     std::string output, plot, format, membership, inputNames, map, window = "5x3",
                                                                    classes = "ground";
-    double minSnrDb = 0, radarConstantDb = 0;
-    bool hasMinSnr = false, hasRadarConstant = false;
-    int sweep = 0;
-    bool hasSweep = false;
+    std::optional<double> minSnrDb, radarConstantDb;
+    std::optional<int> sweep;
     bool removeIsolated = false, quiet = false;
     ReadOptions read;
 };
@@ -69,20 +73,42 @@ bool isDirectoryName(const std::string& path) {
     return !path.empty() && (path.back() == '/' || fs::is_directory(path, ignored));
 }
 
+/* The size at the beginning of text, which loses it; 0 when it is none. */
+int takeSize(std::string_view& text) {
+    int size = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), size);
+    text.remove_prefix(static_cast<size_t>(end - text.data()));
+    return error == std::errc::result_out_of_range ? INT_MAX : size;
+}
+
 /* "5x3": gates x rays, both odd, more than one gate in all. */
 void parseWindow(const std::string& text, ClassifyOptions& options) {
-    int used = 0;
-    const int found =
-        std::sscanf(text.c_str(), "%dx%d%n", &options.textureGates, &options.textureRays, &used);
     constexpr int kWidest = 999;
+    std::string_view rest = text;
+    options.textureGates = takeSize(rest);
+    const bool hasTwo = rest.starts_with('x');
+    if (hasTwo) rest.remove_prefix(1);
+    options.textureRays = takeSize(rest);
     const auto fits = [](int size) { return size >= 1 && size <= kWidest && size % 2 == 1; };
-    if (found != 2 || used != static_cast<int>(text.size()) || !fits(options.textureGates) ||
-        !fits(options.textureRays) || options.textureGates * options.textureRays < 2)
-        throw CLI::ValidationError("--window",
-                                   "expected two odd sizes, GATESxRAYS, as in 5x3: " + text);
+    if (!hasTwo || !rest.empty() || !fits(options.textureGates) || !fits(options.textureRays) ||
+        options.textureGates * options.textureRays < 2)
+        throw CLI::ValidationError("--window", "expected two odd sizes up to " +
+                                                   std::to_string(kWidest) +
+                                                   ", GATESxRAYS, as in 5x3: " + text);
+}
+
+/* What would have no effect must not be passed over in silence. */
+void requireUsefulOptions(const Arguments& arguments) {
+    if (!arguments.format.empty() && !isDirectoryName(arguments.output))
+        throw CLI::ValidationError("--format",
+                                   "is for an output directory: a file's ending tells its form");
+    if (!isDirectoryName(arguments.output))
+        requireEnding("--output", arguments.output, {".uf", ".csv"});
+    requireLayoutUsed(arguments.read, arguments.inputs);
 }
 
 ClassifyOptions optionsFrom(const Arguments& arguments) {
+    requireUsefulOptions(arguments);
     ClassifyOptions options;
     parseWindow(arguments.window, options);
     try {
@@ -93,8 +119,8 @@ ClassifyOptions optionsFrom(const Arguments& arguments) {
     } catch (const std::invalid_argument& error) {
         throw CLI::ValidationError(error.what());
     }
-    if (arguments.hasMinSnr) options.minSnrDb = arguments.minSnrDb;
-    if (arguments.hasRadarConstant) options.radarConstantDb = arguments.radarConstantDb;
+    options.minSnrDb = arguments.minSnrDb;
+    options.radarConstantDb = arguments.radarConstantDb;
     options.removeIsolated = arguments.removeIsolated;
     options.allClasses = arguments.classes == "all";
     return options;
@@ -154,15 +180,6 @@ void makeDirectories(const Arguments& arguments) {
     }
 }
 
-std::vector<const Sweep*> chooseSweeps(const Scan& scan, const Arguments& arguments) {
-    std::vector<const Sweep*> chosen;
-    for (const Sweep& sweep : scan.sweeps)
-        if (!arguments.hasSweep || sweep.number == arguments.sweep) chosen.push_back(&sweep);
-    if (chosen.empty())
-        throw std::runtime_error("has no sweep number " + std::to_string(arguments.sweep));
-    return chosen;
-}
-
 class Run {
   public:
     explicit Run(const Arguments& arguments)
@@ -203,7 +220,7 @@ class Run {
         showFile(i);
         std::unique_ptr<Cufrw> words;
         const Scan scan = readScan(job.input, words, arguments_.read);
-        const std::vector<const Sweep*> sweeps = chooseSweeps(scan, arguments_);
+        const std::vector<const Sweep*> sweeps = findSweeps(scan, arguments_.sweep);
         std::vector<ClassifiedSweep> results;
         for (const Sweep* sweep : sweeps) {
             showSweep(job, sweeps.size(), results.size());
@@ -331,10 +348,7 @@ void addClassifyCommand(CLI::App& app) {
     command->footer(kFooter);
     const auto arguments = std::make_shared<Arguments>();
     addOptions(*command, *arguments);
-    command->callback([arguments, command] {
-        arguments->hasMinSnr = command->count("--min-snr") > 0;
-        arguments->hasRadarConstant = command->count("--radar-constant") > 0;
-        arguments->hasSweep = command->count("--sweep") > 0;
+    command->callback([arguments] {
         if (!Run(*arguments).perform()) throw CommandFailed{};
     });
 }

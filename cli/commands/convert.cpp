@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <filesystem>
 #include <memory>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -13,10 +14,13 @@
 #include "clutterclassifier/clutterclassifier.h"
 #include "damage_note.h"
 #include "layout_option.h"
+#include "output_ending.h"
 #include "output_file.h"
+#include "polar_products.h"
 #include "read_scan.h"
 #include "record_output.h"
 #include "roles.h"
+#include "selection.h"
 #include "uf_output.h"
 
 namespace cli {
@@ -39,35 +43,15 @@ constexpr int kFloatProduct = 1814;
 struct ConvertArguments {
     std::string input, output, field;
     int product = kFloatProduct;
-    int sweep = 0;
-    bool hasSweep = false;
+    std::optional<int> sweep;
     ReadOptions read;
 };
 
 /* The sweep that was asked for, alone: records and polar data files hold one. */
 Scan withOneSweep(const Scan& scan, const ConvertArguments& arguments) {
     Scan single = scan;
-    single.sweeps.clear();
-    for (const Sweep& sweep : scan.sweeps) {
-        if (!arguments.hasSweep || sweep.number == arguments.sweep) single.sweeps.push_back(sweep);
-    }
-    if (single.sweeps.empty())
-        throw std::runtime_error("has no sweep number " + std::to_string(arguments.sweep));
-    if (single.sweeps.size() > 1)
-        throw std::runtime_error("holds " + std::to_string(single.sweeps.size()) +
-                                 " sweeps, and such a file one: choose with --sweep");
+    single.sweeps = {findOnlySweep(scan, arguments.sweep)};
     return single;
-}
-
-/* The named field, or the reflectivity. */
-const Field& chooseField(const Sweep& sweep, const std::string& name) {
-    const Field* reflectivity = chooseFields(sweep, {})[Role::kZhh];
-    if (name.empty() && reflectivity != nullptr) return *reflectivity;
-    for (const Field& field : sweep.fields) {
-        if (lowerCase(field.name) == lowerCase(name)) return field;
-    }
-    throw std::runtime_error(name.empty() ? "has no reflectivity: name a field with --field"
-                                          : "has no field " + name);
 }
 
 void writeRecords(const Scan& scan, const std::string& path) {
@@ -80,8 +64,7 @@ void writeRecords(const Scan& scan, const std::string& path) {
         records[f].recindex = static_cast<int>(f);
         records[f].nrecords = static_cast<int>(sweep.fields.size());
     }
-    if (sweep.fields.empty() || records[0].WriteDataToFile(path.c_str()) != 1)
-        throw std::runtime_error("cannot write " + path);
+    requireWritten(path, [&] { return records[0].WriteDataToFile(path.c_str()) == 1; });
 }
 
 /* The site goes into unsigned words of 16 bits: what does not fit wraps. */
@@ -123,22 +106,33 @@ void writePolar(const Scan& scan, const ConvertArguments& arguments, const std::
     for (size_t i = 0; i < present.size(); ++i) present[i] = std::isnan(field.values[i]) ? 0 : 1;
     fillFieldRecord(scan, sweep, "layer", "", present, layer);
     CThuPolDaFor polar;
-    if (polar.WriteSingleParameterData(path.c_str(), &values, &layer) != 1)
-        throw std::runtime_error("cannot write " + path + " as product " +
-                                 std::to_string(arguments.product));
+    requireWritten(
+        path, [&] { return polar.WriteSingleParameterData(path.c_str(), &values, &layer) == 1; });
 }
 
-void convert(const ConvertArguments& arguments) {
+std::string endingOf(const std::string& path) {
+    return lowerCase(std::filesystem::path(path).extension().string());
+}
+
+/* What would have no effect must not be passed over in silence. */
+void requireSoundCall(const CLI::App& command, const ConvertArguments& arguments) {
     std::error_code ignored;
     if (std::filesystem::equivalent(arguments.input, arguments.output, ignored))
         throw CLI::ValidationError("OUT", "would overwrite the input");
+    requireEnding("OUT", arguments.output, {".uf", ".pol"});
+    requireLayoutUsed(arguments.read, {arguments.input});
+    for (const char* option : {"--field", "--product"})
+        if (command.count(option) > 0 && endingOf(arguments.output) != ".pol")
+            throw CLI::ValidationError(option, "goes with a polar data file, OUT ending in .pol");
+}
+
+void convert(const ConvertArguments& arguments) {
     std::unique_ptr<Cufrw> words;
     const Scan scan = readScan(arguments.input, words, arguments.read);
     noteDamage(scan, Beside::kResults);
-    const std::string ending =
-        lowerCase(std::filesystem::path(arguments.output).extension().string());
+    const std::string ending = endingOf(arguments.output);
     OutputFile file(arguments.output);
-    if (ending == ".uf" && words != nullptr && !arguments.hasSweep)
+    if (ending == ".uf" && words != nullptr && !arguments.sweep)
         writeUniversalFormat(file.temporary(), scan, words.get());
     else if (ending == ".uf")
         writeUniversalFormat(file.temporary(), withOneSweep(scan, arguments), nullptr);
@@ -150,6 +144,12 @@ void convert(const ConvertArguments& arguments) {
     std::printf("wrote %s\n", arguments.output.c_str());
 }
 
+std::vector<int> singleProducts() {
+    std::vector<int> codes;
+    for (const SingleProduct& product : kSingleProducts) codes.push_back(product.code);
+    return codes;
+}
+
 }  // namespace
 
 void addConvertCommand(CLI::App& app) {
@@ -158,17 +158,17 @@ void addConvertCommand(CLI::App& app) {
     command->add_option("INPUT", arguments->input, "Radar file of any format")->required();
     command->add_option("OUT", arguments->output, "File to write")->required();
     command->add_option("--field", arguments->field,
-                        "Field for a polar data file (default: the reflectivity)");
+                        "Field for a polar data file (default: the reflectivity, else the first)");
     command
         ->add_option("--product", arguments->product,
                      "Code of the single-parameter product of a polar data file")
-        ->check(CLI::Range(0, 32767))
+        ->check(CLI::IsMember(singleProducts()))
         ->capture_default_str();
     command->add_option("--sweep", arguments->sweep, "Only the sweep of this number");
     addLayoutOption(*command, arguments->read);
     command->footer(kFooter);
     command->callback([arguments, command] {
-        arguments->hasSweep = command->count("--sweep") > 0;
+        requireSoundCall(*command, *arguments);
         try {
             convert(*arguments);
         } catch (const CLI::Error&) {

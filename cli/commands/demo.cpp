@@ -3,8 +3,11 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <charconv>
 #include <chrono>
+#include <cstdint>
 #include <cstdio>
+#include <filesystem>
 #include <memory>
 #include <stdexcept>
 #include <utility>
@@ -15,6 +18,7 @@
 #include "membership_files.h"
 #include "output_file.h"
 #include "picture.h"
+#include "roles.h"
 #include "scores.h"
 #include "synthetic.h"
 #include "uf_output.h"
@@ -149,8 +153,14 @@ std::vector<int> masksOf(const DemoArguments& arguments) {
     }
 }
 
+void requireUniversalFormat(const std::string& path) {
+    const std::string ending = lowerCase(std::filesystem::path(path).extension().string());
+    if (!path.empty() && ending != ".uf") throw CLI::ValidationError("--scan", "must end in .uf");
+}
+
 void runDemo(const DemoArguments& arguments) {
     const std::vector<int> masks = masksOf(arguments);
+    requireUniversalFormat(arguments.scan);
     const std::string directory = membershipDirectory(arguments.membership);
     SyntheticScan scan = makeSyntheticScan(arguments.seed);
     std::printf("Synthetic scan, seed %llu: %d rays x %d gates of %.0f m, 0.5 deg elevation\n",
@@ -168,6 +178,15 @@ void runDemo(const DemoArguments& arguments) {
     writeScan(whole, arguments.scan);
 }
 
+/* The parser takes what is below 0, or too large, for the largest number. */
+std::string isSeed(const std::string& text) {
+    std::uint64_t seed = 0;
+    const char* const end = text.data() + text.size();
+    const auto result = std::from_chars(text.data(), end, seed);
+    if (result.ec == std::errc() && result.ptr == end) return "";
+    return text + " is no whole number from 0 to " + std::to_string(UINT64_MAX);
+}
+
 }  // namespace
 
 void addDemoCommand(CLI::App& app) {
@@ -179,6 +198,7 @@ void addDemoCommand(CLI::App& app) {
     command->add_option("--scan", arguments->scan,
                         "Write the scan itself, too: FILE.uf (Universal Format)");
     command->add_option("--seed", arguments->seed, "Another seed, another scan")
+        ->check(isSeed)
         ->capture_default_str();
     command->add_option("--width", arguments->widthPx, "Width of the picture in pixels")
         ->check(CLI::Range(kNarrowestPx, 10000))

@@ -17,7 +17,6 @@
 #include "layout_option.h"
 #include "library_output.h"
 #include "output_file.h"
-#include "quiet_library.h"
 #include "read_record.h"
 #include "read_scan.h"
 #include "record_output.h"
@@ -40,7 +39,6 @@ constexpr char kFooter[] =
     "of\n"
     "a Cartesian record, bin the values as 4-byte floats in machine order, ray after ray.";
 
-constexpr double kRadiansPerDegree = 3.14159265358979323846 / 180.0;
 constexpr float kNoData = -9999.0F;
 constexpr size_t kGridHeaderLines = 6;
 
@@ -60,25 +58,12 @@ struct Source {
     }
 };
 
-/* The columns of a range-height scan are its elevations. */
-void headByElevation(const Sweep& sweep, Cpluvek& record) {
-    for (size_t r = 0; r < sweep.elevationDeg.size(); ++r)
-        record.angles[1 + r] = static_cast<float>(sweep.elevationDeg[r] * kRadiansPerDegree);
-}
-
-const Field& chosenField(const Sweep& sweep, const std::string& name) {
-    if (!name.empty()) return findField(sweep, name);
-    if (sweep.fields.empty()) throw std::runtime_error("holds no field");
-    const Field* reflectivity = chooseFields(sweep, {})[Role::kZhh];
-    return reflectivity != nullptr ? *reflectivity : sweep.fields.front();
-}
-
 void loadSweep(const ExportArguments& arguments, Source& source) {
     const Scan scan = readScan(arguments.input, arguments.read);
     noteDamage(scan, Beside::kErrors);
     const Sweep& sweep = findSweep(scan, arguments.sweep);
     if (!(sweep.gateSpacingM > 0)) throw std::runtime_error("the gate spacing is not positive");
-    const Field& field = chosenField(sweep, arguments.field);
+    const Field& field = chooseField(sweep, arguments.field);
     fillFieldRecord(scan, sweep, field.name, field.units, field.values, source.record);
     if (sweep.rhi) headByElevation(sweep, source.record);
 }
@@ -106,14 +91,13 @@ void load(const ExportArguments& arguments, Source& source) {
             return loadGrid(array, arguments.field, source);
         }
     }
+    requireLayoutUsed(arguments.read, {arguments.input});
     loadSweep(arguments, source);
 }
 
 void writeTableFile(Source& source, const std::string& path) {
     if (source.grid) throw std::runtime_error("is a grid: a table needs a scan; use asc or bin");
-    const QuietLibrary quiet;
-    if (source.record.SavePolarData2Ascii(path.c_str()) != 1)
-        throw std::runtime_error("cannot write " + path);
+    writeTable(path, source.record);
 }
 
 /* x runs along the record's rays, y along its gates: column-major, as the operation has it. */
@@ -125,19 +109,23 @@ void writeGridFile(Source& source, const std::string& path) {
     std::string name = path;
     std::string nodata = std::to_string(static_cast<int>(kNoData));
     CDSP dsp;
-    dsp.SaveDataToGISformat(name.data(), record.data, record.ngates, record.nrays, 0, record.ngates,
-                            0, record.nrays, record.axislimits0[0], record.axislimits0[3],
-                            record.gatesize, nodata.data(), 0);
-    requireLines(path, kGridHeaderLines + static_cast<size_t>(record.ngates));
+    requireWritten(path, [&] {
+        dsp.SaveDataToGISformat(name.data(), record.data, record.ngates, record.nrays, 0,
+                                record.ngates, 0, record.nrays, record.axislimits0[0],
+                                record.axislimits0[3], record.gatesize, nodata.data(), 0);
+        return holdsLines(path, kGridHeaderLines + static_cast<size_t>(record.ngates));
+    });
 }
 
 void writeRaw(Source& source, const std::string& path) {
     constexpr int kOverwrite = 1;
     std::string name = path;
     CDSP dsp;
-    dsp.savedata2binary(name.data(), source.record.data, static_cast<int>(source.size()),
-                        kOverwrite);
-    requireBytes(path, source.size() * sizeof(float));
+    requireWritten(path, [&] {
+        dsp.savedata2binary(name.data(), source.record.data, static_cast<int>(source.size()),
+                            kOverwrite);
+        return holdsBytes(path, source.size() * sizeof(float));
+    });
 }
 
 using Writer = void (*)(Source&, const std::string&);

@@ -15,6 +15,7 @@
 
 #include "clutterclassifier/clutterclassifier.h"
 #include "damage_note.h"
+#include "finite_option.h"
 #include "layout_option.h"
 #include "library_output.h"
 #include "output_file.h"
@@ -131,11 +132,13 @@ void printTable(const Extract& extract, std::FILE* out) {
 }
 
 void writeTableFile(const Extract& extract, const std::string& path) {
-    std::FILE* file = std::fopen(path.c_str(), "w");
-    if (file == nullptr) throw std::runtime_error("cannot write " + path);
-    printTable(extract, file);
-    const bool failed = std::ferror(file) != 0;
-    if (std::fclose(file) != 0 || failed) throw std::runtime_error("cannot write " + path);
+    requireWritten(path, [&] {
+        std::FILE* file = std::fopen(path.c_str(), "w");
+        if (file == nullptr) return false;
+        printTable(extract, file);
+        const bool written = std::ferror(file) == 0;
+        return std::fclose(file) == 0 && written;
+    });
 }
 
 unsigned secondsOf(const DateTime& t) {
@@ -157,9 +160,11 @@ void writeColumnFile(const Extract& extract, const std::string& path) {
     }
     std::string name = path;
     CDSP dsp;
-    dsp.SaveDataToFile(name.data(), times.data(), cells.data(), static_cast<int>(rows),
-                       static_cast<int>(columns), kOverwrite, kThreeDecimals);
-    requireLines(path, rows);
+    requireWritten(path, [&] {
+        dsp.SaveDataToFile(name.data(), times.data(), cells.data(), static_cast<int>(rows),
+                           static_cast<int>(columns), kOverwrite, kThreeDecimals);
+        return holdsLines(path, rows);
+    });
 }
 
 void write(const Extract& extract, const std::string& output) {
@@ -192,6 +197,7 @@ void runExtract(const ExtractArguments& arguments) {
     }
     const bool grid = naming(arguments.input, [&] { return isGridFile(arguments.input); });
     if (grid) requireGridOptions(arguments);
+    requireLayoutUsed(arguments.read, {arguments.input});
     const Points points = naming(arguments.points, [&] { return readPoints(arguments.points); });
     const Extract extract = naming(arguments.input, [&] {
         return grid ? extractFromGrid(arguments, points) : extractFromScan(arguments, points);
@@ -223,6 +229,7 @@ void addExtractCommand(CLI::App& app) {
                      "x and y of the radar, for --map (default: 0,0)")
         ->delimiter(',')
         ->expected(2)
+        ->check(isFinite)
         ->needs(map);
     command->callback([arguments] { runExtract(*arguments); });
 }

@@ -142,6 +142,7 @@ void printInfo(const std::string& path, const ReadOptions& options) {
 }
 
 void runInfo(const std::vector<std::string>& paths, const ReadOptions& options) {
+    requireLayoutUsed(options, paths);
     bool failed = false;
     for (const std::string& path : paths) {
         try {
@@ -166,6 +167,11 @@ void addInfoCommand(CLI::App& app) {
                      "Radar files: Universal Format, field record, polar data or German DX")
         ->required();
     addLayoutOption(*command, *options);
+    command->footer(
+        "Examples:\n"
+        "  clutterclassifier info scan.uf\n"
+        "  clutterclassifier info *.uf\n"
+        "  clutterclassifier info scan.dat --layout 280");
     command->callback([paths, options] { runInfo(*paths, *options); });
 }
 

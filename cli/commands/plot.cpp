@@ -9,10 +9,10 @@
 #include <stdexcept>
 
 #include "damage_note.h"
+#include "finite_option.h"
 #include "layout_option.h"
 #include "picture.h"
 #include "read_scan.h"
-#include "roles.h"
 #include "selection.h"
 
 namespace cli {
@@ -29,21 +29,13 @@ struct PlotArguments {
     ReadOptions read;
 };
 
-/* The reflectivity, or else whatever comes first. */
-const Field& defaultField(const Sweep& sweep) {
-    if (sweep.fields.empty()) throw std::runtime_error("holds no field");
-    const FieldChoice choice = chooseFields(sweep, {});
-    const Field* reflectivity = choice[Role::kZhh];
-    return reflectivity != nullptr ? *reflectivity : sweep.fields.front();
-}
-
 void drawFile(const PlotArguments& arguments) {
     const Scan scan = readScan(arguments.input, arguments.read);
     noteDamage(scan, Beside::kErrors);
     const Sweep& sweep = findSweep(scan, arguments.sweep);
     std::vector<Field> fields;
     for (const std::string& name : arguments.fields) fields.push_back(findField(sweep, name));
-    if (fields.empty()) fields.push_back(defaultField(sweep));
+    if (fields.empty()) fields.push_back(chooseField(sweep, ""));
     drawPanels(scan, sweep, fields, arguments.picture, arguments.output);
 }
 
@@ -57,6 +49,7 @@ void requireSoundArguments(const PlotArguments& arguments) {
     if (std::filesystem::equivalent(arguments.input, arguments.output, ignored)) {
         throw CLI::ValidationError("--output", "would overwrite the input");
     }
+    requireLayoutUsed(arguments.read, {arguments.input});
     if (arguments.picture.displayMin >= arguments.picture.displayMax) {
         throw CLI::ValidationError("--vmax", "must be above --vmin");
     }
@@ -93,9 +86,12 @@ void addPlotCommand(CLI::App& app) {
     command->add_option("--width", arguments->picture.widthPx, "Width of the picture in pixels")
         ->check(CLI::Range(240, 10000));
     command->add_option("--max-range", arguments->picture.maxRangeKm, "Outermost range in km")
+        ->check(isFinite)
         ->check(CLI::PositiveNumber);
-    command->add_option("--vmin", arguments->picture.displayMin, "Beginning of the colour scale");
-    command->add_option("--vmax", arguments->picture.displayMax, "End of the colour scale");
+    command->add_option("--vmin", arguments->picture.displayMin, "Beginning of the colour scale")
+        ->check(isFinite);
+    command->add_option("--vmax", arguments->picture.displayMax, "End of the colour scale")
+        ->check(isFinite);
     command->footer(
         "Example: clutterclassifier plot scan.uf --field DZ,VR --max-range 100 -o scan.png");
     command->callback([arguments] { runPlot(*arguments); });

@@ -19,8 +19,8 @@
 #include "exit_code.h"
 #include "finite_option.h"
 #include "layout_option.h"
-#include "library_output.h"
 #include "membership_dir.h"
+#include "output_ending.h"
 #include "output_file.h"
 #include "picture.h"
 #include "process_output.h"
@@ -29,6 +29,7 @@
 #include "quiet_library.h"
 #include "read_scan.h"
 #include "samples.h"
+#include "selection.h"
 #include "summary.h"
 
 namespace cli {
@@ -150,6 +151,8 @@ void requireSoundArguments(const Arguments& arguments) {
         throw CLI::ValidationError("--picture", "needs the fields, --plot");
     const std::string picture = picturePath(arguments);
     requireInputsKept(arguments, picture);
+    requireEnding("--output", arguments.output, {".uf"});
+    requireLayoutUsed(arguments.read, {arguments.input});
     if (!picture.empty() && picture == arguments.output)
         throw CLI::ValidationError("two results would be written to " + picture);
     try {
@@ -167,7 +170,7 @@ class Run {
     void perform() {
         if (!arguments_.points.empty()) readPointList();
         const Scan scan = readScan(arguments_.input, arguments_.read);
-        chooseSweeps(scan);
+        sweeps_ = findSweeps(scan, arguments_.sweep);
         if (!arguments_.quiet) printScanLine(scan);
         noteDamage(scan, arguments_.quiet ? Beside::kErrors : Beside::kResults);
         for (size_t s = 0; s < sweeps_.size(); ++s) {
@@ -189,15 +192,6 @@ class Run {
         const fs::path directory = fs::path(arguments_.prefix).parent_path();
         if (!directory.empty() && !fs::is_directory(directory))
             throw std::runtime_error(directory.string() + ": no such directory");
-    }
-
-    void chooseSweeps(const Scan& scan) {
-        for (const Sweep& sweep : scan.sweeps)
-            if (!arguments_.sweep || sweep.number == *arguments_.sweep) sweeps_.push_back(&sweep);
-        if (sweeps_.empty())
-            throw std::runtime_error(arguments_.sweep ? "has no sweep number " +
-                                                            std::to_string(*arguments_.sweep)
-                                                      : "holds no sweep");
     }
 
     ProcessedSweep process(const Scan& scan, const Sweep& sweep) {
@@ -375,6 +369,14 @@ void addOptions(CLI::App& command, Arguments& arguments) {
     command.add_flag("-q,--quiet", arguments.quiet, "Print errors only");
 }
 
+/* An option that makes the command do something else. */
+void requireAlone(const CLI::App& command, const std::string& name) {
+    if (command.count(name) == 0) return;
+    for (const CLI::Option* option : command.get_options())
+        if (option->count() > 0 && !option->check_name(name))
+            throw CLI::ValidationError(name, "goes without " + option->get_name());
+}
+
 }  // namespace
 
 void addProcessCommand(CLI::App& app) {
@@ -383,7 +385,11 @@ void addProcessCommand(CLI::App& app) {
     command->footer(kFooter);
     const auto arguments = std::make_shared<Arguments>();
     addOptions(*command, *arguments);
-    command->callback([arguments] { runProcess(*arguments); });
+    command->callback([arguments, command] {
+        requireAlone(*command, "--print-config");
+        requireAlone(*command, "--check-config");
+        runProcess(*arguments);
+    });
 }
 
 }  // namespace cli

@@ -1,6 +1,7 @@
 #include "commands/repack.h"
 
 #include <CLI/CLI.hpp>
+#include <cerrno>
 #include <cstdio>
 #include <filesystem>
 #include <memory>
@@ -43,9 +44,10 @@ void repack(const RepackArguments& arguments) {
     OutputFile file(arguments.output);
     CThuPolDaFor polar;
     std::string in = arguments.input, out = file.temporary();
+    errno = 0;
     if (polar.PackAgainDataFiles(in.data(), out.data(), arguments.read.polarLayout) != 1) {
-        const bool begun = std::filesystem::exists(out, ignored);
-        throw std::runtime_error(begun ? "cannot write " + arguments.output : kUnchanged);
+        if (const int reason = errno; reason != 0) failWriting(out, reason);
+        throw std::runtime_error(kUnchanged);
     }
     const Scan shorter = readScan(out, arguments.read);
     file.commit();

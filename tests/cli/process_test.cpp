@@ -280,7 +280,10 @@ TEST_F(Process, RefusesWithAReason) {
         {"--freezing-level nan", 2, "nan"},
         {"--map ZZ=zdr", 1, "no field named ZZ"},
         {"--sweep 8", 1, "no sweep number 8"},
-        {"--check-config " + bad, 1, "bad.txt:2:"},
+        {"--map ZD=zdr,DR=zdr", 2, "ZD and DR are both mapped to zdr"},
+        {"--layout 252", 2, "--layout"},
+        {"--check-config " + bad, 2, "--check-config: goes without INPUT"},
+        {"--print-config", 2, "--print-config: goes without INPUT"},
     };
     for (const auto& row : kCases) {
         const Outcome outcome = process(row.arguments + " -o " + out);
@@ -289,6 +292,11 @@ TEST_F(Process, RefusesWithAReason) {
         EXPECT_FALSE(fs::exists(out));
     }
     EXPECT_EQ(runProgram("process").code, 2);
+    EXPECT_EQ(runProgram("process --check-config " + bad).code, 1);
+    const Outcome both = runProgram("process --check-config " + bad + " --config " + bad);
+    EXPECT_EQ(both.code, 2) << both.out;
+    EXPECT_EQ(process("-o " + directory_.file("out.csv")).code, 2);
+    EXPECT_FALSE(fs::exists(directory_.file("out.csv")));
 }
 
 TEST_F(Process, KeepsTheFilesThatItReads) {

@@ -46,10 +46,31 @@ TEST_F(Program, ErrorsAreOneLineWithFileAndReason) {
         {"classify " + scan_ + " --inputs zdr", 2, "no such input: zdr"},
         {"classify " + scan_ + " --window 4x3", 2, "two odd sizes"},
         {"classify " + scan_ + " --window 1x1", 2, "two odd sizes"},
+        {"classify " + scan_ + " --window 5", 2, "two odd sizes"},
+        {"classify " + scan_ + " --window 5x", 2, "two odd sizes"},
+        {"classify " + scan_ + " --window 5x3x", 2, "two odd sizes"},
+        {"classify " + scan_ + " --window 1001x3", 2, "two odd sizes up to 999"},
+        {"classify " + scan_ + " --window 4294967297x3", 2, "two odd sizes up to 999"},
+        {"classify " + scan_ + " --map DZ=none,DZ=zhh", 2, "DZ is mapped twice"},
+        {"classify " + scan_ + " --format csv", 2, "--format"},
+        {"classify " + scan_ + " -o x.uf --format csv", 2, "--format"},
+        {"classify " + scan_ + " -o x.pol", 2, "a .pol file cannot be written here"},
+        {"classify " + scan_ + " --layout 252", 2, "--layout"},
+        {"info " + scan_ + " --layout 252", 2, "--layout"},
+        {"plot " + scan_ + " -o x.png --layout 252", 2, "--layout"},
+        {"plot " + scan_ + " -o x.png --max-range nan", 2, "nan is no finite number"},
+        {"plot " + scan_ + " -o x.png --max-range 1e300", 2, "beyond single precision"},
+        {"plot " + scan_ + " -o x.png --max-range 0", 2, "--max-range"},
+        {"plot " + scan_ + " -o x.png --vmin nan", 2, "nan is no finite number"},
+        {"plot " + scan_ + " -o x.png --vmax inf", 2, "inf is no finite number"},
+        {"demo --seed -1", 2, "-1 is no whole number"},
+        {"demo --seed 18446744073709551616", 2, "is no whole number"},
+        {"demo --scan x.plv", 2, "--scan: must end in .uf"},
         {"classify " + scan_ + " --map DZ", 2, "FIELD=QUANTITY"},
         {"classify " + scan_ + " --plot a.jpeg", 2, ".png"},
         {"classify " + scan_ + " --min-snr high", 2, "--min-snr"},
-        {"classify " + scan_ + " --min-snr nan", 2, "--min-snr"},
+        {"classify " + scan_ + " --min-snr nan", 2, "--min-snr: nan is no finite number"},
+        {"classify " + scan_ + " --min-snr 1e300", 2, "1e300 is beyond single precision"},
         {"classify " + scan_ + " --radar-constant inf", 2, "--radar-constant"},
         {"classify", 2, "INPUT is required"},
         {"frobnicate", 2, "frobnicate"},
@@ -132,6 +153,50 @@ TEST_F(Program, NothingHalfWrittenIsLeftBehind) {
     }
 }
 
+/* A full disk, as a limit on the size of files: the name is that which was asked for. */
+TEST_F(Program, WhatCannotBeWrittenIsToldWithItsReason) {
+    const std::string list = directory_.file("points.txt"), out = directory_.file("out");
+    std::string points;
+    for (int i = 0; i < 200; ++i) points += "3000 5\n";
+    writeFile(list, {points.begin(), points.end()});
+    const struct {
+        std::string arguments, target;
+    } kCases[] = {
+        {"classify -q " + scan_ + " -o " + out + ".uf", out + ".uf"},
+        {"classify -q " + scan_ + " -o " + out + ".csv", out + ".csv"},
+        {"classify -q " + scan_ + " -o " + out + ".plv", out + ".plv"},
+        {"classify -q " + scan_ + " --plot " + out + ".png", out + ".png"},
+        {"process -q --what 1 " + scan_ + " -o " + out + ".uf", out + ".uf"},
+        {"process -q --what 1 " + scan_ + " -o " + out + ".plv", out + ".plv"},
+        {"process -q --what 1 " + scan_ + " --points " + list + " --prefix " + out,
+         out + "_ccl.dat"},
+        {"convert " + scan_ + " " + out + ".uf", out + ".uf"},
+        {"convert " + scan_ + " " + out + ".plv", out + ".plv"},
+        {"convert " + scan_ + " " + out + ".pol", out + ".pol"},
+        {"export " + scan_ + " -o " + out + ".csv", out + ".csv"},
+        {"export " + scan_ + " -o " + out + ".bin", out + ".bin"},
+        {"extract " + scan_ + " " + list + " -o " + out + ".csv", out + ".csv"},
+        {"extract " + scan_ + " " + list + " -o " + out + ".dat", out + ".dat"},
+    };
+    for (const auto& row : kCases) {
+        const std::string command = "trap '' XFSZ; ulimit -f 1; " PROGRAM " " + row.arguments +
+                                    " >" + directory_.file("said") + " 2>&1";
+        EXPECT_NE(std::system(command.c_str()), 0) << row.arguments;
+        const ByteVector bytes = readFile(directory_.file("said"));
+        const std::string said(bytes.begin(), bytes.end());
+        EXPECT_NE(said.find("cannot write " + row.target + ": File too large"), std::string::npos)
+            << row.arguments << "\n"
+            << said;
+        fs::remove(directory_.file("said"));
+        fs::remove(out + "_ccl.dat");
+        EXPECT_EQ(filesIn(directory_.path()), (std::vector<std::string>{"points.txt", "scan.uf"}))
+            << row.arguments;
+    }
+    const Outcome ourselves = runProgram("classify -q " + scan_ + " -o " +
+                                         directory_.file(std::string(250, 'x') + ".uf"));
+    EXPECT_NE(ourselves.out.find("xx.uf: File name too long"), std::string::npos) << ourselves.out;
+}
+
 /* Devices, pipes and links are no files to be replaced. */
 TEST_F(Program, OutputTakesThePlaceOfFilesOnly) {
     const std::string pipe = directory_.path() + "/pipe", link = directory_.path() + "/link",
@@ -161,6 +226,7 @@ TEST_F(Program, VersionAndHelpSucceed) {
         EXPECT_EQ(outcome.code, 0) << command;
         EXPECT_NE(outcome.out.find("Usage"), std::string::npos) << command;
     }
+    EXPECT_EQ(runProgram("info --help").out.find("clutterclassifier demo"), std::string::npos);
 }
 
 }  // namespace
