@@ -129,6 +129,28 @@ TEST_F(Classify, TheTableHasOneLineAGate) {
     EXPECT_EQ(lines, kGates);
 }
 
+/* Angles halfway between two tenths of a degree, and rays that end early, are the same text too. */
+TEST_F(Classify, TheTableIsThatOfExport) {
+    constexpr size_t kAzimuth = 33, kElevation = 34, kMode = 35;
+    for (const size_t moving : {kAzimuth, kElevation}) {
+        std::vector<UfRecord> rays;
+        std::mt19937 random(3);
+        for (int r = 0; r < 40; ++r) {
+            rays.push_back(ufRay(makeFields(r, random, 60 - r), r + 1));
+            rays.back().set(kAzimuth, 0).set(moving, 16 * (2 * r + 1));
+            if (moving == kElevation) rays.back().set(kMode, 3);
+        }
+        writeFile(scan_, ufFile(rays));
+        const std::string classes = directory_.file("classes.uf"), table = directory_.file("c.csv"),
+                          exported = directory_.file("e.csv");
+        ASSERT_EQ(runProgram("classify -q " + scan_ + " -o " + classes).code, 0);
+        ASSERT_EQ(runProgram("classify -q " + scan_ + " -o " + table).code, 0);
+        ASSERT_EQ(runProgram("export " + classes + " --field CC -o " + exported).code, 0);
+        EXPECT_EQ(readFile(table), readFile(exported));
+        EXPECT_GT(readFile(table).size(), 5000u);
+    }
+}
+
 TEST_F(Classify, AFieldRecordBecomesUniversalFormat) {
     scan::Scan input = scan::readScan(scan_);
     const scan::Sweep& sweep = input.sweeps.at(0);
