@@ -199,10 +199,12 @@ const Field* chooseByName(const Sweep& sweep, const FieldMap& map, Role role, st
 
 /* Which of two would count, nobody could tell. */
 void addToMap(FieldMap& map, const std::string& field, Role role) {
-    for (const auto& [other, taken] : map)
-        if (role != Role::kNone && taken == role && other != field)
-            throw std::invalid_argument(other + " and " + field + " are both mapped to " +
-                                        roleInfo(role).key);
+    const auto taken = std::find_if(map.begin(), map.end(), [&](const auto& entry) {
+        return entry.second == role && entry.first != field;
+    });
+    if (role != Role::kNone && taken != map.end())
+        throw std::invalid_argument(taken->first + " and " + field + " are both mapped to " +
+                                    roleInfo(role).key);
     if (!map.emplace(field, role).second) throw std::invalid_argument(field + " is mapped twice");
 }
 
