@@ -13,8 +13,8 @@
  * The library keeps no global state and starts no threads: calls from several threads at once, each
  * with objects of its own, are independent of each other. What draws random numbers (CDSP's noise,
  * Cpluvek::CreateDataSpaceforPPI, the attenuation algorithms 0, 1, 2 and 8) takes them from the C
- * library's rand(), one generator for the whole host, which it seeds anew from itself and the clock.
- * No exception of the library's own code leaves it.
+ * library's rand(), one generator for the whole host, which it seeds anew from itself and the
+ * clock. No exception of the library's own code leaves it.
  */
 #ifndef CLUTTERCLASSIFIER_CLUTTERCLASSIFIER_H
 #define CLUTTERCLASSIFIER_CLUTTERCLASSIFIER_H
