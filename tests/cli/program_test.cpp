@@ -100,9 +100,9 @@ TEST_F(Program, AMembershipFileWithoutPairsIsToldBeforeTheLibraryMeetsIt) {
 /* Where results are data, or are not printed, it is said beside them: with the file's name. */
 TEST_F(Program, EveryCommandSaysThatAFileIsCut) {
     const std::string cut = directory_.file("cut.uf"), list = directory_.file("points.txt");
-    ByteVector bytes = readFile(scan_);
-    bytes.resize(bytes.size() - 100);
-    writeFile(cut, bytes);
+    const ByteVector bytes = readFile(scan_);
+    ASSERT_GT(bytes.size(), 100u);
+    writeFile(cut, {bytes.begin(), bytes.end() - 100});
     writeFile(list, {'3', '0', '0', '0', ' ', '5', '\n'});
     const std::string picture = directory_.file("x.png"), table = directory_.file("x.csv");
     const struct {
