@@ -25,7 +25,8 @@ std::string legendText(int entry, double share) {
 void drawLegend(const Canvas& canvas, const Frame& frame, const std::vector<float>& classes) {
     const auto shares = classShares(classes);
     const int entries = shares[4] + shares[5] > 0.0 ? 6 : 4;
-    const double em = frame.em, column = frame.width / (entries / 2);
+    const int columns = entries / 2;
+    const double em = frame.em, column = frame.width / columns;
     TextStyle style{.size = em, .anchorY = 0.5};
     for (int i = 0; i < entries; ++i) { /* one size for all that the longest text allows */
         const double width = canvas.textWidth(legendText(i, shares[i]), style);

@@ -141,7 +141,7 @@ bool readRays(ByteCursor& file, CGermanRadar& radar) {
             if (!isDxBinCount(bins)) return true;
             radar.bins = bins;
         }
-        decodeBins(file, radar.bins, radar.reflectivity + r * kDxSlots);
+        decodeBins(file, radar.bins, radar.reflectivity + std::ptrdiff_t{r} * kDxSlots);
         if (file.failed()) return false;
     }
     return true;

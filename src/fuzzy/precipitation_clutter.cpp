@@ -73,9 +73,10 @@ short functionOf(short rule, const float* array) {
 
 void fillRules(Cfuzzy& engine, float* const (&arrays)[kInputCount], int classes) {
     short table[kAllClutter][kInputCount + 1];
-    for (short c = 0; c < classes; ++c) {
-        for (int i = 0; i < kInputCount; ++i) table[c][i] = functionOf(c, arrays[i]);
-        table[c][kInputCount] = c;
+    for (int c = 0; c < classes; ++c) {
+        const auto rule = static_cast<short>(c);
+        for (int i = 0; i < kInputCount; ++i) table[c][i] = functionOf(rule, arrays[i]);
+        table[c][kInputCount] = rule;
     }
     engine.Fillrules(table[0], classes);
 }
