@@ -11,7 +11,8 @@
 namespace clutter::corrections {
 namespace {
 
-constexpr double kPi = std::numbers::pi;
+using std::numbers::pi;
+
 constexpr double kPatternWidth = 159.46; /* half power at half the beamwidth; per degree of it */
 constexpr double kWidestAngleDeg = 5.0;
 constexpr double kAngleStepDeg = 0.01;
@@ -70,9 +71,9 @@ double viewingAngle(double height, double range) {
 
 BeamPattern computeBeamPattern(double beamwidth, double range, double elevation) {
     BeamPattern pattern;
-    const double width = kPatternWidth / (beamwidth * 180.0 / kPi);
+    const double width = kPatternWidth / (beamwidth * 180.0 / pi);
     for (int i = 0; i < kAngles; ++i) {
-        pattern.angles.push_back((i * kAngleStepDeg - kWidestAngleDeg) * kPi / 180.0);
+        pattern.angles.push_back((i * kAngleStepDeg - kWidestAngleDeg) * pi / 180.0);
         pattern.power.push_back(patternAt(pattern.angles.back(), width));
     }
     normalise(pattern.power);
