@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "clutterclassifier/clutterclassifier.h"
-#include "polar_products.h"
+#include "formats/polar_packing.h"
 #include "read_record.h"
 
 namespace scan {
@@ -47,26 +47,11 @@ void nameFields(int product, std::vector<Field>& fields) {
     }
 }
 
-/* Bytes that a product's rays, and the layer behind them, take; 0 when the gates' size is not
- * known.
- */
-std::uintmax_t bytesOf(int product, int layout, const Sweep& sweep) {
-    constexpr std::uintmax_t kHeaderBytes = 320, kRayHeaderBytes = 10;
-    std::size_t gateBytes = 0;
-    for (const SingleProduct& single : kSingleProducts)
-        if (single.code == product) gateBytes = single.gateBytes + kLayerBytes;
-    for (const PackedProduct& packed : kPackedProducts)
-        if (packed.code == product && (packed.layout == 0 || packed.layout == layout))
-            gateBytes = packed.gateBytes;
-    if (gateBytes == 0) return 0;
-    const auto rays = static_cast<std::uintmax_t>(sweep.nrays);
-    const auto gates = static_cast<std::uintmax_t>(sweep.ngates);
-    return kHeaderBytes + rays * (kRayHeaderBytes + gates * gateBytes);
-}
-
 /* The library fills up a file that ends early with what came before the end. */
 void judgeLength(const std::string& path, int product, int layout, Scan& scan) {
-    const std::uintmax_t expected = bytesOf(product, layout, scan.sweeps[0]);
+    const Sweep& sweep = scan.sweeps[0];
+    const std::uintmax_t expected =
+        clutter::formats::bytesAskedFor(product, layout, sweep.nrays, sweep.ngates);
     const std::uintmax_t held = std::filesystem::file_size(path);
     if (held < expected)
         scan.damage.push_back("The file ends " + std::to_string(expected - held) +
@@ -74,6 +59,13 @@ void judgeLength(const std::string& path, int product, int layout, Scan& scan) {
 }
 
 }  // namespace
+
+std::vector<int> singleParameterProducts() {
+    std::vector<int> codes;
+    for (const auto& product : clutter::formats::kSingleParameterProducts)
+        codes.push_back(product.code);
+    return codes;
+}
 
 Scan readPolarData(const std::string& path, int layout) {
     Cpluvek records[kMostFields];

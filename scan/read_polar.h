@@ -3,6 +3,7 @@
 #define SCAN_READ_POLAR_H
 
 #include <string>
+#include <vector>
 
 #include "scan.h"
 
@@ -14,6 +15,9 @@ namespace scan {
  * std::runtime_error with the reason.
  */
 Scan readPolarData(const std::string& path, int layout);
+
+/* Codes of the products that hold one parameter, which alone can be written. */
+std::vector<int> singleParameterProducts();
 
 }  // namespace scan
 

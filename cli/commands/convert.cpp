@@ -16,7 +16,7 @@
 #include "layout_option.h"
 #include "output_ending.h"
 #include "output_file.h"
-#include "polar_products.h"
+#include "read_polar.h"
 #include "read_scan.h"
 #include "record_output.h"
 #include "roles.h"
@@ -144,12 +144,6 @@ void convert(const ConvertArguments& arguments) {
     std::printf("wrote %s\n", arguments.output.c_str());
 }
 
-std::vector<int> singleProducts() {
-    std::vector<int> codes;
-    for (const SingleProduct& product : kSingleProducts) codes.push_back(product.code);
-    return codes;
-}
-
 }  // namespace
 
 void addConvertCommand(CLI::App& app) {
@@ -162,7 +156,7 @@ void addConvertCommand(CLI::App& app) {
     command
         ->add_option("--product", arguments->product,
                      "Code of the single-parameter product of a polar data file")
-        ->check(CLI::IsMember(singleProducts()))
+        ->check(CLI::IsMember(singleParameterProducts()))
         ->capture_default_str();
     command->add_option("--sweep", arguments->sweep, "Only the sweep of this number");
     addLayoutOption(*command, arguments->read);

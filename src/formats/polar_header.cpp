@@ -110,19 +110,6 @@ float readElevation(const HeaderWords& words, short product) {
     return static_cast<float>(kIndexedElevations[known ? index : 0] * kPi / 180);
 }
 
-/* A layout that the product does not have needs no gates, but is no licence to claim any number. */
-std::size_t gateBytesOf(int product, int layout) {
-    const Packing* packing = findPacking(product, layout);
-    return packing != nullptr ? packing->gateBytes : smallestGateBytes(product);
-}
-
-/* Bytes that the counts ask for. Products of two 16-bit numbers and a few bytes: no overflow. */
-std::size_t bytesAskedFor(const PolarHeader& header, int layout) {
-    const std::size_t layer = findSingleParameter(header.product) != nullptr ? 1 : 0;
-    return kPolarHeaderBytes + static_cast<std::size_t>(header.nrays) * kRayHeaderBytes +
-           header.cells() * (gateBytesOf(header.product, layout) + layer);
-}
-
 }  // namespace
 
 int readPolarHeader(base::Bytes file, int layout, PolarHeader& header) {
@@ -140,7 +127,8 @@ int readPolarHeader(base::Bytes file, int layout, PolarHeader& header) {
                     header.nrays, header.ngates);
         return kPolarUnusable;
     }
-    const bool complete = file.size() >= bytesAskedFor(header, layout);
+    const bool complete =
+        file.size() >= bytesAskedFor(header.product, layout, header.nrays, header.ngates);
     return complete || header.cells() <= kUnquestionedGates ? kPolarRead : kPolarUnusable;
 }
 

@@ -11,7 +11,7 @@
 #include "formats/german_dx_bytes.h"
 #include "formats/polar_bytes.h"
 #include "formats/uf_bytes.h"
-#include "polar_products.h"
+#include "read_polar.h"
 #include "read_scan.h"
 #include "run_program.h"
 #include "support/temp_dir.h"
@@ -103,9 +103,9 @@ TEST_F(Formats, PolarDataThatEndEarlyAreDamaged) {
                      row.layout);
     }
     const std::string dx = put("scan.dx", dxFile(100)), out = dir_.file("x.pol");
-    for (const scan::SingleProduct& single : scan::kSingleProducts) {
-        SCOPED_TRACE(single.code);
-        ASSERT_TRUE(run("convert " + dx + " " + out + " --product " + std::to_string(single.code)))
+    for (const int product : scan::singleParameterProducts()) {
+        SCOPED_TRACE(product);
+        ASSERT_TRUE(run("convert " + dx + " " + out + " --product " + std::to_string(product)))
             << said_;
         expectDamage(readFile(out), 0);
     }
