@@ -1,5 +1,6 @@
 #include "corrections/rain_rates.h"
 
+#include <algorithm>
 #include <cfloat>
 #include <cmath>
 #include <limits>
@@ -54,16 +55,17 @@ bool PowerLaw::isModest() const {
            isWithin(zdr, kMostSlope) && isWithin(kdp, kMostSlope);
 }
 
-void exponentsOf(const PowerLaw& law, const float* dbz, const float* zdr, const float* kdp,
-                 double* exponents, int n) {
+void exponentsOf(const PowerLaw& law, const RainRows& rows, double* exponents, int n) {
     static constexpr float kNone[kRainBlock] = {};
-    double logKdp[kRainBlock] = {};
+    static constexpr double kNoLogarithms[kRainBlock] = {};
+    double logKdp[kRainBlock];
     if (!law.isModest()) {
-        for (int j = 0; j < n; ++j) exponents[j] = kAskDefinition;
+        std::fill_n(exponents, n, kAskDefinition);
         return;
     }
-    if (kdp != nullptr) logarithmsOf(kdp, logKdp, n);
-    sumTerms(law, dbz != nullptr ? dbz : kNone, zdr != nullptr ? zdr : kNone, logKdp, exponents, n);
+    if (rows.kdp != nullptr) logarithmsOf(rows.kdp, logKdp, n);
+    sumTerms(law, rows.dbz != nullptr ? rows.dbz : kNone, rows.zdr != nullptr ? rows.zdr : kNone,
+             rows.kdp != nullptr ? logKdp : kNoLogarithms, exponents, n);
 }
 
 CLUTTER_KERNEL void exponentsOfPolynomial(const double* coefficients, const float* dbz,

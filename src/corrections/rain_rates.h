@@ -15,6 +15,18 @@ namespace clutter::corrections {
 /* Gates that are looked at together. */
 inline constexpr int kRainBlock = 256;
 
+/* Rows of variables; one that does not enter is null. */
+struct RainRows {
+    const float* dbz;
+    const float* zdr;
+    const float* kdp;
+
+    RainRows from(int gate) const {
+        const auto behind = [&](const float* row) { return row != nullptr ? row + gate : nullptr; };
+        return {behind(dbz), behind(zdr), behind(kdp)};
+    }
+};
+
 /* log10 rate = constant + z dBZ/10 + zdr ZDR + kdp log10 KDP */
 struct PowerLaw {
     double constant, z, zdr, kdp;
@@ -32,10 +44,8 @@ inline double polynomialOffset(const double* c, float zdr) {
            c[3] * static_cast<double>(cube);
 }
 
-/* log10 of the rates of n <= kRainBlock gates; NaN where the definition has to be asked.
- * A variable that does not enter is null. */
-void exponentsOf(const PowerLaw& law, const float* dbz, const float* zdr, const float* kdp,
-                 double* exponents, int n);
+/* log10 of the rates of n <= kRainBlock gates; NaN where the definition has to be asked. */
+void exponentsOf(const PowerLaw& law, const RainRows& rows, double* exponents, int n);
 void exponentsOfPolynomial(const double* coefficients, const float* dbz, const float* zdr,
                            double* exponents, int n);
 

@@ -28,33 +28,22 @@ struct Gate {
     double z() const { return tenTo(0.1 * static_cast<double>(dbz)); }
 };
 
-/* Rows of variables; an absent one is null. */
-struct Rows {
-    const float* dbz;
-    const float* zdr;
-    const float* kdp;
-
-    Rows from(int gate) const {
-        const auto behind = [&](const float* row) { return row != nullptr ? row + gate : nullptr; };
-        return {behind(dbz), behind(zdr), behind(kdp)};
-    }
-    Gate at(int gate) const {
-        const auto value = [&](const float* row) { return row != nullptr ? row[gate] : 0.0f; };
-        return {value(dbz), value(zdr), value(kdp)};
-    }
-};
+Gate gateOf(const RainRows& rows, int gate) {
+    const auto value = [&](const float* row) { return row != nullptr ? row[gate] : 0.0f; };
+    return {value(rows.dbz), value(rows.zdr), value(rows.kdp)};
+}
 
 /* A relation: its definition at one gate, and the logarithms of the rates of many. */
 struct Relation {
     bool needsZ, needsZdr, needsKdp;
     double (*rain)(const double* c, const Gate& gate);
-    void (*exponents)(const double* c, const Rows& rows, double* exponents, int n);
+    void (*exponents)(const double* c, const RainRows& rows, double* exponents, int n);
 
-    Rows inputsOf(const Rows& rows) const {
+    RainRows inputsOf(const RainRows& rows) const {
         return {needsZ ? rows.dbz : nullptr, needsZdr ? rows.zdr : nullptr,
                 needsKdp ? rows.kdp : nullptr};
     }
-    bool lacksInput(const Rows& rows) const {
+    bool lacksInput(const RainRows& rows) const {
         return (needsZ && rows.dbz == nullptr) || (needsZdr && rows.zdr == nullptr) ||
                (needsKdp && rows.kdp == nullptr);
     }
@@ -68,43 +57,39 @@ PowerLaw lawOfRatio(double factor, double exponent) {
     return {-std::log10(factor) * exponent, exponent, 0.0, 0.0};
 }
 
-void exponents(const PowerLaw& law, const Rows& rows, double* exponents, int n) {
-    exponentsOf(law, rows.dbz, rows.zdr, rows.kdp, exponents, n);
-}
-
 constexpr Relation kKnownRelations[] = {
     {true, false, false,
      [](const double* c, const Gate& gate) { return powerOfRatio(gate.z(), c[0], 1.0 / c[1]); },
-     [](const double* c, const Rows& rows, double* to, int n) {
-         exponents(lawOfRatio(c[0], 1.0 / c[1]), rows, to, n);
+     [](const double* c, const RainRows& rows, double* to, int n) {
+         exponentsOf(lawOfRatio(c[0], 1.0 / c[1]), rows, to, n);
      }},
     {true, true, false,
      [](const double* c, const Gate& gate) {
          return c[0] * std::pow(gate.z(), c[1]) * tenTo(c[2] * static_cast<double>(gate.zdr));
      },
-     [](const double* c, const Rows& rows, double* to, int n) {
-         exponents({std::log10(c[0]), c[1], c[2], 0.0}, rows, to, n);
+     [](const double* c, const RainRows& rows, double* to, int n) {
+         exponentsOf({std::log10(c[0]), c[1], c[2], 0.0}, rows, to, n);
      }},
     {false, true, true,
      [](const double* c, const Gate& gate) {
          return c[0] * std::pow(static_cast<double>(gate.kdp), c[1]) *
                 tenTo(c[2] * static_cast<double>(gate.zdr));
      },
-     [](const double* c, const Rows& rows, double* to, int n) {
-         exponents({std::log10(c[0]), 0.0, c[2], c[1]}, rows, to, n);
+     [](const double* c, const RainRows& rows, double* to, int n) {
+         exponentsOf({std::log10(c[0]), 0.0, c[2], c[1]}, rows, to, n);
      }},
     {false, false, true,
      [](const double* c, const Gate& gate) {
          return c[0] * std::pow(static_cast<double>(gate.kdp), c[1]);
      },
-     [](const double* c, const Rows& rows, double* to, int n) {
-         exponents({std::log10(c[0]), 0.0, 0.0, c[1]}, rows, to, n);
+     [](const double* c, const RainRows& rows, double* to, int n) {
+         exponentsOf({std::log10(c[0]), 0.0, 0.0, c[1]}, rows, to, n);
      }},
     {true, true, false,
      [](const double* c, const Gate& gate) {
          return tenTo(0.1 * (static_cast<double>(gate.dbz) - polynomialOffset(c, gate.zdr)));
      },
-     [](const double* c, const Rows& rows, double* to, int n) {
+     [](const double* c, const RainRows& rows, double* to, int n) {
          exponentsOfPolynomial(c, rows.dbz, rows.zdr, to, n);
      }},
 };
@@ -140,7 +125,7 @@ void Cradarpro::RainfallEstimation(float* zh, float* zdr, float* kdp, int n, int
     }
     const Relation& relation = kKnownRelations[alg];
     const double* const c = coefficients[alg];
-    const Rows rows = relation.inputsOf({zh, zdr, kdp});
+    const RainRows rows = relation.inputsOf({zh, zdr, kdp});
     if (relation.lacksInput(rows)) return;
     inBlocks(
         n, rain,
@@ -149,7 +134,7 @@ void Cradarpro::RainfallEstimation(float* zh, float* zdr, float* kdp, int n, int
             relation.exponents(c, rows.from(first), logarithms, count);
             settleRates(logarithms, rates, open, count);
         },
-        [&](int gate) { return relation.rain(c, rows.at(gate)); });
+        [&](int gate) { return relation.rain(c, gateOf(rows, gate)); });
 }
 
 void Cradarpro::ZtoR(float* rain, float* zh, int n, float a, float b) {
@@ -160,7 +145,7 @@ void Cradarpro::ZtoR(float* rain, float* zh, int n, float a, float b) {
         n, rain,
         [&](int first, float* rates, std::int32_t* open, int count) {
             double logarithms[kRainBlock];
-            exponentsOf(law, zh + first, nullptr, nullptr, logarithms, count);
+            exponentsOf(law, {zh + first, nullptr, nullptr}, logarithms, count);
             settleRates(logarithms, rates, open, count);
             for (int j = 0; j < count; ++j) {
                 if (zh[first + j] > threshold) continue;
