@@ -1,20 +1,14 @@
-/* quiet_library.h - the library's operations without what they print. */
+/* quiet_library.h - the library's operations without their messages. */
 #ifndef SCAN_QUIET_LIBRARY_H
 #define SCAN_QUIET_LIBRARY_H
 
+#include "clutterclassifier/classifier.hpp"
+
 namespace scan {
 
-/*
- * Keeps messages of the library off standard output while at least one lives, in any thread. Only
- * what goes through the C library's standard output is lost, not the descriptor behind it: a host
- * that writes there itself is not disturbed.
- */
+/* Drops the messages that the library prints in the calling thread while it lives. */
 class QuietLibrary {
-  public:
-    QuietLibrary();
-    ~QuietLibrary();
-    QuietLibrary(const QuietLibrary&) = delete;
-    QuietLibrary& operator=(const QuietLibrary&) = delete;
+    clutter::MessageSink sink_;
 };
 
 }  // namespace scan

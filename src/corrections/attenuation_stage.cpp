@@ -4,9 +4,9 @@
  */
 #include <algorithm>
 #include <cmath>
-#include <cstdio>
 #include <vector>
 
+#include "base/message.h"
 #include "clutterclassifier/Crres.h"
 #include "corrections/decibels.h"
 #include "corrections/scan_geometry.h"
@@ -25,10 +25,10 @@ void takeOffPhaseOffset(Crres& c) {
     const int ngates = c.zhh.ngates, nrays = c.zhh.nrays;
     const float byCorrelation =
         c.radarpro.GetInitialPDP(c.pdp.data, c.rhv.data, ngates, nrays, kOffsetRun);
-    std::printf("phase0 = %1.2f\n", static_cast<double>(byCorrelation));
+    clutter::base::report("phase0 = %1.2f\n", static_cast<double>(byCorrelation));
     const float byClass =
         c.radarpro.GetInitialPDP_usingCPI(c.pdp.data, c.ccl.data, ngates, nrays, kOffsetRun);
-    std::printf("phase0 = %1.2f\n", static_cast<double>(byClass));
+    clutter::base::report("phase0 = %1.2f\n", static_cast<double>(byClass));
     c.radarpro.CorrectPDPOffset(c.pdp.data, ngates, nrays, byClass);
 }
 
@@ -132,7 +132,7 @@ class RayCorrector {
 
 void Crres::AttenuationCorrection() {
     if (!holdAll({&zhh, &pdp, &fzl, &ccl, &rhv}, cells(zhh))) {
-        std::puts("Some input variables are missing!");
+        clutter::base::report("Some input variables are missing!\n");
         return;
     }
     takeOffPhaseOffset(*this);

@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "base/message.h"
 #include "base/number.h"
 #include "clutterclassifier/Crres.h"
 #include "corrections/beam.h"
@@ -107,7 +108,7 @@ void Crres::CalculateOffsetsAt90Deg(float* stats, float r0, float r1, float rhoM
     if (!hasStatistics(*this)) return;
     stats[0] = elevationDeg(zhh);
     if (stats[0] < kLowestVertical || stats[0] > kHighestVertical) {
-        std::printf("Please select a 90-degree scan (%2.2f)!\n", static_cast<double>(stats[0]));
+        base::report("Please select a 90-degree scan (%2.2f)!\n", static_cast<double>(stats[0]));
         return;
     }
     average(*this, gatesBetween(zhh, r0, r1), stats,

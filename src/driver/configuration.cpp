@@ -1,13 +1,13 @@
 /*
  * The configuration file: key and value pairs that override the context's settings.
  */
-#include <cstdio>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <variant>
 
 #include "base/file.h"
+#include "base/message.h"
 #include "base/number.h"
 #include "base/text.h"
 #include "clutterclassifier/Crres.h"
@@ -111,7 +111,7 @@ int Crres::readinitialconfiguration(char* file) {
         if (const Setting* setting = findSetting(*key)) {
             std::visit(Store(*this, *value), setting->destination);
         } else {
-            std::printf("The command '%s' was not found!\n", std::string(*key).c_str());
+            base::report("The command '%s' was not found!\n", std::string(*key).c_str());
         }
     }
 }

@@ -1,12 +1,12 @@
 #include <algorithm>
 #include <cstddef>
-#include <cstdio>
 #include <functional>
 #include <iterator>
 #include <string>
 #include <vector>
 
 #include "base/array.h"
+#include "base/message.h"
 #include "base/number.h"
 #include "base/text.h"
 #include "clutterclassifier/clutterclassifier.h"
@@ -76,7 +76,7 @@ void clutterclassifier(const char* mfdir, int nrays, int ngates, double* zhh, do
     (void)azimuths;  // part of a record, not of the classification
     (void)elevation;
     if (nrays < 1 || ngates < 1) {
-        std::puts("nrays and ngates should be positive!");
+        base::report("nrays and ngates should be positive!\n");
         return;
     }
     if (zhh == nullptr) return;

@@ -1,8 +1,8 @@
 /*
  * The processing pipeline: the stages of the context in their order, one bit each.
  */
-#include <cstdio>
 
+#include "base/message.h"
 #include "clutterclassifier/Crres.h"
 #include "model/field_access.h"
 
@@ -26,20 +26,21 @@ constexpr float kRelationA = 200.0f;
 constexpr float kRelationB = 1.6f;
 
 void classify(Crres& c) {
-    std::printf("Clutter classification: ccl=%d, texture=%dx%d, minsnr=%2.1fdB\n", c.clutteralg,
-                c.texgates, c.texrays, static_cast<double>(c.minsnr));
+    clutter::base::report("Clutter classification: ccl=%d, texture=%dx%d, minsnr=%2.1fdB\n",
+                          c.clutteralg, c.texgates, c.texrays, static_cast<double>(c.minsnr));
     c.PrecipitationClutterClassification(c.clutteralg);
     c.RemoveIsolatedPixels();
 }
 
 void calibrate(Crres& c) {
-    std::printf("Zdr adjustment: zdr offset=%1.2f\n", static_cast<double>(c.zdrbias));
+    clutter::base::report("Zdr adjustment: zdr offset=%1.2f\n", static_cast<double>(c.zdrbias));
     c.CalibrateZdrOffsetandAzimuthVariation();
 }
 
 void filter(Crres& c) {
-    std::printf("Filtering: zhh=%dx%d zdr=%dx%d pdp=%dx%d\n", c.gates2ave_zhh, c.rays2ave_zhh,
-                c.gates2ave_zdr, c.rays2ave_zdr, c.gates2ave_pdp, c.rays2ave_pdp);
+    clutter::base::report("Filtering: zhh=%dx%d zdr=%dx%d pdp=%dx%d\n", c.gates2ave_zhh,
+                          c.rays2ave_zhh, c.gates2ave_zdr, c.rays2ave_zdr, c.gates2ave_pdp,
+                          c.rays2ave_pdp);
     struct Filter {
         Cpluvek& field;
         int gates, rays;
@@ -58,13 +59,13 @@ void filter(Crres& c) {
 }
 
 void correctAttenuation(Crres& c) {
-    std::printf("Attenuation Correction: algorithm=%d, freezing level=%1.1fm\n", c.attenuationalg,
-                static_cast<double>(c.freezinglevel));
+    clutter::base::report("Attenuation Correction: algorithm=%d, freezing level=%1.1fm\n",
+                          c.attenuationalg, static_cast<double>(c.freezinglevel));
     c.AttenuationCorrection();
 }
 
 void estimateRain(Crres& c) {
-    std::puts("Rainfall Estimation");
+    clutter::base::report("Rainfall Estimation\n");
     c.PrecipitationEstimation(c.rainfallalg);
 }
 

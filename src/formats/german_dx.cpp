@@ -3,7 +3,6 @@
  */
 #include <algorithm>
 #include <cstddef>
-#include <cstdio>
 #include <iterator>
 #include <numeric>
 #include <string>
@@ -11,6 +10,7 @@
 
 #include "base/byte_cursor.h"
 #include "base/file.h"
+#include "base/message.h"
 #include "clutterclassifier/CGermanRadar.h"
 #include "formats/german_dx_layout.h"
 
@@ -181,7 +181,7 @@ int CGermanRadar::readbinaryfile(char* path) {
     minute = time.minute;
     skipMessage(file);
     if (!readRays(file, *this)) {
-        std::puts(kNoRay);
+        clutter::base::report("%s\n", kNoRay);
         return 0;
     }
     loaded = 1;

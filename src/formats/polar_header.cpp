@@ -3,10 +3,10 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
-#include <cstdio>
 #include <cstring>
 #include <iterator>
 
+#include "base/message.h"
 #include "base/number.h"
 #include "formats/polar_layout.h"
 #include "formats/polar_packing.h"
@@ -123,8 +123,9 @@ int readPolarHeader(base::Bytes file, int layout, PolarHeader& header) {
     readGrid(words, header);
     header.elevation = readElevation(words, header.product);
     if (header.nrays < 1 || header.ngates < 1) {
-        std::printf("the number of rays or gates should be bigger than 0!  (nrays=%d, ngates=%d)\n",
-                    header.nrays, header.ngates);
+        base::report(
+            "the number of rays or gates should be bigger than 0!  (nrays=%d, ngates=%d)\n",
+            header.nrays, header.ngates);
         return kPolarUnusable;
     }
     const bool complete =

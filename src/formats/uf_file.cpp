@@ -13,6 +13,7 @@
 #include "base/array.h"
 #include "base/byte_cursor.h"
 #include "base/file.h"
+#include "base/message.h"
 #include "clutterclassifier/Cufrw.h"
 #include "formats/uf_layout.h"
 
@@ -267,7 +268,7 @@ int Cufrw::readfile(char* path) {
         WordReader reader(records[r]);
         readHeaders(reader, rays[r]);
         if (static_cast<std::uint16_t>(rays[0].nfields) > kMaxFields) {
-            std::puts(kTooManyFields);
+            clutter::base::report("%s\n", kTooManyFields);
             return 0;
         }
         const std::size_t fields = fieldCount(rays[0]);

@@ -1,9 +1,9 @@
 #include "fuzzy/engine.h"
 
 #include <algorithm>
-#include <cstdio>
 
 #include "base/kernel.h"
+#include "base/message.h"
 #include "fuzzy/quick_verdict.h"
 
 namespace clutter::fuzzy {
@@ -153,7 +153,7 @@ RuleBase::RuleBase(const Cfuzzy& engine)
 RuleBase::~RuleBase() = default;
 
 bool RuleBase::announceComplete() const {
-    if (!complete_) std::printf("Membership function not found: %s!\n", missing_.c_str());
+    if (!complete_) base::report("Membership function not found: %s!\n", missing_.c_str());
     return complete_;
 }
 

@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "base/file.h"
+#include "base/message.h"
 #include "base/text_writer.h"
 #include "clutterclassifier/Cpluvek.h"
 #include "model/coordinates.h"
@@ -46,14 +47,15 @@ void writeGate(const Cpluvek& record, int gate, TextWriter& out) {
 
 int Cpluvek::SavePolarData2Ascii(const char* file) {
     if (data == nullptr || angles == nullptr || coordtype != kPolar) {
-        std::puts("Invalid data file ");
+        clutter::base::report("Invalid data file \n");
         return 0;
     }
     const std::string path = file != nullptr ? file : defaultPath(*this);
-    std::printf("Saving results to %s\n", path.c_str());
+    clutter::base::report("Saving results to %s\n", path.c_str());
     clutter::base::File stream = clutter::base::openFile(path.c_str(), "wt");
     if (!stream) {
-        std::printf("Could not create output file %s \n", file != nullptr ? file : "(null)");
+        clutter::base::report("Could not create output file %s \n",
+                              file != nullptr ? file : "(null)");
         return 0;
     }
     {

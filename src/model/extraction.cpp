@@ -6,9 +6,9 @@
 #include <climits>
 #include <cstddef>
 #include <cstdint>
-#include <cstdio>
 
 #include "base/array.h"
+#include "base/message.h"
 #include "clutterclassifier/CDSP.h"
 #include "clutterclassifier/Cpluvek.h"
 #include "dsp/nearest.h"
@@ -127,15 +127,15 @@ bool holds(const Cpluvek& record, float invalid, const Sample& sample) {
 
 int Cpluvek::ExtractDataXY(float* xy, float* out, int n) {
     if (this == nullptr) {
-        std::puts("No data to extract (pointer is NULL)");
+        clutter::base::report("No data to extract (pointer is NULL)\n");
         return 0;
     }
     if (coordtype != kCartesian) {
-        std::puts("This radar data file is not in cartesian coordinates ...");
+        clutter::base::report("This radar data file is not in cartesian coordinates ...\n");
         return 0;
     }
     if (data == nullptr) {
-        std::puts("No data to extract (pointer is NULL)");
+        clutter::base::report("No data to extract (pointer is NULL)\n");
         return 0;
     }
     if (xy == nullptr || out == nullptr) return 0;

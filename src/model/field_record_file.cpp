@@ -16,6 +16,7 @@
 #include "base/array.h"
 #include "base/byte_cursor.h"
 #include "base/file.h"
+#include "base/message.h"
 #include "clutterclassifier/Cpluvek.h"
 #include "model/field_record_layout.h"
 
@@ -250,7 +251,7 @@ int Cpluvek::ReadDataFromFile(const char* file) {
     for (int i = 0; i < blocks; ++i) {
         Block block;
         const Verdict verdict = parseBlock(cursor, grid, block);
-        if (verdict == Verdict::kContradiction) std::puts("Error in Cpluvek!");
+        if (verdict == Verdict::kContradiction) clutter::base::report("Error in Cpluvek!\n");
         if (verdict != Verdict::kSound) return 0;
         unpackBlock(block, this[i]);
         grid = block.shared;
