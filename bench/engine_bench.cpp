@@ -3,10 +3,12 @@
  */
 #include <benchmark/benchmark.h>
 
+#include <cstdio>
 #include <random>
 #include <vector>
 
 #include "clutterclassifier/Cradarpro.h"
+#include "support/directories.h"
 #include "support/literal.h"
 
 namespace {
@@ -18,10 +20,11 @@ const char* const kTags[kInputs] = {"sZhh", "sZdr", "sPdp", "sRhv", "Rhv"};
 struct Elements {
     std::vector<float> inputs[kInputs];
     std::vector<float> classes = std::vector<float>(kElements);
-    char directory[1024] = MEMBERSHIP_DIRECTORY;
+    char directory[1024];
 
     /* Textures of clutter and of rain, one gate in five clutter. */
     Elements() {
+        std::snprintf(directory, sizeof directory, "%s", kMembershipDirectory);
         std::mt19937 random(3);
         std::lognormal_distribution<float> spread(0.0f, 0.5f);
         const float rain[kInputs] = {1.7f, 0.3f, 1.5f, 0.01f, 0.98f};

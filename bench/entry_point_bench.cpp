@@ -4,6 +4,7 @@
 #include <benchmark/benchmark.h>
 
 #include "clutterclassifier/clutterclassifier.h"
+#include "support/directories.h"
 #include "support/literal.h"
 #include "support/test_scan.h"
 
@@ -24,7 +25,7 @@ void fast(benchmark::State& state, double inputs, double echoShare) {
     clutter::test::TestScan scan = scanWith(inputs, echoShare);
     std::vector<double> classes(static_cast<std::size_t>(kRays) * kGates);
     for (auto _ : state) {
-        clutterclassifier(MEMBERSHIP_DIRECTORY, kRays, kGates, scan.field(0), scan.field(1),
+        clutterclassifier(kMembershipDirectory, kRays, kGates, scan.field(0), scan.field(1),
                           scan.field(2), scan.field(3), scan.field(4), scan.field(5), scan.field(6),
                           scan.ranges.data(), scan.azimuths.data(), &scan.elevation, scan.params,
                           classes.data());
@@ -38,7 +39,7 @@ void literalDefinition(benchmark::State& state, double inputs, double echoShare)
     clutter::test::TestScan scan = scanWith(inputs, echoShare);
     const literal::Scan arguments = scan.literal();
     for (auto _ : state) {
-        benchmark::DoNotOptimize(literal::classifyScan(arguments, MEMBERSHIP_DIRECTORY));
+        benchmark::DoNotOptimize(literal::classifyScan(arguments, kMembershipDirectory));
     }
 }
 

@@ -9,6 +9,7 @@
 #include <cstdio>
 
 #include "clutterclassifier/Crres.h"
+#include "support/directories.h"
 #include "support/literal_pipeline.h"
 #include "support/scan_context.h"
 
@@ -48,7 +49,7 @@ void fast(benchmark::State& state, int stages) {
     for (auto _ : state) {
         Crres context;
         clutter::test::fillContext(context, scan);
-        std::snprintf(context.mfdir, sizeof context.mfdir, "%s", MEMBERSHIP_DIRECTORY);
+        std::snprintf(context.mfdir, sizeof context.mfdir, "%s", kMembershipDirectory);
         context.attenuationalg = kAlgorithm;
         benchmark::DoNotOptimize(context.RadarDataProcessing(stages));
     }
@@ -60,7 +61,7 @@ void literalDefinition(benchmark::State& state) {
     settings.attenuation = kAlgorithm;
     for (auto _ : state) {
         literal::PolarScan copy = scan;
-        benchmark::DoNotOptimize(literal::process(copy, settings, MEMBERSHIP_DIRECTORY));
+        benchmark::DoNotOptimize(literal::process(copy, settings, kMembershipDirectory));
     }
 }
 

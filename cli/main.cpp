@@ -17,7 +17,7 @@
 #include "commands/plot.h"
 #include "commands/process.h"
 #include "commands/repack.h"
-#include "exit_code.h"
+#include "report/exit_code.h"
 
 namespace {
 

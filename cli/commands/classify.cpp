@@ -16,21 +16,21 @@
 #include <string_view>
 #include <vector>
 
-#include "class_output.h"
-#include "classify_sweep.h"
 #include "clutterclassifier/clutterclassifier.h"
-#include "damage_note.h"
-#include "exit_code.h"
-#include "finite_option.h"
-#include "layout_option.h"
-#include "membership_dir.h"
-#include "output_ending.h"
-#include "picture.h"
-#include "progress.h"
-#include "read_scan.h"
-#include "record_output.h"
-#include "selection.h"
-#include "summary.h"
+#include "options/finite_option.h"
+#include "options/layout_option.h"
+#include "options/membership_dir.h"
+#include "options/output_ending.h"
+#include "options/selection.h"
+#include "output/class_output.h"
+#include "output/record_output.h"
+#include "picture/picture.h"
+#include "report/damage_note.h"
+#include "report/exit_code.h"
+#include "report/progress.h"
+#include "report/summary.h"
+#include "scan/classes/classify_sweep.h"
+#include "scan/formats/read_scan.h"
 
 namespace cli {
 

@@ -12,16 +12,16 @@
 #include <vector>
 
 #include "clutterclassifier/clutterclassifier.h"
-#include "damage_note.h"
-#include "layout_option.h"
-#include "output_ending.h"
-#include "output_file.h"
-#include "read_polar.h"
-#include "read_scan.h"
-#include "record_output.h"
-#include "roles.h"
-#include "selection.h"
-#include "uf_output.h"
+#include "options/layout_option.h"
+#include "options/output_ending.h"
+#include "options/selection.h"
+#include "output/output_file.h"
+#include "output/record_output.h"
+#include "output/uf_output.h"
+#include "report/damage_note.h"
+#include "scan/fields/roles.h"
+#include "scan/formats/polar/read_polar.h"
+#include "scan/formats/read_scan.h"
 
 namespace cli {
 

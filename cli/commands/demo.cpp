@@ -12,16 +12,16 @@
 #include <stdexcept>
 #include <utility>
 
-#include "classify_sweep.h"
 #include "clutterclassifier/clutterclassifier.h"
-#include "membership_dir.h"
-#include "membership_files.h"
-#include "output_file.h"
-#include "picture.h"
-#include "roles.h"
-#include "scores.h"
-#include "synthetic.h"
-#include "uf_output.h"
+#include "options/membership_dir.h"
+#include "output/output_file.h"
+#include "output/uf_output.h"
+#include "picture/picture.h"
+#include "report/scores.h"
+#include "scan/classes/classify_sweep.h"
+#include "scan/classes/membership_files.h"
+#include "scan/fields/roles.h"
+#include "scan/synthetic/synthetic.h"
 
 namespace cli {
 

@@ -13,15 +13,15 @@
 #include <vector>
 
 #include "clutterclassifier/clutterclassifier.h"
-#include "damage_note.h"
-#include "layout_option.h"
-#include "library_output.h"
-#include "output_file.h"
-#include "read_record.h"
-#include "read_scan.h"
-#include "record_output.h"
-#include "roles.h"
-#include "selection.h"
+#include "options/layout_option.h"
+#include "options/selection.h"
+#include "output/library_output.h"
+#include "output/output_file.h"
+#include "output/record_output.h"
+#include "report/damage_note.h"
+#include "scan/fields/roles.h"
+#include "scan/formats/read_scan.h"
+#include "scan/formats/record/read_record.h"
 
 namespace cli {
 

@@ -14,15 +14,15 @@
 #include <vector>
 
 #include "clutterclassifier/clutterclassifier.h"
-#include "damage_note.h"
-#include "finite_option.h"
-#include "layout_option.h"
-#include "library_output.h"
-#include "output_file.h"
-#include "read_scan.h"
-#include "roles.h"
-#include "samples.h"
-#include "selection.h"
+#include "options/finite_option.h"
+#include "options/layout_option.h"
+#include "options/selection.h"
+#include "output/library_output.h"
+#include "output/output_file.h"
+#include "output/samples.h"
+#include "report/damage_note.h"
+#include "scan/fields/roles.h"
+#include "scan/formats/read_scan.h"
 
 namespace cli {
 

@@ -8,11 +8,11 @@
 #include <string>
 #include <vector>
 
-#include "exit_code.h"
-#include "layout_option.h"
-#include "oddities.h"
-#include "read_scan.h"
-#include "roles.h"
+#include "options/layout_option.h"
+#include "report/exit_code.h"
+#include "scan/fields/oddities.h"
+#include "scan/fields/roles.h"
+#include "scan/formats/read_scan.h"
 
 namespace cli {
 

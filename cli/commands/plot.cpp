@@ -8,12 +8,12 @@
 #include <optional>
 #include <stdexcept>
 
-#include "damage_note.h"
-#include "finite_option.h"
-#include "layout_option.h"
-#include "picture.h"
-#include "read_scan.h"
-#include "selection.h"
+#include "options/finite_option.h"
+#include "options/layout_option.h"
+#include "options/selection.h"
+#include "picture/picture.h"
+#include "report/damage_note.h"
+#include "scan/formats/read_scan.h"
 
 namespace cli {
 

@@ -9,10 +9,10 @@
 #include <string>
 
 #include "clutterclassifier/clutterclassifier.h"
-#include "damage_note.h"
-#include "layout_option.h"
-#include "output_file.h"
-#include "read_scan.h"
+#include "options/layout_option.h"
+#include "output/output_file.h"
+#include "report/damage_note.h"
+#include "scan/formats/read_scan.h"
 
 namespace cli {
 

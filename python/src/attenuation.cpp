@@ -8,9 +8,9 @@
 
 #include "arrays.h"
 #include "clutterclassifier/clutterclassifier.h"
-#include "fill_phase.h"
 #include "loan.h"
-#include "quiet_library.h"
+#include "scan/process/fill_phase.h"
+#include "scan/quiet_library.h"
 
 namespace python {
 namespace {

@@ -5,11 +5,11 @@
 #include <string>
 #include <vector>
 
-#include "all_clutter.h"
 #include "arrays.h"
 #include "clutterclassifier/clutterclassifier.h"
 #include "loan.h"
-#include "membership_files.h"
+#include "scan/classes/all_clutter.h"
+#include "scan/classes/membership_files.h"
 
 namespace python {
 namespace {

@@ -3,8 +3,8 @@
 
 #include "arrays.h"
 #include "clutterclassifier/clutterclassifier.h"
-#include "fill_phase.h"
 #include "loan.h"
+#include "scan/process/fill_phase.h"
 
 namespace python {
 namespace {

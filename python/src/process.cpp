@@ -1,5 +1,5 @@
 /* process.cpp - one scan through the processing chain, and the settings of that chain. */
-#include "process_sweep.h"
+#include "scan/process/process_sweep.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -13,9 +13,9 @@
 
 #include "arrays.h"
 #include "clutterclassifier/clutterclassifier.h"
-#include "configuration.h"
-#include "membership_files.h"
-#include "quiet_library.h"
+#include "scan/classes/membership_files.h"
+#include "scan/process/configuration.h"
+#include "scan/quiet_library.h"
 
 namespace python {
 namespace {

@@ -7,11 +7,11 @@
 #include <vector>
 
 #include "arrays.h"
-#include "oddities.h"
-#include "quiet_library.h"
-#include "read_scan.h"
-#include "roles.h"
-#include "synthetic.h"
+#include "scan/fields/oddities.h"
+#include "scan/fields/roles.h"
+#include "scan/formats/read_scan.h"
+#include "scan/quiet_library.h"
+#include "scan/synthetic/synthetic.h"
 
 namespace python {
 namespace {

@@ -5,9 +5,9 @@
 #include <vector>
 
 #include "arrays.h"
-#include "calibration.h"
 #include "clutterclassifier/clutterclassifier.h"
 #include "loan.h"
+#include "scan/classes/calibration.h"
 
 namespace python {
 namespace {

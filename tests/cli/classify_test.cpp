@@ -8,8 +8,8 @@
 
 #include "clutterclassifier/clutterclassifier.h"
 #include "program_scan.h"
-#include "read_scan.h"
 #include "run_program.h"
+#include "scan/formats/read_scan.h"
 
 namespace {
 

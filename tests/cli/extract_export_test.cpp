@@ -10,8 +10,8 @@
 
 #include "clutterclassifier/clutterclassifier.h"
 #include "formats/uf_bytes.h"
+#include "output/samples.h"
 #include "run_program.h"
-#include "samples.h"
 #include "support/temp_dir.h"
 
 namespace {

@@ -11,9 +11,10 @@
 #include "formats/german_dx_bytes.h"
 #include "formats/polar_bytes.h"
 #include "formats/uf_bytes.h"
-#include "read_polar.h"
-#include "read_scan.h"
 #include "run_program.h"
+#include "scan/formats/polar/read_polar.h"
+#include "scan/formats/read_scan.h"
+#include "support/directories.h"
 #include "support/temp_dir.h"
 
 namespace {
@@ -229,7 +230,7 @@ TEST_F(Formats, AllClassesAreToldApartOnRequest) {
     EXPECT_GT(sea[1], 300);
 
     const std::string membership = dir_.file("membership");
-    std::filesystem::copy(MEMBERSHIP_DIRECTORY, membership);
+    std::filesystem::copy(kMembershipDirectory, membership);
     std::filesystem::remove(membership + "/cal_mf_sZhh_turclut.dat");
     EXPECT_TRUE(run(common + " --membership " + membership)) << said_;
     EXPECT_FALSE(run(common + " --classes all --membership " + membership));

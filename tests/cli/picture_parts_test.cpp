@@ -6,11 +6,11 @@
 #include <numbers>
 #include <stdexcept>
 
-#include "palette.h"
-#include "picture.h"
-#include "picture_geometry.h"
-#include "picture_quantity.h"
-#include "picture_raster.h"
+#include "picture/geometry.h"
+#include "picture/palette.h"
+#include "picture/picture.h"
+#include "picture/quantity.h"
+#include "picture/raster.h"
 
 namespace cli {
 

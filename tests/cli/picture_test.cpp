@@ -1,4 +1,4 @@
-#include "picture.h"
+#include "picture/picture.h"
 
 #include <cairo.h>
 #include <gtest/gtest.h>
@@ -13,7 +13,7 @@
 #include <memory>
 #include <stdexcept>
 
-#include "palette.h"
+#include "picture/palette.h"
 
 namespace cli {
 

@@ -7,10 +7,11 @@
 #include <limits>
 #include <sstream>
 
-#include "fill_phase.h"
 #include "formats/uf_bytes.h"
-#include "read_scan.h"
 #include "run_program.h"
+#include "scan/formats/read_scan.h"
+#include "scan/process/fill_phase.h"
+#include "support/directories.h"
 #include "support/temp_dir.h"
 
 namespace {
@@ -91,7 +92,7 @@ std::vector<UfField> makeRay() {
 class Process : public testing::Test {
   protected:
     void SetUp() override {
-        setenv("CLUTTERCLASSIFIER_MEMBERSHIP", MEMBERSHIP_DIRECTORY, 1);
+        setenv("CLUTTERCLASSIFIER_MEMBERSHIP", kMembershipDirectory, 1);
         std::vector<clutter::test::UfRecord> rays;
         for (int r = 0; r < kRays; ++r) {
             std::vector<UfField> fields = makeRay();

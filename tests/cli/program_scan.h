@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "formats/uf_bytes.h"
+#include "support/directories.h"
 #include "support/temp_dir.h"
 
 namespace clutter::test {
@@ -60,7 +61,7 @@ inline std::vector<UfRecord> makeRays(int sweep = 1) {
 class ProgramOnAScan : public testing::Test {
   protected:
     void SetUp() override {
-        setenv("CLUTTERCLASSIFIER_MEMBERSHIP", MEMBERSHIP_DIRECTORY, 1);
+        setenv("CLUTTERCLASSIFIER_MEMBERSHIP", kMembershipDirectory, 1);
         scan_ = directory_.file("scan.uf");
         writeFile(scan_, ufFile(makeRays()));
     }

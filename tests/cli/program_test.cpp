@@ -7,6 +7,7 @@
 
 #include "program_scan.h"
 #include "run_program.h"
+#include "support/directories.h"
 
 namespace {
 
@@ -87,7 +88,7 @@ TEST_F(Program, ErrorsAreOneLineWithFileAndReason) {
 
 TEST_F(Program, AMembershipFileWithoutPairsIsToldBeforeTheLibraryMeetsIt) {
     const std::string own = directory_.file("own");
-    fs::copy(MEMBERSHIP_DIRECTORY, own, fs::copy_options::recursive);
+    fs::copy(kMembershipDirectory, own, fs::copy_options::recursive);
     writeFile(own + "/cal_mf_sZdr_precipi.dat", {});
     const Outcome outcome = runProgram("classify " + scan_ + " --membership " + own);
     EXPECT_EQ(outcome.code, 1);
@@ -179,8 +180,8 @@ TEST_F(Program, WhatCannotBeWrittenIsToldWithItsReason) {
         {"extract " + scan_ + " " + list + " -o " + out + ".dat", out + ".dat"},
     };
     for (const auto& row : kCases) {
-        const std::string command = "trap '' XFSZ; ulimit -f 1; " PROGRAM " " + row.arguments +
-                                    " >" + directory_.file("said") + " 2>&1";
+        const std::string command = "trap '' XFSZ; ulimit -f 1; " + std::string(kProgram) + " " +
+                                    row.arguments + " >" + directory_.file("said") + " 2>&1";
         EXPECT_NE(std::system(command.c_str()), 0) << row.arguments;
         const ByteVector bytes = readFile(directory_.file("said"));
         const std::string said(bytes.begin(), bytes.end());

@@ -1,4 +1,4 @@
-#include "scores.h"
+#include "report/scores.h"
 
 #include <gtest/gtest.h>
 

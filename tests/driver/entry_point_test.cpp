@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "clutterclassifier/clutterclassifier.h"
+#include "support/directories.h"
 #include "support/literal.h"
 #include "support/test_scan.h"
 
@@ -17,7 +18,7 @@ using clutter::test::TestScan;
 
 constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
 
-std::vector<double> classify(TestScan& scan, const char* directory = MEMBERSHIP_DIRECTORY) {
+std::vector<double> classify(TestScan& scan, const char* directory = kMembershipDirectory) {
     std::vector<double> out(
         static_cast<std::size_t>(scan.nrays) * static_cast<std::size_t>(scan.ngates), 99.0);
     clutterclassifier(directory, scan.nrays, scan.ngates, scan.field(0), scan.field(1),
@@ -37,7 +38,7 @@ std::vector<double> classifyByContext(TestScan& scan) {
                  records[i], scan.nrays, scan.ngates, scan.params);
     }
     context.minsnr = static_cast<float>(scan.params[1]);
-    std::snprintf(context.mfdir, sizeof context.mfdir, "%s", MEMBERSHIP_DIRECTORY);
+    std::snprintf(context.mfdir, sizeof context.mfdir, "%s", kMembershipDirectory);
     context.PrecipitationClutterClassification(
         static_cast<short>(static_cast<int>(scan.params[2])));
     return {context.ccl.data, context.ccl.data + scan.nrays * scan.ngates};
@@ -70,7 +71,7 @@ TEST_P(WholeScan, EveryWayGivesTheLiteralClasses) {
         if (round % 4 == 2) scan.fields[1 + random() % 6].clear();
         scan.ranges[1] = scan.ranges[0] + 249.9;
         const std::vector<double> expected =
-            literal::classifyScan(scan.literal(), MEMBERSHIP_DIRECTORY);
+            literal::classifyScan(scan.literal(), kMembershipDirectory);
         ASSERT_EQ(classify(scan), expected) << "round " << round;
         ASSERT_EQ(classifyByContext(scan), expected) << "round " << round;
     }
@@ -97,7 +98,7 @@ TEST(EntryPoint, RefusedSizesAndNoReflectivityLeaveTheOutput) {
 
 TEST(EntryPoint, WithoutMembershipFilesOnlyNoiseIsTold) {
     TestScan scan = clutter::test::makeTestScan(6, 100, 2);
-    std::vector<double> noise = literal::classifyScan(scan.literal(), MEMBERSHIP_DIRECTORY);
+    std::vector<double> noise = literal::classifyScan(scan.literal(), kMembershipDirectory);
     for (double& cls : noise) cls = cls == 3.0 ? 3.0 : 0.0;
     for (const std::string& directory : {std::string("/nowhere/"), std::string(5000, 'd')}) {
         testing::internal::CaptureStdout();
@@ -142,7 +143,7 @@ TEST(EntryPoint, OutputMayReplaceAnInput) {
     const std::vector<double> expected = classify(apart);
     for (std::size_t i = 0; i < std::size(scan.fields); ++i) {
         TestScan over = scan;
-        clutterclassifier(MEMBERSHIP_DIRECTORY, over.nrays, over.ngates, over.field(0),
+        clutterclassifier(kMembershipDirectory, over.nrays, over.ngates, over.field(0),
                           over.field(1), over.field(2), over.field(3), over.field(4), over.field(5),
                           over.field(6), over.ranges.data(), over.azimuths.data(), &over.elevation,
                           over.params, over.fields[i].data());

@@ -8,6 +8,7 @@
 
 #include "clutterclassifier/Crres.h"
 #include "support/bits.h"
+#include "support/directories.h"
 #include "support/literal_pipeline.h"
 #include "support/scan_context.h"
 
@@ -29,7 +30,7 @@ std::string run(Crres& c, int what, int expected = 1) {
 }
 
 void useShippedMembership(Crres& c) {
-    std::snprintf(c.mfdir, sizeof c.mfdir, "%s", MEMBERSHIP_DIRECTORY);
+    std::snprintf(c.mfdir, sizeof c.mfdir, "%s", kMembershipDirectory);
 }
 
 TEST(Pipeline, WholeChainHasTheBitsOfThePlainDefinition) {
@@ -51,7 +52,7 @@ TEST(Pipeline, WholeChainHasTheBitsOfThePlainDefinition) {
     settings.zdrBias = 0.15f;
     settings.windows[3][0] = settings.windows[3][1] = 3;
     settings.minSnr = 20.0f;
-    const std::string phases = literal::process(scan, settings, MEMBERSHIP_DIRECTORY);
+    const std::string phases = literal::process(scan, settings, kMembershipDirectory);
     EXPECT_EQ(run(c, kWithoutConversions),
               "Clutter classification: ccl=255, texture=5x3, minsnr=20.0dB\n"
               "Zdr adjustment: zdr offset=0.15\n"

@@ -8,6 +8,7 @@
 
 #include "clutterclassifier/Cradarpro.h"
 #include "fuzzy/precipitation_clutter.h"
+#include "support/directories.h"
 #include "support/literal.h"
 #include "support/membership_files.h"
 #include "support/temp_dir.h"
@@ -152,7 +153,7 @@ TEST(AllClutter, ShippedFunctionsEndAlike) {
         if (*tag == '\0') continue;
         for (const char* suffix : kSuffixes) {
             const literal::Function f = literal::readFunction(
-                std::string(MEMBERSHIP_DIRECTORY) + "cal_mf_" + tag + "_" + suffix + ".dat");
+                std::string(kMembershipDirectory) + "cal_mf_" + tag + "_" + suffix + ".dat");
             ASSERT_FALSE(f.py.empty()) << tag << suffix;
             EXPECT_EQ(f.py.back(), 0.5) << tag << suffix;
             for (const double degree : f.py) EXPECT_TRUE(degree > 0.0 && degree <= 1.0) << tag;
@@ -173,7 +174,7 @@ TEST(AllClutter, ShippedFunctionsTellTypicalGates) {
         {3, {10.0f, 4.0f, 75.0f, 0.22f, 14.0f, -11.0f, 0.0f, 0.75f, 5.0f}},
     };
     Cradarpro radar;
-    std::string dir = MEMBERSHIP_DIRECTORY;
+    std::string dir = kMembershipDirectory;
     for (const Row& row : rows) {
         float in[9], out = 9.0f;
         std::copy_n(row.values, 9, in);

@@ -1,5 +1,5 @@
 /* The noise floor of made-up scans whose floor is known. */
-#include "calibration.h"
+#include "scan/classes/calibration.h"
 
 #include <gtest/gtest.h>
 
@@ -7,7 +7,7 @@
 #include <limits>
 #include <random>
 
-#include "read_scan.h"
+#include "scan/formats/read_scan.h"
 #include "support/temp_dir.h"
 
 namespace {

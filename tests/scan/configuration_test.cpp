@@ -6,7 +6,7 @@
 #include <sstream>
 
 #include "clutterclassifier/clutterclassifier.h"
-#include "configuration.h"
+#include "scan/process/configuration.h"
 #include "support/temp_dir.h"
 
 namespace {

@@ -1,4 +1,4 @@
-#include "quiet_library.h"
+#include "scan/quiet_library.h"
 
 #include <gtest/gtest.h>
 

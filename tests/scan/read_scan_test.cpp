@@ -1,15 +1,15 @@
 /* Files built word by word, as the program sees them. */
-#include "read_scan.h"
+#include "scan/formats/read_scan.h"
 
 #include <gtest/gtest.h>
 
 #include <cmath>
 #include <random>
 
-#include "class_output.h"
 #include "clutterclassifier/clutterclassifier.h"
 #include "formats/german_dx_bytes.h"
 #include "formats/uf_bytes.h"
+#include "output/class_output.h"
 #include "support/temp_dir.h"
 
 namespace {

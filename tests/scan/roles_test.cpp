@@ -1,5 +1,5 @@
 /* Names of fields, and which of them is taken. */
-#include "roles.h"
+#include "scan/fields/roles.h"
 
 #include <gtest/gtest.h>
 

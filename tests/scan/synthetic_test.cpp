@@ -1,4 +1,4 @@
-#include "synthetic.h"
+#include "scan/synthetic/synthetic.h"
 
 #include <gtest/gtest.h>
 
@@ -9,9 +9,9 @@
 #include <stdexcept>
 
 #include "clutterclassifier/clutterclassifier.h"
-#include "membership_dir.h"
-#include "scores.h"
-#include "synthetic_random.h"
+#include "options/membership_dir.h"
+#include "report/scores.h"
+#include "scan/synthetic/synthetic_random.h"
 
 namespace cli {
 

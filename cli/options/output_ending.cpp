@@ -1,0 +1,26 @@
+#include "options/output_ending.h"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <filesystem>
+#include <iterator>
+
+#include "scan/fields/roles.h"
+
+namespace cli {
+
+void requireEnding(const std::string& option, const std::string& path,
+                   std::initializer_list<const char*> theirs) {
+    constexpr const char* kTaken[] = {".uf", ".csv", ".asc", ".bin", ".pol",
+                                      ".dx", ".png", ".svg", ".pdf"};
+    const std::string ending = scan::lowerCase(std::filesystem::path(path).extension().string());
+    const auto is = [&](const char* other) { return ending == other; };
+    if (std::none_of(std::begin(kTaken), std::end(kTaken), is)) return;
+    if (std::any_of(theirs.begin(), theirs.end(), is)) return;
+    std::string names;
+    for (const char* name : theirs) names += std::string(name) + ", ";
+    throw CLI::ValidationError(option, "a " + ending + " file cannot be written here: name it " +
+                                           names + "or for a field record .plv");
+}
+
+}  // namespace cli

@@ -1,0 +1,58 @@
+#include "options/selection.h"
+
+#include <stdexcept>
+
+#include "scan/fields/roles.h"
+
+namespace cli {
+
+using namespace scan;
+
+std::vector<const Sweep*> findSweeps(const Scan& scan, std::optional<int> number) {
+    std::vector<const Sweep*> found;
+    for (const Sweep& sweep : scan.sweeps)
+        if (!number || sweep.number == *number) found.push_back(&sweep);
+    if (found.empty())
+        throw std::runtime_error(number ? "has no sweep number " + std::to_string(*number)
+                                        : "holds no sweep");
+    return found;
+}
+
+const Sweep& findSweep(const Scan& scan, std::optional<int> number) {
+    return *findSweeps(scan, number).front();
+}
+
+const Sweep& findOnlySweep(const Scan& scan, std::optional<int> number) {
+    const std::vector<const Sweep*> found = findSweeps(scan, number);
+    if (found.size() > 1)
+        throw std::runtime_error("holds " + std::to_string(found.size()) +
+                                 " sweeps, and such a file one: choose with --sweep");
+    return *found.front();
+}
+
+size_t findName(const std::vector<std::string>& names, const std::string& name) {
+    for (size_t i = 0; i < names.size(); ++i) {
+        if (names[i] == name) return i;
+    }
+    std::string all;
+    for (size_t i = 0; i < names.size(); ++i) {
+        if (lowerCase(names[i]) == lowerCase(name)) return i;
+        all += " " + names[i];
+    }
+    throw std::runtime_error("has no field " + name + " among:" + all);
+}
+
+const Field& findField(const Sweep& sweep, const std::string& name) {
+    std::vector<std::string> names;
+    for (const Field& field : sweep.fields) names.push_back(field.name);
+    return sweep.fields[findName(names, name)];
+}
+
+const Field& chooseField(const Sweep& sweep, const std::string& name) {
+    if (!name.empty()) return findField(sweep, name);
+    if (sweep.fields.empty()) throw std::runtime_error("holds no field");
+    const Field* reflectivity = chooseFields(sweep, {})[Role::kZhh];
+    return reflectivity != nullptr ? *reflectivity : sweep.fields.front();
+}
+
+}  // namespace cli

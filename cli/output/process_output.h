@@ -1,0 +1,36 @@
+/* process_output.h - processed sweeps as files: fields, and samples at points. */
+#ifndef CLI_OUTPUT_PROCESS_OUTPUT_H
+#define CLI_OUTPUT_PROCESS_OUTPUT_H
+
+#include <string>
+#include <vector>
+
+#include "output/samples.h"
+#include "scan/process/process_sweep.h"
+
+namespace cli {
+
+/* Universal Format, or a field record file with all fields and the classes. Throw
+ * std::runtime_error. */
+void writeProcessedWords(const std::string& path, const scan::Scan& scan,
+                         const scan::ProcessedSweep& processed);
+void writeProcessedRecords(const std::string& path, const scan::Scan& scan,
+                           const scan::ProcessedSweep& processed);
+
+/* A field by its record name or by its Universal Format name; the classes are CCl. Throws
+ * std::runtime_error that lists the names. */
+scan::Field processedField(const scan::ProcessedSweep& processed, const std::string& name);
+
+/*
+ * Appends the samples of each field at the points to the file of its own that begins with prefix,
+ * one line a sweep, and adds these files to written. Returns the number of points outside the
+ * sweep, which take the value of the nearest gate. Throws std::runtime_error when a file does not
+ * get its line.
+ */
+size_t appendSamples(const std::string& prefix, const scan::DateTime& time,
+                     scan::ProcessedSweep& processed, const Points& points,
+                     std::vector<std::string>& written);
+
+}  // namespace cli
+
+#endif

@@ -1,0 +1,116 @@
+#include "output/record_output.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+
+#include "clutterclassifier/clutterclassifier.h"
+#include "output/output_file.h"
+#include "scan/classes/classify_sweep.h"
+#include "scan/quiet_library.h"
+
+namespace cli {
+
+using namespace scan;
+
+namespace {
+
+constexpr double kPi = 3.14159265358979323846;
+constexpr double kRadiansPerDegree = kPi / 180;
+constexpr int kStoredAsByte = 2;
+
+template <size_t N>
+void setText(char (&buffer)[N], const std::string& text) {
+    std::snprintf(buffer, N, "%s", text.c_str());
+}
+
+void setExtent(const Sweep& sweep, Cpluvek& record) {
+    const auto reach = static_cast<float>(sweep.ngates * sweep.gateSpacingM);
+    const float limits[6] = {-reach, reach, reach / 2.5F, -reach, reach, reach / 2.5F};
+    std::copy(std::begin(limits), std::end(limits), record.axislimits);
+    std::copy(std::begin(limits), std::end(limits), record.axislimits0);
+}
+
+/* A byte has no NaN: gates that a ray does not have are noise there. */
+std::vector<float> withoutNan(std::vector<float> classes) {
+    std::replace_if(
+        classes.begin(), classes.end(), [](float value) { return std::isnan(value); }, kNoise);
+    return classes;
+}
+
+}  // namespace
+
+void fillFieldRecord(const Scan& scan, const Sweep& sweep, const std::string& name,
+                     const std::string& units, const std::vector<float>& values, Cpluvek& record) {
+    record.valid = 1;
+    record.year = scan.time.year;
+    record.month = scan.time.month;
+    record.day = scan.time.day;
+    record.hour = scan.time.hour;
+    record.minute = scan.time.minute;
+    record.second = scan.time.second;
+    record.GetDateTime();
+    record.ngates = sweep.ngates;
+    record.nrays = sweep.nrays;
+    record.coordtype = 0;
+    record.gatesize = static_cast<float>(sweep.gateSpacingM);
+    record.firstgate = static_cast<int>(std::lround(sweep.firstGateM / sweep.gateSpacingM));
+    record.beamwidth = static_cast<float>(scan.beamWidthDeg * kRadiansPerDegree);
+    record.wavelength = static_cast<float>(scan.wavelengthM);
+    record.latitude = static_cast<float>(scan.latitudeDeg);
+    record.longitude = static_cast<float>(scan.longitudeDeg);
+    record.altitude = static_cast<float>(scan.altitudeM);
+    record.nyquist = static_cast<float>(sweep.nyquist);
+    record.pulsedepth = scan.operation.pulseLengthM;
+    record.rpm = scan.operation.turnsPerMinute;
+    record.prf = scan.operation.pulsesPerSecond;
+    record.nsamples = scan.operation.pulsesPerRay;
+    record.colorflag = 255;
+    record.recindex = 0;
+    record.nrecords = 1;
+    record.nsets = 1;
+    setExtent(sweep, record);
+    setText(record.name, name);
+    setText(record.units, units.empty() ? "-" : units);
+    setText(record.title, "DATA FILE, " + std::string(record.datetime));
+    record.angles = new float[static_cast<size_t>(sweep.nrays) + 1];
+    record.angles[0] = static_cast<float>(middleElevationDeg(sweep) * kRadiansPerDegree);
+    for (size_t r = 0; r < sweep.azimuthDeg.size(); ++r)
+        record.angles[1 + r] = static_cast<float>(sweep.azimuthDeg[r] * kRadiansPerDegree);
+    record.data = new float[values.size()];
+    std::copy(values.begin(), values.end(), record.data);
+}
+
+void noteLostElevations(const char* kind) {
+    std::printf("  note: %s cannot hold the elevations of a range-height scan; .uf and .csv can\n",
+                kind);
+}
+
+void writeFieldRecord(const std::string& path, const Scan& scan, const SweepClasses& classes) {
+    Cpluvek record;
+    fillFieldRecord(scan, *classes.sweep, "CCl", "-", withoutNan(*classes.classes), record);
+    record.datatype = kStoredAsByte;
+    record.scale = 1;
+    record.displaymin = kPrecipitation;
+    record.displaymax = kGroundClutter;
+    requireWritten(path, [&] { return record.WriteDataToFile(path.c_str()) == 1; });
+}
+
+void headByElevation(const Sweep& sweep, Cpluvek& record) {
+    for (size_t r = 0; r < sweep.elevationDeg.size(); ++r)
+        record.angles[1 + r] = static_cast<float>(sweep.elevationDeg[r] * kRadiansPerDegree);
+}
+
+void writeTable(const std::string& path, Cpluvek& record) {
+    const QuietLibrary quiet;
+    requireWritten(path, [&] { return record.SavePolarData2Ascii(path.c_str()) == 1; });
+}
+
+void writeTable(const std::string& path, const Scan& scan, const SweepClasses& classes) {
+    Cpluvek record;
+    fillFieldRecord(scan, *classes.sweep, "CCl", "-", *classes.classes, record);
+    if (classes.sweep->rhi) headByElevation(*classes.sweep, record);
+    writeTable(path, record);
+}
+
+}  // namespace cli

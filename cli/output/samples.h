@@ -1,0 +1,58 @@
+/* samples.h - values of fields at points, through the library's extraction operations. */
+#ifndef CLI_OUTPUT_SAMPLES_H
+#define CLI_OUTPUT_SAMPLES_H
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "scan/formats/record/read_record.h"
+#include "scan/scan.h"
+
+namespace cli {
+
+/* Where values are wanted: range in m and azimuth in degrees, or x and y in m. */
+struct Points {
+    std::vector<float> first, second;
+    size_t size() const { return first.size(); }
+};
+
+/* A text file with two numbers on each line that is not blank. Throws std::runtime_error with the
+ * reason. */
+Points readPoints(const std::string& path);
+
+/* Range and azimuth of map points, seen from a radar at (east, north) along beams of an elevation;
+ * the curvature of the Earth is left out. */
+Points polarFromMap(const Points& map, double east, double north, double elevationDeg);
+
+/* Points of a sweep as the library takes them: ranges from the near edge of the first gate,
+ * azimuths of the rays themselves; and whether a point lies within the sweep. */
+struct GatePoints {
+    Points points;
+    std::vector<bool> covered;
+};
+GatePoints gatePoints(const scan::Sweep& sweep, const Points& points);
+
+/* One column a field, one value a point; NaN where a point has none. */
+struct Samples {
+    std::vector<std::string> names;
+    std::vector<std::vector<float>> columns;
+};
+
+/*
+ * Fields of a sweep at ranges and azimuths: the gate whose centre is nearest on the ray that is
+ * nearest around the circle. Points before the first or behind the last gate, and those farther
+ * from any ray than the rays are from each other, have no value. No names: all fields.
+ *
+ * Throws std::runtime_error for a range-height sweep and for a name that the sweep does not have.
+ */
+Samples sampleSweep(const scan::Scan& scan, const scan::Sweep& sweep, const Points& points,
+                    const std::vector<std::string>& names);
+
+/* Fields of a Cartesian record at map points; those outside the grid have no value. */
+Samples sampleGrid(const scan::RecordArray& grid, const Points& points,
+                   const std::vector<std::string>& names);
+
+}  // namespace cli
+
+#endif

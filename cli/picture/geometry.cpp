@@ -1,0 +1,126 @@
+/* picture_geometry.cpp - from a place to ray and gate. */
+#include "picture/geometry.h"
+
+#include <algorithm>
+#include <cmath>
+#include <numbers>
+#include <numeric>
+
+namespace cli {
+
+using namespace scan;
+
+namespace {
+
+constexpr double kDegree = std::numbers::pi / 180.0;
+constexpr double kEffectiveEarthKm = 6371.0 * 4.0 / 3.0;
+constexpr int kBins = 7200; /* a twentieth of a degree */
+constexpr double kWidestStepDeg = 12.0;
+constexpr double kHighestKm = 20.0;
+
+double onCircle(double deg) {
+    const double wrapped = std::fmod(deg, 360.0);
+    return wrapped < 0.0 ? wrapped + 360.0 : wrapped;
+}
+
+/* A lone gate of an unknown spacing gets a kilometre. */
+double spacingKm(const Sweep& sweep) {
+    const double km = sweep.gateSpacingM / 1000.0;
+    return km > 0.0 && std::isfinite(km) ? km : 1.0;
+}
+
+double firstGateKm(const Sweep& sweep) {
+    return std::isfinite(sweep.firstGateM) ? sweep.firstGateM / 1000.0 : 0.0;
+}
+
+double beamHeightKm(double rangeKm, double elevationRad) {
+    return std::hypot(rangeKm * std::cos(elevationRad),
+                      kEffectiveEarthKm + rangeKm * std::sin(elevationRad)) -
+           kEffectiveEarthKm;
+}
+
+/* Middle of the steps between neighbours, which is not misled by a few gaps. */
+double usualStep(const std::vector<double>& sorted) {
+    std::vector<double> steps;
+    for (std::size_t i = 1; i < sorted.size(); ++i) {
+        if (sorted[i] > sorted[i - 1]) steps.push_back(sorted[i] - sorted[i - 1]);
+    }
+    if (steps.empty()) return 0.0;
+    std::nth_element(steps.begin(), steps.begin() + steps.size() / 2, steps.end());
+    return std::min(steps[steps.size() / 2], kWidestStepDeg);
+}
+
+}  // namespace
+
+double sweepRangeKm(const Sweep& sweep) {
+    return std::max(firstGateKm(sweep) + (sweep.ngates - 0.5) * spacingKm(sweep),
+                    0.5 * spacingKm(sweep));
+}
+
+View rangeHeightView(const Sweep& sweep, double maxRangeKm) {
+    View view{true, maxRangeKm, 0.0, maxRangeKm, 0.0, 1.0};
+    for (const double elevation : sweep.elevationDeg) {
+        if (!std::isfinite(elevation)) continue;
+        view.top = std::max(view.top, beamHeightKm(maxRangeKm, elevation * kDegree));
+        if (elevation > 90.0) view.left = -maxRangeKm; /* over the top, to the other horizon */
+    }
+    view.top = std::min(view.top, kHighestKm);
+    return view;
+}
+
+GateFinder::GateFinder(const Sweep& sweep, const View& view, double beamWidthDeg)
+    : rayAt_(kBins, -1),
+      rhi_(view.rhi),
+      maxRangeKm_(view.maxRangeKm),
+      firstGateKm_(firstGateKm(sweep)),
+      spacingKm_(spacingKm(sweep)),
+      ngates_(sweep.ngates) {
+    spreadRays(view.rhi ? sweep.elevationDeg : sweep.azimuthDeg, beamWidthDeg);
+}
+
+void GateFinder::spreadRays(const std::vector<double>& angleDeg, double beamWidthDeg) {
+    std::vector<int> order;
+    for (std::size_t i = 0; i < angleDeg.size(); ++i) {
+        if (std::isfinite(angleDeg[i])) order.push_back(static_cast<int>(i));
+    }
+    const auto angle = [&](int ray) { return onCircle(angleDeg[ray]); };
+    std::stable_sort(order.begin(), order.end(), [&](int a, int b) { return angle(a) < angle(b); });
+    std::vector<double> sorted;
+    sorted.reserve(order.size());
+    for (const int ray : order) sorted.push_back(angle(ray));
+    const double step = usualStep(sorted);
+    const double beam = beamWidthDeg > 0.0 && beamWidthDeg < kWidestStepDeg ? beamWidthDeg : 1.0;
+    const double widest = step > 0.0 ? 0.75 * step : 0.5 * beam;
+    const std::size_t n = sorted.size();
+    for (std::size_t i = 0; i < n; ++i) {
+        const double before = i > 0 ? sorted[i] - sorted[i - 1] : sorted[0] + 360.0 - sorted[n - 1];
+        const double after =
+            i + 1 < n ? sorted[i + 1] - sorted[i] : sorted[0] + 360.0 - sorted[n - 1];
+        const double bins = kBins / 360.0;
+        const double from = (sorted[i] - std::min(0.5 * before, widest)) * bins;
+        const double to = (sorted[i] + std::min(0.5 * after, widest)) * bins;
+        /* Bins whose middle is on the ray; at least one, however thin the ray. */
+        const int first = static_cast<int>(std::floor(from + 0.5));
+        const int last = std::max(first, static_cast<int>(std::floor(to + 0.5)) - 1);
+        for (int bin = first; bin <= last; ++bin) rayAt_[(bin + kBins) % kBins] = order[i];
+    }
+}
+
+std::ptrdiff_t GateFinder::find(double xKm, double yKm) const {
+    double rangeKm = std::hypot(xKm, yKm), angleRad = std::atan2(xKm, yKm);
+    if (rhi_) {
+        const double arc = xKm / kEffectiveEarthKm, radius = kEffectiveEarthKm + yKm;
+        const double ahead = radius * std::sin(arc);
+        const double above = radius * std::cos(arc) - kEffectiveEarthKm;
+        rangeKm = std::hypot(ahead, above);
+        angleRad = std::atan2(above, ahead);
+    }
+    if (rangeKm > maxRangeKm_) return -1;
+    const double bin = angleRad / (2.0 * std::numbers::pi) * kBins;
+    const int ray = rayAt_[static_cast<int>(bin < 0.0 ? bin + kBins : bin) % kBins];
+    const double gate = (rangeKm - firstGateKm_) / spacingKm_ + 0.5;
+    if (ray < 0 || gate < 0.0 || gate >= ngates_) return -1;
+    return static_cast<std::ptrdiff_t>(ray) * ngates_ + static_cast<std::ptrdiff_t>(gate);
+}
+
+}  // namespace cli

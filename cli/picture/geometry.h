@@ -1,0 +1,49 @@
+/* geometry.h - which gate is at a place of the picture. */
+#ifndef CLI_PICTURE_GEOMETRY_H
+#define CLI_PICTURE_GEOMETRY_H
+
+#include <cstddef>
+#include <vector>
+
+#include "scan/scan.h"
+
+namespace cli {
+
+/* What the axes span. Plan position: km east and north of the radar. Range-height: km along the
+ * ground and km above the radar. */
+struct View {
+    bool rhi = false;
+    double maxRangeKm = 0;
+    double left = 0, right = 0, bottom = 0, top = 0;
+};
+
+/* The view of a range-height sweep: as high as its beams reach, 20 km at most. */
+View rangeHeightView(const scan::Sweep& sweep, double maxRangeKm);
+
+/* The end of the last gate. */
+double sweepRangeKm(const scan::Sweep& sweep);
+
+/*
+ * Finds the gate at a place. A ray is as wide as half the way to its neighbours, but in a gap no
+ * wider than three quarters of the usual step, so that missing rays show. Plan positions are in
+ * slant range; heights follow the beam over an Earth of 4/3 radius.
+ */
+class GateFinder {
+  public:
+    GateFinder(const scan::Sweep& sweep, const View& view, double beamWidthDeg);
+
+    /* Index into the values of a field, or -1. */
+    std::ptrdiff_t find(double xKm, double yKm) const;
+
+  private:
+    void spreadRays(const std::vector<double>& angleDeg, double beamWidthDeg);
+
+    std::vector<int> rayAt_; /* by angle, in equal steps round the circle; -1 none */
+    bool rhi_;
+    double maxRangeKm_, firstGateKm_, spacingKm_;
+    int ngates_;
+};
+
+}  // namespace cli
+
+#endif

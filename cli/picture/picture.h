@@ -1,0 +1,52 @@
+/*
+ * picture.h - pictures of a sweep: plan position, or height against range for a range-height scan.
+ */
+#ifndef CLI_PICTURE_PICTURE_H
+#define CLI_PICTURE_PICTURE_H
+
+#include <limits>
+#include <string>
+#include <vector>
+
+#include "scan/scan.h"
+
+namespace cli {
+
+struct PictureOptions {
+    int widthPx = 0; /* of the whole picture; 0: 1000 for one panel, 900 for each of several */
+    double maxRangeKm = 0; /* outermost range drawn; 0: the end of the last gate */
+    /* Ends of the colour scale; NaN: the usual range of the quantity. Classes have no scale. */
+    double displayMin = std::numeric_limits<double>::quiet_NaN();
+    double displayMax = std::numeric_limits<double>::quiet_NaN();
+    std::vector<std::string> headings; /* one per panel, instead of the quantity's name */
+};
+
+/*
+ * One panel per field, side by side, with a shared title: PNG, SVG or PDF by the ending of path.
+ * A class field (isClassField) gets the class colours and a legend with the share of each class,
+ * any other field a colour bar. NaN is drawn light grey.
+ *
+ * The file appears complete or not at all: it is written under a temporary name and renamed. Throws
+ * std::invalid_argument for an ending that names no format, no field at all, or a field that does
+ * not have nrays x ngates values; std::runtime_error with the reason when the file cannot be
+ * written.
+ */
+void drawPanels(const scan::Scan& scan, const scan::Sweep& sweep,
+                const std::vector<scan::Field>& fields, const PictureOptions& options,
+                const std::string& path);
+
+/* A single field. */
+void drawSweep(const scan::Scan& scan, const scan::Sweep& sweep, const scan::Field& field,
+               const PictureOptions& options, const std::string& path);
+
+/* Reflectivity, or any other field, beside the classes (0 precipitation, 3 noise, 5 clutter). */
+void drawClasses(const scan::Scan& scan, const scan::Sweep& sweep, const scan::Field& field,
+                 const std::vector<float>& classes, const PictureOptions& options,
+                 const std::string& path);
+
+/* Throws std::invalid_argument when the ending of path names no picture format. */
+void checkPictureEnding(const std::string& path);
+
+}  // namespace cli
+
+#endif

@@ -1,0 +1,51 @@
+/* quantity.h - how a field is shown: its words, its colours and the range of its scale. */
+#ifndef CLI_PICTURE_QUANTITY_H
+#define CLI_PICTURE_QUANTITY_H
+
+#include <array>
+#include <string>
+#include <vector>
+
+#include "picture/palette.h"
+#include "picture/picture.h"
+
+namespace cli {
+
+/* From a value to its colour. NaN, and a code that is no class, has none. */
+class ColourScale {
+  public:
+    ColourScale() = default; /* of classes */
+    ColourScale(Palette palette, double low, double high);
+    bool colour(float value, Rgb& result) const;
+
+    bool classes = true;
+    Palette palette = Palette::kSequential;
+    double low = 0.0, high = 1.0;
+
+  private:
+    std::array<Rgb, 256> table_{};
+};
+
+struct Quantity {
+    std::string heading; /* "Horizontal reflectivity (DZ)" */
+    std::string units;
+    ColourScale scale;
+};
+
+/* Throws std::invalid_argument when the ends of the scale that options ask for are out of order. */
+Quantity quantityOf(const scan::Field& field, const scan::Sweep& sweep,
+                    const PictureOptions& options);
+
+/* Shares of precipitation, ground clutter, noise, no data, sea and turbine clutter among all gates,
+ * 0..1. */
+std::array<double, 6> classShares(const std::vector<float>& classes);
+
+/* Round numbers within [low, high], about evenly `count` of them or fewer. */
+std::vector<double> ticksBetween(double low, double high, double count);
+
+/* As few decimals as the step between ticks needs; no "-0". */
+std::string tickText(double tick, double step);
+
+}  // namespace cli
+
+#endif

@@ -1,0 +1,75 @@
+/*
+ * picture_raster.cpp - resampling from polar to square pixels.
+ *
+ * Each pixel is the mean colour of kSide x kSide places in it, which smooths the edges of gates and
+ * of the scan, and needs memory for a row of places only, whatever the size of the scan.
+ */
+#include "picture/raster.h"
+
+namespace cli {
+
+using namespace scan;
+
+namespace {
+
+constexpr int kSide = 3;
+
+void findRow(const GateFinder& finder, const View& view, int width, double yKm,
+             std::vector<std::ptrdiff_t>& places) {
+    const double step = (view.right - view.left) / (width * kSide);
+    for (int i = 0; i < width * kSide; ++i) {
+        places[i] = finder.find(view.left + (i + 0.5) * step, yKm);
+    }
+}
+
+/* Sums of the colours of the places in each pixel, and how many have one. */
+struct PixelSum {
+    unsigned red = 0, green = 0, blue = 0, count = 0;
+
+    void add(Rgb colour) {
+        red += colour.red;
+        green += colour.green;
+        blue += colour.blue;
+        ++count;
+    }
+
+    std::uint32_t packed() const {
+        constexpr unsigned kAll = kSide * kSide;
+        const auto mean = [](unsigned sum) { return (sum + kAll / 2) / kAll; };
+        return mean(255 * count) << 24 | mean(red) << 16 | mean(green) << 8 | mean(blue);
+    }
+};
+
+void addRow(const Field& field, const ColourScale& scale, const std::vector<std::ptrdiff_t>& places,
+            std::vector<PixelSum>& sums) {
+    for (std::size_t i = 0; i < places.size(); ++i) {
+        Rgb colour;
+        if (places[i] < 0 || !scale.colour(field.values[places[i]], colour)) continue;
+        sums[i / kSide].add(colour);
+    }
+}
+
+}  // namespace
+
+std::vector<Image> rasterise(const std::vector<Field>& fields,
+                             const std::vector<Quantity>& quantities, const GateFinder& finder,
+                             const View& view, int width, int height) {
+    std::vector<Image> images(fields.size(), {width, height, {}});
+    for (Image& image : images) image.pixels.reserve(static_cast<std::size_t>(width) * height);
+    std::vector<std::vector<std::ptrdiff_t>> places(kSide);
+    for (auto& row : places) row.resize(static_cast<std::size_t>(width) * kSide);
+    const double stepKm = (view.top - view.bottom) / (height * kSide);
+    for (int y = 0; y < height; ++y) {
+        for (int k = 0; k < kSide; ++k) {
+            findRow(finder, view, width, view.top - (y * kSide + k + 0.5) * stepKm, places[k]);
+        }
+        for (std::size_t f = 0; f < fields.size(); ++f) {
+            std::vector<PixelSum> sums(width);
+            for (const auto& row : places) addRow(fields[f], quantities[f].scale, row, sums);
+            for (const PixelSum& sum : sums) images[f].pixels.push_back(sum.packed());
+        }
+    }
+    return images;
+}
+
+}  // namespace cli

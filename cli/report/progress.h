@@ -1,0 +1,31 @@
+/* progress.h - one line on a terminal's standard error while long work goes on, nothing elsewhere.
+ */
+#ifndef CLI_REPORT_PROGRESS_H
+#define CLI_REPORT_PROGRESS_H
+
+#include <string>
+
+namespace cli {
+
+class Progress {
+  public:
+    /* wanted false keeps it silent on a terminal too. */
+    explicit Progress(bool wanted);
+    ~Progress();
+    Progress(const Progress&) = delete;
+    Progress& operator=(const Progress&) = delete;
+
+    /* Step done of total is about to begin. */
+    void show(int done, int total, const std::string& what);
+
+    /* Takes the line away, so that other output may follow. */
+    void clear();
+
+  private:
+    bool active_;
+    bool shown_ = false;
+};
+
+}  // namespace cli
+
+#endif

@@ -1,0 +1,29 @@
+/* summary.h - what `classify` prints about its results. */
+#ifndef CLI_REPORT_SUMMARY_H
+#define CLI_REPORT_SUMMARY_H
+
+#include "scan/classes/classify_sweep.h"
+#include "scan/scan.h"
+
+namespace cli {
+
+/* Sums over sweeps and files. */
+struct Totals {
+    long precipitation = 0, groundClutter = 0, noise = 0;
+    long seaClutter = 0, turbineClutter = 0;
+    double seconds = 0;
+    int sweeps = 0, files = 0;
+    void add(const scan::ClassifiedSweep& result);
+};
+
+/* One line for a file, before its sweeps. */
+void printScanLine(const scan::Scan& scan);
+
+void printSweep(const scan::Sweep& sweep, const scan::ClassifiedSweep& result);
+
+/* Nothing for a single sweep, which has said it all. */
+void printTotals(const Totals& totals);
+
+}  // namespace cli
+
+#endif

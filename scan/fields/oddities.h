@@ -1,0 +1,22 @@
+/* oddities.h - what is unusual about a scan, in sentences. */
+#ifndef SCAN_FIELDS_ODDITIES_H
+#define SCAN_FIELDS_ODDITIES_H
+
+#include <string>
+
+#include "scan/scan.h"
+
+namespace scan {
+
+/* The largest gap between neighbouring azimuths, degrees; 360 for fewer than two rays. */
+double largestAzimuthGapDeg(const Sweep& sweep);
+
+/* Whether the rays close a circle, so that the last one is a neighbour of the first. */
+bool closesCircle(const Sweep& sweep);
+
+/* Appends what can be told from the scan alone: coverage, order, ray lengths, values. */
+void addOddities(Scan& scan);
+
+}  // namespace scan
+
+#endif

@@ -1,0 +1,39 @@
+/*
+ * read_scan.h - any input file into a Scan, recognised by its content, not by its ending.
+ */
+#ifndef SCAN_FORMATS_READ_SCAN_H
+#define SCAN_FORMATS_READ_SCAN_H
+
+#include <memory>
+#include <string>
+
+#include "scan/scan.h"
+
+class Cufrw;
+
+namespace scan {
+
+enum class FileFormat { kUnknown, kUniversalFormat, kFieldRecord, kPolarData, kGermanDx };
+
+/* Looks at the first bytes. Throws std::runtime_error when the file cannot be opened. */
+FileFormat recognise(const std::string& path);
+
+/* What a file does not tell about itself. */
+struct ReadOptions {
+    int polarLayout = 0;     /* 252, 260 or 280; 0: not told */
+    bool keepNoEcho = false; /* leave the value for "no echo" in place, where NaN would be put */
+    bool oddities = true;    /* look for what is unusual */
+};
+
+/* Reads a file of any format that the library reads. Throws std::runtime_error with the reason, a
+ * phrase without the file's name. */
+Scan readScan(const std::string& path, const ReadOptions& options = {});
+
+/* The same, and keeps the words of a Universal Format file, so that it can be written back with
+ * nothing lost; null for other formats. */
+Scan readScan(const std::string& path, std::unique_ptr<Cufrw>& words,
+              const ReadOptions& options = {});
+
+}  // namespace scan
+
+#endif

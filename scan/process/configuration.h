@@ -1,0 +1,44 @@
+/*
+ * configuration.h - the file of settings as a user sees it: what may stand in it, an example, and
+ * what is wrong with one. Reading it into a context is the library's work.
+ */
+#ifndef SCAN_PROCESS_CONFIGURATION_H
+#define SCAN_PROCESS_CONFIGURATION_H
+
+#include <cstdio>
+#include <string>
+#include <vector>
+
+namespace scan {
+
+struct ConfigurationProblem {
+    int line;
+    std::string text;
+    bool fatal; /* the library would take another value than the one that is meant, or work on and
+                   on */
+};
+
+/* The pairs of a file as the library takes them, and what is wrong with them. */
+struct Configuration {
+    std::vector<std::string> keys; /* known ones, in the file's order */
+    std::vector<ConfigurationProblem> problems;
+
+    bool names(const std::string& key) const;
+};
+
+/* Looks through the text of a configuration file. */
+Configuration examineConfiguration(const std::string& text);
+
+/* The same for a file. Throws std::runtime_error when it cannot be read. */
+Configuration examineConfigurationFile(const std::string& path);
+
+/* A complete, valid file: every key with its default, but all stages selected. Without a directory
+ * of membership functions its key is left out. */
+std::string exampleConfiguration(const std::string& membership);
+
+/* A table of all keys: values, defaults, meaning. The file itself cannot hold comments. */
+std::string configurationTable();
+
+}  // namespace scan
+
+#endif
