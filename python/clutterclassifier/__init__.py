@@ -4,23 +4,23 @@ Functions on numpy arrays, an accessor ``ds.clutter`` on xarray datasets, reader
 a command for archives (``python -m clutterclassifier.archive``). See docs/python.md.
 """
 
-from ._attenuation import (AttenuationAlgorithm, AttenuationResult, HotSpot, HotSpots, ZdrCorrection,
-                           attenuation, correct_zdr, hot_spots, specific_attenuation)
-from ._beam import (BeamPattern, VerticalProfiles, beam_elevation, beam_height, beam_pattern,
-                    correct_profile, slant_range, vertical_profiles)
-from ._classify import classify, membership_directory
-from ._phase import close_phase_gaps, extend_phase, fill_phase, system_phase, unfold_phase
-from ._process import Processed, Stage, process
-from ._rain import hybrid_rain_rate, rain_rate, rain_to_z, z_to_rain
-from ._settings import check_config, config_table, example_config
-from ._signal import (Contingency, RadarConstant, contingency, estimate_radar_constant, signal_to_noise,
-                      to_decibels, to_linear)
+from ._arrays.attenuation import (AttenuationAlgorithm, AttenuationResult, HotSpot, HotSpots, ZdrCorrection,
+                                  attenuation, correct_zdr, hot_spots, specific_attenuation)
+from ._arrays.beam import (BeamPattern, VerticalProfiles, beam_elevation, beam_height, beam_pattern,
+                           correct_profile, slant_range, vertical_profiles)
+from ._arrays.classify import classify, membership_directory
+from ._arrays.phase import close_phase_gaps, extend_phase, fill_phase, system_phase, unfold_phase
+from ._arrays.process import Processed, Stage, process
+from ._arrays.rain import hybrid_rain_rate, rain_rate, rain_to_z, z_to_rain
+from ._arrays.settings import check_config, config_table, example_config
+from ._arrays.signal import (Contingency, RadarConstant, contingency, estimate_radar_constant,
+                             signal_to_noise, to_decibels, to_linear)
+from ._arrays.toolkit import despeckle, isolated_gates, smooth, texture
+from ._arrays.zdr_offset import ScanStatistics, rain_statistics, vertical_statistics
 from ._synthetic import synthetic_arrays, synthetic_scan
-from ._toolkit import despeckle, isolated_gates, smooth, texture
 from ._version import __version__
-from ._zdr_offset import ScanStatistics, rain_statistics, vertical_statistics
-from .echo import (GROUND_CLUTTER, MISSING, NOISE, PRECIPITATION, SEA_CLUTTER, TURBINE_CLUTTER,
-                   EchoClass, Inputs)
+from .echo import (GROUND_CLUTTER, MISSING, NOISE, PRECIPITATION, SEA_CLUTTER, TURBINE_CLUTTER, EchoClass,
+                   Inputs)
 from .readers import open_dx, open_polar, open_record, open_uf, read, recognise
 
 __all__ = [

@@ -8,7 +8,7 @@ from typing import TYPE_CHECKING, Any
 import numpy as np
 
 from . import _core
-from ._arrays import MOST, whole
+from ._arrays.arguments import MOST, whole
 from ._model import class_variable, field_variable, sweep_dataset
 from .echo import GROUND_CLUTTER, NOISE, PRECIPITATION
 from .fields import BY_ARGUMENT

@@ -17,8 +17,8 @@ import xarray as xr
 if TYPE_CHECKING:
     from matplotlib.figure import Figure
 
-    from ._settings import Config
-    from ._sweep import FieldMap
+    from ._arrays.settings import Config
+    from .sweeps._sweep import FieldMap
 
 
 def _steps() -> ModuleType:
@@ -89,7 +89,7 @@ class ClutterAccessor:
 
 def why_no_sweep(ds: xr.Dataset, fields: FieldMap = None) -> str:
     """What a dataset lacks of what the steps need; empty for a sweep."""
-    from ._sweep import find_sweep
+    from .sweeps._sweep import find_sweep
 
     try:
         find_sweep(ds, fields)

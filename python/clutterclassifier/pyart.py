@@ -20,12 +20,12 @@ import xarray as xr
 from numpy.typing import NDArray
 
 from . import sweeps
-from ._arrays import gate_spacing
-from ._codes import CLASS, parse_classes
+from ._arrays.arguments import gate_spacing
 from ._model import field_variable, sweep_dataset
 from ._names import field_names
-from ._sweep import FieldMap
 from .echo import MISSING
+from .sweeps._codes import CLASS, parse_classes
+from .sweeps._sweep import FieldMap
 
 _SITE = ("latitude", "longitude", "altitude")
 

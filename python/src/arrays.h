@@ -2,7 +2,7 @@
  * arrays.h - numpy arrays as the library takes them.
  *
  * The Python side hands over C-contiguous arrays of the exact type, already checked for shape (see
- * clutterclassifier/_arrays.py); nothing here converts. The library never writes to its inputs,
+ * clutterclassifier/_arrays/arguments.py); nothing here converts. The library never writes to its inputs,
  * though its signatures do not say so: read-only arrays are safe.
  */
 #ifndef PYTHON_ARRAYS_H

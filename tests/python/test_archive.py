@@ -13,9 +13,9 @@ import numpy as np
 import pytest
 import xarray as xr
 from clutterclassifier import sweeps
-from clutterclassifier._archive_netcdf import read_netcdf, write_sweeps
-from clutterclassifier._archive_plan import plan_jobs
-from clutterclassifier._progress import Progress
+from clutterclassifier.archive._netcdf import read_netcdf, write_sweeps
+from clutterclassifier.archive._plan import plan_jobs
+from clutterclassifier.archive._progress import Progress
 from clutterclassifier.archive import classify_archive
 from archives import content, failures, make_archive, make_scan, names_in, serial
 
@@ -309,7 +309,7 @@ def test_lines_elsewhere():
 
 
 def test_exit_codes(tmp_path, capsys):
-    from clutterclassifier._archive_command import main
+    from clutterclassifier.archive._command import main
 
     make_archive(tmp_path / "in", 2)
     call = [str(tmp_path / "in"), "--out", str(tmp_path / "out"), "--workers", "0"]
@@ -330,21 +330,21 @@ def test_exit_codes(tmp_path, capsys):
 
 
 def test_a_batch_system_ends_a_run_as_a_user_does(tmp_path, capsys, monkeypatch):
-    from clutterclassifier import _archive_command
+    from clutterclassifier.archive import _command
 
     make_archive(tmp_path / "in", 1)
     before = signal.getsignal(signal.SIGTERM)
-    monkeypatch.setattr(_archive_command.Run, "perform", lambda run: os.kill(os.getpid(), signal.SIGTERM))
+    monkeypatch.setattr(_command.Run, "perform", lambda run: os.kill(os.getpid(), signal.SIGTERM))
     try:
-        assert _archive_command.main([str(tmp_path / "in"), "--out", str(tmp_path / "out")]) == 130
+        assert _command.main([str(tmp_path / "in"), "--out", str(tmp_path / "out")]) == 130
     finally:
         signal.signal(signal.SIGTERM, before)
     assert "goes on from here" in capsys.readouterr().err
 
 
 def test_two_runs_do_not_share_a_folder(tmp_path, capsys):
-    from clutterclassifier._archive_command import main
-    from clutterclassifier._archive_files import alone_in
+    from clutterclassifier.archive._command import main
+    from clutterclassifier.archive._files import alone_in
 
     make_archive(tmp_path / "in", 1)
     (tmp_path / "out").mkdir()

@@ -10,7 +10,7 @@ from pathlib import Path
 
 import psutil
 import pytest
-from clutterclassifier import _archive_dask
+from clutterclassifier.archive import _dask as archive_dask
 from archives import COMMAND, content, failures, make_archive, make_scan, names_in, serial, wait_until
 
 
@@ -121,9 +121,9 @@ def test_a_stopped_run_goes_on(serial_results, tmp_path):
 
 
 def test_only_the_file_that_kills_its_workers_fails(tmp_path, monkeypatch):
-    from clutterclassifier import _archive_dask
-    from clutterclassifier._archive_plan import Job
-    from clutterclassifier._archive_worker import Outcome
+    from clutterclassifier.archive import _dask as archive_dask
+    from clutterclassifier.archive._plan import Job
+    from clutterclassifier.archive._worker import Outcome
 
     def work(job: Job) -> Outcome:
         if job.source == "deadly":
@@ -135,17 +135,17 @@ def test_only_the_file_that_kills_its_workers_fails(tmp_path, monkeypatch):
 
     names = [f"good{i}" for i in range(6)]
     jobs = [Job(name, str(tmp_path)) for name in [*names[:3], "deadly", "unlucky", *names[3:]]]
-    monkeypatch.setattr(_archive_dask, "_LOCAL_FAILURES", 0)
-    with _archive_dask.local_client(2) as client:
-        outcomes = list(_archive_dask.run_jobs(client, work, jobs))
+    monkeypatch.setattr(archive_dask, "_LOCAL_FAILURES", 0)
+    with archive_dask.local_client(2) as client:
+        outcomes = list(archive_dask.run_jobs(client, work, jobs))
     reasons = {outcome.source: outcome.reason for outcome in outcomes}
     assert len(outcomes) == 8 and "died" in reasons.pop("deadly")
     assert reasons == dict.fromkeys([*names, "unlucky"], "")
 
 
 def test_no_more_files_are_under_way_than_needed():
-    from clutterclassifier import _archive_dask
-    from clutterclassifier._archive_plan import Job
+    from clutterclassifier.archive import _dask as archive_dask
+    from clutterclassifier.archive._plan import Job
     from distributed import Client
 
     under_way = set()
@@ -159,16 +159,16 @@ def test_no_more_files_are_under_way_than_needed():
     with Counting(n_workers=1, threads_per_worker=2, processes=False, dashboard_address=None) as client:
         done = 0
         jobs = [Job(str(i), "") for i in range(100)]
-        for outcome in _archive_dask.run_jobs(client, lambda job: job, jobs):
+        for outcome in archive_dask.run_jobs(client, lambda job: job, jobs):
             under_way.remove(outcome.source)
             done += 1
     assert done == 100
 
 
 def test_a_lost_scheduler_ends_the_run(cluster):
-    from clutterclassifier._archive_dask import remote_client, run_jobs
-    from clutterclassifier._archive_plan import Job
-    from clutterclassifier._archive_run import LostScheduler
+    from clutterclassifier.archive._dask import remote_client, run_jobs
+    from clutterclassifier.archive._plan import Job
+    from clutterclassifier.archive._errors import LostScheduler
 
     client, _, scheduler = cluster
     with remote_client(client.scheduler.address, timeout=1) as own:
@@ -182,7 +182,7 @@ def test_a_lost_scheduler_ends_the_run(cluster):
 @pytest.mark.parametrize("address", ["tcp://127.0.0.1:9", "tcp://no.such.host.invalid:9"])
 def test_no_scheduler_at_the_address(address):
     with pytest.raises(ConnectionError, match=f"no scheduler at {address}"):
-        with _archive_dask.remote_client(address, timeout=1):
+        with archive_dask.remote_client(address, timeout=1):
             pass
 
 
@@ -192,9 +192,9 @@ def test_no_scheduler_at_the_address(address):
 @pytest.fixture
 def apart(tmp_path):
     """Runs a file in a process of its own."""
-    from clutterclassifier._archive_child import run_apart
-    from clutterclassifier._archive_plan import Job
-    from clutterclassifier._archive_worker import Settings
+    from clutterclassifier.archive._child import run_apart
+    from clutterclassifier.archive._plan import Job
+    from clutterclassifier.archive._worker import Settings
 
     def run(source: Path, seconds: float | None = None):
         job = Job(str(source), str(tmp_path / "out" / f"{source.name}.nc"))
@@ -214,7 +214,7 @@ def test_a_file_that_kills_its_process_is_told(apart, tmp_path):
 
     assert apart(make_scan(tmp_path / "scan.nc")).gates == 1500
     [reader] = [pid for pid in children(os.getpid())
-                if "_archive_child" in Path(f"/proc/{pid}/cmdline").read_text()]
+                if "archive._child" in Path(f"/proc/{pid}/cmdline").read_text()]
 
     def kill_at_work() -> None:
         with open(tmp_path / "endless", "w"):  # waits for the process to read
@@ -228,7 +228,7 @@ def test_a_file_that_kills_its_process_is_told(apart, tmp_path):
 
 
 def test_no_process_outlives_its_worker(apart, tmp_path):
-    text = ("from clutterclassifier._archive_child import run_apart as run, Job, Settings\n"
+    text = ("from clutterclassifier.archive._child import run_apart as run, Job, Settings\n"
             f"run(Job({str(tmp_path / 'endless')!r}, ''), Settings(), '')")
     worker = subprocess.Popen([sys.executable, "-c", text])
     opened = open(tmp_path / "endless", "w")  # waits for the process to read: it is at work then
@@ -240,7 +240,7 @@ def test_no_process_outlives_its_worker(apart, tmp_path):
 
 
 def test_the_local_cluster_is_not_reachable_from_others() -> None:
-    with _archive_dask.local_client(1):
+    with archive_dask.local_client(1):
         family = [psutil.Process(), *psutil.Process().children(recursive=True)]
         listening = [one.laddr.ip for process in family for one in process.connections("tcp")
                      if one.status == psutil.CONN_LISTEN]

@@ -1,0 +1,1 @@
+"""The steps as functions on numpy arrays. The package itself gives out their public names."""

@@ -1,0 +1,7 @@
+"""``python -m clutterclassifier.archive``."""
+
+import sys
+
+from ._command import main
+
+sys.exit(main())

@@ -1,0 +1,146 @@
+"""One file of an archive run: read, classified, written."""
+
+from __future__ import annotations
+
+import hashlib
+import json
+import os
+import warnings
+from dataclasses import dataclass, field
+from datetime import datetime, timezone
+from typing import TYPE_CHECKING, Any
+
+from ._files import complete_or_not_at_all, stamp
+from ._plan import Job
+from ._progress import printable
+
+if TYPE_CHECKING:
+    import xarray as xr
+
+
+#: The variable with the classes.
+CLASS = "CLASS"
+
+
+@dataclass(frozen=True)
+class Settings:
+    """What is done to every file; the same for all files of a run.
+
+    `options` go to `sweeps.classify` or, with `process`, to `sweeps.process`.
+    """
+
+    process: bool = False
+    layout: int | None = None
+    with_fields: bool = False
+    options: dict[str, Any] = field(default_factory=dict)
+
+    def text(self) -> str:
+        """The settings as an output states them. Two texts are equal when results would be."""
+        told: dict[str, Any] = {"step": "process" if self.process else "classify",
+                                "with_fields": self.with_fields, **self.options}
+        if self.layout is not None:
+            told["layout"] = self.layout
+        for name in ("config", "membership"):
+            if isinstance(told.get(name), (str, os.PathLike)):
+                told[name] = f"{os.fspath(told[name])} sha256:{_digest(told[name])}"
+        return json.dumps(told, sort_keys=True, default=str)
+
+
+def _digest(path: str | os.PathLike[str]) -> str:
+    """A checksum of a file, or of the files of a folder."""
+    digest = hashlib.sha256()
+    names = sorted(os.listdir(path)) if os.path.isdir(path) else [""]
+    for name in names:
+        whole = os.path.join(path, name) if name else path
+        if os.path.isfile(whole):
+            with open(whole, "rb") as file:
+                digest.update(name.encode(errors="surrogateescape") + b"\0" + file.read())
+    return digest.hexdigest()[:16]
+
+
+@dataclass(frozen=True)
+class Outcome:
+    """What became of a job: `reason` is empty when its output is complete."""
+
+    source: str
+    reason: str = ""
+    gates: int = 0
+
+
+def run_job(job: Job, settings: Settings, settings_text: str) -> Outcome:
+    """Does one job. A bad file is an outcome, not an exception."""
+    try:
+        return Outcome(job.source, gates=_make_output(job, settings, settings_text))
+    except Exception as error:  # whatever one file does, the others are still to be done
+        return Outcome(job.source, reason_of(error).removeprefix(f"{job.source}: "))
+
+
+def reason_of(error: BaseException) -> str:
+    """An exception as a phrase."""
+    text = " ".join(str(error).split())
+    if isinstance(error, MemoryError):
+        return f"not enough memory {text}".strip()
+    if isinstance(error, (OSError, ValueError, RuntimeError)) and text:
+        return text
+    return f"{type(error).__name__}: {text}" if text else type(error).__name__
+
+
+def _make_output(job: Job, settings: Settings, settings_text: str) -> int:
+    """Writes the output of a job; returns the number of its gates."""
+    from ._netcdf import write_sweeps
+
+    made_from = stamp(job.source, settings_text)  # before it is read: a later change is noticed
+    with warnings.catch_warnings(record=True) as caught:
+        warnings.simplefilter("always")
+        given = _sweeps(job.source, settings)
+        results = [_result(sweep, settings) for sweep in given]
+    if not results:
+        raise ValueError("no sweeps in it")
+    attributes = {**_described(given[0], job, settings), **made_from, **_notes(caught)}
+    with complete_or_not_at_all(job.output, made_from["source_modified_ns"]) as temporary:
+        write_sweeps(temporary, results, attributes)
+    return sum(_gates(sweep) for sweep in results)
+
+
+def _sweeps(path: str, settings: Settings) -> list[xr.Dataset]:
+    from .. import readers
+    from ._netcdf import is_netcdf, read_netcdf
+
+    return read_netcdf(path) if is_netcdf(path) else readers.read(path, layout=settings.layout)
+
+
+def _result(sweep: xr.Dataset, settings: Settings) -> xr.Dataset:
+    """A sweep with the classes, what processing made of it, and the input's fields when wanted."""
+    from .. import sweeps
+
+    fields = [name for name, variable in sweep.data_vars.items() if variable.ndim > 1]
+    if settings.process:
+        made = sweeps.process(sweep, **settings.options)
+        wanted = [name for name in fields if name not in made] if settings.with_fields else []
+        return made.assign({name: sweep[name] for name in wanted})
+    made = sweeps.classify(sweep, **settings.options)
+    return made if settings.with_fields else made.drop_vars(set(fields) - {CLASS})
+
+
+def _gates(sweep: xr.Dataset) -> int:
+    return sweep.sizes["range"] * sweep.sizes["azimuth" if "azimuth" in sweep.sizes else "elevation"]
+
+
+def _described(sweep: xr.Dataset, job: Job, settings: Settings) -> dict[str, Any]:
+    """Attributes of the whole file: those of the input, and one more line of history."""
+    from .. import __version__
+
+    now = datetime.now(timezone.utc).strftime("%Y-%m-%dT%H:%M:%SZ")
+    step = "process" if settings.process else "classify"
+    name = printable(os.path.basename(job.source))
+    line = f"{now} clutterclassifier {__version__}: {step} {name}"
+    before = str(sweep.attrs.get("history", "")).strip()
+    return {**sweep.attrs, "source": f"clutterclassifier {__version__} from {name}",
+            "history": f"{before}\n{line}".strip()}
+
+
+def _notes(caught: list[warnings.WarningMessage]) -> dict[str, str]:
+    """What processing had to say, once each. Warnings for programmers are none of it."""
+    texts = dict.fromkeys(str(warning.message) for warning in caught
+                          if issubclass(warning.category, UserWarning))
+    return {"comment": "; ".join(texts)} if texts else {}
