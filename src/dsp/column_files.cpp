@@ -20,7 +20,7 @@ using clutter::base::adopt;
 using clutter::base::File;
 using clutter::base::openFile;
 using clutter::base::TextWriter;
-using clutter::dsp::MatrixShape;
+using clutter::dsp::TableShape;
 
 namespace {
 
@@ -105,10 +105,10 @@ void CDSP::savedata2binary(char* path, float* x, int n, int mode) {
 
 int CDSP::OnReadASCIIDataFile(char* path, float** data, int& nrows, int& ncols, float nanValue) {
     if (data == nullptr) return -1;
-    const auto bytes = clutter::base::readWholeFile(path);
+    const auto bytes = clutter::base::readTextFile(path);
     if (!bytes) return -1;
     const std::string_view text = clutter::dsp::textOf(*bytes);
-    const MatrixShape shape = clutter::dsp::measureMatrix(text);
+    const TableShape shape = clutter::dsp::measureMatrix(text);
     if (!shape.fitsInts()) return -1;
     adopt(*data, clutter::dsp::unpackMatrix(text, shape, nanValue));
     nrows = static_cast<int>(shape.rows);

@@ -23,12 +23,12 @@ std::size_t countTokens(std::string_view text) {
 
 }  // namespace
 
-bool MatrixShape::fitsInts() const {
+bool TableShape::fitsInts() const {
     constexpr std::size_t kMost = std::numeric_limits<int>::max();
     return rows <= kMost && columns <= kMost;
 }
 
-MatrixShape measureMatrix(std::string_view text) {
+TableShape measureMatrix(std::string_view text) {
     const std::size_t total = countTokens(text);
     if (total == 0) return {};
     const std::size_t inFirstLine = countTokens(text.substr(0, text.find_first_of("\r\n")));
@@ -36,7 +36,7 @@ MatrixShape measureMatrix(std::string_view text) {
     return {total / columns, columns};
 }
 
-std::unique_ptr<float[]> unpackMatrix(std::string_view text, const MatrixShape& shape,
+std::unique_ptr<float[]> unpackMatrix(std::string_view text, const TableShape& shape,
                                       float nanValue) {
     std::unique_ptr<float[]> cells(new float[shape.cells()]);
     const auto standIn = base::roundToFloat(

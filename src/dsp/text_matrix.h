@@ -10,7 +10,7 @@
 
 namespace clutter::dsp {
 
-struct MatrixShape {
+struct TableShape {
     std::size_t rows = 0;
     std::size_t columns = 0;
 
@@ -21,11 +21,11 @@ struct MatrixShape {
 
 /* Lines end with a line feed, a carriage return or both. An empty first line makes one column; what
  * does not fill a row at the end is no row; a text without tokens has no cells. */
-MatrixShape measureMatrix(std::string_view text);
+TableShape measureMatrix(std::string_view text);
 
 /* Cell (row, column) at row + shape.rows * column. A token "nan" stands for nanValue, taken with
  * six decimals; any other that is no number is 0. */
-std::unique_ptr<float[]> unpackMatrix(std::string_view text, const MatrixShape& shape,
+std::unique_ptr<float[]> unpackMatrix(std::string_view text, const TableShape& shape,
                                       float nanValue);
 
 /* The bytes of a file as text. */
