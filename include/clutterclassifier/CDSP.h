@@ -251,7 +251,8 @@ class CLUTTERCLASSIFIER_EXPORT CDSP {
      * Numbers have a decimal point whatever the host's locale; tokens are separated by white space
      * and may have any length. Arrays that a reader fills belong to the caller (delete[]); the old
      * one is released when the new one is complete. What a reader refuses leaves every output as it
-     * was. A file that cannot be opened, a null array or a null path is refused. No messages.
+     * was. A file that cannot be opened or that has a line of more than 2^24 bytes, a null
+     * array or a null path is refused. No messages.
      */
 
     /* Appends n values to a text file, one a line with four decimals. */
@@ -322,7 +323,7 @@ class CLUTTERCLASSIFIER_EXPORT CDSP {
      * may be null. Values that the file does not have are 0.
      *
      * Returns 1; 0 when the header's keys are not the expected ones in their order, or its counts
-     * are negative, beyond int, or - above 2^24 cells - more than four to a byte of the file.
+     * are negative, beyond int, or - above 2^18 cells - more than 64 for each byte of the file.
      */
     int ReadDataFromGISformat(char* path, float** data, int& nrows, int& ncols, float& xll,
                               float& yll, float& cellsize, char* nodata);

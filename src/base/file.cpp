@@ -25,6 +25,45 @@ std::size_t nextCapacity(std::size_t used, std::size_t fileBytes) {
     return used >= kMaxStreamBytes ? 0 : std::min(2 * used, kMaxStreamBytes);
 }
 
+/* Follows the length of the current line through a text that arrives in pieces. */
+class LineLength {
+  public:
+    /* False once a line is too long. */
+    bool follow(const unsigned char* piece, std::size_t n) {
+        for (std::size_t i = 0; i < n; ++i) {
+            length_ = piece[i] == '\n' || piece[i] == '\r' ? 0 : length_ + 1;
+            if (length_ > kMaxLineBytes) return false;
+        }
+        return true;
+    }
+
+  private:
+    std::size_t length_ = 0;
+};
+
+/* accept(piece, n) may end the reading: nothing is then returned. */
+template <class Accept>
+std::optional<std::vector<unsigned char>> readFile(const char* path, Accept accept) {
+    const File file = openFile(path, "rb");
+    if (!file) return std::nullopt;
+    std::vector<unsigned char> bytes(kFirstChunkBytes);
+    std::size_t used = 0;
+    for (;;) {
+        unsigned char* const to = bytes.data() + used;
+        const std::size_t n = std::fread(to, 1, bytes.size() - used, file.get());
+        if (std::ferror(file.get()) || !accept(to, n)) return std::nullopt;
+        used += n;
+        if (used < bytes.size()) break;
+        const std::size_t capacity = nextCapacity(used, sizeOf(file.get()));
+        if (capacity == 0) return std::nullopt;
+        bytes.resize(capacity);
+    }
+    bytes.resize(used);
+    // Small files do not keep a large chunk, and a reader past their end is past the memory.
+    if (used < kFirstChunkBytes) bytes.shrink_to_fit();
+    return bytes;
+}
+
 }  // namespace
 
 File openFile(const char* path, const char* mode) {
@@ -38,22 +77,14 @@ bool closeChecked(File file) {
 }
 
 std::optional<std::vector<unsigned char>> readWholeFile(const char* path) {
-    const File file = openFile(path, "rb");
-    if (!file) return std::nullopt;
-    std::vector<unsigned char> bytes(kFirstChunkBytes);
-    std::size_t used = 0;
-    for (;;) {
-        used += std::fread(bytes.data() + used, 1, bytes.size() - used, file.get());
-        if (std::ferror(file.get())) return std::nullopt;
-        if (used < bytes.size()) break;
-        const std::size_t capacity = nextCapacity(used, sizeOf(file.get()));
-        if (capacity == 0) return std::nullopt;
-        bytes.resize(capacity);
-    }
-    bytes.resize(used);
-    // Small files do not keep a large chunk, and a reader beyond their end is beyond the memory.
-    if (used < kFirstChunkBytes) bytes.shrink_to_fit();
-    return bytes;
+    return readFile(path, [](const unsigned char*, std::size_t) { return true; });
+}
+
+std::optional<std::vector<unsigned char>> readTextFile(const char* path) {
+    LineLength line;
+    return readFile(path, [&line](const unsigned char* piece, std::size_t n) {
+        return line.follow(piece, n);
+    });
 }
 
 }  // namespace clutter::base

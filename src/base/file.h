@@ -37,6 +37,13 @@ constexpr std::size_t kMaxStreamBytes = std::size_t{1} << 30;
  */
 std::optional<std::vector<unsigned char>> readWholeFile(const char* path);
 
+/* No text that people or programs write has lines longer than this; an endless stream may. */
+constexpr std::size_t kMaxLineBytes = std::size_t{1} << 24;
+
+/* The same for a file of lines, which line feeds and carriage returns end. Nothing when a line is
+ * longer than kMaxLineBytes: reading stops there. */
+std::optional<std::vector<unsigned char>> readTextFile(const char* path);
+
 }  // namespace clutter::base
 
 #endif

@@ -43,7 +43,7 @@ std::unique_ptr<char[]> slotsOf(std::string_view text, std::size_t count) {
 
 int CDSP::OnReadFNames(char* path, char** names, int& count) {
     if (names == nullptr) return 0;
-    const auto bytes = clutter::base::readWholeFile(path);
+    const auto bytes = clutter::base::readTextFile(path);
     if (!bytes) return 0;
     const std::string_view text = clutter::dsp::textOf(*bytes);
     const std::size_t found = countUpTo(kMostNames + 1, text);

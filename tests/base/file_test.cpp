@@ -44,6 +44,23 @@ TEST(ReadWholeFile, ReadsAPipeToItsEnd) {
     EXPECT_TRUE(*read == bytes);
 }
 
+TEST(ReadTextFile, RefusesAnEndlessLine) {
+    TempDir dir;
+    const std::string path = dir.file("lines");
+    ByteVector bytes(clutter::base::kMaxLineBytes + 1, 'x');
+    bytes.push_back('\n');
+    writeFile(path, bytes);
+    EXPECT_FALSE(clutter::base::readTextFile(path.c_str()).has_value());
+    for (const char end : {'\n', '\r'}) {
+        bytes[bytes.size() / 2] = static_cast<unsigned char>(end);
+        writeFile(path, bytes);
+        const auto read = clutter::base::readTextFile(path.c_str());
+        ASSERT_TRUE(read.has_value());
+        EXPECT_TRUE(*read == bytes);
+    }
+    EXPECT_FALSE(clutter::base::readTextFile("/dev/zero").has_value());
+}
+
 TEST(ReadWholeFile, TellsUnreadableFromEmpty) {
     TempDir dir;
     EXPECT_FALSE(readWholeFile(nullptr).has_value());
