@@ -146,8 +146,9 @@ class CLUTTERCLASSIFIER_EXPORT Cufrw {
      * Fills field records, at least as many as ray 0 has fields, one per field: value = word /
      * scale. Gates that hold the missing-data value, and gates that a shorter ray does not have,
      * are -32 dBZ in reflectivity fields and NaN in all others. A field of scale 0
-     * has no values. Does nothing without rays, with fields null, or when one ray is so much longer
-     * than all others that the grid could not come from a whole file. Latitude and longitude take
+     * has no values. Does nothing without rays, with fields null, or when the records would hold
+     * more than 2^18 values, those of all fields together, and more than 128 for each gate of all
+     * rays: one long ray among many short ones. Latitude and longitude take
      * the seconds as whole seconds, as pluvek2uf() writes them.
      */
     void uf2pluvek(Cpluvek* fields);

@@ -10,6 +10,7 @@
 #include <string_view>
 
 #include "base/array.h"
+#include "base/claims.h"
 #include "base/file.h"
 #include "base/number.h"
 #include "base/text.h"
@@ -25,12 +26,6 @@ namespace {
 
 constexpr std::size_t kNoDataBytes = 1024;
 constexpr int kDecimals = 2;
-
-/* A file that ends early is a grid of zeros from there on. Small grids may be as short as they
- * like; beyond this size, a file must hold a byte for every so many cells: a few bytes do not ask
- * for all of the memory. */
-constexpr std::size_t kSmallGridCells = std::size_t{1} << 24;
-constexpr std::size_t kCellsPerByte = 4;
 
 struct GridHeader {
     long long ncols = 0;
@@ -73,7 +68,7 @@ bool isPossible(const GridHeader& header, std::size_t fileBytes) {
     if (header.ncols > kMost || header.nrows > kMost) return false;
     const auto cells =
         static_cast<std::size_t>(header.ncols) * static_cast<std::size_t>(header.nrows);
-    return cells <= std::max(kSmallGridCells, kCellsPerByte * fileBytes);
+    return clutter::base::mayDeclare(cells, fileBytes);
 }
 
 /* Column-major, the rows turned: cell (row from the south, column) at row + nrows * column. */
@@ -131,7 +126,7 @@ void CDSP::SaveDataToGISformat(char* path, float* data, int nrows, int ncols, in
 int CDSP::ReadDataFromGISformat(char* path, float** data, int& nrows, int& ncols, float& xll,
                                 float& yll, float& cellsize, char* nodata) {
     if (data == nullptr) return 0;
-    const auto bytes = clutter::base::readWholeFile(path);
+    const auto bytes = clutter::base::readTextFile(path);
     if (!bytes) return 0;
     TokenReader tokens(clutter::dsp::textOf(*bytes));
     const auto header = parseHeader(tokens);

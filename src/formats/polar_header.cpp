@@ -6,19 +6,16 @@
 #include <cstring>
 #include <iterator>
 
+#include "base/claims.h"
 #include "base/message.h"
 #include "base/number.h"
 #include "formats/polar_layout.h"
-#include "formats/polar_packing.h"
 
 namespace clutter::formats {
 namespace {
 
 constexpr std::size_t kMagicLetters = 4;
 constexpr double kPi = 3.141592653589793;
-
-/* So many gates are believed of a file too short to hold them. */
-constexpr std::size_t kUnquestionedGates = std::size_t{1} << 22;
 
 /* Words by their place; what the file does not have is 0. */
 class HeaderWords {
@@ -112,7 +109,7 @@ float readElevation(const HeaderWords& words, short product) {
 
 }  // namespace
 
-int readPolarHeader(base::Bytes file, int layout, PolarHeader& header) {
+int readPolarHeader(base::Bytes file, PolarHeader& header) {
     if (!hasMagic(file)) return kPolarUnusable;
     const HeaderWords words(file);
     header.product = static_cast<short>(words.number(polar_offset::kProduct));
@@ -128,9 +125,8 @@ int readPolarHeader(base::Bytes file, int layout, PolarHeader& header) {
             header.nrays, header.ngates);
         return kPolarUnusable;
     }
-    const bool complete =
-        file.size() >= bytesAskedFor(header.product, layout, header.nrays, header.ngates);
-    return complete || header.cells() <= kUnquestionedGates ? kPolarRead : kPolarUnusable;
+    const auto fields = static_cast<std::size_t>(fieldsOfProduct(header.product));
+    return base::mayDeclare(fields * header.cells(), file.size()) ? kPolarRead : kPolarUnusable;
 }
 
 void storePolarHeader(const PolarHeader& header, Cpluvek& record) {

@@ -43,11 +43,11 @@ constexpr int kPolarUnusable = -1;
 constexpr int kPolarUnknownProduct = -2;
 
 /*
- * Takes the header of a file apart; bytes that the file does not have count as 0. Believed only
- * with the result kPolarRead: both counts are then positive, and a file too short for them claims
- * no more gates than a small one may. Prints the message for counts below 1.
+ * Takes the header of a file apart; bytes that the file does not have count as 0. Valid only
+ * when kPolarRead is returned: both counts are then positive, and the file may declare that many
+ * values (base/claims.h). Prints the message for counts below 1.
  */
-int readPolarHeader(base::Bytes file, int layout, PolarHeader& header);
+int readPolarHeader(base::Bytes file, PolarHeader& header);
 
 /* Stores a header in the first record of a scan. */
 void storePolarHeader(const PolarHeader& header, Cpluvek& record);

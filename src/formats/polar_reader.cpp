@@ -237,7 +237,7 @@ int CThuPolDaFor::ReadPolarData(char* path, Cpluvek* fields, int layout, int ski
     const auto bytes = base::readWholeFile(path);
     if (!bytes || fields == nullptr) return kPolarNotOpened;
     PolarHeader header;
-    const int result = readPolarHeader(*bytes, layout, header);
+    const int result = readPolarHeader(*bytes, header);
     if (result != kPolarRead) return result;
     ScanArrays scan(header);
     readRays(*bytes, header, layout, scan);

@@ -73,10 +73,10 @@ std::size_t repackedGateBytes(int nfields, int layout) {
 
 /* Gates that stay; a number that is not below the present one when the file is to stay as it is. */
 int shortenedGates(const PolarHeader& header) {
-    const double elevation = header.elevation + kHalfDegree;
+    const double elevation = static_cast<double>(header.elevation) + kHalfDegree;
     const bool low = !(elevation * 180 / kPi > kLowestElevationDeg);
     if (low || header.firstgate != 0 || header.gatesize == 0.0f) return header.ngates;
-    return base::truncateToInt(rangeToTop(elevation) / header.gatesize);
+    return base::truncateToInt(rangeToTop(elevation) / static_cast<double>(header.gatesize));
 }
 
 void copyShortened(base::Bytes file, const PolarHeader& header, int ngates, std::size_t gateBytes,
@@ -246,7 +246,7 @@ void appendLayer(const Cpluvek* layer, std::size_t cells, Output& out) {
 int CThuPolDaFor::PackAgainDataFiles(char* inpath, char* outpath, int layout) {
     const auto file = base::readWholeFile(inpath);
     PolarHeader header;
-    if (!file || readPolarHeader(*file, layout, header) != kPolarRead) return 0;
+    if (!file || readPolarHeader(*file, header) != kPolarRead) return 0;
     const std::size_t gateBytes = repackedGateBytes(fieldsOfProduct(header.product), layout);
     const int ngates = shortenedGates(header);
     if (gateBytes == 0 || ngates >= header.ngates) return 0;

@@ -16,6 +16,7 @@
 #include <utility>
 
 #include "base/array.h"
+#include "base/claims.h"
 #include "base/text.h"
 #include "clutterclassifier/Cpluvek.h"
 #include "clutterclassifier/Cufrw.h"
@@ -179,18 +180,12 @@ std::tm localToday() {
 
 /* --- rays to field records --- */
 
-/* The largest grid that is made of rays of very different lengths without looking further, and how
- * much larger than its rays a grid beyond that may be: one long ray among many short ones must not
- * make a small file ask for all of the memory. */
-constexpr std::size_t kUnquestionedGates = std::size_t{1} << 24;
-constexpr std::size_t kMaxGridGrowth = 64;
-
-bool isPlausibleGrid(const Cufray* rays, std::size_t nrays) {
-    const std::size_t cells = nrays * rays[0].ngates;
-    if (cells <= kUnquestionedGates) return true;
-    std::size_t held = 0;
-    for (std::size_t r = 0; r < nrays; ++r) held += rays[r].ngates;
-    return cells / kMaxGridGrowth <= held;
+/* One long ray among many short ones must not cost all of the memory: every ray gets the gates of
+ * the first one. A file holds at least one word for every gate of a ray. */
+bool isPlausibleGrid(const Cufray* rays, std::size_t nrays, std::size_t nfields) {
+    std::size_t gates = 0;
+    for (std::size_t r = 0; r < nrays; ++r) gates += rays[r].ngates;
+    return clutter::base::mayDeclare(nfields * nrays * rays[0].ngates, kWordBytes * gates);
 }
 
 /* Degrees of an angle whose seconds are whole seconds. */
@@ -292,8 +287,8 @@ int Cufrw::pluvek2uf(Cpluvek* fields) {
 void Cufrw::uf2pluvek(Cpluvek* fields) {
     if (fields == nullptr || rays == nullptr || nrays < 1) return;
     const auto count = static_cast<std::size_t>(nrays);
-    if (!isPlausibleGrid(rays, count)) return;
     const std::size_t nfields = fieldCount(rays[0]);
+    if (!isPlausibleGrid(rays, count, nfields)) return;
     for (std::size_t f = 0; f < nfields; ++f) {
         Cpluvek& record = fields[f];
         fillArrays(rays, count, f, record);

@@ -24,6 +24,7 @@
 namespace clutter::formats {
 
 constexpr std::size_t kFramingBytes = 4;
+constexpr std::size_t kWordBytes = 2;
 constexpr std::size_t kMaxFields = 20;
 /* Mandatory header and 12 words more: what is looked at before a record is believed to be one. */
 constexpr std::size_t kSmallestRecordBytes = 114;

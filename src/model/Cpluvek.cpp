@@ -145,11 +145,11 @@ int Cpluvek::CopyPointerToObject(int index, Cpluvek& dst) {
 
 void Cpluvek::copy(Cpluvek** dst) {
     if (this == nullptr || dst == nullptr) return;
-    const int count = std::max(nrecords, 0);
-    std::unique_ptr<Cpluvek[]> fresh(new Cpluvek[static_cast<std::size_t>(count)]);
-    for (int i = 0; i < count; ++i) {
+    const auto count = static_cast<std::size_t>(std::max(nrecords, 0));
+    std::unique_ptr<Cpluvek[]> fresh(new Cpluvek[count]);
+    for (std::size_t i = 0; i < count; ++i) {
         const Cpluvek& source = this[i];
-        fresh[i].nrecords = count;
+        fresh[i].nrecords = static_cast<int>(count);
         fresh[i].nrays = nrays;
         fresh[i].ngates = ngates;
         fresh[i].recindex = source.recindex;

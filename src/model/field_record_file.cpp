@@ -15,6 +15,7 @@
 
 #include "base/array.h"
 #include "base/byte_cursor.h"
+#include "base/claims.h"
 #include "base/file.h"
 #include "base/message.h"
 #include "clutterclassifier/Cpluvek.h"
@@ -46,7 +47,7 @@ struct Grid {
 template <class Raw>
 Raw encode(float value, double scale, double offset) {
     constexpr double kTwoTo63 = 9223372036854775808.0;
-    const double raw = std::floor((value - offset) / scale + 0.5);
+    const double raw = std::floor((static_cast<double>(value) - offset) / scale + 0.5);
     if (!(raw >= -kTwoTo63 && raw < kTwoTo63)) return 0;
     return static_cast<Raw>(static_cast<std::int64_t>(raw));
 }
@@ -159,12 +160,25 @@ struct Block {
 
 enum class Verdict { kSound, kCutShort, kContradiction };
 
-/* A later block's own grid up to this size is believed, whatever the file holds. */
-constexpr std::size_t kSmallGrid = std::size_t{1} << 22;
+/* The blocks of a file as they are taken off one after the other. */
+struct BlockReader {
+    ByteCursor cursor;
+    std::size_t fileBytes;
+    std::optional<Grid> firstGrid;   /* of all blocks after the first one */
+    std::size_t declaredValues = 0;  // by headers, beyond the shared grids
 
-bool isSmall(const Grid& grid) {
-    return grid.angleCount() <= kSmallGrid && grid.valueCount() <= kSmallGrid;
-}
+    explicit BlockReader(Bytes file) : cursor(file), fileBytes(file.size()) {}
+
+    /* Whether a block's header may declare its own grid: the file holds the shared one. */
+    bool mayDeclare(const Block& block) {
+        const auto beyond = [](std::size_t own, std::size_t shared) {
+            return std::max(own, shared) - shared;
+        };
+        declaredValues += beyond(block.own.angleCount(), block.shared.angleCount());
+        declaredValues += beyond(block.own.valueCount(), block.shared.valueCount());
+        return clutter::base::mayDeclare(declaredValues, fileBytes);
+    }
+};
 
 /* Whether a grid of values can be in the bytes that are left, by division: no product overflows. */
 bool fits(const Grid& grid, std::size_t valueBytes, std::size_t remaining) {
@@ -180,16 +194,16 @@ Verdict judgeCounts(ByteCursor& cursor, std::size_t expected) {
     return agrees ? Verdict::kSound : Verdict::kContradiction;
 }
 
-/* Takes one block off the cursor. The first block's grid is the one of all blocks after it. */
-Verdict parseBlock(ByteCursor& cursor, const std::optional<Grid>& firstGrid, Block& block) {
+Verdict parseBlock(BlockReader& reader, Block& block) {
+    ByteCursor& cursor = reader.cursor;
     block.header = cursor.skip(kHeaderBytes);
     if (cursor.failed()) return Verdict::kCutShort;
     block.own = {intAt(block.header, kGatesOffset), intAt(block.header, kRaysOffset)};
-    block.shared = firstGrid.value_or(block.own);
+    block.shared = reader.firstGrid.value_or(block.own);
     if (block.own.negative()) return Verdict::kContradiction;
     const std::size_t valueBytes = storedValueBytes(intAt(block.header, kDatatypeOffset));
-    const bool believed = firstGrid && isSmall(block.own);
-    if (!believed && !fits(block.own, valueBytes, cursor.remaining())) return Verdict::kCutShort;
+    if (!fits(block.shared, valueBytes, cursor.remaining())) return Verdict::kCutShort;
+    if (!reader.mayDeclare(block)) return Verdict::kCutShort;
 
     const Verdict angleCounts = judgeCounts(cursor, block.shared.angleCount());
     if (angleCounts != Verdict::kSound) return angleCounts;
@@ -246,15 +260,14 @@ int Cpluvek::ReadDataFromFile(const char* file) {
     const auto bytes = clutter::base::readWholeFile(file);
     const int blocks = bytes ? declaredBlocks(*bytes) : 0;
     if (blocks == 0) return 0;
-    ByteCursor cursor(*bytes);
-    std::optional<Grid> grid;
+    BlockReader reader(*bytes);
     for (int i = 0; i < blocks; ++i) {
         Block block;
-        const Verdict verdict = parseBlock(cursor, grid, block);
+        const Verdict verdict = parseBlock(reader, block);
         if (verdict == Verdict::kContradiction) clutter::base::report("Error in Cpluvek!\n");
         if (verdict != Verdict::kSound) return 0;
         unpackBlock(block, this[i]);
-        grid = block.shared;
+        reader.firstGrid = block.shared;
     }
     return 1;
 }

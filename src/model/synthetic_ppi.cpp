@@ -37,21 +37,22 @@ std::unique_ptr<float[]> noise(std::size_t count) {
 
 std::unique_ptr<float[]> fullCircle(int nrays) {
     std::unique_ptr<float[]> angles(new float[static_cast<std::size_t>(nrays) + 1]);
-    angles[0] = 0.0f;
-    for (int r = 0; r < nrays; ++r) angles[1 + r] = partOfCircle(r, nrays);
+    float* out = angles.get();
+    *out++ = 0.0f;
+    for (int r = 0; r < nrays; ++r) *out++ = partOfCircle(r, nrays);
     return angles;
 }
 
 }  // namespace
 
-void Cpluvek::CreateDataSpaceforPPI(int nrays, int ngates) {
-    const std::size_t count = cellCount(ngates, nrays);
+void Cpluvek::CreateDataSpaceforPPI(int rays, int gates) {
+    const std::size_t count = cellCount(gates, rays);
     if (count == 0 || count > INT_MAX) return;
     Ctiempo().timenow(year, month, day, hour, minute, second);
     adopt(data, noise(count));
-    adopt(angles, fullCircle(nrays));
-    this->nrays = nrays;
-    this->ngates = ngates;
+    adopt(angles, fullCircle(rays));
+    nrays = rays;
+    ngates = gates;
     coordtype = clutter::model::kPolar;
     nrecords = 1;
     recindex = 0;

@@ -339,13 +339,28 @@ TEST_F(FromUniversalFormat, DegenerateHeaders) {
     EXPECT_EQ(record.ngates, 99);
 }
 
+/* Every ray gets the gates of the first one, in every field. */
 TEST_F(FromUniversalFormat, OneLongRayAmongManyShortOnesIsNotBlownUp) {
-    std::vector<UfRecord> rays(2000, ufRay({}));
-    rays[0] = ufRay({{"DZ", std::vector<int>(20000, 1)}});
-    read(rays);
-    Cpluvek record;
-    uf_.uf2pluvek(&record);
-    EXPECT_EQ(record.data, nullptr);
+    struct Case {
+        std::size_t nfields, nrays;
+        bool converted;
+    };
+    // 30,000 words of the first ray in a field, or the same words in each of 20.
+    for (const Case& c : {Case{1, 128, true}, Case{1, 130, false}, Case{20, 6, true},
+                          Case{20, 10, false}}) {
+        std::vector<UfRecord> rays(c.nrays, ufRay({}));
+        rays[0] = ufRay(std::vector<UfField>(c.nfields, {"DZ", {}}));
+        const std::size_t data = 63 + 27 * c.nfields;
+        for (std::size_t f = 0; f < c.nfields; ++f) {
+            const std::size_t header = 63 + 2 * c.nfields + 25 * f;
+            rays[0].set(header, static_cast<int>(data)).set(header + 5, 30000);
+        }
+        rays[0].set(data + 30000, 0);
+        read(rays);
+        Cpluvek records[20];
+        uf_.uf2pluvek(records);
+        EXPECT_EQ(records[0].data != nullptr, c.converted) << c.nfields << " x " << c.nrays;
+    }
 }
 
 TEST(DegreesMinutesSeconds, AreTruncatedWithTheSignOfTheAngle) {
