@@ -270,6 +270,9 @@ class CLUTTERCLASSIFIER_EXPORT Cradarpro {
      *   h_beam   h = (r^2 + R^2 + 2 r R sin(elevation))^0.5 - R
      *   r_beam   the larger root r of the same relation; NaN where the beam never gets there
      *   gama     the elevation under which a height is seen at a range; NaN where it cannot be
+     *
+     * Sine, arc sine and power are those of the C library. Where it runs on a processor without
+     * fused multiply-add, h_beam and gama may differ from other machines in the last bit.
      */
     void h_beam(double* range, double elevation, double* height, int n);
     void r_beam(double* height, double elevation, double* range, int n);
