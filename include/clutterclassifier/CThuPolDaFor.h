@@ -40,9 +40,9 @@ class CLUTTERCLASSIFIER_EXPORT CThuPolDaFor {
      *
      * Returns 1; 0 when the file cannot be opened; -1 when it is no polar data file, when there are
      * no rays or no gates (after a message), or when it declares more than 2^18 values, those of
-     * all fields together, and more than 64 for each of its bytes; -2 when the product is not known. After any other result than 1 the
-     * records are as they were. In a file that ends early every missing gate repeats the last one
-     * (the ray before, where a product stores whole rays).
+     * all fields together, and more than 64 for each of its bytes; -2 when the product is not
+     * known. After any other result than 1 the records are as they were. In a file that ends early
+     * every missing gate repeats the last one (the ray before, where a product stores whole rays).
      */
     int ReadPolarData(char* path, Cpluvek* fields, int layout, int skipcorrection);
 

@@ -82,9 +82,8 @@ std::optional<std::vector<unsigned char>> readWholeFile(const char* path) {
 
 std::optional<std::vector<unsigned char>> readTextFile(const char* path) {
     LineLength line;
-    return readFile(path, [&line](const unsigned char* piece, std::size_t n) {
-        return line.follow(piece, n);
-    });
+    return readFile(
+        path, [&line](const unsigned char* piece, std::size_t n) { return line.follow(piece, n); });
 }
 
 }  // namespace clutter::base

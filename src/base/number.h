@@ -31,7 +31,7 @@ inline float roundToFloat(double value) {
     constexpr float kLargest = std::numeric_limits<float>::max();
     constexpr double kMidway = 0x1.ffffffp127;  // from there on, infinity is the nearest
     const double size = std::fabs(value);
-    if (!(size > kLargest)) return static_cast<float>(value);
+    if (!(size > static_cast<double>(kLargest))) return static_cast<float>(value);
     const float rounded = size < kMidway ? kLargest : std::numeric_limits<float>::infinity();
     return std::signbit(value) ? -rounded : rounded;
 }

@@ -48,7 +48,8 @@ float meanOfFirstRuns(const float* phidp, int ngates, int nrays, int nwin, Quali
         count += nwin;
     }
     const float counted = static_cast<float>(count);
-    return counted >= kLeastShareOfRays * nwin * nrays && count > 0 ? sum / counted : 0.0f;
+    const bool enough = static_cast<double>(counted) >= kLeastShareOfRays * nwin * nrays;
+    return enough && count > 0 ? sum / counted : 0.0f;
 }
 
 /*

@@ -34,7 +34,7 @@ constexpr double kLargestDifferenceDb = 1.0;
 
 /* Linear values of all profiles, level by level. */
 std::optional<std::vector<double>> readProfiles(const char* path) {
-    const auto bytes = base::readWholeFile(path);
+    const auto bytes = base::readTextFile(path);
     if (!bytes) return std::nullopt;
     base::TokenReader tokens({reinterpret_cast<const char*>(bytes->data()), bytes->size()});
     std::vector<double> values(std::size_t{kProfiles} * kLevels, 1.0);
@@ -120,8 +120,8 @@ int Cradarpro::GetVPR(double** vpr, int& nprofiles, int& nlevels, int& reflevel,
     if (!levels) return 0;
     std::unique_ptr<double[]> profiles(new double[levels->size()]);
     auto value = levels->begin();
-    for (std::ptrdiff_t i = 0; i < kLevels; ++i) {
-        for (std::ptrdiff_t j = 0; j < kProfiles; ++j) profiles[i + kLevels * j] = *value++;
+    for (std::size_t i = 0; i < kLevels; ++i) {
+        for (std::size_t j = 0; j < kProfiles; ++j) profiles[i + kLevels * j] = *value++;
     }
     base::adopt(*vpr, std::move(profiles));
     nprofiles = kProfiles;

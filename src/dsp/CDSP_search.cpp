@@ -97,7 +97,9 @@ void CDSP::GetNearest(double* x, int n, double target, double& value, int& index
 }
 
 void CDSP::GetNearest(float* x, int n, float target, float& value, int& index) {
-    const auto distance = [target](double element) { return std::fabs(element - target); };
+    const auto distance = [wanted = static_cast<double>(target)](float element) {
+        return std::fabs(static_cast<double>(element) - wanted);
+    };
     findNearestElement(x, n, distance, value, index);
 }
 
@@ -202,6 +204,6 @@ void CDSP::GenerateNormallyDistributed(float* out, int n, float mean, float sd) 
 void CDSP::AddNoiseNormallyDistributed(float* x, int n, float mean, float sd) {
     clutter::dsp::reseed();
     for (int i = 0; x != nullptr && i < n; ++i) {
-        x[i] = static_cast<float>(x[i] + clutter::dsp::drawNormal(mean, sd));
+        x[i] = static_cast<float>(static_cast<double>(x[i]) + clutter::dsp::drawNormal(mean, sd));
     }
 }

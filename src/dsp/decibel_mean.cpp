@@ -42,7 +42,8 @@ CLUTTER_KERNEL void powersOf(const float* values, const float* lanes, double* __
         const float value = values[g];
         const bool inside = value >= -kMostDecibels && value <= kMostDecibels;
         const double power = powerOfTen(0.1 * static_cast<double>(inside ? value : 0.0f));
-        const double outside = value < kNoPower ? 0.0 : value != value ? value : kInfinity;
+        const double same = static_cast<double>(value);
+        const double outside = value < kNoPower ? 0.0 : value != value ? same : kInfinity;
         const double member = inside ? power : outside;
         powers[g] = lanes[g] != 0.0f ? member : 0.0;
     }

@@ -20,7 +20,8 @@ void fillUniform(T* out, int n, T min, T max) {
     reseed();
     for (int i = 0; out != nullptr && i < n; ++i) {
         const T product = static_cast<T>(std::rand()) * (max - min);
-        out[i] = static_cast<T>(product / kRandomRange + min);
+        out[i] =
+            static_cast<T>(static_cast<double>(product) / kRandomRange + static_cast<double>(min));
     }
 }
 

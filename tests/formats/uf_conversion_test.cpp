@@ -346,8 +346,8 @@ TEST_F(FromUniversalFormat, OneLongRayAmongManyShortOnesIsNotBlownUp) {
         bool converted;
     };
     // 30,000 words of the first ray in a field, or the same words in each of 20.
-    for (const Case& c : {Case{1, 128, true}, Case{1, 130, false}, Case{20, 6, true},
-                          Case{20, 10, false}}) {
+    for (const Case& c :
+         {Case{1, 128, true}, Case{1, 130, false}, Case{20, 6, true}, Case{20, 10, false}}) {
         std::vector<UfRecord> rays(c.nrays, ufRay({}));
         rays[0] = ufRay(std::vector<UfField>(c.nfields, {"DZ", {}}));
         const std::size_t data = 63 + 27 * c.nfields;
