@@ -198,7 +198,8 @@ bool QuickVerdict::addInput(int input, const Term& rule0, const Term& rule1) {
     // Ends of the cells, outward, then NaN.
     std::vector<float> ends;
     const auto edge = [&ratio](double cells) {
-        return static_cast<float>(ratio.origin + cells / static_cast<double>(ratio.cellsPerUnit));
+        return static_cast<float>(static_cast<double>(ratio.origin) +
+                                  cells / static_cast<double>(ratio.cellsPerUnit));
     };
     for (int c = 0; c < kCells; ++c) {
         ends.push_back(c == 0 ? -kInfinity : std::nextafter(edge(c - kCellOverlap), -kInfinity));
