@@ -252,6 +252,25 @@ inline const Packing* findPacking(int product, int layout) {
     return nullptr;
 }
 
+/* The fewest bytes of a gate of a product in any layout. */
+inline std::size_t smallestGateBytes(int product) {
+    for (const Packing& packing : kPackings) {
+        if (packing.product == product) return packing.gateBytes;  // 252 comes first
+    }
+    const SingleParameterProduct* single = findSingleParameter(product);
+    return single != nullptr ? storedBytes(single->storage) : 0;
+}
+
+/* Bytes of a whole file of these counts (16 bits each: no overflow). In a layout that the product
+ * does not have, gates count as in the smallest one. */
+inline std::size_t bytesAskedFor(int product, int layout, int nrays, int ngates) {
+    const Packing* packing = findPacking(product, layout);
+    const std::size_t packed = packing != nullptr ? packing->gateBytes : smallestGateBytes(product);
+    const std::size_t layer = findSingleParameter(product) != nullptr ? 1 : 0;
+    const std::size_t rayBytes = static_cast<std::size_t>(ngates) * (packed + layer);
+    return kPolarHeaderBytes + static_cast<std::size_t>(nrays) * (kRayHeaderBytes + rayBytes);
+}
+
 }  // namespace clutter::formats
 
 #endif
