@@ -18,6 +18,7 @@
 #include "commands/process.h"
 #include "commands/repack.h"
 #include "report/exit_code.h"
+#include "scan/formats/output_file.h"
 
 namespace {
 
@@ -60,6 +61,7 @@ bool flushOutput() {
 }  // namespace
 
 int main(int argc, char** argv) try {
+    scan::removeTemporariesWhenInterrupted();
     CLI::App app(
         "Tells precipitation from ground clutter and noise in dual-polarisation radar "
         "scans.",

@@ -22,8 +22,6 @@
 #include "options/membership_dir.h"
 #include "options/output_ending.h"
 #include "options/selection.h"
-#include "output/class_output.h"
-#include "output/record_output.h"
 #include "picture/picture.h"
 #include "report/damage_note.h"
 #include "report/exit_code.h"
@@ -31,6 +29,8 @@
 #include "report/summary.h"
 #include "scan/classes/classify_sweep.h"
 #include "scan/formats/read_scan.h"
+#include "scan/formats/record/write_record.h"
+#include "scan/formats/write_classes.h"
 
 namespace cli {
 
@@ -256,30 +256,22 @@ class Run {
         std::vector<SweepClasses> classes;
         for (size_t s = 0; s < sweeps.size(); ++s)
             classes.push_back({sweeps[s], &results[s].classes});
-        if (!job.plot.empty()) draw(job, scan, classes, results);
+        if (!job.plot.empty()) draw(job, scan, sweeps, results);
         if (job.output.empty()) return;
-        noteLostElevations(job, sweeps);
-        for (const std::string& path : writeClasses(job.output, scan, words, classes))
-            announce(path);
+        const WrittenFiles written = writeClasses(job.output, scan, words, classes);
+        if (!arguments_.quiet)
+            for (const std::string& note : written.notes) std::printf("  note: %s\n", note.c_str());
+        for (const std::string& path : written.paths) announce(path);
     }
 
-    void draw(const Job& job, const Scan& scan, const std::vector<SweepClasses>& classes,
+    void draw(const Job& job, const Scan& scan, const std::vector<const Sweep*>& sweeps,
               const std::vector<ClassifiedSweep>& results) {
-        const std::vector<std::string> paths = sweepPaths(job.plot, scan, classes);
+        const std::vector<std::string> paths = sweepPaths(job.plot, scan, sweeps);
         for (size_t s = 0; s < paths.size(); ++s) {
-            drawClasses(scan, *classes[s].sweep, *results[s].fields[Role::kZhh], results[s].classes,
-                        {}, paths[s]);
+            drawClasses(scan, *sweeps[s], *results[s].fields[Role::kZhh], results[s].classes, {},
+                        paths[s]);
             announce(paths[s]);
         }
-    }
-
-    /* A field record keeps one elevation. */
-    void noteLostElevations(const Job& job, const std::vector<const Sweep*>& sweeps) const {
-        const std::string ending = lowerCase(fs::path(job.output).extension().string());
-        const bool rhi = std::any_of(sweeps.begin(), sweeps.end(),
-                                     [](const Sweep* sweep) { return sweep->rhi; });
-        if (rhi && ending != ".uf" && ending != ".csv" && !arguments_.quiet)
-            cli::noteLostElevations("a field record file");
     }
 
     void announce(const std::string& path) const {

@@ -15,13 +15,13 @@
 #include "options/layout_option.h"
 #include "options/output_ending.h"
 #include "options/selection.h"
-#include "output/output_file.h"
-#include "output/record_output.h"
-#include "output/uf_output.h"
 #include "report/damage_note.h"
 #include "scan/fields/roles.h"
+#include "scan/formats/output_file.h"
 #include "scan/formats/polar/read_polar.h"
 #include "scan/formats/read_scan.h"
+#include "scan/formats/record/write_record.h"
+#include "scan/formats/uf/write_uf.h"
 
 namespace cli {
 
@@ -54,17 +54,14 @@ Scan withOneSweep(const Scan& scan, const ConvertArguments& arguments) {
     return single;
 }
 
-void writeRecords(const Scan& scan, const std::string& path) {
+void printNote(const std::string& note) {
+    std::printf("  note: %s\n", note.c_str());
+}
+
+void writeAsRecords(const Scan& scan, const OutputFile& file) {
     const Sweep& sweep = scan.sweeps[0];
-    if (sweep.rhi) noteLostElevations("a field record file");
-    const std::unique_ptr<Cpluvek[]> records(new Cpluvek[std::max<size_t>(sweep.fields.size(), 1)]);
-    for (size_t f = 0; f < sweep.fields.size(); ++f) {
-        fillFieldRecord(scan, sweep, sweep.fields[f].name, sweep.fields[f].units,
-                        sweep.fields[f].values, records[f]);
-        records[f].recindex = static_cast<int>(f);
-        records[f].nrecords = static_cast<int>(sweep.fields.size());
-    }
-    requireWritten(path, [&] { return records[0].WriteDataToFile(path.c_str()) == 1; });
+    if (sweep.rhi) printNote(lostElevationsNote("a field record file"));
+    writeRecords(file, scan, sweep, sweep.fields);
 }
 
 /* The site goes into unsigned words of 16 bits: what does not fit wraps. */
@@ -93,10 +90,10 @@ float constantFor(const Scan& scan) {
 }
 
 /* The layer tells which gates have a value: integers have no other way to say so. */
-void writePolar(const Scan& scan, const ConvertArguments& arguments, const std::string& path) {
+void writePolar(const Scan& scan, const ConvertArguments& arguments, const OutputFile& file) {
     const Sweep& sweep = scan.sweeps[0];
     const Field& field = chooseField(sweep, arguments.field);
-    if (sweep.rhi) noteLostElevations("a polar data file");
+    if (sweep.rhi) printNote(lostElevationsNote("a polar data file"));
     Cpluvek values, layer;
     fillFieldRecord(scan, sweep, field.name, field.units, field.values, values);
     values.radarid = static_cast<short>(arguments.product);
@@ -106,8 +103,9 @@ void writePolar(const Scan& scan, const ConvertArguments& arguments, const std::
     for (size_t i = 0; i < present.size(); ++i) present[i] = std::isnan(field.values[i]) ? 0 : 1;
     fillFieldRecord(scan, sweep, "layer", "", present, layer);
     CThuPolDaFor polar;
-    requireWritten(
-        path, [&] { return polar.WriteSingleParameterData(path.c_str(), &values, &layer) == 1; });
+    requireWritten(file, [&] {
+        return polar.WriteSingleParameterData(file.temporary().c_str(), &values, &layer) == 1;
+    });
 }
 
 std::string endingOf(const std::string& path) {
@@ -133,13 +131,13 @@ void convert(const ConvertArguments& arguments) {
     const std::string ending = endingOf(arguments.output);
     OutputFile file(arguments.output);
     if (ending == ".uf" && words != nullptr && !arguments.sweep)
-        writeUniversalFormat(file.temporary(), scan, words.get());
+        writeUniversalFormat(file, scan, words.get());
     else if (ending == ".uf")
-        writeUniversalFormat(file.temporary(), withOneSweep(scan, arguments), nullptr);
+        writeUniversalFormat(file, withOneSweep(scan, arguments), nullptr);
     else if (ending == ".pol")
-        writePolar(withOneSweep(scan, arguments), arguments, file.temporary());
+        writePolar(withOneSweep(scan, arguments), arguments, file);
     else
-        writeRecords(withOneSweep(scan, arguments), file.temporary());
+        writeAsRecords(withOneSweep(scan, arguments), file);
     file.commit();
     std::printf("wrote %s\n", arguments.output.c_str());
 }

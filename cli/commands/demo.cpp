@@ -14,13 +14,13 @@
 
 #include "clutterclassifier/clutterclassifier.h"
 #include "options/membership_dir.h"
-#include "output/output_file.h"
-#include "output/uf_output.h"
 #include "picture/picture.h"
 #include "report/scores.h"
 #include "scan/classes/classify_sweep.h"
 #include "scan/classes/membership_files.h"
 #include "scan/fields/roles.h"
+#include "scan/formats/output_file.h"
+#include "scan/formats/uf/write_uf.h"
 #include "scan/synthetic/synthetic.h"
 
 namespace cli {
@@ -137,7 +137,7 @@ void writeScan(Scan scan, const std::string& path) {
     scan.radarName = "DEMO";
     scan.time = {2000, 1, 1};
     OutputFile file(path);
-    writeUniversalFormat(file.temporary(), scan, nullptr);
+    writeUniversalFormat(file, scan, nullptr);
     file.commit();
     std::printf("Scan: %s\n", path.c_str());
 }

@@ -15,13 +15,14 @@
 #include "clutterclassifier/clutterclassifier.h"
 #include "options/layout_option.h"
 #include "options/selection.h"
-#include "output/library_output.h"
-#include "output/output_file.h"
-#include "output/record_output.h"
 #include "report/damage_note.h"
+#include "scan/fields/find_field.h"
 #include "scan/fields/roles.h"
+#include "scan/formats/library_output.h"
+#include "scan/formats/output_file.h"
 #include "scan/formats/read_scan.h"
 #include "scan/formats/record/read_record.h"
+#include "scan/formats/record/write_record.h"
 
 namespace cli {
 
@@ -95,40 +96,40 @@ void load(const ExportArguments& arguments, Source& source) {
     loadSweep(arguments, source);
 }
 
-void writeTableFile(Source& source, const std::string& path) {
+void writeTableFile(Source& source, const OutputFile& file) {
     if (source.grid) throw std::runtime_error("is a grid: a table needs a scan; use asc or bin");
-    writeTable(path, source.record);
+    writeTable(file, source.record);
 }
 
 /* x runs along the record's rays, y along its gates: column-major, as the operation has it. */
-void writeGridFile(Source& source, const std::string& path) {
+void writeGridFile(Source& source, const OutputFile& file) {
     if (!source.grid) throw std::runtime_error("is a scan: an ASCII grid needs a Cartesian record");
     Cpluvek& record = source.record;
     for (size_t i = 0; i < source.size(); ++i)
         if (std::isnan(record.data[i])) record.data[i] = kNoData;
-    std::string name = path;
+    std::string name = file.temporary();
     std::string nodata = std::to_string(static_cast<int>(kNoData));
     CDSP dsp;
-    requireWritten(path, [&] {
+    requireWritten(file, [&] {
         dsp.SaveDataToGISformat(name.data(), record.data, record.ngates, record.nrays, 0,
                                 record.ngates, 0, record.nrays, record.axislimits0[0],
                                 record.axislimits0[3], record.gatesize, nodata.data(), 0);
-        return holdsLines(path, kGridHeaderLines + static_cast<size_t>(record.ngates));
+        return holdsLines(name, kGridHeaderLines + static_cast<size_t>(record.ngates));
     });
 }
 
-void writeRaw(Source& source, const std::string& path) {
+void writeRaw(Source& source, const OutputFile& file) {
     constexpr int kOverwrite = 1;
-    std::string name = path;
+    std::string name = file.temporary();
     CDSP dsp;
-    requireWritten(path, [&] {
+    requireWritten(file, [&] {
         dsp.savedata2binary(name.data(), source.record.data, static_cast<int>(source.size()),
                             kOverwrite);
-        return holdsBytes(path, source.size() * sizeof(float));
+        return holdsBytes(name, source.size() * sizeof(float));
     });
 }
 
-using Writer = void (*)(Source&, const std::string&);
+using Writer = void (*)(Source&, const OutputFile&);
 
 Writer writerFor(const ExportArguments& arguments) {
     static const std::map<std::string, Writer> kWriters = {
@@ -152,7 +153,7 @@ void runExport(const ExportArguments& arguments) {
         Source source;
         load(arguments, source);
         OutputFile file(arguments.output);
-        writer(source, file.temporary());
+        writer(source, file);
         file.commit();
     } catch (const std::bad_alloc&) {
         throw;

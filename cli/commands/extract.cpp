@@ -17,12 +17,12 @@
 #include "options/finite_option.h"
 #include "options/layout_option.h"
 #include "options/selection.h"
-#include "output/library_output.h"
-#include "output/output_file.h"
-#include "output/samples.h"
 #include "report/damage_note.h"
 #include "scan/fields/roles.h"
+#include "scan/formats/library_output.h"
+#include "scan/formats/output_file.h"
 #include "scan/formats/read_scan.h"
+#include "scan/points/samples.h"
 
 namespace cli {
 
@@ -131,9 +131,9 @@ void printTable(const Extract& extract, std::FILE* out) {
     }
 }
 
-void writeTableFile(const Extract& extract, const std::string& path) {
-    requireWritten(path, [&] {
-        std::FILE* file = std::fopen(path.c_str(), "w");
+void writeTableFile(const Extract& extract, const OutputFile& output) {
+    requireWritten(output, [&] {
+        std::FILE* file = std::fopen(output.temporary().c_str(), "w");
         if (file == nullptr) return false;
         printTable(extract, file);
         const bool written = std::ferror(file) == 0;
@@ -146,7 +146,7 @@ unsigned secondsOf(const DateTime& t) {
     return time.GetSecondsSince1970(t.year, t.month, t.day, t.hour, t.minute, t.second);
 }
 
-void writeColumnFile(const Extract& extract, const std::string& path) {
+void writeColumnFile(const Extract& extract, const OutputFile& file) {
     constexpr int kOverwrite = 1;
     constexpr int kThreeDecimals = 3;
     const size_t rows = extract.points.size();
@@ -158,12 +158,12 @@ void writeColumnFile(const Extract& extract, const std::string& path) {
         cells.push_back(extract.points.second[i]);
         for (const std::vector<float>& column : extract.samples.columns) cells.push_back(column[i]);
     }
-    std::string name = path;
+    std::string name = file.temporary();
     CDSP dsp;
-    requireWritten(path, [&] {
+    requireWritten(file, [&] {
         dsp.SaveDataToFile(name.data(), times.data(), cells.data(), static_cast<int>(rows),
                            static_cast<int>(columns), kOverwrite, kThreeDecimals);
-        return holdsLines(path, rows);
+        return holdsLines(name, rows);
     });
 }
 
@@ -171,9 +171,9 @@ void write(const Extract& extract, const std::string& output) {
     if (output.empty()) return printTable(extract, stdout);
     OutputFile file(output);
     if (lowerCase(std::filesystem::path(output).extension().string()) == ".csv")
-        writeTableFile(extract, file.temporary());
+        writeTableFile(extract, file);
     else
-        writeColumnFile(extract, file.temporary());
+        writeColumnFile(extract, file);
     file.commit();
 }
 

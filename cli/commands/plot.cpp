@@ -13,6 +13,7 @@
 #include "options/selection.h"
 #include "picture/picture.h"
 #include "report/damage_note.h"
+#include "scan/fields/find_field.h"
 #include "scan/formats/read_scan.h"
 
 namespace cli {

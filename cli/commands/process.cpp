@@ -18,16 +18,16 @@
 #include "options/membership_dir.h"
 #include "options/output_ending.h"
 #include "options/selection.h"
-#include "output/class_output.h"
-#include "output/output_file.h"
 #include "output/process_output.h"
-#include "output/samples.h"
 #include "picture/picture.h"
 #include "report/damage_note.h"
 #include "report/exit_code.h"
 #include "report/progress.h"
 #include "report/summary.h"
+#include "scan/formats/output_file.h"
 #include "scan/formats/read_scan.h"
+#include "scan/formats/write_classes.h"
+#include "scan/points/samples.h"
 #include "scan/process/configuration.h"
 #include "scan/process/process_sweep.h"
 #include "scan/quiet_library.h"
@@ -224,9 +224,7 @@ class Run {
     /* Names of one kind of result, one a sweep. */
     std::vector<std::string> pathsFor(const std::string& path, const Scan& scan) const {
         if (path.empty()) return {};
-        std::vector<SweepClasses> entries;
-        for (const Sweep* sweep : sweeps_) entries.push_back({sweep, nullptr});
-        return sweepPaths(path, scan, entries);
+        return sweepPaths(path, scan, sweeps_);
     }
 
     void write(const Scan& scan) {
@@ -238,7 +236,7 @@ class Run {
         for (size_t s = 0; s < outputs.size(); ++s) {
             files.push_back(std::make_unique<OutputFile>(outputs[s]));
             const auto writer = isUniversalFormat ? writeProcessedWords : writeProcessedRecords;
-            writer(files.back()->temporary(), scan, processed_[s]);
+            writer(*files.back(), scan, processed_[s]);
         }
         for (size_t s = 0; s < pictures.size(); ++s) draw(scan, processed_[s], pictures[s]);
         for (const auto& file : files) file->commit();

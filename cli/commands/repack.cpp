@@ -10,8 +10,8 @@
 
 #include "clutterclassifier/clutterclassifier.h"
 #include "options/layout_option.h"
-#include "output/output_file.h"
 #include "report/damage_note.h"
+#include "scan/formats/output_file.h"
 #include "scan/formats/read_scan.h"
 
 namespace cli {
@@ -46,7 +46,7 @@ void repack(const RepackArguments& arguments) {
     std::string in = arguments.input, out = file.temporary();
     errno = 0;
     if (polar.PackAgainDataFiles(in.data(), out.data(), arguments.read.polarLayout) != 1) {
-        if (const int reason = errno; reason != 0) failWriting(out, reason);
+        if (const int reason = errno; reason != 0) failWriting(file.target(), reason);
         throw std::runtime_error(kUnchanged);
     }
     const Scan shorter = readScan(out, arguments.read);

@@ -2,6 +2,7 @@
 
 #include <stdexcept>
 
+#include "scan/fields/find_field.h"
 #include "scan/fields/roles.h"
 
 namespace cli {
@@ -28,24 +29,6 @@ const Sweep& findOnlySweep(const Scan& scan, std::optional<int> number) {
         throw std::runtime_error("holds " + std::to_string(found.size()) +
                                  " sweeps, and such a file one: choose with --sweep");
     return *found.front();
-}
-
-size_t findName(const std::vector<std::string>& names, const std::string& name) {
-    for (size_t i = 0; i < names.size(); ++i) {
-        if (names[i] == name) return i;
-    }
-    std::string all;
-    for (size_t i = 0; i < names.size(); ++i) {
-        if (lowerCase(names[i]) == lowerCase(name)) return i;
-        all += " " + names[i];
-    }
-    throw std::runtime_error("has no field " + name + " among:" + all);
-}
-
-const Field& findField(const Sweep& sweep, const std::string& name) {
-    std::vector<std::string> names;
-    for (const Field& field : sweep.fields) names.push_back(field.name);
-    return sweep.fields[findName(names, name)];
 }
 
 const Field& chooseField(const Sweep& sweep, const std::string& name) {

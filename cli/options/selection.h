@@ -16,13 +16,6 @@ const scan::Sweep& findSweep(const scan::Scan& scan, std::optional<int> number);
 std::vector<const scan::Sweep*> findSweeps(const scan::Scan& scan, std::optional<int> number);
 const scan::Sweep& findOnlySweep(const scan::Scan& scan, std::optional<int> number);
 
-/* As the file writes it, or else in another case. Throws std::runtime_error that lists the names.
- */
-const scan::Field& findField(const scan::Sweep& sweep, const std::string& name);
-
-/* The same among names; gives the place. */
-size_t findName(const std::vector<std::string>& names, const std::string& name);
-
 /* The field of a name; without one the reflectivity, or else whatever comes first. */
 const scan::Field& chooseField(const scan::Sweep& sweep, const std::string& name);
 

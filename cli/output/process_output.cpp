@@ -9,12 +9,12 @@
 #include <stdexcept>
 
 #include "clutterclassifier/clutterclassifier.h"
-#include "output/class_output.h"
-#include "output/library_output.h"
-#include "output/output_file.h"
-#include "output/record_output.h"
-#include "output/uf_output.h"
 #include "scan/fields/roles.h"
+#include "scan/formats/library_output.h"
+#include "scan/formats/output_file.h"
+#include "scan/formats/record/write_record.h"
+#include "scan/formats/uf/write_uf.h"
+#include "scan/formats/write_classes.h"
 
 namespace cli {
 
@@ -73,7 +73,7 @@ Points withinGates(const GatePoints& at, const Sweep& sweep) {
 
 }  // namespace
 
-void writeProcessedRecords(const std::string& path, const Scan& scan,
+void writeProcessedRecords(const OutputFile& file, const Scan& scan,
                            const ProcessedSweep& processed) {
     std::vector<Field> fields = processed.sweep.fields;
     if (processed.hasClasses) fields.push_back(classField(processed));
@@ -84,10 +84,10 @@ void writeProcessedRecords(const std::string& path, const Scan& scan,
         records[f].recindex = static_cast<int>(f);
         records[f].nrecords = records[f].nsets = static_cast<int>(fields.size());
     }
-    requireWritten(path, [&] { return records[0].WriteDataToFile(path.c_str()) == 1; });
+    requireWritten(file, [&] { return records[0].WriteDataToFile(file.temporary().c_str()) == 1; });
 }
 
-void writeProcessedWords(const std::string& path, const Scan& scan,
+void writeProcessedWords(const OutputFile& file, const Scan& scan,
                          const ProcessedSweep& processed) {
     Sweep sweep = processed.sweep;
     sweep.fields.clear();
@@ -97,14 +97,12 @@ void writeProcessedWords(const std::string& path, const Scan& scan,
         sweep.fields.push_back(field);
         sweep.fields.back().name = name;
     }
-    if (!processed.hasClasses) {
-        Scan single = scan;
-        single.sweeps.assign(1, sweep);
-        return writeUniversalFormat(path, single, static_cast<Cufrw*>(nullptr));
-    }
+    Scan single = scan;
+    single.sweeps.assign(1, sweep);
+    if (!processed.hasClasses) return writeUniversalFormat(file, single, nullptr);
     std::vector<float> classes = processed.classified.classes;
     classes.resize(sweep.fields[0].values.size(), NAN);
-    writeUniversalFormat(path, scan, {&sweep, &classes});
+    writeUniversalFormat(file, single, nullptr, {{&single.sweeps[0], &classes}});
 }
 
 Field processedField(const ProcessedSweep& processed, const std::string& name) {

@@ -5,16 +5,17 @@
 #include <string>
 #include <vector>
 
-#include "output/samples.h"
+#include "scan/formats/output_file.h"
+#include "scan/points/samples.h"
 #include "scan/process/process_sweep.h"
 
 namespace cli {
 
 /* Universal Format, or a field record file with all fields and the classes. Throw
  * std::runtime_error. */
-void writeProcessedWords(const std::string& path, const scan::Scan& scan,
+void writeProcessedWords(const scan::OutputFile& file, const scan::Scan& scan,
                          const scan::ProcessedSweep& processed);
-void writeProcessedRecords(const std::string& path, const scan::Scan& scan,
+void writeProcessedRecords(const scan::OutputFile& file, const scan::Scan& scan,
                            const scan::ProcessedSweep& processed);
 
 /* A field by its record name or by its Universal Format name; the classes are CCl. Throws
@@ -28,7 +29,7 @@ scan::Field processedField(const scan::ProcessedSweep& processed, const std::str
  * get its line.
  */
 size_t appendSamples(const std::string& prefix, const scan::DateTime& time,
-                     scan::ProcessedSweep& processed, const Points& points,
+                     scan::ProcessedSweep& processed, const scan::Points& points,
                      std::vector<std::string>& written);
 
 }  // namespace cli

@@ -12,8 +12,8 @@
 #include <numbers>
 #include <stdexcept>
 
-#include "output/output_file.h"
 #include "picture/picture.h"
+#include "scan/formats/output_file.h"
 
 namespace cli {
 
@@ -51,8 +51,8 @@ void requireSuccess(cairo_status_t status) {
 }
 
 void writeFile(const std::string& path, const std::vector<unsigned char>& bytes) {
-    OutputFile output(path);
-    requireWritten(output.temporary(), [&] {
+    scan::OutputFile output(path);
+    scan::requireWritten(output, [&] {
         std::FILE* file = std::fopen(output.temporary().c_str(), "wb");
         if (file == nullptr) return false;
         const bool written = std::fwrite(bytes.data(), 1, bytes.size(), file) == bytes.size();

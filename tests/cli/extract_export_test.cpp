@@ -10,8 +10,8 @@
 
 #include "clutterclassifier/clutterclassifier.h"
 #include "formats/uf_bytes.h"
-#include "output/samples.h"
 #include "run_program.h"
+#include "scan/points/samples.h"
 #include "support/temp_dir.h"
 
 namespace {
@@ -107,7 +107,7 @@ TEST_F(Files, ExtractTurnsMapPointsIntoRangeAndAzimuth) {
         runProgram("extract " + scan_ + " " + list + " --map --origin 10000,20000");
     EXPECT_EQ(outcome.code, 0);
     EXPECT_EQ(outcome.out, "x,y,DZ,VR\n13000,20000,8,4\n7878.5,17878.5,22,4\n9999,23000,35,4\n");
-    const cli::Points polar = cli::polarFromMap({{0.0f}, {-1000.0f}}, 0, 0, 60);
+    const scan::Points polar = scan::polarFromMap({{0.0f}, {-1000.0f}}, 0, 0, 60);
     EXPECT_NEAR(polar.first[0], 2000, 0.01);
     EXPECT_NEAR(polar.second[0], 180, 1e-4);
 }
@@ -123,13 +123,13 @@ TEST_F(Files, SectorsHaveNoValuesOutside) {
     scan::Field field{"DZ", "dBZ", {}};
     for (int r = 0; r < 21; ++r) field.values.push_back(static_cast<float>(r));
     sweep.fields = {field};
-    const cli::Points at{std::vector<float>(6, 100.0f), {350, 359.6f, 0, 10.9f, 12, 180}};
-    const std::vector<float> values = cli::sampleSweep(scan, sweep, at, {"dz"}).columns[0];
+    const scan::Points at{std::vector<float>(6, 100.0f), {350, 359.6f, 0, 10.9f, 12, 180}};
+    const std::vector<float> values = scan::sampleSweep(scan, sweep, at, {"dz"}).columns[0];
     EXPECT_EQ(std::vector<float>(values.begin(), values.begin() + 4),
               (std::vector<float>{0, 10, 10, 20}));
     EXPECT_TRUE(std::isnan(values[4]) && std::isnan(values[5]));
     sweep.rhi = true;
-    EXPECT_THROW(cli::sampleSweep(scan, sweep, at, {}), std::runtime_error);
+    EXPECT_THROW(scan::sampleSweep(scan, sweep, at, {}), std::runtime_error);
 }
 
 TEST_F(Files, ExtractFromAGridTakesCells) {
@@ -141,13 +141,13 @@ TEST_F(Files, ExtractFromAGridTakesCells) {
 }
 
 TEST_F(Files, PointsAreTwoNumbersALine) {
-    const cli::Points points = cli::readPoints(this->points(" 1e3\t-2.5\r\n\n \n0 7"));
+    const scan::Points points = scan::readPoints(this->points(" 1e3\t-2.5\r\n\n \n0 7"));
     EXPECT_EQ(points.first, (std::vector<float>{1000, 0}));
     EXPECT_EQ(points.second, (std::vector<float>{-2.5, 7}));
     for (const char* line : {"1", "1 2 3", "range azimuth", "1 2km", "1 nan", "inf 1", "1 1e39"}) {
         const std::string list = this->points(std::string("1 2\n") + line + "\n3 4\n");
         try {
-            cli::readPoints(list);
+            scan::readPoints(list);
             ADD_FAILURE() << line;
         } catch (const std::runtime_error& error) {
             EXPECT_STREQ(error.what(), "line 2: two numbers are expected") << line;

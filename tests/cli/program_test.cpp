@@ -194,8 +194,23 @@ TEST_F(Program, WhatCannotBeWrittenIsToldWithItsReason) {
             << row.arguments;
     }
     const Outcome ourselves = runProgram("classify -q " + scan_ + " -o " +
-                                         directory_.file(std::string(250, 'x') + ".uf"));
+                                         directory_.file(std::string(253, 'x') + ".uf"));
     EXPECT_NE(ourselves.out.find("xx.uf: File name too long"), std::string::npos) << ourselves.out;
+}
+
+/* A new file takes the place of the old one: its permissions stay, and any name that a directory
+ * can hold is one for an output. */
+TEST_F(Program, OutputKeepsPermissionsAndTakesAnyName) {
+    const std::string secret = directory_.file("secret.csv");
+    writeFile(secret, {});
+    fs::permissions(secret, fs::perms::owner_read | fs::perms::owner_write);
+    EXPECT_EQ(runProgram("classify -q " + scan_ + " -o " + secret).code, 0);
+    EXPECT_GT(fs::file_size(secret), 0u);
+    EXPECT_EQ(fs::status(secret).permissions(), fs::perms::owner_read | fs::perms::owner_write);
+    const std::string odd = directory_.file("\xff" + std::string(250, 'x') + ".uf");
+    EXPECT_EQ(runProgram("classify -q " + scan_ + " -o " + odd).code, 0);
+    EXPECT_TRUE(fs::exists(odd));
+    EXPECT_EQ(filesIn(directory_.path()).size(), 3u) << "nothing else is left behind";
 }
 
 /* Devices, pipes and links are no files to be replaced. */

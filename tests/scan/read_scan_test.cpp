@@ -9,7 +9,7 @@
 #include "clutterclassifier/clutterclassifier.h"
 #include "formats/german_dx_bytes.h"
 #include "formats/uf_bytes.h"
-#include "output/class_output.h"
+#include "scan/formats/write_classes.h"
 #include "support/temp_dir.h"
 
 namespace {
@@ -272,7 +272,7 @@ TEST_F(ReadScan, DamagedFilesAreRefusedOrConsistent) {
         try {
             const scan::Scan scan = scan::readScan(path, words);
             std::vector<float> classes[8];
-            std::vector<cli::SweepClasses> all;
+            std::vector<scan::SweepClasses> all;
             ASSERT_LE(scan.sweeps.size(), 4u);
             for (const scan::Sweep& sweep : scan.sweeps) {
                 const auto size = static_cast<size_t>(sweep.nrays * sweep.ngates);
@@ -280,7 +280,7 @@ TEST_F(ReadScan, DamagedFilesAreRefusedOrConsistent) {
                 classes[all.size()].assign(size, 3.0F);
                 all.push_back({&sweep, &classes[all.size()]});
             }
-            cli::writeClasses(directory_.file("out.uf"), scan, words.get(), all);
+            scan::writeClasses(directory_.file("out.uf"), scan, words.get(), all);
         } catch (const std::runtime_error&) {
             continue;
         }

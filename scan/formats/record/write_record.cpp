@@ -1,17 +1,16 @@
-#include "output/record_output.h"
+/* write_record.cpp - field records filled from sweeps. */
+#include "scan/formats/record/write_record.h"
 
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <memory>
 
 #include "clutterclassifier/clutterclassifier.h"
-#include "output/output_file.h"
-#include "scan/classes/classify_sweep.h"
+#include "scan/fields/roles.h"
 #include "scan/quiet_library.h"
 
-namespace cli {
-
-using namespace scan;
+namespace scan {
 
 namespace {
 
@@ -81,36 +80,52 @@ void fillFieldRecord(const Scan& scan, const Sweep& sweep, const std::string& na
     std::copy(values.begin(), values.end(), record.data);
 }
 
-void noteLostElevations(const char* kind) {
-    std::printf("  note: %s cannot hold the elevations of a range-height scan; .uf and .csv can\n",
-                kind);
+std::string lostElevationsNote(const char* kind) {
+    return std::string(kind) +
+           " cannot hold the elevations of a range-height scan; .uf and .csv can";
 }
 
-void writeFieldRecord(const std::string& path, const Scan& scan, const SweepClasses& classes) {
+void writeRecords(const OutputFile& file, const Scan& scan, const Sweep& sweep,
+                  const std::vector<Field>& fields) {
+    const auto count = static_cast<int>(fields.size());
+    const std::unique_ptr<Cpluvek[]> records(new Cpluvek[std::max<std::size_t>(fields.size(), 1)]);
+    for (int f = 0; f < count; ++f) {
+        const Field& field = fields[static_cast<std::size_t>(f)];
+        fillFieldRecord(scan, sweep, field.name, field.units, field.values, records[f]);
+        records[f].recindex = f;
+        records[f].nrecords = count;
+    }
+    requireWritten(file, [&] { return records[0].WriteDataToFile(file.temporary().c_str()) == 1; });
+}
+
+void writeClassRecord(const OutputFile& file, const Scan& scan, const SweepClasses& classes) {
     Cpluvek record;
     fillFieldRecord(scan, *classes.sweep, "CCl", "-", withoutNan(*classes.classes), record);
     record.datatype = kStoredAsByte;
     record.scale = 1;
     record.displaymin = kPrecipitation;
     record.displaymax = kGroundClutter;
-    requireWritten(path, [&] { return record.WriteDataToFile(path.c_str()) == 1; });
+    requireWritten(file, [&] { return record.WriteDataToFile(file.temporary().c_str()) == 1; });
 }
 
 void headByElevation(const Sweep& sweep, Cpluvek& record) {
-    for (size_t r = 0; r < sweep.elevationDeg.size(); ++r)
+    for (std::size_t r = 0; r < sweep.elevationDeg.size(); ++r) {
         record.angles[1 + r] = static_cast<float>(sweep.elevationDeg[r] * kRadiansPerDegree);
+    }
 }
 
-void writeTable(const std::string& path, Cpluvek& record) {
+void writeTable(const OutputFile& file, Cpluvek& record) {
     const QuietLibrary quiet;
-    requireWritten(path, [&] { return record.SavePolarData2Ascii(path.c_str()) == 1; });
+    requireWritten(file, [&] { return record.SavePolarData2Ascii(file.temporary().c_str()) == 1; });
 }
 
-void writeTable(const std::string& path, const Scan& scan, const SweepClasses& classes) {
+void writeClassTable(const OutputFile& file, const Scan& scan, const SweepClasses& classes) {
     Cpluvek record;
     fillFieldRecord(scan, *classes.sweep, "CCl", "-", *classes.classes, record);
-    if (classes.sweep->rhi) headByElevation(*classes.sweep, record);
-    writeTable(path, record);
+    if (classes.sweep->rhi) {
+        headByElevation(*classes.sweep, record);
+    }
+    writeTable(file, record);
 }
 
-}  // namespace cli
+}  // namespace scan

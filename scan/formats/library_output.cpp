@@ -1,4 +1,4 @@
-#include "output/library_output.h"
+#include "scan/formats/library_output.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -6,7 +6,7 @@
 #include <fstream>
 #include <iterator>
 
-namespace cli {
+namespace scan {
 namespace {
 
 class KeptErrno {
@@ -36,4 +36,4 @@ bool holdsBytes(const std::string& path, size_t bytes) {
     return std::filesystem::file_size(path, error) == bytes && !error;
 }
 
-}  // namespace cli
+}  // namespace scan

@@ -1,6 +1,6 @@
 /* samples.h - values of fields at points, through the library's extraction operations. */
-#ifndef CLI_OUTPUT_SAMPLES_H
-#define CLI_OUTPUT_SAMPLES_H
+#ifndef SCAN_POINTS_SAMPLES_H
+#define SCAN_POINTS_SAMPLES_H
 
 #include <optional>
 #include <string>
@@ -9,7 +9,7 @@
 #include "scan/formats/record/read_record.h"
 #include "scan/scan.h"
 
-namespace cli {
+namespace scan {
 
 /* Where values are wanted: range in m and azimuth in degrees, or x and y in m. */
 struct Points {
@@ -31,7 +31,7 @@ struct GatePoints {
     Points points;
     std::vector<bool> covered;
 };
-GatePoints gatePoints(const scan::Sweep& sweep, const Points& points);
+GatePoints gatePoints(const Sweep& sweep, const Points& points);
 
 /* One column a field, one value a point; NaN where a point has none. */
 struct Samples {
@@ -46,13 +46,13 @@ struct Samples {
  *
  * Throws std::runtime_error for a range-height sweep and for a name that the sweep does not have.
  */
-Samples sampleSweep(const scan::Scan& scan, const scan::Sweep& sweep, const Points& points,
+Samples sampleSweep(const Scan& scan, const Sweep& sweep, const Points& points,
                     const std::vector<std::string>& names);
 
 /* Fields of a Cartesian record at map points; those outside the grid have no value. */
-Samples sampleGrid(const scan::RecordArray& grid, const Points& points,
+Samples sampleGrid(const RecordArray& grid, const Points& points,
                    const std::vector<std::string>& names);
 
-}  // namespace cli
+}  // namespace scan
 
 #endif

@@ -1,4 +1,4 @@
-#include "output/samples.h"
+#include "scan/points/samples.h"
 
 #include <algorithm>
 #include <cmath>
@@ -9,13 +9,10 @@
 #include <stdexcept>
 #include <string>
 
-#include "options/selection.h"
-#include "output/record_output.h"
+#include "scan/fields/find_field.h"
+#include "scan/formats/record/write_record.h"
 
-namespace cli {
-
-using namespace scan;
-
+namespace scan {
 namespace {
 
 constexpr double kDegreesPerRadian = 180.0 / 3.14159265358979323846;
@@ -168,4 +165,4 @@ Samples sampleGrid(const RecordArray& grid, const Points& points,
     return samples;
 }
 
-}  // namespace cli
+}  // namespace scan

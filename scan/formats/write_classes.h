@@ -1,0 +1,42 @@
+/* write_classes.h - sweeps and their classes as files, in the form that the file's ending asks for.
+ */
+#ifndef SCAN_FORMATS_WRITE_CLASSES_H
+#define SCAN_FORMATS_WRITE_CLASSES_H
+
+#include <string>
+#include <vector>
+
+#include "scan/formats/sweep_classes.h"
+
+class Cufrw;
+
+namespace scan {
+
+/*
+ * .uf: Universal Format, one file: the whole scan, with a class field beside the others;
+ * .csv: comma-separated table of the classes, one file a sweep;
+ * anything else: field record file of the classes, one a sweep.
+ * With several sweeps "_sweepN" goes before the ending of files that hold one.
+ *
+ * words are those of a Universal Format input (else null); they receive the class field. All files
+ * are complete before the first takes its name. Throws std::runtime_error.
+ */
+WrittenFiles writeClasses(const std::string& path, const Scan& scan, Cufrw* words,
+                          const std::vector<SweepClasses>& classes);
+
+/*
+ * The sweeps of a scan with all their fields, by the same rules: .uf one file, .csv the table of
+ * the class field, anything else a field record file of all fields, one a sweep. A class field is
+ * one that isClassField() knows. Throws std::runtime_error, also for a table of a sweep without
+ * classes.
+ */
+WrittenFiles writeScan(const std::string& path, const Scan& scan);
+
+/* "out.csv" to "out_sweep2.csv", where a scan has several sweeps: one name for each of the given.
+ */
+std::vector<std::string> sweepPaths(const std::string& path, const Scan& scan,
+                                    const std::vector<const Sweep*>& sweeps);
+
+}  // namespace scan
+
+#endif
