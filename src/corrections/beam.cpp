@@ -6,7 +6,7 @@
 
 #include "base/array.h"
 #include "clutterclassifier/Cradarpro.h"
-#include "dsp/interpolation.h"
+#include "dsp/search/interpolation.h"
 
 namespace clutter::corrections {
 namespace {

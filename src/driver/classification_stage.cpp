@@ -16,7 +16,7 @@
 #include "driver/echo_class.h"
 #include "driver/gate_kernels.h"
 #include "driver/scan_classifier.h"
-#include "dsp/row_source.h"
+#include "dsp/windows/row_source.h"
 #include "model/field_access.h"
 
 using namespace clutter;

@@ -13,7 +13,7 @@
 #include "driver/gate_kernels.h"
 #include "driver/scan_classifier.h"
 #include "driver/scan_import.h"
-#include "dsp/row_source.h"
+#include "dsp/windows/row_source.h"
 
 using namespace clutter;
 using namespace clutter::driver;

@@ -10,8 +10,8 @@
 #include <string>
 #include <vector>
 
-#include "dsp/row_source.h"
-#include "dsp/texture.h"
+#include "dsp/windows/row_source.h"
+#include "dsp/windows/texture.h"
 #include "fuzzy/engine.h"
 #include "fuzzy/precipitation_clutter.h"
 

@@ -8,7 +8,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "dsp/row_source.h"
+#include "dsp/windows/row_source.h"
 
 namespace clutter::driver {
 

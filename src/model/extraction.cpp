@@ -11,7 +11,7 @@
 #include "base/message.h"
 #include "clutterclassifier/CDSP.h"
 #include "clutterclassifier/Cpluvek.h"
-#include "dsp/nearest.h"
+#include "dsp/search/nearest.h"
 #include "model/coordinates.h"
 
 using namespace clutter::model;

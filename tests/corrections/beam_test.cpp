@@ -11,7 +11,7 @@
 #include <vector>
 
 #include "clutterclassifier/Cradarpro.h"
-#include "dsp/interpolation.h"
+#include "dsp/search/interpolation.h"
 #include "support/bits.h"
 #include "support/literal_corrections.h"
 #include "support/profile_files.h"

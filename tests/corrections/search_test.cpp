@@ -7,9 +7,9 @@
 #include <limits>
 #include <random>
 
-#include "corrections/attenuation_search.h"
-#include "corrections/trial_lanes.h"
-#include "corrections/trial_screen.h"
+#include "corrections/attenuation/attenuation_search.h"
+#include "corrections/attenuation/trial_lanes.h"
+#include "corrections/attenuation/trial_screen.h"
 #include "support/rain_ray.h"
 
 namespace {

@@ -1,5 +1,5 @@
 /* The ordered search for the nearest value against a search through all of them. */
-#include "dsp/nearest.h"
+#include "dsp/search/nearest.h"
 
 #include <gtest/gtest.h>
 

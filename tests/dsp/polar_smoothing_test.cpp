@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "clutterclassifier/CDSP.h"
-#include "dsp/decibel_mean.h"
+#include "dsp/windows/decibel_mean.h"
 #include "support/bits.h"
 #include "support/literal_toolkit.h"
 

@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "clutterclassifier/clutterclassifier.h"
-#include "formats/polar_packing.h"
+#include "formats/polar/packing.h"
 #include "scan/formats/record/read_record.h"
 
 namespace scan {

@@ -1,0 +1,40 @@
+/*
+ * row_source.h - a polar field handed out ray by ray, whatever it is stored as.
+ */
+#ifndef CLUTTER_DSP_WINDOWS_ROW_SOURCE_H
+#define CLUTTER_DSP_WINDOWS_ROW_SOURCE_H
+
+#include <cstddef>
+
+namespace clutter::dsp {
+
+struct PolarShape {
+    int ngates;
+    int nrays;
+
+    std::ptrdiff_t offset(int ray) const { return static_cast<std::ptrdiff_t>(ray) * ngates; }
+};
+
+class RowSource {
+  public:
+    virtual ~RowSource() = default;
+
+    /* The ngates values of a ray, valid until the next call. */
+    virtual const float* row(int ray) = 0;
+};
+
+/* A field that is one flat block already. */
+class FieldRows : public RowSource {
+  public:
+    FieldRows(const float* field, PolarShape shape) : field_(field), shape_(shape) {}
+
+    const float* row(int ray) override { return field_ + shape_.offset(ray); }
+
+  private:
+    const float* field_;
+    PolarShape shape_;
+};
+
+}  // namespace clutter::dsp
+
+#endif
