@@ -4,6 +4,7 @@
 #ifndef SCAN_SCAN_H
 #define SCAN_SCAN_H
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
@@ -21,15 +22,19 @@ struct Field {
     int wordsPerUnit = 100; /* how finely Universal Format keeps it, when it is written */
     /* What gates hold that were measured, but without an echo. */
     std::optional<float> noEcho = std::nullopt;
+    /* 1 where the value for "no echo" was replaced by NaN; empty when none was. */
+    std::vector<std::uint8_t> noEchoGates = {};
 };
 
 /* Rays of one sweep number, padded to the longest. */
 struct Sweep {
     int number = 0;
     bool rhi = false; /* range-height scan: azimuth fixed, elevation moves */
+    std::string mode; /* as CfRadial names it: "azimuth_surveillance", "sector"; "" unknown */
     double fixedAngleDeg = 0;
     std::vector<double> azimuthDeg;   /* one per ray */
     std::vector<double> elevationDeg; /* one per ray */
+    std::vector<double> rayTimeS;     /* one per ray, seconds since 1970 in UTC; empty: unknown */
     int nrays = 0;
     int ngates = 0;
     std::vector<int> rayGates; /* gates that each ray really has; empty: ngates everywhere */
@@ -61,6 +66,7 @@ struct Scan {
     std::string path;
     std::string format; /* "Universal Format", "field record" */
     std::string radarName, siteName;
+    std::string source; /* identifiers as ODIM_H5 lists them: "WMO:02606,NOD:seang" */
     double latitudeDeg = 0, longitudeDeg = 0, altitudeM = 0;
     double beamWidthDeg = 0, wavelengthM = 0;
     Operation operation;

@@ -1,13 +1,17 @@
 #include "scan/formats/read_scan.h"
 
+#include <algorithm>
 #include <cerrno>
+#include <cmath>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <limits>
 #include <stdexcept>
 
 #include "clutterclassifier/clutterclassifier.h"
 #include "scan/fields/oddities.h"
+#include "scan/formats/containers/containers.h"
 #include "scan/formats/dx/read_dx.h"
 #include "scan/formats/polar/read_polar.h"
 #include "scan/formats/record/read_record.h"
@@ -38,11 +42,35 @@ Scan readAs(FileFormat format, const std::string& path, std::unique_ptr<Cufrw>& 
             return readPolarData(path, options.polarLayout);
         case FileFormat::kGermanDx:
             return readGermanDx(path, options.keepNoEcho);
+        case FileFormat::kHdf5:
+            return containers().readHdf5(path);
         case FileFormat::kUnknown:
             break;
     }
     throw std::runtime_error(
-        "neither a Universal Format, field record, polar data nor German DX file");
+        "is of no known format: Universal Format, field records, polar data, German DX, ODIM_H5, "
+        "CfRadial and NEXRAD Level 2 are read");
+}
+
+/* Gates without an echo have no value: their place is kept. Formats that always leave the value in
+ * place are those of the library itself. */
+void hideNoEcho(Scan& scan) {
+    for (Sweep& sweep : scan.sweeps) {
+        for (Field& field : sweep.fields) {
+            if (!field.noEcho) continue;
+            field.noEchoGates.resize(field.values.size());
+            for (std::size_t i = 0; i < field.values.size(); ++i) {
+                field.noEchoGates[i] = field.values[i] == *field.noEcho;
+                if (field.noEchoGates[i]) {
+                    field.values[i] = std::numeric_limits<float>::quiet_NaN();
+                }
+            }
+        }
+    }
+}
+
+bool marksNoEcho(FileFormat format) {
+    return format == FileFormat::kHdf5;
 }
 
 }  // namespace
@@ -58,6 +86,7 @@ FileFormat recognise(const std::string& path) {
     if (file.gcount() == 0) throw std::runtime_error("is empty");
     if (startsWith(head, kRecordIdentification)) return FileFormat::kFieldRecord;
     if (startsWith(head, "RADF") || startsWith(head, "ARFD")) return FileFormat::kPolarData;
+    if (startsWith(head, "\x89HDF\r\n")) return FileFormat::kHdf5;
     if (isGermanDx(head)) return FileFormat::kGermanDx;
     if (file.gcount() >= 6 && head[4] == 'U' && head[5] == 'F') return FileFormat::kUniversalFormat;
     return FileFormat::kUnknown;
@@ -65,7 +94,11 @@ FileFormat recognise(const std::string& path) {
 
 Scan readScan(const std::string& path, std::unique_ptr<Cufrw>& words, const ReadOptions& options) {
     words.reset();
-    Scan scan = readAs(recognise(path), path, words, options);
+    const FileFormat format = recognise(path);
+    Scan scan = readAs(format, path, words, options);
+    if (marksNoEcho(format) && !options.keepNoEcho) {
+        hideNoEcho(scan);
+    }
     scan.path = path;
     if (options.oddities) addOddities(scan);
     return scan;

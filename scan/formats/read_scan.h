@@ -13,7 +13,14 @@ class Cufrw;
 
 namespace scan {
 
-enum class FileFormat { kUnknown, kUniversalFormat, kFieldRecord, kPolarData, kGermanDx };
+enum class FileFormat {
+    kUnknown,
+    kUniversalFormat,
+    kFieldRecord,
+    kPolarData,
+    kGermanDx,
+    kHdf5,  // ODIM_H5, or CfRadial in a NetCDF-4 file
+};
 
 /* Looks at the first bytes. Throws std::runtime_error when the file cannot be opened. */
 FileFormat recognise(const std::string& path);

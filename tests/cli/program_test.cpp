@@ -33,8 +33,7 @@ TEST_F(Program, ErrorsAreOneLineWithFileAndReason) {
     };
     const Case cases[] = {
         {"classify " + directory_.file("absent"), 1, "absent: No such file or directory"},
-        {"classify " + text, 1,
-         "text: neither a Universal Format, field record, polar data nor German DX file"},
+        {"classify " + text, 1, "text: is of no known format"},
         {"info " + directory_.path(), 1, "is a directory"},
         {"classify " + scan_ + " --membership /nowhere", 1, "/nowhere/cal_mf_sZhh_clutter.dat"},
         {"classify " + scan_ + " --inputs ldr,pdf", 1, "no field for any of the inputs ldr pdf"},
