@@ -4,7 +4,10 @@ from __future__ import annotations
 
 import io
 import os
+import shutil
 import signal
+import subprocess
+import sys
 import time
 from pathlib import Path
 
@@ -13,6 +16,7 @@ import numpy as np
 import pytest
 import xarray as xr
 from clutterclassifier import sweeps
+from clutterclassifier._arrays import classify as packaged
 from clutterclassifier.archive._netcdf import read_netcdf, write_sweeps
 from clutterclassifier.archive._plan import plan_jobs
 from clutterclassifier.archive._progress import Progress
@@ -202,7 +206,7 @@ def test_the_result_of_another_input_is_not_replaced(tmp_path):
 def test_what_a_killed_worker_left_is_removed(tmp_path):
     make_archive(tmp_path / "in", 1)
     (tmp_path / "out").mkdir()
-    (tmp_path / "out/.scan000.nc.nc.0123456789abcdef.part").write_text("half")
+    (tmp_path / "out/.clutterclassifier-0123456789abcdef").write_text("half")
     (tmp_path / "out/.mine.part").write_text("of somebody else")
     serial(tmp_path / "in", tmp_path / "out")
     assert names_in(tmp_path / "out") == [".mine.part", "scan000.nc.nc"]
@@ -242,14 +246,77 @@ def test_without_failures_there_is_no_table(tmp_path):
     assert "failures.csv" not in names_in(tmp_path / "out")
 
 
-def test_names_that_are_no_text(tmp_path):
-    source = os.fsencode(tmp_path / "in") + b"/caf\xe9.uf"
-    os.makedirs(tmp_path / "in")
+@pytest.mark.parametrize("name", [b"caf\xe9.nc", b"n" * 249 + b".nc"], ids=["no UTF-8", "252 bytes"])
+def test_names_that_are_odd(name, tmp_path):
+    make_scan(tmp_path / "in/folder/scan.nc")
+    folder = os.fsencode(tmp_path / "in") + b"/caf\xe9"
+    os.rename(tmp_path / "in/folder", folder)
+    source = folder + b"/" + name
+    os.rename(folder + b"/scan.nc", source)
+    for done in (1, 0):
+        summary = serial(tmp_path / "in", tmp_path / "out")
+        assert (summary.done, summary.skipped, failures(tmp_path / "out")) == (done, 1 - done, {})
     with open(source, "w") as file:
         file.write("no radar data")
-    for _ in range(2):
-        assert serial(tmp_path / "in", tmp_path / "out").failed == 1
+    assert serial(tmp_path / "in", tmp_path / "out").failed == 1
     assert source in (tmp_path / "out/failures.csv").read_bytes()
+
+
+def test_an_output_keeps_its_mode_and_no_link_is_written_through(tmp_path):
+    make_archive(tmp_path / "in", 1)
+    out, victim = tmp_path / "out", tmp_path / "victim"
+    out.mkdir()
+    victim.write_text("mine")
+    for name in ("scan000.nc.nc", "failures.csv"):
+        (out / name).symlink_to(victim)
+    (tmp_path / "in/empty").touch()
+    with pytest.raises(OSError):
+        serial(tmp_path / "in", out)
+    (out / "failures.csv").unlink()
+    (tmp_path / "in/empty").unlink()
+    serial(tmp_path / "in", out)
+    (out / "scan000.nc.nc").chmod(0o600)
+    serial(tmp_path / "in", out, overwrite=True)
+    assert (out / "scan000.nc.nc").stat().st_mode & 0o777 == 0o600
+    assert victim.read_text() == "mine"
+
+
+@pytest.mark.parametrize("named", ["by the settings", "by an argument", "by the environment", "as the package's"])
+def test_other_membership_functions_make_outputs_again(named, tmp_path, monkeypatch):
+    make_archive(tmp_path / "in", 1)
+    directory = tmp_path / "functions"
+    shutil.copytree(cc.membership_directory(), directory)
+    options = {"by the settings": {"process": True, "config": {"WHAT2DO": 1, "CLUTTER_MFS": f"{directory}/"}},
+               "by an argument": {"membership": directory}}.get(named, {})
+    if named == "by the environment":
+        monkeypatch.setenv("CLUTTERCLASSIFIER_MEMBERSHIP", str(directory))
+    elif named == "as the package's":
+        monkeypatch.setattr(packaged, "_PACKAGED", str(directory))
+
+    def run():
+        summary = serial(tmp_path / "in", tmp_path / "out", **options)
+        return summary.done, summary.skipped, failures(tmp_path / "out")
+
+    assert [run(), run()] == [(1, 0, {}), (0, 1, {})]
+    with open(directory / "cal_mf_sZhh_clutter.dat", "a") as table:
+        table.write("\n")
+    assert run() == (1, 0, {})
+
+
+def test_another_version_makes_outputs_again(tmp_path, monkeypatch):
+    make_archive(tmp_path / "in", 1)
+    serial(tmp_path / "in", tmp_path / "out")
+    monkeypatch.setattr(cc, "__version__", "0.0.0")
+    assert serial(tmp_path / "in", tmp_path / "out").done == 1
+
+
+def test_a_script_without_a_guard_fails(tmp_path):
+    make_archive(tmp_path / "in", 1)
+    script = tmp_path / "script.py"
+    script.write_text("from clutterclassifier.archive import classify_archive\n"
+                      "classify_archive('in', 'out', workers=1)\n")
+    ended = subprocess.run([sys.executable, script], cwd=tmp_path, capture_output=True, text=True, timeout=60)
+    assert ended.returncode == 1 and "__main__" in ended.stderr.splitlines()[-1]
 
 
 @pytest.mark.parametrize("options, error", [

@@ -198,7 +198,7 @@ def apart(tmp_path):
 
     def run(source: Path, seconds: float | None = None):
         job = Job(str(source), str(tmp_path / "out" / f"{source.name}.nc"))
-        return run_apart(job, Settings(), "", seconds)
+        return run_apart(job, Settings(), Settings().text(), seconds)
 
     os.mkfifo(tmp_path / "endless")
     return run

@@ -11,6 +11,7 @@ from collections.abc import Iterable
 from typing import TYPE_CHECKING, Any
 
 from ._command import main
+from ._main_module import refuse_while_imported
 from ._plan import PathLike, plan_jobs
 from ._run import Place, Run, Summary, settings_of
 
@@ -76,6 +77,8 @@ def classify_archive(files: Iterable[PathLike] | PathLike, out: PathLike, *, pro
     ------
     ValueError, FileNotFoundError, TypeError
         A call that makes no sense: nothing was done.
+    RuntimeError
+        The cluster's processes cannot import the calling script (see the notes).
     BlockingIOError
         Another run is writing to `out`.
     ConnectionError
@@ -98,6 +101,7 @@ def classify_archive(files: Iterable[PathLike] | PathLike, out: PathLike, *, pro
     >>> summary.done, summary.failed, summary.gates
     (1, 0, 9000)
     """
+    refuse_while_imported()
     place = Place(scheduler, workers, timeout)
     settings = settings_of(process=process, config=config, layout=layout, with_fields=with_fields,
                            options=options)

@@ -23,6 +23,7 @@ import dask
 from distributed import CancelledError, Client, Future, KilledWorker, LocalCluster, Worker, WorkerPlugin
 from distributed.comm.addressing import parse_host_port
 
+from .._version import __version__
 from ._errors import LostScheduler, NotReady
 from ._plan import Job
 from ._worker import Outcome, reason_of
@@ -125,7 +126,7 @@ def require_ready(client: Client, out: str, waiting: Callable[[], None]) -> None
         with contextlib.suppress(TimeoutError):
             client.wait_for_workers(1, timeout=10 * _TICK)
     try:
-        answers = client.run(_ready, out)
+        answers = client.run(_ready, out, __version__)
     except Exception as error:
         raise NotReady(f"the workers are not ready: {reason_of(error)}") from error
     for address, answer in answers.items():
@@ -133,8 +134,12 @@ def require_ready(client: Client, out: str, waiting: Callable[[], None]) -> None
             raise NotReady(f"the worker {address} {answer}")
 
 
-def _ready(out: str) -> str:
+def _ready(out: str, version: str) -> str:
     """Why a worker cannot work for a run; empty when it can."""
+    from .. import __version__ as own
+
+    if own != version:
+        return f"has version {own} of clutterclassifier, not {version}"
     missing = [name for name in ("netCDF4", "xarray") if importlib.util.find_spec(name) is None]
     if missing:
         return f"lacks the package {missing[0]}"

@@ -5,10 +5,11 @@ from __future__ import annotations
 import contextlib
 import csv
 import os
-import secrets
 from collections.abc import Iterable
 from datetime import datetime, timezone
 from typing import IO
+
+from ._files import complete_or_not_at_all, open_unlinked
 
 _HEADER = ("file", "reason", "time")
 
@@ -49,7 +50,7 @@ class FailureTable:
 
 def _open(path: str, mode: str) -> IO[str]:
     # File names are bytes: what is no text goes through unchanged.
-    return open(path, mode, newline="", encoding="utf-8", errors="surrogateescape")
+    return open(path, mode, newline="", encoding="utf-8", errors="surrogateescape", opener=open_unlinked)
 
 
 def _read(path: str) -> list[tuple[str, ...]]:
@@ -62,11 +63,6 @@ def _read(path: str) -> list[tuple[str, ...]]:
 
 
 def _replace(path: str, rows: Iterable[tuple[str, ...]]) -> None:
-    temporary = f"{path}.{secrets.token_hex(8)}"
-    try:
-        with _open(temporary, "w") as table:
-            csv.writer(table).writerows(rows)
-        os.replace(temporary, path)
-    finally:
-        with contextlib.suppress(FileNotFoundError):
-            os.unlink(temporary)
+    with complete_or_not_at_all(path) as temporary, open(
+            temporary, "w", newline="", encoding="utf-8", errors="surrogateescape") as table:
+        csv.writer(table).writerows(rows)

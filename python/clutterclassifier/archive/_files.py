@@ -6,13 +6,15 @@ import contextlib
 import os
 import re
 import secrets
+import stat
 from collections.abc import Iterator
 from typing import Any
 
 from ._progress import printable
 
-#: Names of files that are not complete yet.
-_TEMPORARY = re.compile(r"\..+\.nc\.[0-9a-f]{16}\.part")
+#: Names of files that are not complete yet: short, so that an output may have the longest name.
+_PREFIX = ".clutterclassifier-"
+_TEMPORARY = re.compile(re.escape(_PREFIX) + "[0-9a-f]{16}")
 
 #: Attributes of an output that tell what it was made from.
 STAMP_NAMES = ("source_file", "source_size", "source_modified_ns", "settings")
@@ -32,7 +34,7 @@ def read_stamp(output: str) -> dict[str, Any] | None:
     if not os.path.isfile(output):
         return None
     try:
-        with netCDF4.Dataset(output) as file:
+        with by_descriptor(output) as path, netCDF4.Dataset(path) as file:
             found = {name: file.getncattr(name) for name in STAMP_NAMES}
     except (OSError, AttributeError, RuntimeError, UnicodeError):
         return None
@@ -56,34 +58,63 @@ def is_current(output: str, wanted: dict[str, Any]) -> bool:
 
 
 @contextlib.contextmanager
+def by_descriptor(path: str, flags: int = os.O_RDONLY) -> Iterator[str]:
+    """A name that the NetCDF library takes for any file: it refuses names that are not UTF-8."""
+    descriptor = os.open(path, flags)
+    try:
+        yield _name_of(descriptor, path)
+    finally:
+        os.close(descriptor)
+
+
+def _name_of(descriptor: int, path: str) -> str:
+    name = f"/proc/self/fd/{descriptor}"
+    return name if os.path.exists(name) else path
+
+
+def _new_file(folder: str) -> tuple[int, str]:
+    """A new file of a name that nobody can foresee; never one that is there, nor through a link."""
+    path = os.path.join(folder, _PREFIX + secrets.token_hex(8))
+    return os.open(path, os.O_RDWR | os.O_CREAT | os.O_EXCL | os.O_NOFOLLOW, 0o666), path
+
+
+@contextlib.contextmanager
 def complete_or_not_at_all(output: str, not_older_than_ns: int = 0) -> Iterator[str]:
-    """A temporary name beside `output`; what was written there becomes `output` in one step.
+    """A name to write to; what was written becomes `output` in one step, with the mode of the old one.
 
     When the block raises, or is never left, `output` stays as it was. The file is on the disk before
-    it gets its name, so that a name never stands for a part, even after a loss of power.
+    it gets its name, so that an output is always complete, even after a loss of power.
     """
-    folder, name = os.path.split(output)
+    folder = os.path.dirname(output)
     os.makedirs(folder, exist_ok=True)
-    temporary = os.path.join(folder, f".{name}.{secrets.token_hex(8)}.part")
+    descriptor, temporary = _new_file(folder)
     try:
-        yield temporary
-        _flush(temporary)
-        status = os.stat(temporary)
+        yield _name_of(descriptor, temporary)
+        with contextlib.suppress(FileNotFoundError):
+            os.fchmod(descriptor, stat.S_IMODE(os.stat(output).st_mode))
+        status = os.fstat(descriptor)
         if status.st_mtime_ns < not_older_than_ns:  # clocks of two machines that do not agree
-            os.utime(temporary, ns=(status.st_atime_ns, not_older_than_ns))
+            os.utime(descriptor, ns=(status.st_atime_ns, not_older_than_ns))
+        os.fsync(descriptor)
         os.replace(temporary, output)
         _flush(folder)
     finally:
+        os.close(descriptor)
         with contextlib.suppress(FileNotFoundError):
             os.unlink(temporary)
 
 
-def _flush(path: str) -> None:
-    descriptor = os.open(path, os.O_RDONLY)
+def _flush(folder: str) -> None:
+    descriptor = os.open(folder, os.O_RDONLY)
     try:
         os.fsync(descriptor)
     finally:
         os.close(descriptor)
+
+
+def open_unlinked(path: str, flags: int) -> int:
+    """An opener that does not follow a link: the file is in a folder that others may write to."""
+    return os.open(path, flags | os.O_NOFOLLOW, 0o666)
 
 
 def remove_temporaries(folder: str) -> int:
@@ -109,7 +140,7 @@ def alone_in(folder: str, lock_name: str) -> Iterator[None]:
     import fcntl
 
     path = os.path.join(folder, lock_name)
-    with open(path, "a") as lock:
+    with open(path, "a", opener=open_unlinked) as lock:
         try:
             fcntl.flock(lock, fcntl.LOCK_EX | fcntl.LOCK_NB)
             held = os.path.exists(path) and os.path.samestat(os.stat(path), os.fstat(lock.fileno()))

@@ -8,6 +8,8 @@ from typing import TYPE_CHECKING, Any
 
 import numpy as np
 
+from ._files import by_descriptor
+
 if TYPE_CHECKING:
     import xarray as xr
 
@@ -37,6 +39,11 @@ def read_netcdf(path: str) -> list[xr.Dataset]:
     ValueError
         No sweep is found in it.
     """
+    with by_descriptor(path) as name:
+        return _read(name)
+
+
+def _read(path: str) -> list[xr.Dataset]:
     import netCDF4
     import xarray as xr
 

@@ -15,6 +15,7 @@ from ..readers import check_layout
 from ._errors import NotReady
 from ._failures import FailureTable
 from ._files import alone_in, is_current, remove_temporaries, stamp
+from ._main_module import require_importable
 from ._plan import FAILURES_NAME, LOCK_NAME, Job, PathLike, Plan
 from ._progress import Progress, duration
 from ._worker import Outcome, Settings, reason_of, run_job
@@ -62,22 +63,25 @@ class Place:
 
 def settings_of(*, process: bool, config: PathLike | dict[str, Any] | None, layout: int | None,
                 with_fields: bool, options: dict[str, Any]) -> Settings:
-    """The settings of a run, with paths that hold in every process.
+    """The settings of a run as every process can use them: files are read now, paths are absolute.
 
     What no file could be done with is found by a rehearsal on a small synthetic scan.
     """
     from .. import sweeps
     from .._arrays.classify import membership_directory
+    from .._arrays.settings import read_settings
     from .._synthetic import synthetic_scan
 
     if config is not None and not process:
         raise ValueError("config is only used with process")
     check_layout(layout)
     options = {name: value for name, value in options.items() if value is not None}
-    if config is not None:
-        options["config"] = config if isinstance(config, dict) else os.path.abspath(config)
-    if "membership" in options or "CLUTTERCLASSIFIER_MEMBERSHIP" in os.environ:
-        options["membership"] = os.path.abspath(membership_directory(options.get("membership")))
+    chain = read_settings(config)
+    if process:
+        options["config"] = chain
+    membership = options.get("membership", chain.membership)
+    if membership or "CLUTTERCLASSIFIER_MEMBERSHIP" in os.environ:
+        options["membership"] = os.path.abspath(membership_directory(membership))
     scan = synthetic_scan(1, nrays=12, ngates=30)
     names = [name for name in dict(options.get("fields", {})).values() if name is not None]
     scan = scan.assign({name: scan.DBZH for name in names if name not in scan})
@@ -151,6 +155,8 @@ class Run:
             return
         from . import _child, _dask
 
+        if self._place.scheduler is None:
+            require_importable()
         with self._client(len(jobs)) as client:
             _dask.require_ready(client, self._folder, self._tell_waiting)
             self._progress.restart()

@@ -2,6 +2,7 @@
 
 from __future__ import annotations
 
+import glob
 import hashlib
 import json
 import os
@@ -26,7 +27,8 @@ CLASS = "CLASS"
 class Settings:
     """What is done to every file; the same for all files of a run.
 
-    `options` go to `sweeps.classify` or, with `process`, to `sweeps.process`.
+    `options` go to `sweeps.classify` or, with `process`, to `sweeps.process`; `config` among them is
+    a `Settings` of the chain.
     """
 
     process: bool = False
@@ -36,26 +38,30 @@ class Settings:
 
     def text(self) -> str:
         """The settings as an output states them. Two texts are equal when results would be."""
-        told: dict[str, Any] = {"step": "process" if self.process else "classify",
-                                "with_fields": self.with_fields, **self.options}
+        from .. import __version__
+
+        words: dict[str, Any] = {"step": "process" if self.process else "classify", "version": __version__,
+                                 "with_fields": self.with_fields, **self.options}
         if self.layout is not None:
-            told["layout"] = self.layout
-        for name in ("config", "membership"):
-            if isinstance(told.get(name), (str, os.PathLike)):
-                told[name] = f"{os.fspath(told[name])} sha256:{_digest(told[name])}"
-        return json.dumps(told, sort_keys=True, default=str)
+            words["layout"] = self.layout
+        if "config" in words:
+            words["config"] = words["config"].text
+        words["membership"] = _digest_of_functions(self.options.get("membership"))
+        return json.dumps(words, sort_keys=True, default=str)
 
 
-def _digest(path: str | os.PathLike[str]) -> str:
-    """A checksum of a file, or of the files of a folder."""
+def _digest_of_functions(membership: str | None) -> str:
+    """A directory of membership functions with a checksum of its tables."""
+    from .._arrays.classify import membership_directory
+
     digest = hashlib.sha256()
-    names = sorted(os.listdir(path)) if os.path.isdir(path) else [""]
-    for name in names:
-        whole = os.path.join(path, name) if name else path
-        if os.path.isfile(whole):
-            with open(whole, "rb") as file:
-                digest.update(name.encode(errors="surrogateescape") + b"\0" + file.read())
-    return digest.hexdigest()[:16]
+    directory = membership_directory(membership)
+    for path in sorted(glob.glob(os.path.join(glob.escape(directory), "cal_mf_*.dat"))):
+        if not os.path.isfile(path):
+            continue
+        with open(path, "rb") as file:
+            digest.update(os.fsencode(os.path.basename(path)) + b"\0" + file.read() + b"\0")
+    return f"{membership or 'of the package'} sha256:{digest.hexdigest()}"
 
 
 @dataclass(frozen=True)
@@ -96,6 +102,8 @@ def _make_output(job: Job, settings: Settings, settings_text: str) -> int:
         results = [_result(sweep, settings) for sweep in given]
     if not results:
         raise ValueError("no sweeps in it")
+    if settings.text() != settings_text:
+        raise RuntimeError("the settings or the membership functions are not those that the run began with")
     attributes = {**_described(given[0], job, settings), **made_from, **_notes(caught)}
     with complete_or_not_at_all(job.output, made_from["source_modified_ns"]) as temporary:
         write_sweeps(temporary, results, attributes)
