@@ -2,20 +2,24 @@
 
 from __future__ import annotations
 
+import ctypes
 import pickle
-import threading
+from concurrent.futures import ThreadPoolExecutor
 
 import clutterclassifier as cc
 import numpy as np
 import pytest
 from hypothesis import given, settings
 from hypothesis import strategies as st
-from library_calls import flush_c
 from rain_scans import SPACING, attenuated, rain_scan
 
 NAN = np.nan
 
 FUNCTIONS = {
+    "classify": lambda f: cc.classify(f["dbzh"], zdr=f["zdr"], rhohv=f["rhohv"], range=SPACING,
+                                      radar_constant=3, min_snr=30),
+    "process": lambda f: tuple(cc.process(f["dbzh"], zdr=f["zdr"], phidp=f["phidp"], range=SPACING,
+                                          config={"ATTENUATION_ALG": 4}).fields.values()),
     "texture": lambda f: cc.texture(f["dbzh"], mask=f["classes"] != 0),
     "smooth": lambda f: cc.smooth(f["dbzh"], mask=f["classes"] != 0, rays=3, decibels=True),
     "isolated_gates": lambda f: cc.isolated_gates(f["classes"]),
@@ -123,24 +127,28 @@ def test_rays_without_anything_harm_no_one(name):
                 assert part.shape in (shape, shape[:1], ())
 
 
-def test_two_threads_and_no_word_on_standard_output(capfd):
-    scan = rain_scan(20, 300)
-    expected = attenuated(scan, algorithm="profile_nominal")
-    results = []
-    threads = [threading.Thread(target=lambda: results.extend(
-        attenuated(scan, algorithm="profile_nominal") for _ in range(20))) for _ in range(2)]
-    for thread in threads:
-        thread.start()
-    for thread in threads:
-        thread.join()
-    cc.vertical_statistics(scan["dbzh"], zdr=scan["zdr"], rhohv=scan["rhohv"], range=SPACING,
-                           between=(0, 1000), min_rhohv=0, min_dbzh=0)
-    assert len(results) == 40
-    for result in results:
-        for one, other in zip(result, expected):
-            np.testing.assert_array_equal(one, other)
-    flush_c()
-    assert capfd.readouterr() == ("", "")
+@pytest.mark.parametrize("name", ["classify", "process", "attenuation", "smooth"])
+def test_threads_do_not_disturb_each_other(name):
+    scans = [rain_scan(20, 100, seed) for seed in range(4)] * 20
+    expected = [parts(FUNCTIONS[name](scan)) for scan in scans[:4]]
+    with ThreadPoolExecutor(4) as pool:
+        for at, result in enumerate(pool.map(lambda scan: parts(FUNCTIONS[name](scan)), scans)):
+            for one, other in zip(result, expected[at % 4]):
+                np.testing.assert_array_equal(one, other)
+
+
+def test_only_others_write_to_standard_output(capfd):
+    """The library is quiet, and what another thread of C prints meanwhile stays."""
+    libc = ctypes.CDLL(None)
+    scan, lines = rain_scan(20, 100), 20_000
+    with ThreadPoolExecutor(1) as pool:
+        printing = pool.submit(lambda: [libc.puts(b"mine") for _ in range(lines)])
+        while not printing.done():
+            FUNCTIONS["process"](scan)
+            FUNCTIONS["attenuation"](scan)
+            FUNCTIONS["vertical_statistics"](scan)
+    libc.fflush(None)
+    assert capfd.readouterr() == ("mine\n" * lines, "")
 
 
 def test_results_and_functions_travel():

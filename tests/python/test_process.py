@@ -3,7 +3,6 @@
 from __future__ import annotations
 
 import pickle
-import threading
 
 import clutterclassifier as cc
 import dask
@@ -83,19 +82,6 @@ def test_leading_dimensions_and_estimates_of_each_scan() -> None:
             np.testing.assert_array_equal(result.fields[name][i, 0], values, err_msg=name)
 
 
-def test_inputs_stay_and_odd_arrays_work() -> None:
-    fields = scan_fields()
-    expected = cc.process(**fields, **KEYWORDS, config=NOMINAL)
-    odd = {}
-    for name, values in fields.items():
-        odd[name] = np.repeat(np.asfortranarray(values), 2, axis=1)[:, ::2]
-        odd[name].flags.writeable = False
-    odd["zdr"] = np.ma.masked_array(odd["zdr"], np.zeros(odd["zdr"].shape, bool))
-    result = cc.process(**odd, **KEYWORDS, config=NOMINAL)
-    for name, values in expected.fields.items():
-        np.testing.assert_array_equal(result.fields[name], values, err_msg=name)
-
-
 def test_which_lowest_ratio_goes_with_which_constant() -> None:
     assert cc.process(**rainy(), range=SPACING, radar_constant=CONSTANT, what=1).min_snr == 26
     estimated = cc.process(**rainy(), range=SPACING, what=1)
@@ -158,39 +144,6 @@ def test_the_example_is_valid(tmp_path) -> None:
     assert cc.check_config(path) == []
     assert "CLUTTER_MFS /some/where/" in path.read_text()
     assert all(line.split()[0] in cc.config_table() for line in path.read_text().splitlines())
-
-
-@pytest.mark.parametrize(("wrong", "words"), [
-    ({"zdr": np.zeros((3, 4))}, r"zdr has the shape \(3, 4\)"), ({"azimuth": [1, 2]}, "azimuth"),
-    ({"elevation": [1, 2]}, "elevation"), ({"what": 256}, "what"),
-    ({"freezing_level": np.inf}, "freezing_level"), ({"inputs": "ldr"}, "ldr"), ({"range": 0.5}, "range"),
-    ({"min_snr": np.nan}, "min_snr"), ({"what": 3.5}, "what"), ({"radar_constant": [1, 2]}, "radar_constant"),
-    ({"config": 5}, "config"), ({"config": {"WHAT2DO": None}}, "WHAT2DO"), ({"min_snr": "low"}, "min_snr"),
-    ({"azimuth": ["north"] * 24}, "azimuth"), ({"config": {"ZDR_BIAS": np.nan}}, "ZDR_BIAS"),
-])
-def test_wrong_arguments_are_named(wrong: dict[str, object], words: str) -> None:
-    with pytest.raises((TypeError, ValueError), match=words):
-        cc.process(scan_fields()["dbzh"], **(KEYWORDS | wrong))
-
-
-def test_threads_work_side_by_side() -> None:
-    expected = cc.process(**rainy(), **KEYWORDS, config=NOMINAL).fields["DBZH"]
-    results: list[np.ndarray] = []
-    threads = [threading.Thread(target=lambda: results.append(
-        cc.process(**rainy(), **KEYWORDS, config=NOMINAL).fields["DBZH"])) for _ in range(4)]
-    for thread in threads:
-        thread.start()
-    for thread in threads:
-        thread.join()
-    assert len(results) == 4
-    for result in results:
-        np.testing.assert_array_equal(result, expected)
-
-
-def test_messages_stay_silent(capfd) -> None:
-    cc.process(**rainy(), **KEYWORDS)
-    captured = capfd.readouterr()
-    assert captured.out == "" and captured.err == ""
 
 
 @pytest.mark.parametrize("chunks", [None, {"azimuth": 10}])

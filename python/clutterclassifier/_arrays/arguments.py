@@ -30,7 +30,7 @@ def as_numbers(name: str, value: ArrayLike, dtype: DTypeLike = np.float64,
     try:
         data = np.ma.getdata(value) if isinstance(value, np.ma.MaskedArray) else np.asarray(value)
     except ValueError as error:  # lists of different lengths
-        raise ValueError(f"{name} is no array: {error}") from None
+        raise ValueError(f"{name} is not an array: {error}") from None
     if data.dtype.kind not in "fiub":
         raise TypeError(f"{name} must hold real numbers, not {data.dtype}")
     mask = np.ma.getmask(value)
@@ -44,14 +44,23 @@ def as_numbers(name: str, value: ArrayLike, dtype: DTypeLike = np.float64,
 def as_field(name: str, value: ArrayLike, dtype: DTypeLike = np.float64,
              masked: float = np.nan) -> NDArray[Any]:
     """One scan, or several: an array whose last two dimensions are azimuth and range."""
-    field = as_numbers(name, value, dtype, masked)
-    if field.ndim < 2:
-        raise ValueError(f"{name} must have the dimensions (azimuth, range), not the shape {field.shape}")
-    if field.size == 0:
-        raise ValueError(f"{name} is empty: its shape is {field.shape}")
-    if field.shape[-1] * field.shape[-2] > MOST:
-        raise ValueError(f"{name} has more gates than the library counts: its shape is {field.shape}")
-    return field
+    _check_field_shape(name, _shape_of(name, value))
+    return as_numbers(name, value, dtype, masked)
+
+
+def _shape_of(name: str, value: ArrayLike) -> tuple[int, ...]:
+    """The shape of an array without a copy: it may be a view that repeats a few values very often."""
+    shape = getattr(value, "shape", None)
+    return tuple(as_numbers(name, value).shape if shape is None else shape)
+
+
+def _check_field_shape(name: str, shape: tuple[int, ...]) -> None:
+    if len(shape) < 2:
+        raise ValueError(f"{name} must have the dimensions (azimuth, range), not the shape {shape}")
+    if 0 in shape:
+        raise ValueError(f"{name} is empty: its shape is {shape}")
+    if shape[-1] * shape[-2] > MOST:
+        raise ValueError(f"{name} has more gates than the library counts: its shape is {shape}")
 
 
 @overload
@@ -65,10 +74,10 @@ def as_field_like(name: str, value: ArrayLike | None, reference: NDArray[Any],
     """A field of the type and shape of `reference`; None stays None."""
     if value is None:
         return None
-    field = as_numbers(name, value, reference.dtype, masked)
-    if field.shape != reference.shape:
-        raise ValueError(f"{name} has the shape {field.shape}, but {reference_name} has {reference.shape}")
-    return field
+    shape = _shape_of(name, value)
+    if shape != reference.shape:
+        raise ValueError(f"{name} has the shape {shape}, but {reference_name} has {reference.shape}")
+    return as_numbers(name, value, reference.dtype, masked)
 
 
 def only_given(**fields: ArrayLike | None) -> dict[str, ArrayLike]:

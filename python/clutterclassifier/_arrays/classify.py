@@ -15,7 +15,7 @@ from .. import _core
 from ..echo import Inputs
 from .arguments import (NO_ECHO, as_field, as_field_like, finite, gate_spacing, number, only_given, whole,
                         window_pair)
-from .scans import per_ray
+from .scans import angles
 
 InputSelection = Union[Inputs, int, str, Iterable[Union[Inputs, int, str]], None]
 
@@ -233,9 +233,9 @@ def classify(dbzh: ArrayLike, *, zdr: ArrayLike | None = None, phidp: ArrayLike 
                                   fields["dbzh"])
     shape = fields["dbzh"].shape
     if azimuth is not None:
-        per_ray("azimuth", azimuth, shape)
-    if elevation is not _HORIZONTAL and not np.isfinite(per_ray("elevation", elevation, shape)).all():
-        raise ValueError("elevation must hold finite numbers")
+        angles("azimuth", azimuth, shape)
+    if elevation is not _HORIZONTAL:
+        angles("elevation", elevation, shape)
     settings: dict[str, Any] = {
         "spacing": gate_spacing(range, shape[-1]),
         "radar_constant": finite("radar_constant", radar_constant),

@@ -15,7 +15,7 @@ from .. import _core
 from ..echo import MISSING, Inputs
 from .arguments import as_field, as_field_like, finite, gate_spacing, number, only_given, whole
 from .classify import InputSelection, ready_directory, parse_inputs
-from .scans import per_ray
+from .scans import angles, per_ray
 from .settings import Config, Settings, read_settings, settings_file
 
 
@@ -215,7 +215,7 @@ def process(dbzh: ArrayLike, *, zdr: ArrayLike | None = None, phidp: ArrayLike |
         fields["CCl"] = _class_field(classes, fields["zhh"])
     shape = fields["zhh"].shape
     round_circle = np.arange(shape[-2]) * (360.0 / shape[-2])
-    azimuths = per_ray("azimuth", round_circle if azimuth is None else azimuth, shape)
+    azimuths = angles("azimuth", round_circle if azimuth is None else azimuth, shape)
     elevations = per_ray("elevation", elevation, shape)
     if min_snr is None and radar_constant is not None:
         min_snr = DEFAULT_MIN_SNR

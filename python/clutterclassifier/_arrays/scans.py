@@ -67,6 +67,14 @@ def per_ray(name: str, value: ArrayLike, shape: Shape) -> NDArray[np.float64]:
     return _broadcast(name, value, shape[:-1], "ray")
 
 
+def angles(name: str, value: ArrayLike, shape: Shape) -> NDArray[np.float64]:
+    """One finite angle for every ray of a field of this shape."""
+    numbers = per_ray(name, value, shape)
+    if not np.isfinite(numbers).all():
+        raise ValueError(f"{name} must hold finite numbers")
+    return numbers
+
+
 def per_gate(name: str, value: ArrayLike, shape: Shape, dtype: DTypeLike = np.float64) -> NDArray[Any]:
     """One number for every gate of a field of this shape, of numbers per gate or per ray or one."""
     numbers = as_numbers(name, value, dtype)
