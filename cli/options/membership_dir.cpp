@@ -1,3 +1,4 @@
+/* membership_dir.cpp - the directory of membership functions: named, or beside the program. */
 #include "options/membership_dir.h"
 
 #include <cstdlib>
@@ -8,8 +9,6 @@
 
 namespace cli {
 
-using namespace scan;
-
 namespace {
 
 namespace fs = std::filesystem;
@@ -17,16 +16,20 @@ namespace fs = std::filesystem;
 }  // namespace
 
 std::string membershipDirectory(const std::string& override) {
-    if (!override.empty()) return withSeparator(override);
+    if (!override.empty()) {
+        return scan::withSeparator(override);
+    }
     const char* variable = std::getenv("CLUTTERCLASSIFIER_MEMBERSHIP");
-    if (variable && *variable) return withSeparator(variable);
+    if (variable != nullptr && *variable != '\0') {
+        return scan::withSeparator(variable);
+    }
     std::error_code error;
     const fs::path program = fs::read_symlink("/proc/self/exe", error);
-    const fs::path installed =
+    const fs::path shipped =
         program.parent_path().parent_path() / CLUTTERCLASSIFIER_INSTALLED_MEMBERSHIP;
-    if (!error && fs::is_directory(installed, error)) return withSeparator(installed.string());
-    if (fs::is_directory(CLUTTERCLASSIFIER_SOURCE_MEMBERSHIP, error))
-        return withSeparator(CLUTTERCLASSIFIER_SOURCE_MEMBERSHIP);
+    if (!error && fs::is_directory(shipped, error)) {
+        return scan::withSeparator(shipped.string());
+    }
     throw std::runtime_error(
         "no membership directory found: name it with --membership or "
         "CLUTTERCLASSIFIER_MEMBERSHIP");
