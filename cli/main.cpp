@@ -5,7 +5,6 @@
 #include <cstdio>
 #include <exception>
 #include <iostream>
-#include <new>
 #include <string>
 
 #include "commands/classify.h"
@@ -17,7 +16,8 @@
 #include "commands/plot.h"
 #include "commands/process.h"
 #include "commands/repack.h"
-#include "report/exit_code.h"
+#include "report/failure.h"
+#include "report/terminal.h"
 #include "scan/formats/output_file.h"
 
 namespace {
@@ -32,7 +32,7 @@ constexpr char kFooter[] =
     "  clutterclassifier extract scan.uf gauges.txt\n"
     "  clutterclassifier export scan.uf --field DZ -o reflectivity.csv\n"
     "\n"
-    "Each command has a --help of its own.";
+    "Run a command with --help for its options.";
 
 int runCommand(CLI::App& app, int argc, char** argv) {
     try {
@@ -42,17 +42,14 @@ int runCommand(CLI::App& app, int argc, char** argv) {
         return app.exit(error) == 0 ? 0 : cli::kExitUsage;
     } catch (const cli::CommandFailed& failure) {
         return failure.code;
-    } catch (const std::bad_alloc&) {
-        std::fprintf(stderr, "clutterclassifier: not enough memory\n");
-        return cli::kExitFailure;
     } catch (const std::exception& error) {
-        std::fprintf(stderr, "clutterclassifier: %s\n", error.what());
+        cli::reportError("", error);
         return cli::kExitFailure;
     }
     return 0;
 }
 
-/* Whether everything printed has reached its destination: a full disk must not pass unnoticed. */
+/* Whether everything printed has reached its destination: on a full disk it has not. */
 bool flushOutput() {
     std::cout.flush();
     return std::cout.good() && std::fflush(stdout) == 0;
@@ -70,7 +67,7 @@ int main(int argc, char** argv) try {
     app.require_subcommand(0, 1);
     app.footer(kFooter);
     app.failure_message([](const CLI::App*, const CLI::Error& error) {
-        return std::string("clutterclassifier: ") + error.what() + " (see --help)\n";
+        return "clutterclassifier: " + cli::forTerminal(error.what()) + " (see --help)\n";
     });
     cli::addClassifyCommand(app);
     cli::addInfoCommand(app);
@@ -88,6 +85,6 @@ int main(int argc, char** argv) try {
     }
     return code;
 } catch (const std::exception& error) {
-    std::fprintf(stderr, "clutterclassifier: %s\n", error.what());
+    cli::reportError("", error);
     return cli::kExitFailure;
 }

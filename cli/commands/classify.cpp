@@ -18,15 +18,17 @@
 
 #include "clutterclassifier/clutterclassifier.h"
 #include "options/finite_option.h"
+#include "options/input_file.h"
 #include "options/layout_option.h"
 #include "options/membership_dir.h"
 #include "options/output_ending.h"
 #include "options/selection.h"
 #include "picture/picture.h"
-#include "report/damage_note.h"
-#include "report/exit_code.h"
+#include "report/notes.h"
+#include "report/failure.h"
 #include "report/progress.h"
 #include "report/summary.h"
+#include "report/terminal.h"
 #include "scan/classes/classify_sweep.h"
 #include "scan/formats/read_scan.h"
 #include "scan/formats/record/write_record.h"
@@ -34,7 +36,21 @@
 
 namespace cli {
 
-using namespace scan;
+using scan::ClassifiedSweep;
+using scan::ClassifyOptions;
+using scan::FileFormat;
+using scan::ReadOptions;
+using scan::Role;
+using scan::Scan;
+using scan::Sweep;
+using scan::SweepClasses;
+using scan::WrittenFiles;
+using scan::classifySweep;
+using scan::parseFieldMap;
+using scan::parseInputs;
+using scan::recognise;
+using scan::sweepPaths;
+using scan::writeClasses;
 
 namespace {
 
@@ -65,7 +81,8 @@ struct Arguments {
 
 /* One input's part of the work. */
 struct Job {
-    std::string input, output, plot; /* empty: not wanted */
+    const InputFile* input;
+    std::string output, plot;  // empty: not wanted
 };
 
 bool isDirectoryName(const std::string& path) {
@@ -77,7 +94,7 @@ bool isDirectoryName(const std::string& path) {
 int takeSize(std::string_view& text) {
     int size = 0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), size);
-    text.remove_prefix(static_cast<size_t>(end - text.data()));
+    text.remove_prefix(static_cast<std::size_t>(end - text.data()));
     return error == std::errc::result_out_of_range ? INT_MAX : size;
 }
 
@@ -104,7 +121,6 @@ void requireUsefulOptions(const Arguments& arguments) {
                                    "is for an output directory: a file's ending tells its form");
     if (!isDirectoryName(arguments.output))
         requireEnding("--output", arguments.output, {".uf", ".csv"});
-    requireLayoutUsed(arguments.read, arguments.inputs);
 }
 
 ClassifyOptions optionsFrom(const Arguments& arguments) {
@@ -127,19 +143,19 @@ ClassifyOptions optionsFrom(const Arguments& arguments) {
 }
 
 /* The name for one input: the given one, or in a directory one after the input. */
-std::string targetFor(const std::string& given, const std::string& input,
+std::string targetFor(const std::string& given, const InputFile& input,
                       const std::string& ending) {
     if (given.empty() || !isDirectoryName(given)) return given;
-    return (fs::path(given) / (fs::path(input).stem().string() + ending)).string();
+    return (fs::path(given) / (input.stem() + ending)).string();
 }
 
 /* The form of outputs in a directory: as asked for, else that of the input. */
-std::string endingFor(const Arguments& arguments, const std::string& input) {
+std::string endingFor(const Arguments& arguments, const InputFile& input) {
     if (!arguments.format.empty()) return "." + arguments.format;
     try {
-        return recognise(input) == FileFormat::kUniversalFormat ? ".uf" : ".plv";
+        return recognise(input.path()) == FileFormat::kUniversalFormat ? ".uf" : ".plv";
     } catch (const std::exception&) {
-        return ".plv"; /* the input will be complained about when it is read */
+        return ".plv";  // the input will be complained about when it is read
     }
 }
 
@@ -149,12 +165,12 @@ void requireDistinct(const Job& job, std::set<std::string>& taken) {
         if (!taken.insert(target).second)
             throw CLI::ValidationError("two results would be written to " + target);
         std::error_code ignored;
-        if (fs::equivalent(target, job.input, ignored))
+        if (fs::equivalent(target, job.input->name(), ignored))
             throw CLI::ValidationError(target + " would overwrite its input");
     }
 }
 
-std::vector<Job> planJobs(const Arguments& arguments) {
+std::vector<Job> planJobs(const Arguments& arguments, const std::vector<InputFile>& inputs) {
     for (const std::string& target : {arguments.output, arguments.plot}) {
         if (arguments.inputs.size() > 1 && !target.empty() && !isDirectoryName(target))
             throw CLI::ValidationError("with several inputs " + target +
@@ -162,8 +178,8 @@ std::vector<Job> planJobs(const Arguments& arguments) {
     }
     std::vector<Job> jobs;
     std::set<std::string> taken;
-    for (const std::string& input : arguments.inputs) {
-        jobs.push_back({input, targetFor(arguments.output, input, endingFor(arguments, input)),
+    for (const InputFile& input : inputs) {
+        jobs.push_back({&input, targetFor(arguments.output, input, endingFor(arguments, input)),
                         targetFor(arguments.plot, input, ".png")});
         requireDistinct(jobs.back(), taken);
     }
@@ -185,41 +201,37 @@ class Run {
     explicit Run(const Arguments& arguments)
         : arguments_(arguments),
           options_(optionsFrom(arguments)),
-          jobs_(planJobs(arguments)),
-          progress_(!arguments.quiet) {}
+          inputs_(arguments.inputs.begin(), arguments.inputs.end()),
+          jobs_(planJobs(arguments, inputs_)),
+          progress_(!arguments.quiet) {
+        requireLayoutUsed(arguments.read, inputs_);
+    }
 
     /* Works through all inputs; one that fails does not keep the others from being done. */
     bool perform() {
         makeDirectories(arguments_);
         options_.membership = membershipDirectory(arguments_.membership);
         bool good = true;
-        for (size_t i = 0; i < jobs_.size(); ++i) good &= attempt(i);
+        for (std::size_t i = 0; i < jobs_.size(); ++i) good &= attempt(i);
         progress_.clear();
         if (!arguments_.quiet) printTotals(totals_);
         return good;
     }
 
   private:
-    bool attempt(size_t i) {
-        try {
+    bool attempt(std::size_t i) {
+        return cli::attempt(jobs_[i].input->name(), [&] {
+            const Progress::ClearAtEnd clear(progress_);
             classifyFile(i);
             ++totals_.files;
-            return true;
-        } catch (const std::bad_alloc&) {
-            progress_.clear();
-            reportError(jobs_[i].input, "not enough memory");
-        } catch (const std::exception& error) {
-            progress_.clear();
-            reportError(jobs_[i].input, error.what());
-        }
-        return false;
+        });
     }
 
-    void classifyFile(size_t i) {
+    void classifyFile(std::size_t i) {
         const Job& job = jobs_[i];
         showFile(i);
         std::unique_ptr<Cufrw> words;
-        const Scan scan = readScan(job.input, words, arguments_.read);
+        const Scan scan = readInput(*job.input, words, arguments_.read);
         const std::vector<const Sweep*> sweeps = findSweeps(scan, arguments_.sweep);
         std::vector<ClassifiedSweep> results;
         for (const Sweep* sweep : sweeps) {
@@ -231,14 +243,14 @@ class Run {
         write(job, scan, words.get(), sweeps, results);
     }
 
-    void showFile(size_t i) {
-        progress_.show(static_cast<int>(i), static_cast<int>(jobs_.size()), jobs_[i].input);
+    void showFile(std::size_t i) {
+        progress_.show(static_cast<int>(i), static_cast<int>(jobs_.size()), jobs_[i].input->name());
     }
 
-    void showSweep(const Job& job, size_t count, size_t done) {
+    void showSweep(const Job& job, std::size_t count, std::size_t done) {
         if (jobs_.size() < 2)
             progress_.show(static_cast<int>(done), static_cast<int>(count),
-                           job.input + " sweep " + std::to_string(done + 1));
+                           job.input->name() + " sweep " + std::to_string(done + 1));
     }
 
     void report(const Scan& scan, const std::vector<const Sweep*>& sweeps,
@@ -247,39 +259,36 @@ class Run {
         if (!arguments_.quiet) printScanLine(scan);
         noteDamage(scan, arguments_.quiet ? Beside::kErrors : Beside::kResults);
         if (arguments_.quiet) return;
-        for (size_t s = 0; s < sweeps.size(); ++s) printSweep(*sweeps[s], results[s]);
+        for (std::size_t s = 0; s < sweeps.size(); ++s) printSweep(*sweeps[s], results[s]);
     }
 
     void write(const Job& job, const Scan& scan, Cufrw* words,
                const std::vector<const Sweep*>& sweeps,
                const std::vector<ClassifiedSweep>& results) {
         std::vector<SweepClasses> classes;
-        for (size_t s = 0; s < sweeps.size(); ++s)
+        for (std::size_t s = 0; s < sweeps.size(); ++s)
             classes.push_back({sweeps[s], &results[s].classes});
         if (!job.plot.empty()) draw(job, scan, sweeps, results);
         if (job.output.empty()) return;
         const WrittenFiles written = writeClasses(job.output, scan, words, classes);
-        if (!arguments_.quiet)
-            for (const std::string& note : written.notes) std::printf("  note: %s\n", note.c_str());
-        for (const std::string& path : written.paths) announce(path);
+        if (arguments_.quiet) return;
+        for (const std::string& note : written.notes) printNote(note);
+        announce(written.paths);
     }
 
     void draw(const Job& job, const Scan& scan, const std::vector<const Sweep*>& sweeps,
               const std::vector<ClassifiedSweep>& results) {
         const std::vector<std::string> paths = sweepPaths(job.plot, scan, sweeps);
-        for (size_t s = 0; s < paths.size(); ++s) {
+        for (std::size_t s = 0; s < paths.size(); ++s) {
             drawClasses(scan, *sweeps[s], *results[s].fields[Role::kZhh], results[s].classes, {},
                         paths[s]);
-            announce(paths[s]);
         }
-    }
-
-    void announce(const std::string& path) const {
-        if (!arguments_.quiet) std::printf("  wrote %s\n", path.c_str());
+        if (!arguments_.quiet) announce(paths);
     }
 
     const Arguments& arguments_;
     ClassifyOptions options_;
+    std::vector<InputFile> inputs_;
     std::vector<Job> jobs_;
     Progress progress_;
     Totals totals_;

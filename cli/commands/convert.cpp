@@ -12,10 +12,13 @@
 #include <vector>
 
 #include "clutterclassifier/clutterclassifier.h"
+#include "options/input_file.h"
 #include "options/layout_option.h"
 #include "options/output_ending.h"
 #include "options/selection.h"
-#include "report/damage_note.h"
+#include "report/notes.h"
+#include "report/failure.h"
+#include "report/terminal.h"
 #include "scan/fields/roles.h"
 #include "scan/formats/output_file.h"
 #include "scan/formats/polar/read_polar.h"
@@ -25,7 +28,18 @@
 
 namespace cli {
 
-using namespace scan;
+using scan::Field;
+using scan::OutputFile;
+using scan::ReadOptions;
+using scan::Scan;
+using scan::Sweep;
+using scan::fillFieldRecord;
+using scan::lostElevationsNote;
+using scan::lowerCase;
+using scan::requireWritten;
+using scan::singleParameterProducts;
+using scan::writeRecords;
+using scan::writeUniversalFormat;
 
 namespace {
 
@@ -52,10 +66,6 @@ Scan withOneSweep(const Scan& scan, const ConvertArguments& arguments) {
     Scan single = scan;
     single.sweeps = {findOnlySweep(scan, arguments.sweep)};
     return single;
-}
-
-void printNote(const std::string& note) {
-    std::printf("  note: %s\n", note.c_str());
 }
 
 void writeAsRecords(const Scan& scan, const OutputFile& file) {
@@ -86,7 +96,7 @@ float constantFor(const Scan& scan) {
     if (scan.radarConstantDb <= 0)
         std::printf("  note: a polar data file cannot hold a radar constant of %g dB: 0, unknown\n",
                     scan.radarConstantDb);
-    return std::max(0.0F, static_cast<float>(scan.radarConstantDb));
+    return std::max(0.0f, static_cast<float>(scan.radarConstantDb));
 }
 
 /* The layer tells which gates have a value: integers have no other way to say so. */
@@ -100,7 +110,7 @@ void writePolar(const Scan& scan, const ConvertArguments& arguments, const Outpu
     values.radarconst = constantFor(scan);
     noteWrapped(scan);
     std::vector<float> present(field.values.size());
-    for (size_t i = 0; i < present.size(); ++i) present[i] = std::isnan(field.values[i]) ? 0 : 1;
+    for (std::size_t i = 0; i < present.size(); ++i) present[i] = std::isnan(field.values[i]) ? 0 : 1;
     fillFieldRecord(scan, sweep, "layer", "", present, layer);
     CThuPolDaFor polar;
     requireWritten(file, [&] {
@@ -113,20 +123,21 @@ std::string endingOf(const std::string& path) {
 }
 
 /* What would have no effect must not be passed over in silence. */
-void requireSoundCall(const CLI::App& command, const ConvertArguments& arguments) {
+void requireSoundCall(const CLI::App& command, const ConvertArguments& arguments,
+                      const InputFile& input) {
     std::error_code ignored;
     if (std::filesystem::equivalent(arguments.input, arguments.output, ignored))
         throw CLI::ValidationError("OUT", "would overwrite the input");
     requireEnding("OUT", arguments.output, {".uf", ".pol"});
-    requireLayoutUsed(arguments.read, {arguments.input});
+    requireLayoutUsed(arguments.read, input);
     for (const char* option : {"--field", "--product"})
         if (command.count(option) > 0 && endingOf(arguments.output) != ".pol")
             throw CLI::ValidationError(option, "goes with a polar data file, OUT ending in .pol");
 }
 
-void convert(const ConvertArguments& arguments) {
+void convert(const ConvertArguments& arguments, const InputFile& input) {
     std::unique_ptr<Cufrw> words;
-    const Scan scan = readScan(arguments.input, words, arguments.read);
+    const Scan scan = readInput(input, words, arguments.read);
     noteDamage(scan, Beside::kResults);
     const std::string ending = endingOf(arguments.output);
     OutputFile file(arguments.output);
@@ -139,7 +150,7 @@ void convert(const ConvertArguments& arguments) {
     else
         writeAsRecords(withOneSweep(scan, arguments), file);
     file.commit();
-    std::printf("wrote %s\n", arguments.output.c_str());
+    std::printf("wrote %s\n", forTerminal(arguments.output).c_str());
 }
 
 }  // namespace
@@ -160,14 +171,9 @@ void addConvertCommand(CLI::App& app) {
     addLayoutOption(*command, arguments->read);
     command->footer(kFooter);
     command->callback([arguments, command] {
-        requireSoundCall(*command, *arguments);
-        try {
-            convert(*arguments);
-        } catch (const CLI::Error&) {
-            throw;  // a wrong call, not a wrong file
-        } catch (const std::runtime_error& error) {
-            throw std::runtime_error(arguments->input + ": " + error.what());
-        }
+        const InputFile input(arguments->input);
+        requireSoundCall(*command, *arguments, input);
+        naming(input.name(), [&] { convert(*arguments, input); });
     });
 }
 

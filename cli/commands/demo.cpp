@@ -16,6 +16,7 @@
 #include "options/membership_dir.h"
 #include "picture/picture.h"
 #include "report/scores.h"
+#include "report/terminal.h"
 #include "scan/classes/classify_sweep.h"
 #include "scan/classes/membership_files.h"
 #include "scan/fields/roles.h"
@@ -25,7 +26,17 @@
 
 namespace cli {
 
-using namespace scan;
+using scan::Field;
+using scan::OutputFile;
+using scan::Scan;
+using scan::Sweep;
+using scan::SyntheticScan;
+using scan::describeInputs;
+using scan::lowerCase;
+using scan::makeSyntheticScan;
+using scan::parseInputs;
+using scan::requireMembershipFiles;
+using scan::writeUniversalFormat;
 
 namespace {
 
@@ -35,7 +46,7 @@ constexpr int kPanels = 3, kNarrowestPx = kPanels * 240;
 
 struct DemoArguments {
     std::string output = "clutterclassifier-demo.png";
-    std::string scan; /* empty: not written */
+    std::string scan;  // empty: not written
     std::string membership;
     std::string inputs;
     std::uint64_t seed = 5;
@@ -44,7 +55,7 @@ struct DemoArguments {
 
 struct Verdict {
     std::vector<double> classes;
-    double seconds; /* median of kRuns */
+    double seconds;  // median of kRuns
 };
 
 double classifyOnce(SyntheticScan& scan, const std::string& directory, int mask,
@@ -139,7 +150,7 @@ void writeScan(Scan scan, const std::string& path) {
     OutputFile file(path);
     writeUniversalFormat(file, scan, nullptr);
     file.commit();
-    std::printf("Scan: %s\n", path.c_str());
+    std::printf("Scan: %s\n", forTerminal(path).c_str());
 }
 
 /* Two sets unless the user asks for one. The entry point takes no spectrum width. */
@@ -174,7 +185,7 @@ void runDemo(const DemoArguments& arguments) {
     const Scan whole = asScan(scan, arguments.seed);
     drawDemo(whole, scan, verdicts.front(), arguments);
     std::printf("\nPicture (%s): %s\n", describeInputs(masks.front()).c_str(),
-                arguments.output.c_str());
+                forTerminal(arguments.output).c_str());
     writeScan(whole, arguments.scan);
 }
 

@@ -6,16 +6,17 @@
 #include <filesystem>
 #include <map>
 #include <memory>
-#include <new>
 #include <optional>
 #include <stdexcept>
 #include <string>
 #include <vector>
 
 #include "clutterclassifier/clutterclassifier.h"
+#include "options/input_file.h"
 #include "options/layout_option.h"
 #include "options/selection.h"
-#include "report/damage_note.h"
+#include "report/notes.h"
+#include "report/failure.h"
 #include "scan/fields/find_field.h"
 #include "scan/fields/roles.h"
 #include "scan/formats/library_output.h"
@@ -26,7 +27,23 @@
 
 namespace cli {
 
-using namespace scan;
+using scan::Field;
+using scan::FileFormat;
+using scan::OutputFile;
+using scan::ReadOptions;
+using scan::RecordArray;
+using scan::Scan;
+using scan::Sweep;
+using scan::fillFieldRecord;
+using scan::findName;
+using scan::headByElevation;
+using scan::holdsBytes;
+using scan::holdsLines;
+using scan::loadRecords;
+using scan::lowerCase;
+using scan::recognise;
+using scan::requireWritten;
+using scan::writeTable;
 
 namespace {
 
@@ -40,8 +57,8 @@ constexpr char kFooter[] =
     "of\n"
     "a Cartesian record, bin the values as 4-byte floats in machine order, ray after ray.";
 
-constexpr float kNoData = -9999.0F;
-constexpr size_t kGridHeaderLines = 6;
+constexpr float kNoData = -9999.0f;
+constexpr std::size_t kGridHeaderLines = 6;
 
 struct ExportArguments {
     std::string input, output, format, field;
@@ -54,13 +71,13 @@ struct Source {
     Cpluvek record;
     bool grid = false;
 
-    size_t size() const {
-        return static_cast<size_t>(record.nrays) * static_cast<size_t>(record.ngates);
+    std::size_t size() const {
+        return static_cast<std::size_t>(record.nrays) * static_cast<std::size_t>(record.ngates);
     }
 };
 
-void loadSweep(const ExportArguments& arguments, Source& source) {
-    const Scan scan = readScan(arguments.input, arguments.read);
+void loadSweep(const ExportArguments& arguments, const InputFile& input, Source& source) {
+    const Scan scan = readInput(input, arguments.read);
     noteDamage(scan, Beside::kErrors);
     const Sweep& sweep = findSweep(scan, arguments.sweep);
     if (!(sweep.gateSpacingM > 0)) throw std::runtime_error("the gate spacing is not positive");
@@ -78,22 +95,22 @@ void requireGridOptions(const ExportArguments& arguments) {
 
 void loadGrid(const RecordArray& array, const std::string& field, Source& source) {
     const std::vector<std::string> names = array.names();
-    const size_t at = field.empty() ? 0 : findName(names, field);
+    const std::size_t at = field.empty() ? 0 : findName(names, field);
     source.grid = true;
     if (array.records[0].CopyPointerToObject(static_cast<int>(at), source.record) != 1)
         throw std::runtime_error("field " + names[at] + " holds no values");
 }
 
-void load(const ExportArguments& arguments, Source& source) {
-    if (recognise(arguments.input) == FileFormat::kFieldRecord) {
-        const RecordArray array = loadRecords(arguments.input);
+void load(const ExportArguments& arguments, const InputFile& input, Source& source) {
+    if (recognise(input.path()) == FileFormat::kFieldRecord) {
+        const RecordArray array = loadRecords(input.path());
         if (array.isGrid()) {
             requireGridOptions(arguments);
             return loadGrid(array, arguments.field, source);
         }
     }
-    requireLayoutUsed(arguments.read, {arguments.input});
-    loadSweep(arguments, source);
+    requireLayoutUsed(arguments.read, input);
+    loadSweep(arguments, input, source);
 }
 
 void writeTableFile(Source& source, const OutputFile& file) {
@@ -105,7 +122,7 @@ void writeTableFile(Source& source, const OutputFile& file) {
 void writeGridFile(Source& source, const OutputFile& file) {
     if (!source.grid) throw std::runtime_error("is a scan: an ASCII grid needs a Cartesian record");
     Cpluvek& record = source.record;
-    for (size_t i = 0; i < source.size(); ++i)
+    for (std::size_t i = 0; i < source.size(); ++i)
         if (std::isnan(record.data[i])) record.data[i] = kNoData;
     std::string name = file.temporary();
     std::string nodata = std::to_string(static_cast<int>(kNoData));
@@ -114,7 +131,7 @@ void writeGridFile(Source& source, const OutputFile& file) {
         dsp.SaveDataToGISformat(name.data(), record.data, record.ngates, record.nrays, 0,
                                 record.ngates, 0, record.nrays, record.axislimits0[0],
                                 record.axislimits0[3], record.gatesize, nodata.data(), 0);
-        return holdsLines(name, kGridHeaderLines + static_cast<size_t>(record.ngates));
+        return holdsLines(name, kGridHeaderLines + static_cast<std::size_t>(record.ngates));
     });
 }
 
@@ -149,19 +166,14 @@ void runExport(const ExportArguments& arguments) {
     std::error_code ignored;
     if (std::filesystem::equivalent(arguments.input, arguments.output, ignored))
         throw CLI::ValidationError("--output", "would overwrite the input");
-    try {
+    const InputFile input(arguments.input);
+    naming(input.name(), [&] {
         Source source;
-        load(arguments, source);
+        load(arguments, input, source);
         OutputFile file(arguments.output);
         writer(source, file);
         file.commit();
-    } catch (const std::bad_alloc&) {
-        throw;
-    } catch (const CLI::Error&) {
-        throw;  // a wrong call, not a wrong file
-    } catch (const std::exception& error) {
-        throw std::runtime_error(arguments.input + ": " + error.what());
-    }
+    });
 }
 
 }  // namespace

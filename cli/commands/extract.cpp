@@ -7,7 +7,6 @@
 #include <cstdio>
 #include <filesystem>
 #include <memory>
-#include <new>
 #include <optional>
 #include <stdexcept>
 #include <string>
@@ -15,9 +14,12 @@
 
 #include "clutterclassifier/clutterclassifier.h"
 #include "options/finite_option.h"
+#include "options/input_file.h"
 #include "options/layout_option.h"
 #include "options/selection.h"
-#include "report/damage_note.h"
+#include "report/notes.h"
+#include "report/failure.h"
+#include "report/terminal.h"
 #include "scan/fields/roles.h"
 #include "scan/formats/library_output.h"
 #include "scan/formats/output_file.h"
@@ -26,7 +28,24 @@
 
 namespace cli {
 
-using namespace scan;
+using scan::DateTime;
+using scan::FileFormat;
+using scan::OutputFile;
+using scan::Points;
+using scan::ReadOptions;
+using scan::RecordArray;
+using scan::Samples;
+using scan::Scan;
+using scan::Sweep;
+using scan::holdsLines;
+using scan::loadRecords;
+using scan::lowerCase;
+using scan::polarFromMap;
+using scan::readPoints;
+using scan::recognise;
+using scan::requireWritten;
+using scan::sampleGrid;
+using scan::sampleSweep;
 
 namespace {
 
@@ -47,7 +66,7 @@ struct ExtractArguments {
     std::optional<int> sweep;
     ReadOptions read;
     bool map = false;
-    std::vector<double> origin; /* empty: the radar is at 0,0 */
+    std::vector<double> origin;  // empty: the radar is at 0,0
 };
 
 /* Values at the points as they were asked for. */
@@ -58,8 +77,8 @@ struct Extract {
     Samples samples;
 };
 
-Extract extractFromGrid(const ExtractArguments& arguments, Points points) {
-    const RecordArray grid = loadRecords(arguments.input);
+Extract extractFromGrid(const ExtractArguments& arguments, const InputFile& input, Points points) {
+    const RecordArray grid = loadRecords(input.path());
     const Cpluvek& first = grid.records[0];
     Extract extract;
     extract.time = {first.year, first.month, first.day, first.hour, first.minute, first.second};
@@ -69,8 +88,8 @@ Extract extractFromGrid(const ExtractArguments& arguments, Points points) {
     return extract;
 }
 
-Extract extractFromScan(const ExtractArguments& arguments, Points points) {
-    const Scan scan = readScan(arguments.input, arguments.read);
+Extract extractFromScan(const ExtractArguments& arguments, const InputFile& input, Points points) {
+    const Scan scan = readInput(input, arguments.read);
     noteDamage(scan, Beside::kErrors);
     const Sweep& sweep = findSweep(scan, arguments.sweep);
     Extract extract;
@@ -103,12 +122,13 @@ void printNumber(float value, std::FILE* out) {
     char digits[64];
     if (std::isnan(value)) value = std::abs(value);
     const char* end = std::to_chars(digits, digits + sizeof digits, value).ptr;
-    std::fwrite(digits, 1, static_cast<size_t>(end - digits), out);
+    std::fwrite(digits, 1, static_cast<std::size_t>(end - digits), out);
 }
 
 /* As a cell of the table: in quotes where it would not be one otherwise. */
-std::string cellOf(const std::string& name) {
-    if (name.find_first_of(",\"\r\n") == std::string::npos) return name;
+std::string cellOf(const std::string& field) {
+    const std::string name = forTerminal(field);
+    if (name.find_first_of(",\"") == std::string::npos) return name;
     std::string cell = "\"";
     for (const char c : name) cell += c == '"' ? std::string("\"\"") : std::string(1, c);
     return cell + "\"";
@@ -119,7 +139,7 @@ void printTable(const Extract& extract, std::FILE* out) {
     for (const std::string& name : extract.samples.names)
         std::fprintf(out, ",%s", cellOf(name).c_str());
     std::fputc('\n', out);
-    for (size_t i = 0; i < extract.points.size(); ++i) {
+    for (std::size_t i = 0; i < extract.points.size(); ++i) {
         printNumber(extract.points.first[i], out);
         std::fputc(',', out);
         printNumber(extract.points.second[i], out);
@@ -149,11 +169,11 @@ unsigned secondsOf(const DateTime& t) {
 void writeColumnFile(const Extract& extract, const OutputFile& file) {
     constexpr int kOverwrite = 1;
     constexpr int kThreeDecimals = 3;
-    const size_t rows = extract.points.size();
+    const std::size_t rows = extract.points.size();
     std::vector<unsigned> times(rows, secondsOf(extract.time));
-    const size_t columns = 2 + extract.samples.columns.size();
+    const std::size_t columns = 2 + extract.samples.columns.size();
     std::vector<float> cells;
-    for (size_t i = 0; i < rows; ++i) {
+    for (std::size_t i = 0; i < rows; ++i) {
         cells.push_back(extract.points.first[i]);
         cells.push_back(extract.points.second[i]);
         for (const std::vector<float>& column : extract.samples.columns) cells.push_back(column[i]);
@@ -177,30 +197,20 @@ void write(const Extract& extract, const std::string& output) {
     file.commit();
 }
 
-/* Runs a step; what goes wrong is told with the file's name. */
-template <class Step>
-auto naming(const std::string& file, Step step) {
-    try {
-        return step();
-    } catch (const std::bad_alloc&) {
-        throw;
-    } catch (const std::exception& error) {
-        throw std::runtime_error(file + ": " + error.what());
-    }
-}
-
 void runExtract(const ExtractArguments& arguments) {
     for (const std::string& input : {arguments.input, arguments.points}) {
         std::error_code ignored;
         if (std::filesystem::equivalent(input, arguments.output, ignored))
             throw CLI::ValidationError("--output", "would overwrite " + input);
     }
-    const bool grid = naming(arguments.input, [&] { return isGridFile(arguments.input); });
+    const InputFile input(arguments.input);
+    const bool grid = naming(input.name(), [&] { return isGridFile(input.path()); });
     if (grid) requireGridOptions(arguments);
-    requireLayoutUsed(arguments.read, {arguments.input});
+    requireLayoutUsed(arguments.read, input);
     const Points points = naming(arguments.points, [&] { return readPoints(arguments.points); });
-    const Extract extract = naming(arguments.input, [&] {
-        return grid ? extractFromGrid(arguments, points) : extractFromScan(arguments, points);
+    const Extract extract = naming(input.name(), [&] {
+        return grid ? extractFromGrid(arguments, input, points)
+                    : extractFromScan(arguments, input, points);
     });
     write(extract, arguments.output);
 }

@@ -3,25 +3,36 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cstdio>
-#include <exception>
 #include <memory>
 #include <string>
 #include <vector>
 
+#include "options/input_file.h"
 #include "options/layout_option.h"
-#include "report/exit_code.h"
+#include "report/failure.h"
+#include "report/terminal.h"
 #include "scan/fields/oddities.h"
 #include "scan/fields/roles.h"
 #include "scan/formats/read_scan.h"
 
 namespace cli {
 
-using namespace scan;
+using scan::DateTime;
+using scan::Field;
+using scan::ReadOptions;
+using scan::Role;
+using scan::Scan;
+using scan::Sweep;
+using scan::ValueSummary;
+using scan::closesCircle;
+using scan::roleInfo;
+using scan::roleOfName;
+using scan::summarise;
 
 namespace {
 
 void printLine(const char* label, const std::string& text) {
-    std::printf("  %-12s %s\n", label, text.c_str());
+    std::printf("  %-12s %s\n", label, forTerminal(text).c_str());
 }
 
 template <class... Values>
@@ -54,7 +65,7 @@ std::string describeRadar(const Scan& scan) {
 }
 
 void printHead(const Scan& scan) {
-    std::printf("%s\n", scan.path.c_str());
+    std::printf("%s\n", forTerminal(scan.path).c_str());
     printLine("format", scan.format);
     printLine("radar", describeRadar(scan));
     printLine("site", describeSite(scan));
@@ -85,13 +96,13 @@ void printSweeps(const Scan& scan) {
 }
 
 /* The values of a field in all sweeps. */
-std::vector<float> gather(const Scan& scan, const std::string& name, size_t& gates) {
+std::vector<float> gather(const Scan& scan, const std::string& name, std::size_t& gates) {
     std::vector<float> values;
     gates = 0;
     for (const Sweep& sweep : scan.sweeps) {
         for (int r = 0; r < sweep.nrays; ++r)
-            gates += static_cast<size_t>(
-                sweep.rayGates.empty() ? sweep.ngates : sweep.rayGates[static_cast<size_t>(r)]);
+            gates += static_cast<std::size_t>(
+                sweep.rayGates.empty() ? sweep.ngates : sweep.rayGates[static_cast<std::size_t>(r)]);
         for (const Field& field : sweep.fields)
             if (field.name == name)
                 values.insert(values.end(), field.values.begin(), field.values.end());
@@ -100,12 +111,13 @@ std::vector<float> gather(const Scan& scan, const std::string& name, size_t& gat
 }
 
 void printField(const Scan& scan, const Field& field) {
-    size_t gates = 0;
+    std::size_t gates = 0;
     const Role role = roleOfName(field.name);
     const ValueSummary summary = summarise(gather(scan, field.name, gates), role);
     const double share =
         gates > 0 ? 100.0 * static_cast<double>(summary.count) / static_cast<double>(gates) : 0.0;
-    std::printf("  %-6s %-4s %-7s", field.name.c_str(), roleInfo(role).key, field.units.c_str());
+    std::printf("  %-6s %-4s %-7s", forTerminal(field.name).c_str(), roleInfo(role).key,
+                forTerminal(field.units).c_str());
     if (summary.count > 0)
         std::printf(" %9.2f %9.2f %9.2f", summary.lowest, summary.median, summary.highest);
     else
@@ -114,7 +126,7 @@ void printField(const Scan& scan, const Field& field) {
 }
 
 void printFields(const Scan& scan) {
-    std::printf("\n  %-6s %-4s %-7s %9s %9s %9s %9s\n", "field", "part", "units", "lowest",
+    std::printf("\n  %-6s %-4s %-7s %9s %9s %9s %9s\n", "field", "role", "units", "lowest",
                 "median", "highest", "present");
     std::vector<std::string> seen;
     for (const Sweep& sweep : scan.sweeps) {
@@ -129,11 +141,11 @@ void printFields(const Scan& scan) {
 void printSentences(const char* heading, const std::vector<std::string>& sentences) {
     if (sentences.empty()) return;
     std::printf("\n  %s:\n", heading);
-    for (const std::string& sentence : sentences) std::printf("  - %s\n", sentence.c_str());
+    for (const std::string& sentence : sentences) std::printf("  - %s\n", forTerminal(sentence).c_str());
 }
 
-void printInfo(const std::string& path, const ReadOptions& options) {
-    const Scan scan = readScan(path, options);
+void printInfo(const InputFile& input, const ReadOptions& options) {
+    const Scan scan = readInput(input, options);
     printHead(scan);
     printSweeps(scan);
     printFields(scan);
@@ -141,19 +153,19 @@ void printInfo(const std::string& path, const ReadOptions& options) {
     printSentences("Worth knowing", scan.oddities);
 }
 
-void runInfo(const std::vector<std::string>& paths, const ReadOptions& options) {
-    requireLayoutUsed(options, paths);
-    bool failed = false;
-    for (const std::string& path : paths) {
-        try {
-            if (&path != &paths.front()) std::printf("\n");
-            printInfo(path, options);
-        } catch (const std::exception& error) {
-            reportError(path, error.what());
-            failed = true;
+void runInfo(const std::vector<std::string>& names, const ReadOptions& options) {
+    const std::vector<InputFile> inputs(names.begin(), names.end());
+    requireLayoutUsed(options, inputs);
+    bool good = true;
+    for (const InputFile& input : inputs) {
+        if (&input != &inputs.front()) {
+            std::printf("\n");
         }
+        good &= attempt(input.name(), [&] { printInfo(input, options); });
     }
-    if (failed) throw CommandFailed{};
+    if (!good) {
+        throw CommandFailed{};
+    }
 }
 
 }  // namespace

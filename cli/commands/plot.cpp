@@ -4,21 +4,26 @@
 #include <CLI/CLI.hpp>
 #include <filesystem>
 #include <memory>
-#include <new>
 #include <optional>
 #include <stdexcept>
 
 #include "options/finite_option.h"
+#include "options/input_file.h"
 #include "options/layout_option.h"
 #include "options/selection.h"
 #include "picture/picture.h"
-#include "report/damage_note.h"
+#include "report/notes.h"
+#include "report/failure.h"
 #include "scan/fields/find_field.h"
 #include "scan/formats/read_scan.h"
 
 namespace cli {
 
-using namespace scan;
+using scan::Field;
+using scan::ReadOptions;
+using scan::Scan;
+using scan::Sweep;
+using scan::findField;
 
 namespace {
 
@@ -30,8 +35,8 @@ struct PlotArguments {
     ReadOptions read;
 };
 
-void drawFile(const PlotArguments& arguments) {
-    const Scan scan = readScan(arguments.input, arguments.read);
+void drawFile(const PlotArguments& arguments, const InputFile& input) {
+    const Scan scan = readInput(input, arguments.read);
     noteDamage(scan, Beside::kErrors);
     const Sweep& sweep = findSweep(scan, arguments.sweep);
     std::vector<Field> fields;
@@ -40,7 +45,7 @@ void drawFile(const PlotArguments& arguments) {
     drawPanels(scan, sweep, fields, arguments.picture, arguments.output);
 }
 
-void requireSoundArguments(const PlotArguments& arguments) {
+void requireSoundArguments(const PlotArguments& arguments, const InputFile& input) {
     try {
         checkPictureEnding(arguments.output);
     } catch (const std::invalid_argument& error) {
@@ -50,21 +55,16 @@ void requireSoundArguments(const PlotArguments& arguments) {
     if (std::filesystem::equivalent(arguments.input, arguments.output, ignored)) {
         throw CLI::ValidationError("--output", "would overwrite the input");
     }
-    requireLayoutUsed(arguments.read, {arguments.input});
+    requireLayoutUsed(arguments.read, input);
     if (arguments.picture.displayMin >= arguments.picture.displayMax) {
         throw CLI::ValidationError("--vmax", "must be above --vmin");
     }
 }
 
 void runPlot(const PlotArguments& arguments) {
-    requireSoundArguments(arguments);
-    try {
-        drawFile(arguments);
-    } catch (const std::bad_alloc&) {
-        throw;
-    } catch (const std::exception& error) {
-        throw std::runtime_error(arguments.input + ": " + error.what());
-    }
+    const InputFile input(arguments.input);
+    requireSoundArguments(arguments, input);
+    naming(input.name(), [&] { drawFile(arguments, input); });
 }
 
 }  // namespace

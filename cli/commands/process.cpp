@@ -6,7 +6,6 @@
 #include <cstdio>
 #include <filesystem>
 #include <memory>
-#include <new>
 #include <optional>
 #include <stdexcept>
 #include <string>
@@ -14,16 +13,18 @@
 
 #include "clutterclassifier/clutterclassifier.h"
 #include "options/finite_option.h"
+#include "options/input_file.h"
 #include "options/layout_option.h"
 #include "options/membership_dir.h"
 #include "options/output_ending.h"
 #include "options/selection.h"
 #include "output/process_output.h"
 #include "picture/picture.h"
-#include "report/damage_note.h"
-#include "report/exit_code.h"
+#include "report/notes.h"
+#include "report/failure.h"
 #include "report/progress.h"
 #include "report/summary.h"
+#include "report/terminal.h"
 #include "scan/formats/output_file.h"
 #include "scan/formats/read_scan.h"
 #include "scan/formats/write_classes.h"
@@ -34,7 +35,30 @@
 
 namespace cli {
 
-using namespace scan;
+using scan::Configuration;
+using scan::ConfigurationProblem;
+using scan::Field;
+using scan::OutputFile;
+using scan::Points;
+using scan::ProcessOptions;
+using scan::ProcessedSweep;
+using scan::QuietLibrary;
+using scan::ReadOptions;
+using scan::Scan;
+using scan::Sweep;
+using scan::configurationTable;
+using scan::examineConfigurationFile;
+using scan::exampleConfiguration;
+using scan::kAllStages;
+using scan::kAttenuationStage;
+using scan::kClassifyStage;
+using scan::kRainStage;
+using scan::lowerCase;
+using scan::middleElevationDeg;
+using scan::parseFieldMap;
+using scan::processSweep;
+using scan::readPoints;
+using scan::sweepPaths;
 
 namespace {
 
@@ -73,24 +97,21 @@ struct Settings {
 
 void reportProblems(const std::string& path, const Configuration& configuration) {
     for (const ConfigurationProblem& problem : configuration.problems)
-        std::fprintf(stderr, "%s:%d: %s\n", path.c_str(), problem.line, problem.text.c_str());
+        std::fprintf(stderr, "%s:%d: %s\n", forTerminal(path).c_str(), problem.line,
+                     forTerminal(problem.text).c_str());
 }
 
 /* The rest is only said. */
 void requireReadable(const std::string& path, const Configuration& configuration) {
     reportProblems(path, configuration);
     for (const ConfigurationProblem& problem : configuration.problems)
-        if (problem.fatal) throw std::runtime_error(path + ": has settings that cannot be used");
+        if (problem.fatal) throw FileError(path + ": contains invalid settings");
 }
 
 Settings readSettings(const std::string& path) {
     Settings settings;
     if (path.empty()) return settings;
-    try {
-        settings.pairs = examineConfigurationFile(path);
-    } catch (const std::runtime_error& error) {
-        throw std::runtime_error(path + ": " + error.what());
-    }
+    settings.pairs = naming(path, [&] { return examineConfigurationFile(path); });
     requireReadable(path, settings.pairs);
     const auto context = std::make_unique<Crres>();
     std::string name = path;
@@ -124,12 +145,12 @@ ProcessOptions optionsFrom(const Arguments& arguments) {
 }
 
 /* The picture's name: the given one, or after the output, or after the input. */
-std::string picturePath(const Arguments& arguments) {
+std::string picturePath(const Arguments& arguments, const InputFile& input) {
     if (arguments.plot.empty()) return "";
     if (!arguments.picture.empty()) return arguments.picture;
     if (!arguments.output.empty())
         return fs::path(arguments.output).replace_extension(".png").string();
-    return fs::path(arguments.input).stem().string() + "_processed.png";
+    return input.stem() + "_processed.png";
 }
 
 /* No result may take the place of a file that is read. */
@@ -143,16 +164,15 @@ void requireInputsKept(const Arguments& arguments, const std::string& picture) {
     }
 }
 
-void requireSoundArguments(const Arguments& arguments) {
-    if (arguments.input.empty()) throw CLI::ValidationError("INPUT", "is missing");
+void requireSoundArguments(const Arguments& arguments, const InputFile& input) {
     if (arguments.points.empty() != arguments.prefix.empty())
         throw CLI::ValidationError("--points", "goes with --prefix");
     if (!arguments.picture.empty() && arguments.plot.empty())
         throw CLI::ValidationError("--picture", "needs the fields, --plot");
-    const std::string picture = picturePath(arguments);
+    const std::string picture = picturePath(arguments, input);
     requireInputsKept(arguments, picture);
     requireEnding("--output", arguments.output, {".uf"});
-    requireLayoutUsed(arguments.read, {arguments.input});
+    requireLayoutUsed(arguments.read, input);
     if (!picture.empty() && picture == arguments.output)
         throw CLI::ValidationError("two results would be written to " + picture);
     try {
@@ -164,18 +184,18 @@ void requireSoundArguments(const Arguments& arguments) {
 
 class Run {
   public:
-    explicit Run(const Arguments& arguments)
-        : arguments_(arguments), options_(optionsFrom(arguments)), progress_(!arguments.quiet) {}
+    Run(const Arguments& arguments, const InputFile& input)
+        : arguments_(arguments), input_(input), options_(optionsFrom(arguments)), progress_(!arguments.quiet) {}
 
     void perform() {
         if (!arguments_.points.empty()) readPointList();
-        const Scan scan = readScan(arguments_.input, arguments_.read);
+        const Scan scan = readInput(input_, arguments_.read);
         sweeps_ = findSweeps(scan, arguments_.sweep);
         if (!arguments_.quiet) printScanLine(scan);
         noteDamage(scan, arguments_.quiet ? Beside::kErrors : Beside::kResults);
-        for (size_t s = 0; s < sweeps_.size(); ++s) {
+        for (std::size_t s = 0; s < sweeps_.size(); ++s) {
             progress_.show(static_cast<int>(s), static_cast<int>(sweeps_.size()),
-                           arguments_.input + " sweep " + std::to_string(s + 1));
+                           input_.name() + " sweep " + std::to_string(s + 1));
             processed_.push_back(process(scan, *sweeps_[s]));
         }
         progress_.clear();
@@ -184,20 +204,16 @@ class Run {
 
   private:
     void readPointList() {
-        try {
-            points_ = readPoints(arguments_.points);
-        } catch (const std::runtime_error& error) {
-            throw std::runtime_error(arguments_.points + ": " + error.what());
-        }
+        points_ = naming(arguments_.points, [&] { return readPoints(arguments_.points); });
         const fs::path directory = fs::path(arguments_.prefix).parent_path();
         if (!directory.empty() && !fs::is_directory(directory))
-            throw std::runtime_error(directory.string() + ": no such directory");
+            throw FileError(directory.string() + ": no such directory");
     }
 
     ProcessedSweep process(const Scan& scan, const Sweep& sweep) {
         progress_.clear();
         if (arguments_.quiet) {
-            const QuietLibrary quiet; /* it tells of its stages on standard output */
+            const QuietLibrary quiet;  // it tells of its stages on standard output
             return processSweep(scan, sweep, options_);
         }
         ProcessedSweep processed = processSweep(scan, sweep, options_);
@@ -211,7 +227,7 @@ class Run {
         } else {
             std::printf("  sweep %d\n", sweep.number);
             for (const std::string& note : processed.classified.notes)
-                std::printf("    note         %s\n", note.c_str());
+                std::printf("    note         %s\n", forTerminal(note).c_str());
         }
         if (processed.what & (kAttenuationStage | kRainStage))
             std::printf("    freezing     level %.0f m above the antenna\n",
@@ -229,19 +245,21 @@ class Run {
 
     void write(const Scan& scan) {
         const std::vector<std::string> outputs = pathsFor(arguments_.output, scan);
-        const std::vector<std::string> pictures = pathsFor(picturePath(arguments_), scan);
+        const std::vector<std::string> pictures = pathsFor(picturePath(arguments_, input_), scan);
         const bool isUniversalFormat =
             lowerCase(fs::path(arguments_.output).extension().string()) == ".uf";
         std::vector<std::unique_ptr<OutputFile>> files;
-        for (size_t s = 0; s < outputs.size(); ++s) {
+        for (std::size_t s = 0; s < outputs.size(); ++s) {
             files.push_back(std::make_unique<OutputFile>(outputs[s]));
             const auto writer = isUniversalFormat ? writeProcessedWords : writeProcessedRecords;
             writer(*files.back(), scan, processed_[s]);
         }
-        for (size_t s = 0; s < pictures.size(); ++s) draw(scan, processed_[s], pictures[s]);
+        for (std::size_t s = 0; s < pictures.size(); ++s) draw(scan, processed_[s], pictures[s]);
         for (const auto& file : files) file->commit();
-        for (const std::string& path : outputs) announce(path);
-        for (const std::string& path : pictures) announce(path);
+        if (!arguments_.quiet) {
+            announce(outputs);
+            announce(pictures);
+        }
         if (!arguments_.prefix.empty()) sample(scan);
     }
 
@@ -254,11 +272,11 @@ class Run {
 
     void sample(const Scan& scan) {
         const std::vector<std::string> prefixes = pathsFor(arguments_.prefix, scan);
-        for (size_t s = 0; s < prefixes.size(); ++s) {
+        for (std::size_t s = 0; s < prefixes.size(); ++s) {
             std::vector<std::string> written;
-            const size_t outside =
+            const std::size_t outside =
                 appendSamples(prefixes[s], scan.time, processed_[s], points_, written);
-            for (const std::string& path : written) announce(path);
+            if (!arguments_.quiet) announce(written);
             if (outside > 0 && !arguments_.quiet)
                 std::printf(
                     "  note: %zu of %zu points lie outside the sweep and take the nearest gate\n",
@@ -266,11 +284,8 @@ class Run {
         }
     }
 
-    void announce(const std::string& path) const {
-        if (!arguments_.quiet) std::printf("  wrote %s\n", path.c_str());
-    }
-
     const Arguments& arguments_;
+    const InputFile& input_;
     ProcessOptions options_;
     Progress progress_;
     Points points_;
@@ -296,29 +311,23 @@ void printConfiguration() {
 }
 
 void checkConfiguration(const std::string& path) {
-    Configuration configuration;
-    try {
-        configuration = examineConfigurationFile(path);
-    } catch (const std::runtime_error& error) {
-        throw std::runtime_error(path + ": " + error.what());
-    }
+    const Configuration configuration =
+        naming(path, [&] { return examineConfigurationFile(path); });
     reportProblems(path, configuration);
     if (!configuration.problems.empty()) throw CommandFailed{};
-    std::printf("%s: %zu settings, nothing wrong\n", path.c_str(), configuration.keys.size());
+    std::printf("%s: %zu settings, nothing wrong\n", forTerminal(path).c_str(), configuration.keys.size());
 }
 
 void runProcess(const Arguments& arguments) {
     if (arguments.printConfig) return printConfiguration();
     if (!arguments.checked.empty()) return checkConfiguration(arguments.checked);
-    requireSoundArguments(arguments);
-    Run run(arguments);
-    try {
-        run.perform();
-    } catch (const std::bad_alloc&) {
-        throw;
-    } catch (const std::exception& error) {
-        throw std::runtime_error(arguments.input + ": " + error.what());
+    if (arguments.input.empty()) {
+        throw CLI::RequiredError("INPUT");
     }
+    const InputFile input(arguments.input);
+    requireSoundArguments(arguments, input);
+    Run run(arguments, input);
+    naming(input.name(), [&] { run.perform(); });
 }
 
 void addOutputOptions(CLI::App& command, Arguments& arguments) {
@@ -362,8 +371,8 @@ void addOptions(CLI::App& command, Arguments& arguments) {
     addLayoutOption(command, arguments.read);
     addOutputOptions(command, arguments);
     command.add_flag("--print-config", arguments.printConfig,
-                     "Print an example of the settings; what they mean on standard error");
-    command.add_option("--check-config", arguments.checked, "Tell what is wrong with settings");
+                     "Print an example of the settings; explanations go to standard error");
+    command.add_option("--check-config", arguments.checked, "Report problems in a settings file");
     command.add_flag("-q,--quiet", arguments.quiet, "Print errors only");
 }
 
@@ -372,7 +381,7 @@ void requireAlone(const CLI::App& command, const std::string& name) {
     if (command.count(name) == 0) return;
     for (const CLI::Option* option : command.get_options())
         if (option->count() > 0 && !option->check_name(name))
-            throw CLI::ValidationError(name, "goes without " + option->get_name());
+            throw CLI::ValidationError(name, "cannot be combined with " + option->get_name());
 }
 
 }  // namespace

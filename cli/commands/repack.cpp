@@ -9,14 +9,23 @@
 #include <string>
 
 #include "clutterclassifier/clutterclassifier.h"
+#include "options/input_file.h"
 #include "options/layout_option.h"
-#include "report/damage_note.h"
+#include "report/notes.h"
+#include "report/failure.h"
+#include "report/terminal.h"
 #include "scan/formats/output_file.h"
 #include "scan/formats/read_scan.h"
 
 namespace cli {
 
-using namespace scan;
+using scan::FileFormat;
+using scan::OutputFile;
+using scan::ReadOptions;
+using scan::Scan;
+using scan::failWriting;
+using scan::readScan;
+using scan::recognise;
 
 namespace {
 
@@ -32,18 +41,18 @@ constexpr const char* kUnchanged =
 /* Seven fields of which the library would take the gates for those of product 2211. */
 constexpr const char* kMistaken = "polar data, product 2214";
 
-void repack(const RepackArguments& arguments) {
+void repack(const RepackArguments& arguments, const InputFile& input) {
     std::error_code ignored;
     if (std::filesystem::equivalent(arguments.input, arguments.output, ignored))
         throw CLI::ValidationError("OUT", "would overwrite the input");
-    if (recognise(arguments.input) != FileFormat::kPolarData)
-        throw std::runtime_error("is no polar data file");
-    const Scan scan = readScan(arguments.input, arguments.read);
+    if (recognise(input.path()) != FileFormat::kPolarData)
+        throw std::runtime_error("is not a polar data file");
+    const Scan scan = readInput(input, arguments.read);
     noteDamage(scan, Beside::kResults);
     if (scan.format == kMistaken) throw std::runtime_error("product 2214 cannot be repacked");
     OutputFile file(arguments.output);
     CThuPolDaFor polar;
-    std::string in = arguments.input, out = file.temporary();
+    std::string in = input.path(), out = file.temporary();
     errno = 0;
     if (polar.PackAgainDataFiles(in.data(), out.data(), arguments.read.polarLayout) != 1) {
         if (const int reason = errno; reason != 0) failWriting(file.target(), reason);
@@ -51,7 +60,8 @@ void repack(const RepackArguments& arguments) {
     }
     const Scan shorter = readScan(out, arguments.read);
     file.commit();
-    std::printf("wrote %s: %d instead of %d gates a ray\n", arguments.output.c_str(),
+    std::printf("wrote %s: %d instead of %d gates a ray\n",
+                forTerminal(arguments.output).c_str(),
                 shorter.sweeps[0].ngates, scan.sweeps[0].ngates);
 }
 
@@ -66,13 +76,8 @@ void addRepackCommand(CLI::App& app) {
     addLayoutOption(*command, arguments->read);
     command->footer("Example: clutterclassifier repack scan.dat shorter.dat --layout 280");
     command->callback([arguments] {
-        try {
-            repack(*arguments);
-        } catch (const CLI::Error&) {
-            throw;  // a wrong call, not a wrong file
-        } catch (const std::runtime_error& error) {
-            throw std::runtime_error(arguments->input + ": " + error.what());
-        }
+        const InputFile input(arguments->input);
+        naming(input.name(), [&] { repack(*arguments, input); });
     });
 }
 

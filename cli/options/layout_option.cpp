@@ -1,3 +1,4 @@
+/* layout_option.cpp - the option --layout, and whether any input has a use for it. */
 #include "options/layout_option.h"
 
 #include <algorithm>
@@ -5,22 +6,26 @@
 
 namespace cli {
 
-using namespace scan;
-
 namespace {
 
-/* One that cannot be read may be: it is complained about later. */
-bool mayBePolarData(const std::string& path) {
+/* An input that cannot be read may be: reading it will report the reason. */
+bool mayBePolarData(const InputFile& input) {
     try {
-        return recognise(path) == FileFormat::kPolarData;
+        return scan::recognise(input.path()) == scan::FileFormat::kPolarData;
     } catch (const std::runtime_error&) {
         return true;
     }
 }
 
+void requireAnyPolarData(bool any) {
+    if (!any) {
+        throw CLI::ValidationError("--layout", "goes with polar data files only");
+    }
+}
+
 }  // namespace
 
-CLI::Option* addLayoutOption(CLI::App& command, ReadOptions& options) {
+CLI::Option* addLayoutOption(CLI::App& command, scan::ReadOptions& options) {
     return command
         .add_option("--layout", options.polarLayout,
                     "How the gates of a polar data file are packed: 252, 260 or 280 (products 2211 "
@@ -28,10 +33,16 @@ CLI::Option* addLayoutOption(CLI::App& command, ReadOptions& options) {
         ->check(CLI::IsMember({252, 260, 280}));
 }
 
-void requireLayoutUsed(const ReadOptions& options, const std::vector<std::string>& inputs) {
-    if (options.polarLayout == 0) return;
-    if (std::none_of(inputs.begin(), inputs.end(), mayBePolarData))
-        throw CLI::ValidationError("--layout", "goes with polar data files only");
+void requireLayoutUsed(const scan::ReadOptions& options, const std::vector<InputFile>& inputs) {
+    if (options.polarLayout != 0) {
+        requireAnyPolarData(std::any_of(inputs.begin(), inputs.end(), mayBePolarData));
+    }
+}
+
+void requireLayoutUsed(const scan::ReadOptions& options, const InputFile& input) {
+    if (options.polarLayout != 0) {
+        requireAnyPolarData(mayBePolarData(input));
+    }
 }
 
 }  // namespace cli

@@ -3,9 +3,9 @@
 #define CLI_OPTIONS_LAYOUT_OPTION_H
 
 #include <CLI/CLI.hpp>
-#include <string>
 #include <vector>
 
+#include "options/input_file.h"
 #include "scan/formats/read_scan.h"
 
 namespace cli {
@@ -13,7 +13,8 @@ namespace cli {
 CLI::Option* addLayoutOption(CLI::App& command, scan::ReadOptions& options);
 
 /* Throws CLI::ValidationError when a layout is given and no input is a polar data file. */
-void requireLayoutUsed(const scan::ReadOptions& options, const std::vector<std::string>& inputs);
+void requireLayoutUsed(const scan::ReadOptions& options, const std::vector<InputFile>& inputs);
+void requireLayoutUsed(const scan::ReadOptions& options, const InputFile& input);
 
 }  // namespace cli
 

@@ -7,7 +7,12 @@
 
 namespace cli {
 
-using namespace scan;
+using scan::Field;
+using scan::Role;
+using scan::Scan;
+using scan::Sweep;
+using scan::chooseFields;
+using scan::findField;
 
 std::vector<const Sweep*> findSweeps(const Scan& scan, std::optional<int> number) {
     std::vector<const Sweep*> found;

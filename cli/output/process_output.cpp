@@ -18,7 +18,25 @@
 
 namespace cli {
 
-using namespace scan;
+using scan::DateTime;
+using scan::Field;
+using scan::GatePoints;
+using scan::OutputFile;
+using scan::Points;
+using scan::ProcessedSweep;
+using scan::Scan;
+using scan::Sweep;
+using scan::fillFieldRecord;
+using scan::gatePoints;
+using scan::holdsLines;
+using scan::kAttenuationStage;
+using scan::kClassFieldName;
+using scan::kRainStage;
+using scan::kReflectivityToRainStage;
+using scan::lowerCase;
+using scan::requireWritten;
+using scan::ufNameOf;
+using scan::writeUniversalFormat;
 
 namespace {
 
@@ -52,9 +70,9 @@ Field classField(const ProcessedSweep& processed) {
     return {kClasses, "-", processed.classified.classes};
 }
 
-size_t linesOf(const std::string& path) {
+std::size_t linesOf(const std::string& path) {
     std::ifstream file(path, std::ios::binary);
-    return static_cast<size_t>(
+    return static_cast<std::size_t>(
         std::count(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>(), '\n'));
 }
 
@@ -67,7 +85,7 @@ unsigned secondsOf(const DateTime& t) {
 Points withinGates(const GatePoints& at, const Sweep& sweep) {
     const auto length = static_cast<float>(sweep.ngates * sweep.gateSpacingM);
     Points points = at.points;
-    for (float& range : points.first) range = std::clamp(range, 0.0F, length);
+    for (float& range : points.first) range = std::clamp(range, 0.0f, length);
     return points;
 }
 
@@ -78,7 +96,7 @@ void writeProcessedRecords(const OutputFile& file, const Scan& scan,
     std::vector<Field> fields = processed.sweep.fields;
     if (processed.hasClasses) fields.push_back(classField(processed));
     const std::unique_ptr<Cpluvek[]> records(new Cpluvek[fields.size()]);
-    for (size_t f = 0; f < fields.size(); ++f) {
+    for (std::size_t f = 0; f < fields.size(); ++f) {
         fillFieldRecord(scan, processed.sweep, fields[f].name, fields[f].units, fields[f].values,
                         records[f]);
         records[f].recindex = static_cast<int>(f);
@@ -122,7 +140,7 @@ Field processedField(const ProcessedSweep& processed, const std::string& name) {
     throw std::runtime_error("no processed field " + name + " among:" + names);
 }
 
-size_t appendSamples(const std::string& prefix, const DateTime& time, ProcessedSweep& processed,
+std::size_t appendSamples(const std::string& prefix, const DateTime& time, ProcessedSweep& processed,
                      const Points& points, std::vector<std::string>& written) {
     const GatePoints at = gatePoints(processed.sweep, points);
     Points inside = withinGates(at, processed.sweep);
@@ -131,7 +149,7 @@ size_t appendSamples(const std::string& prefix, const DateTime& time, ProcessedS
         const bool filled = !row.stages || (processed.what & row.stages);
         if (!filled || !((*processed.context).*row.record).data) continue;
         const std::string path = prefix + row.suffix;
-        const size_t lines = linesOf(path);
+        const std::size_t lines = linesOf(path);
         requireWritten(path, [&] {
             processed.context->Vars2Save(row.bit, name.data(), inside.first.data(),
                                          inside.second.data(), static_cast<int>(inside.size()),
@@ -140,7 +158,7 @@ size_t appendSamples(const std::string& prefix, const DateTime& time, ProcessedS
         });
         written.push_back(path);
     }
-    return static_cast<size_t>(std::count(at.covered.begin(), at.covered.end(), false));
+    return static_cast<std::size_t>(std::count(at.covered.begin(), at.covered.end(), false));
 }
 
 }  // namespace cli

@@ -28,7 +28,7 @@ scan::Field processedField(const scan::ProcessedSweep& processed, const std::str
  * sweep, which take the value of the nearest gate. Throws std::runtime_error when a file does not
  * get its line.
  */
-size_t appendSamples(const std::string& prefix, const scan::DateTime& time,
+std::size_t appendSamples(const std::string& prefix, const scan::DateTime& time,
                      scan::ProcessedSweep& processed, const scan::Points& points,
                      std::vector<std::string>& written);
 

@@ -33,7 +33,7 @@ cairo_status_t append(void* closure, const unsigned char* data, unsigned int len
         auto& bytes = *static_cast<std::vector<unsigned char>*>(closure);
         bytes.insert(bytes.end(), data, data + length);
         return CAIRO_STATUS_SUCCESS;
-    } catch (const std::bad_alloc&) { /* no exception may pass through C */
+    } catch (const std::bad_alloc&) {  // no exception may pass through C
         return CAIRO_STATUS_NO_MEMORY;
     }
 }

@@ -15,10 +15,10 @@ namespace cli {
 struct TextStyle {
     double size = 12.0;
     bool bold = false;
-    double anchorX = 0.0; /* part of the text left of the point: 0 begins there, 1 ends there */
-    double anchorY = 0.0; /* part of the capitals' height below the point: 0 stands on it */
-    bool upwards = false; /* turned by 90 degrees, to be read from below */
-    bool halo = false;    /* a light rim, for text over a field */
+    double anchorX = 0.0;  // part of the text left of the point: 0 begins there, 1 ends there
+    double anchorY = 0.0;  // part of the capitals' height below the point: 0 stands on it
+    bool upwards = false;  // turned by 90 degrees, to be read from below
+    bool halo = false;  // a light rim, for text over a field
     Rgb colour{0x22, 0x22, 0x22};
 };
 
@@ -48,7 +48,7 @@ class Canvas {
     };
 
     std::string path_;
-    std::vector<unsigned char> bytes_; /* before the surface, which writes into it to its end */
+    std::vector<unsigned char> bytes_;  // before the surface, which writes into it to its end
     std::unique_ptr<cairo_surface_t, Destroy> surface_;
     std::unique_ptr<cairo_t, Destroy> context_;
 };

@@ -8,13 +8,13 @@
 
 namespace cli {
 
-using namespace scan;
+using scan::Sweep;
 
 namespace {
 
 constexpr double kDegree = std::numbers::pi / 180.0;
 constexpr double kEffectiveEarthKm = 6371.0 * 4.0 / 3.0;
-constexpr int kBins = 7200; /* a twentieth of a degree */
+constexpr int kBins = 7200;  // a twentieth of a degree
 constexpr double kWidestStepDeg = 12.0;
 constexpr double kHighestKm = 20.0;
 
@@ -62,7 +62,7 @@ View rangeHeightView(const Sweep& sweep, double maxRangeKm) {
     for (const double elevation : sweep.elevationDeg) {
         if (!std::isfinite(elevation)) continue;
         view.top = std::max(view.top, beamHeightKm(maxRangeKm, elevation * kDegree));
-        if (elevation > 90.0) view.left = -maxRangeKm; /* over the top, to the other horizon */
+        if (elevation > 90.0) view.left = -maxRangeKm;  // over the top, to the other horizon
     }
     view.top = std::min(view.top, kHighestKm);
     return view;

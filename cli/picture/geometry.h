@@ -38,7 +38,7 @@ class GateFinder {
   private:
     void spreadRays(const std::vector<double>& angleDeg, double beamWidthDeg);
 
-    std::vector<int> rayAt_; /* by angle, in equal steps round the circle; -1 none */
+    std::vector<int> rayAt_;  // by angle, in equal steps round the circle; -1 none
     bool rhi_;
     double maxRangeKm_, firstGateKm_, spacingKm_;
     int ngates_;

@@ -18,9 +18,9 @@ struct Rgb {
 };
 
 enum class Palette {
-    kReflectivity, /* pale, blue, green, yellow, red, purple: the order a radar's user expects */
-    kDiverging,    /* blue, pale, brown: towards and away */
-    kSequential,   /* pale, green, blue */
+    kReflectivity,  // pale, blue, green, yellow, red, purple: the order a radar's user expects
+    kDiverging,  // blue, pale, brown: towards and away
+    kSequential,  // pale, green, blue
 };
 
 /* The colour at position 0..1; positions beyond the ends take the colour of that end. */

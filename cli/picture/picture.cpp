@@ -12,21 +12,25 @@
 
 namespace cli {
 
-using namespace scan;
+using scan::DateTime;
+using scan::Field;
+using scan::Scan;
+using scan::Sweep;
+using scan::printable;
 
 namespace {
 
 constexpr int kNarrowestPanelPx = 240, kWidestPicturePx = 10000;
 constexpr int kSinglePanelPx = 1000, kPanelOfSeveralPx = 900, kRangeHeightPx = 1200;
-constexpr double kVectorOversampling = 1.5; /* image pixels per point */
-constexpr int kLargestImagePx = 2400;       /* of an image in a vector file */
+constexpr double kVectorOversampling = 1.5;  // image pixels per point
+constexpr int kLargestImagePx = 2400;  // of an image in a vector file
 constexpr double kHeadingEm = 2.4;
 
 /* Where everything goes. Plan positions stand side by side, range-heights one above the other. */
 struct Layout {
     int width = 0, height = 0;
     double em = 12, titleHeight = 0;
-    std::vector<Frame> axes; /* one per panel */
+    std::vector<Frame> axes;  // one per panel
 };
 
 double emOf(double panelWidth) {
@@ -104,7 +108,7 @@ std::string subtitleOf(const Scan& scan, const Sweep& sweep) {
     std::snprintf(angle, sizeof angle, "%s %.1f\u00b0", sweep.rhi ? "azimuth" : "elevation",
                   sweep.fixedAngleDeg);
     const DateTime& t = scan.time;
-    if (t.year > 1900) { /* 1900: the file does not say */
+    if (t.year > 1900) {  // 1900: the file does not say
         std::snprintf(time, sizeof time, "   %04d-%02d-%02d %02d:%02d:%02d UTC", t.year, t.month,
                       t.day, t.hour, t.minute, t.second);
     }

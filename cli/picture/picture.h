@@ -13,12 +13,12 @@
 namespace cli {
 
 struct PictureOptions {
-    int widthPx = 0; /* of the whole picture; 0: 1000 for one panel, 900 for each of several */
-    double maxRangeKm = 0; /* outermost range drawn; 0: the end of the last gate */
+    int widthPx = 0;  // of the whole picture; 0: 1000 for one panel, 900 for each of several
+    double maxRangeKm = 0;  // outermost range drawn; 0: the end of the last gate
     /* Ends of the colour scale; NaN: the usual range of the quantity. Classes have no scale. */
     double displayMin = std::numeric_limits<double>::quiet_NaN();
     double displayMax = std::numeric_limits<double>::quiet_NaN();
-    std::vector<std::string> headings; /* one per panel, instead of the quantity's name */
+    std::vector<std::string> headings;  // one per panel, instead of the quantity's name
 };
 
 /*

@@ -13,7 +13,13 @@
 
 namespace cli {
 
-using namespace scan;
+using scan::Field;
+using scan::Role;
+using scan::Sweep;
+using scan::isClassField;
+using scan::printable;
+using scan::roleInfo;
+using scan::roleOfName;
 
 namespace {
 
@@ -51,7 +57,7 @@ Ends robustEnds(const std::vector<float>& values) {
         return static_cast<double>(*nth);
     };
     const double low = at(0.02), high = at(0.98);
-    const double margin = std::max(1.0, 0.1 * std::abs(low)); /* or else it drowns in rounding */
+    const double margin = std::max(1.0, 0.1 * std::abs(low));  // or else it drowns in rounding
     if (!(high > low)) return {low - margin, low + margin};
     const double step = std::pow(10.0, std::floor(std::log10(high - low)));
     return {std::floor(low / step) * step, std::ceil(high / step) * step};
@@ -132,7 +138,7 @@ std::array<double, 6> classShares(const std::vector<float>& classes) {
     std::array<double, 6> shares{};
     for (const float code : classes) {
         const auto* found = std::find(std::begin(kCodes), std::end(kCodes), code);
-        shares[found != std::end(kCodes) ? static_cast<size_t>(found - kCodes) : 3] += 1.0;
+        shares[found != std::end(kCodes) ? static_cast<std::size_t>(found - kCodes) : 3] += 1.0;
     }
     for (double& share : shares)
         share /= std::max<double>(1.0, static_cast<double>(classes.size()));

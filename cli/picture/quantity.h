@@ -14,7 +14,7 @@ namespace cli {
 /* From a value to its colour. NaN, and a code that is no class, has none. */
 class ColourScale {
   public:
-    ColourScale() = default; /* of classes */
+    ColourScale() = default;  // of classes
     ColourScale(Palette palette, double low, double high);
     bool colour(float value, Rgb& result) const;
 
@@ -27,7 +27,7 @@ class ColourScale {
 };
 
 struct Quantity {
-    std::string heading; /* "Horizontal reflectivity (DZ)" */
+    std::string heading;  // "Horizontal reflectivity (DZ)"
     std::string units;
     ColourScale scale;
 };

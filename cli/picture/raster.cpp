@@ -8,7 +8,7 @@
 
 namespace cli {
 
-using namespace scan;
+using scan::Field;
 
 namespace {
 

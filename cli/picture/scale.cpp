@@ -28,7 +28,7 @@ void drawLegend(const Canvas& canvas, const Frame& frame, const std::vector<floa
     const int columns = entries / 2;
     const double em = frame.em, column = frame.width / columns;
     TextStyle style{.size = em, .anchorY = 0.5};
-    for (int i = 0; i < entries; ++i) { /* one size for all that the longest text allows */
+    for (int i = 0; i < entries; ++i) {  // one size for all that the longest text allows
         const double width = canvas.textWidth(legendText(i, shares[i]), style);
         style.size *= std::min(1.0, (column - 2.6 * em) / width);
     }

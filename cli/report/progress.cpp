@@ -4,11 +4,13 @@
 
 #include <cstdio>
 
+#include "report/terminal.h"
+
 namespace cli {
 namespace {
 
 constexpr int kBarWidth = 20;
-constexpr size_t kLongestText = 48;
+constexpr std::size_t kLongestText = 48;
 
 }  // namespace
 
@@ -20,11 +22,11 @@ Progress::~Progress() {
 
 void Progress::show(int done, int total, const std::string& what) {
     if (!active_ || total < 2) return;
-    const std::string bar(static_cast<size_t>(kBarWidth * done / total), '#');
+    const std::string bar(static_cast<std::size_t>(kBarWidth * done / total), '#');
     const std::string text =
         what.size() > kLongestText ? "..." + what.substr(what.size() - kLongestText + 3) : what;
     std::fprintf(stderr, "\r\033[K[%-*s] %d/%d %s", kBarWidth, bar.c_str(), done, total,
-                 text.c_str());
+                 forTerminal(text).c_str());
     std::fflush(stderr);
     shown_ = true;
 }

@@ -21,6 +21,18 @@ class Progress {
     /* Takes the line away, so that other output may follow. */
     void clear();
 
+    /* Takes the line away at the end of its scope, also when an error ends it. */
+    class ClearAtEnd {
+      public:
+        explicit ClearAtEnd(Progress& progress) : progress_(progress) {}
+        ~ClearAtEnd() { progress_.clear(); }
+        ClearAtEnd(const ClearAtEnd&) = delete;
+        ClearAtEnd& operator=(const ClearAtEnd&) = delete;
+
+      private:
+        Progress& progress_;
+    };
+
   private:
     bool active_;
     bool shown_ = false;

@@ -31,9 +31,9 @@ Confusion compare(const std::vector<float>& truth, const std::vector<double>& re
 
 /* NaN where the formula divides by zero. */
 struct Scores {
-    double pod;  /* probability of detection: hits / (hits + misses) */
-    double far;  /* false alarm ratio: falseAlarms / (hits + falseAlarms) */
-    double csi;  /* critical success index: hits / (hits + misses + falseAlarms) */
+    double pod;  // probability of detection: hits / (hits + misses)
+    double far;  // false alarm ratio: falseAlarms / (hits + falseAlarms)
+    double csi;  // critical success index: hits / (hits + misses + falseAlarms)
     double hss;  /* Heidke: correct decisions beyond chance / all decisions beyond chance, with
                     hits a, falseAlarms b, misses c, correctNegatives d
                     2 (a d - b c) / ((a + c) (c + d) + (a + b) (b + d)) */

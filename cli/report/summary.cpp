@@ -4,9 +4,22 @@
 #include <cstdio>
 #include <string>
 
+#include "report/terminal.h"
+
 namespace cli {
 
-using namespace scan;
+using scan::Calibration;
+using scan::ClassifiedSweep;
+using scan::ConstantSource;
+using scan::DateTime;
+using scan::NoiseEvidence;
+using scan::Role;
+using scan::Scan;
+using scan::Sweep;
+using scan::describeInputs;
+using scan::kRoleCount;
+using scan::roleInfo;
+using scan::takesPart;
 
 namespace {
 
@@ -52,7 +65,7 @@ void printFieldsUsed(const ClassifiedSweep& result) {
         const auto role = static_cast<Role>(i);
         if (!result.fields[role] || !takesPart(role, result.mask)) continue;
         std::printf("%s%s %s", first ? "" : ", ", roleInfo(role).key,
-                    result.fields[role]->name.c_str());
+                    forTerminal(result.fields[role]->name).c_str());
         first = false;
     }
     std::printf("\n");
@@ -94,7 +107,7 @@ void printCalibration(const ClassifiedSweep& result) {
     if (result.calibration.minSnrDb < -300)
         std::printf("wherever there is a value\n");
     else
-        std::printf("from a signal-to-noise ratio of %.1f dB on\n", result.calibration.minSnrDb);
+        std::printf("where SNR >= %.1f dB\n", result.calibration.minSnrDb);
 }
 
 }  // namespace
@@ -111,7 +124,7 @@ void Totals::add(const ClassifiedSweep& result) {
 
 void printScanLine(const Scan& scan) {
     const DateTime& t = scan.time;
-    std::printf("%s: %s, %04d-%02d-%02d %02d:%02d:%02d, %zu sweep%s\n", scan.path.c_str(),
+    std::printf("%s: %s, %04d-%02d-%02d %02d:%02d:%02d, %zu sweep%s\n", forTerminal(scan.path).c_str(),
                 scan.format.c_str(), t.year, t.month, t.day, t.hour, t.minute, t.second,
                 scan.sweeps.size(), scan.sweeps.size() == 1 ? "" : "s");
 }
@@ -124,7 +137,7 @@ void printSweep(const Sweep& sweep, const ClassifiedSweep& result) {
     printCalibration(result);
     for (const std::string& note : result.notes) {
         printLabel("note");
-        std::printf("%s\n", note.c_str());
+        std::printf("%s\n", forTerminal(note).c_str());
     }
     std::string remark;
     if (result.withoutValue > 0)

@@ -154,7 +154,7 @@ TEST_F(Formats, ConvertAndRepackRefuseWithAReason) {
         {"convert " + dx + " " + out + " --field W", 1, "has no field W"},
         {"convert " + dx + " " + out + " --sweep 8", 1, "has no sweep number 8"},
         {"repack " + dx + " " + dx, 2, "would overwrite the input"},
-        {"repack " + dx + " " + out, 1, "is no polar data file"},
+        {"repack " + dx + " " + out, 1, "is not a polar data file"},
     };
     for (const auto& row : kCases) {
         run(row.arguments);

@@ -283,8 +283,8 @@ TEST_F(Process, RefusesWithAReason) {
         {"--sweep 8", 1, "no sweep number 8"},
         {"--map ZD=zdr,DR=zdr", 2, "ZD and DR are both mapped to zdr"},
         {"--layout 252", 2, "--layout"},
-        {"--check-config " + bad, 2, "--check-config: goes without INPUT"},
-        {"--print-config", 2, "--print-config: goes without INPUT"},
+        {"--check-config " + bad, 2, "--check-config: cannot be combined with INPUT"},
+        {"--print-config", 2, "--print-config: cannot be combined with INPUT"},
     };
     for (const auto& row : kCases) {
         const Outcome outcome = process(row.arguments + " -o " + out);

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "program_scan.h"
+#include "report/failure.h"
 #include "run_program.h"
 #include "support/directories.h"
 
@@ -128,6 +129,72 @@ TEST_F(Program, EveryCommandSaysThatAFileIsCut) {
             << row.arguments << "\n"
             << outcome.out;
     }
+}
+
+/* Names of fields and files may hold what a terminal obeys: no command passes it on. */
+TEST_F(Program, ControlCharactersOfNamesStayOffTheTerminal) {
+    std::vector<UfRecord> rays = makeRays();
+    for (UfRecord& ray : rays) ray.text(69, "\x1b\x9b");
+    const std::string path = directory_.file("a\x1b[31m\xc2\x9b\xff \xc3\xa9.uf");
+    const std::string list = directory_.file("points.txt"), quoted = "'" + path + "'";
+    writeFile(path, ufFile(rays));
+    writeFile(list, {'3', '0', '0', '0', ' ', '5', '\n'});
+    for (const std::string& arguments :
+         {"info " + quoted, "info " + quoted + "x", "classify -o " + quoted + ".uf " + quoted,
+          "classify --map QQ=zdr " + quoted, "process --what 1 " + quoted,
+          "extract " + quoted + " " + list, "plot --field QQ -o x.svg " + quoted,
+          "export --field QQ -o x.csv " + quoted, "convert " + quoted + " " + quoted + ".plv",
+          "info a " + quoted + " --\x1b"}) {
+        const std::string out = runProgram(arguments).out;
+        EXPECT_FALSE(out.empty());
+        for (const char* byte : {"\x1b", "\x9b", "\xff"})
+            EXPECT_EQ(out.find(byte), std::string::npos) << arguments << out;
+    }
+    EXPECT_NE(runProgram("info " + quoted).out.find("a?[31m?? \xc3\xa9.uf"), std::string::npos);
+}
+
+/* A pipe can be read once and in order only, and standard input has no name. */
+TEST_F(Program, PipesAreReadAsFiles) {
+    const std::string file = runProgram("info " + scan_).out;
+    const std::string body = file.substr(file.find('\n'));
+    EXPECT_EQ(runProgram("info - < " + scan_ + " #").out, "standard input" + body);
+    EXPECT_EQ(runProgram("info - < " + scan_ + " #").code, 0);
+    const std::string out = directory_.path() + "/out/", fifo = directory_.file("fifo");
+    ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
+    const Outcome outcome = runProgram("classify -q " + fifo + " -o " + out + " & cat " + scan_ +
+                                       " > " + fifo + "; wait $! #");
+    EXPECT_EQ(outcome.code, 0) << outcome.out;
+    ASSERT_EQ(runProgram("classify -q " + scan_ + " -o " + out).code, 0);
+    EXPECT_EQ(readFile(out + "fifo.uf"), readFile(out + "scan.uf"));
+    for (const char* device : {"info /dev/zero", "info - </dev/zero #"}) {
+        const Outcome refused = runProgram(device);
+        EXPECT_EQ(refused.code, 1);
+        EXPECT_NE(refused.out.find("is a device"), std::string::npos) << refused.out;
+    }
+}
+
+TEST(Failures, MemoryThatRunsOutIsReportedForTheFile) {
+    testing::internal::CaptureStderr();
+    EXPECT_FALSE(cli::attempt("scan.uf", [] { throw std::bad_alloc(); }));
+    EXPECT_THROW(cli::naming("scan.uf", [] { throw std::bad_alloc(); }), cli::FileError);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+              "clutterclassifier: scan.uf: not enough memory\n");
+}
+
+/* The program finds the tables that came with it, wherever its tree is. */
+TEST_F(Program, TheProgramFindsTheTablesThatCameWithIt) {
+    unsetenv("CLUTTERCLASSIFIER_MEMBERSHIP");
+    const fs::path moved = directory_.file("tree");
+    const fs::path shipped = "share/clutterclassifier/membership";
+    fs::create_directories(moved / "bin");
+    fs::copy_file(kProgram, moved / "bin/clutterclassifier");
+    const std::string call = (moved / "bin/clutterclassifier").string() + " classify -q " + scan_;
+    EXPECT_NE(runCommand(call).out.find("no membership directory found"), std::string::npos);
+    fs::create_directories((moved / shipped).parent_path());
+    fs::copy(fs::path(kMembershipDirectory).parent_path(), moved / shipped,
+             fs::copy_options::recursive);
+    EXPECT_EQ(runCommand(call).code, 0);
+    EXPECT_EQ(runProgram("classify -q " + scan_).code, 0);
 }
 
 TEST_F(Program, OneBadFileDoesNotStopTheOthers) {

@@ -8,8 +8,11 @@
 const char* const kProgram = PROGRAM;
 
 Outcome runProgram(const std::string& arguments) {
-    const std::string command = std::string(kProgram) + " " + arguments + " 2>&1 </dev/null";
-    FILE* pipe = popen(command.c_str(), "r");
+    return runCommand(std::string(kProgram) + " " + arguments);
+}
+
+Outcome runCommand(const std::string& command) {
+    FILE* pipe = popen(("exec 2>&1 </dev/null; " + command).c_str(), "r");
     Outcome outcome{-1, ""};
     char buffer[4096];
     while (std::size_t count = std::fread(buffer, 1, sizeof buffer, pipe)) {

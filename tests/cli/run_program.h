@@ -12,5 +12,6 @@ struct Outcome {
     std::string out; /* both streams */
 };
 Outcome runProgram(const std::string& arguments);
+Outcome runCommand(const std::string& command); /* of a shell */
 
 #endif
