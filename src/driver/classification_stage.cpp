@@ -16,6 +16,7 @@
 #include "driver/echo_class.h"
 #include "driver/gate_kernels.h"
 #include "driver/scan_classifier.h"
+#include "driver/scan_inputs.h"
 #include "dsp/windows/row_source.h"
 #include "model/field_access.h"
 
@@ -79,8 +80,11 @@ void Crres::PrecipitationClutterClassification(short mask) {
     });
     RecordRows rows(*this, n);
     dsp::FieldRows noise(ccl.data, rows.shape());
-    ScanClassifier classifier(rows.fields(), mask, noise, rows.shape(), {texgates, texrays});
-    if (!classifier.prepare({mfdir, strnlen(mfdir, sizeof mfdir)}, echoes)) return;
+    ScanInputs inputs(rows.fields(), static_cast<unsigned short>(mask), noise, rows.shape(),
+                      {texgates, texrays});
+    const auto rules = readRules({mfdir, strnlen(mfdir, sizeof mfdir)}, inputs.present(), echoes);
+    if (!rules) return;
+    ScanClassifier classifier(inputs, *rules);
 
     // The noise flags stay the mask of every ray's texture: verdicts go to a new array.
     std::unique_ptr<float[]> classes(new float[n]);

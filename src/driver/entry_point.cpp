@@ -1,7 +1,12 @@
+/*
+ * The entry point, and the import of one field into a record.
+ */
 #include <algorithm>
 #include <cstddef>
+#include <exception>
 #include <functional>
 #include <iterator>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -13,6 +18,7 @@
 #include "driver/gate_kernels.h"
 #include "driver/scan_classifier.h"
 #include "driver/scan_import.h"
+#include "driver/scan_inputs.h"
 #include "dsp/windows/row_source.h"
 
 using namespace clutter;
@@ -35,10 +41,58 @@ std::string directoryOf(const char* mfdir) {
     return directory;
 }
 
+constexpr int kFields = 7;
+
+/* The arguments that the classification needs. */
+struct Call {
+    const char* directory;
+    dsp::PolarShape shape;
+    const double* fields[kFields];  // zhh, zdr, phidp, rhohv, velocity, ldr, pdf
+    const double* ranges;
+    const double* params;
+    double* output;
+
+    std::size_t cells() const { return base::cellCount(shape.ngates, shape.nrays); }
+};
+
 /* Whether two arrays of n doubles share memory. */
 bool overlap(const double* a, const double* b, std::size_t n) {
     const std::less<const double*> before;
     return a != nullptr && before(a, b + n) && before(b, a + n);
+}
+
+/* Rays are read again after they were classified: an output over an input waits for the last. */
+bool mustWait(const Call& call) {
+    return std::any_of(std::begin(call.fields), std::end(call.fields), [&](const double* field) {
+        return overlap(field, call.output, call.cells());
+    });
+}
+
+void classifyScan(const Call& call) {
+    const dsp::PolarShape shape = call.shape;
+    std::vector<NarrowedRows> rows;
+    rows.reserve(kFields);
+    for (const double* field : call.fields) rows.emplace_back(field, shape);
+    const ScanFields fields{rows[0].orNull(), rows[1].orNull(), rows[2].orNull(), rows[3].orNull(),
+                            rows[4].orNull(), rows[5].orNull(), rows[6].orNull(), nullptr};
+    NoiseFlags noise(shape);
+    const std::size_t echoes =
+        noise.flag(rows[0], {gateSpacing(call.ranges), static_cast<float>(call.params[0]),
+                             static_cast<float>(call.params[1])});
+    const auto wanted = static_cast<unsigned short>(base::truncateToInt(call.params[2]));
+    ScanInputs inputs(fields, wanted, noise, shape, kTextureWindow);
+    const auto rules = readRules(directoryOf(call.directory), inputs.present(), echoes);
+    std::optional<ScanClassifier> classifier;
+    if (rules) classifier.emplace(inputs, *rules);
+
+    std::vector<double> held(mustWait(call) ? call.cells() : 0);
+    double* const target = held.empty() ? call.output : held.data();
+    std::vector<float> classes(static_cast<std::size_t>(shape.ngates));
+    for (int r = 0; r < shape.nrays; ++r) {
+        if (classifier) classifier->classifyRay(r, classes.data());
+        widen(classifier ? classes.data() : noise.row(r), target + shape.offset(r), shape.ngates);
+    }
+    std::copy(held.begin(), held.end(), call.output);
 }
 
 }  // namespace
@@ -80,30 +134,14 @@ void clutterclassifier(const char* mfdir, int nrays, int ngates, double* zhh, do
         return;
     }
     if (zhh == nullptr) return;
-    const dsp::PolarShape shape{ngates, nrays};
-    NarrowedRows rows[] = {{zhh, shape},      {zdr, shape}, {phidp, shape}, {rhohv, shape},
-                           {velocity, shape}, {ldr, shape}, {pdf, shape}};
-    const ScanFields fields{rows[0].orNull(), rows[1].orNull(), rows[2].orNull(), rows[3].orNull(),
-                            rows[4].orNull(), rows[5].orNull(), rows[6].orNull(), nullptr};
-    NoiseFlags noise(shape);
-    const std::size_t echoes = noise.flag(
-        rows[0],
-        {gateSpacing(ranges), static_cast<float>(params[0]), static_cast<float>(params[1])});
-    const short mask = static_cast<short>(base::truncateToInt(params[2]));
-    ScanClassifier classifier(fields, mask, noise, shape, kTextureWindow);
-    const bool classified = classifier.prepare(directoryOf(mfdir), echoes);
-    // Rays are read again after they were classified: an output over an input waits for the last.
-    const std::size_t cells = base::cellCount(ngates, nrays);
-    const double* const inputs[] = {zhh, zdr, phidp, rhohv, velocity, ldr, pdf};
-    const bool waits = std::any_of(std::begin(inputs), std::end(inputs), [&](const double* input) {
-        return overlap(input, output, cells);
-    });
-    std::vector<double> held(waits ? cells : 0);
-    double* const target = waits ? held.data() : output;
-    std::vector<float> classes(static_cast<std::size_t>(ngates));
-    for (int r = 0; r < nrays; ++r) {
-        if (classified) classifier.classifyRay(r, classes.data());
-        widen(classified ? classes.data() : noise.row(r), target + shape.offset(r), ngates);
+    try {
+        classifyScan({mfdir,
+                      {ngates, nrays},
+                      {zhh, zdr, phidp, rhohv, velocity, ldr, pdf},
+                      ranges,
+                      params,
+                      output});
+    } catch (const std::exception&) {
+        // Not enough memory. Nothing has been written: every allocation comes before the first ray.
     }
-    std::copy(held.begin(), held.end(), output);
 }

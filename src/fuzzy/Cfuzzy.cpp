@@ -9,6 +9,7 @@
 #include "base/text.h"
 #include "fuzzy/engine.h"
 #include "fuzzy/membership.h"
+#include "fuzzy/term.h"
 
 using namespace clutter;
 
@@ -113,7 +114,8 @@ int Cfuzzy::Evaluate(float* out, int n) {
     fuzzy::RuleBase ruleBase(*this);
     if (!ruleBase.announceComplete()) return 0;
     if (n >= kManyElements) ruleBase.prepareForMany();
-    ruleBase.classify(data, n, out);
+    fuzzy::UndecidedElements undecided(ninputs);
+    ruleBase.classify(data, n, out, undecided);
     return 1;
 }
 

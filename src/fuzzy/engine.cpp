@@ -1,15 +1,24 @@
+/*
+ * A rule base over arrays, in blocks that fit the cache. Elements that the quick verdict decides
+ * are not evaluated; the others are gathered, so that they fill blocks too.
+ */
 #include "fuzzy/engine.h"
 
 #include <algorithm>
+#include <cstddef>
+#include <utility>
 
 #include "base/kernel.h"
 #include "base/message.h"
 #include "fuzzy/quick_verdict.h"
+#include "fuzzy/ranking.h"
 
 namespace clutter::fuzzy {
 namespace {
 
-constexpr int kBlock = 256;
+constexpr int kBlock = UndecidedElements::kBlock;
+static_assert(kBlock <= QuickVerdict::kMaxElements && kBlock <= Ranking::kMaxElements,
+              "a block is scored and ranked at once");
 
 CLUTTER_KERNEL void multiply(const double* __restrict degrees, double* __restrict strength, int n) {
     for (int j = 0; j < n; ++j) strength[j] = strength[j] * degrees[j];
@@ -20,127 +29,42 @@ CLUTTER_KERNEL void addWeighted(const double* __restrict degrees, double weight,
     for (int j = 0; j < n; ++j) strength[j] = strength[j] + weight * degrees[j];
 }
 
-struct Ranking {
-    double best[kBlock];
-    float winner[kBlock];
-    int differ[kBlock];
-};
-
-/* Rule 0 opens the ranking. A NaN strength is never exceeded, but it differs from every other. */
-void rankFirst(const double* strength, float code, int n, Ranking& ranking) {
-    for (int j = 0; j < n; ++j) {
-        ranking.best[j] = strength[j];
-        ranking.winner[j] = code;
-        ranking.differ[j] = strength[j] == strength[j] ? 0 : 1;
-    }
-}
-
-CLUTTER_KERNEL void rankNext(const double* strength, float code, int n, Ranking& ranking) {
-    for (int j = 0; j < n; ++j) {
-        const bool stronger = strength[j] > ranking.best[j];
-        ranking.differ[j] |= strength[j] == ranking.best[j] ? 0 : 1;
-        ranking.best[j] = stronger ? strength[j] : ranking.best[j];
-        ranking.winner[j] = stronger ? code : ranking.winner[j];
-    }
-}
-
 }  // namespace
 
-/* Elements that the quick verdict leaves open, gathered until a block is full. */
-class OpenElements {
-  public:
-    OpenElements(const float* const* inputs, int ninputs)
-        : source_(inputs), inputs_(static_cast<std::size_t>(ninputs)) {}
-
-    void add(int element) {
-        if (gathered_.empty()) makeRoom();
-        for (std::size_t i = 0; i < inputs_.size(); ++i) {
-            if (source_[i] != nullptr)
-                gathered_[i * kCapacity + index(count_)] = source_[i][element];
-        }
-        elements_[count_++] = element;
-    }
-
-    int count() const { return count_; }
-    int element(int at) const { return elements_[at]; }
-    const float* const* inputs() const { return inputs_.data(); }
-    void clear() { count_ = 0; }
-
-  private:
-    // Emptied whenever a block is full, and filled by a block at a time.
-    static constexpr std::size_t kCapacity = std::size_t{2} * kBlock;
-    static std::size_t index(int i) { return static_cast<std::size_t>(i); }
-
-    void makeRoom() {
-        gathered_.resize(inputs_.size() * kCapacity);
-        for (std::size_t i = 0; i < inputs_.size(); ++i) {
-            inputs_[i] = gathered_.data() + i * kCapacity;
-        }
-    }
-
-    const float* const* source_;
-    std::vector<float> gathered_;
-    std::vector<const float*> inputs_;
-    int elements_[kCapacity];
-    int count_ = 0;
-};
-
-void evaluateTerm(const Term& term, const float* x, double* degrees, int n) {
-    switch (term.shape) {
-        case Shape::kSame:
-            return evaluateSame(x, degrees, n);
-        case Shape::kComplement:
-            return evaluateComplement(x, degrees, n);
-        case Shape::kGaussian:
-            return evaluateGaussian(term.params.data(), x, degrees, n);
-        case Shape::kGaussian2s:
-            return evaluateGaussian2s(term.params.data(), x, degrees, n);
-        case Shape::kOnes:
-            return evaluateOnes(degrees, n);
-        case Shape::kTrapezoidal:
-            return evaluateTrapezoid(term.params.data(), x, degrees, n);
-        case Shape::kTable:
-            return term.table->evaluate(x, degrees, n);
+UndecidedElements::UndecidedElements(int ninputs)
+    : gathered_(static_cast<std::size_t>(ninputs) * kCapacity),
+      source_(static_cast<std::size_t>(ninputs)),
+      inputs_(static_cast<std::size_t>(ninputs)) {
+    for (std::size_t i = 0; i < inputs_.size(); ++i) {
+        inputs_[i] = gathered_.data() + i * kCapacity;
     }
 }
 
-bool resolveTerm(const Cfuzzy& engine, int input, int mf, TableSet& tables, Term& term,
-                 std::string& missing) {
-    term = Term{};
-    if (mf < 0 || engine.data[input] == nullptr) return true;
-    const Cvars& variable = engine.inputs[input];
-    if (mf >= variable.nmfs) {
-        missing = std::string(variable.name) + "[" + std::to_string(mf) + "]";
-        return false;
-    }
-    const Cmfs& function = variable.mfs[mf];
-    term.shape = shapeOf(function.type);
-    std::copy_n(function.params, 5, term.params.begin());
-    if (term.shape != Shape::kTable) return true;
-    std::unique_ptr<Table>& table = tables[{input, mf}];
-    if (table == nullptr) {
-        Points points;
-        if (readMembershipFile(function.type, points) != ReadResult::kRead) {
-            missing = function.type;
-            return false;
-        }
-        table = std::make_unique<Table>(std::move(points));
-    }
-    term.table = table.get();
-    return true;
+void UndecidedElements::begin(const float* const* inputs) {
+    std::copy_n(inputs, source_.size(), source_.begin());
+    count_ = 0;
 }
 
-RuleBase::RuleBase(const Cfuzzy& engine)
-    : ninputs_(engine.ninputs),
-      nrules_(engine.rules != nullptr ? engine.nrules : 0),
-      product_(engine.combination == 1),
-      weights_(engine.weights, engine.weights + engine.ninputs) {
+void UndecidedElements::add(int element) {
+    const auto at = static_cast<std::size_t>(count_);
+    for (std::size_t i = 0; i < source_.size(); ++i) {
+        if (source_[i] != nullptr) gathered_[i * kCapacity + at] = source_[i][element];
+    }
+    elements_[at] = element;
+    ++count_;
+}
+
+RuleBase::RuleBase(const Cfuzzy& engine) {
+    rules_.ninputs = engine.ninputs;
+    rules_.product = engine.combination == 1;
+    rules_.weights.assign(engine.weights, engine.weights + engine.ninputs);
     const int columns = engine.ninputs + engine.noutputs;
-    for (int k = 0; engine.rules != nullptr && k < nrules_; ++k) {
+    for (int k = 0; engine.rules != nullptr && k < engine.nrules; ++k) {
         const short* row = engine.rules + static_cast<std::ptrdiff_t>(k) * columns;
-        classes_.push_back(engine.noutputs > 0 ? static_cast<float>(row[ninputs_]) : 0.0f);
-        for (int i = 0; i < ninputs_; ++i) {
-            Term& term = terms_.emplace_back();
+        rules_.classes.push_back(engine.noutputs > 0 ? static_cast<float>(row[rules_.ninputs])
+                                                     : 0.0f);
+        for (int i = 0; i < rules_.ninputs; ++i) {
+            Term& term = rules_.terms.emplace_back();
             if (!resolveTerm(engine, i, row[i], tables_, term, missing_)) {
                 complete_ = false;
                 return;
@@ -150,6 +74,14 @@ RuleBase::RuleBase(const Cfuzzy& engine)
     }
 }
 
+RuleBase::RuleBase(Rules rules, std::unique_ptr<const QuickVerdict> quick)
+    : rules_(std::move(rules)), quick_(std::move(quick)) {
+    remembersDegrees_ = std::any_of(rules_.terms.begin(), rules_.terms.end(), [](const Term& term) {
+        return term.shape == Shape::kTrapezoidal;
+    });
+}
+
+RuleBase::RuleBase(RuleBase&&) noexcept = default;
 RuleBase::~RuleBase() = default;
 
 bool RuleBase::announceComplete() const {
@@ -158,14 +90,15 @@ bool RuleBase::announceComplete() const {
 }
 
 void RuleBase::prepareForMany() {
-    quick_ = QuickVerdict::make(*this);
+    quick_ = QuickVerdict::make(rules_);
 }
 
-void RuleBase::classify(const float* const* inputs, int n, float* out) const {
-    if (nrules_ == 0) {
+void RuleBase::classify(const float* const* inputs, int n, float* out,
+                        UndecidedElements& undecided) const {
+    if (rules_.count() == 0) {
         std::fill_n(out, n, -1.0f);
     } else if (quick_) {
-        classifyQuickly(inputs, n, out);
+        classifyQuickly(inputs, n, out, undecided);
     } else {
         for (int start = 0; start < n; start += kBlock) {
             classifyBlock(inputs, start, std::min(kBlock, n - start), out + start);
@@ -178,59 +111,61 @@ void RuleBase::classifyBlock(const float* const* inputs, int start, int n, float
     double strength[kBlock];
     Ranking ranking;
     std::fill_n(degrees, n, 1.0);
-    for (int k = 0; k < nrules_; ++k) {
+    for (int k = 0; k < rules_.count(); ++k) {
         evaluateRule(k, inputs, start, n, degrees, strength);
+        const float code = rules_.classes[static_cast<std::size_t>(k)];
         if (k == 0) {
-            rankFirst(strength, classes_[0], n, ranking);
+            ranking.begin(strength, code, n);
         } else {
-            rankNext(strength, classes_[static_cast<std::size_t>(k)], n, ranking);
+            ranking.add(strength, code, n);
         }
     }
-    for (int j = 0; j < n; ++j) out[j] = ranking.differ[j] != 0 ? ranking.winner[j] : -1.0f;
+    ranking.winners(out, n);
 }
 
 void RuleBase::evaluateRule(int rule, const float* const* inputs, int start, int n, double* degrees,
                             double* strength) const {
     std::fill_n(strength, n, 1.0);
-    for (int i = 0; i < ninputs_; ++i) {
-        const Term& picked = term(rule, i);
+    for (int i = 0; i < rules_.ninputs; ++i) {
+        const Term& picked = rules_.term(rule, i);
         // A factor of 1 changes nothing, unless a trapezoid reads the degrees that it leaves.
-        if (picked.shape == Shape::kOnes && product_ && !remembersDegrees_) continue;
+        if (picked.shape == Shape::kOnes && rules_.product && !remembersDegrees_) continue;
         const float* x = picked.shape == Shape::kOnes ? nullptr : inputs[i] + start;
         evaluateTerm(picked, x, degrees, n);
-        if (product_) {
+        if (rules_.product) {
             multiply(degrees, strength, n);
         } else {
-            addWeighted(degrees, weights_[static_cast<std::size_t>(i)], strength, n);
+            addWeighted(degrees, rules_.weights[static_cast<std::size_t>(i)], strength, n);
         }
     }
 }
 
-void RuleBase::classifyQuickly(const float* const* inputs, int n, float* out) const {
+void RuleBase::classifyQuickly(const float* const* inputs, int n, float* out,
+                               UndecidedElements& undecided) const {
     float scores[kBlock];
-    OpenElements open(inputs, ninputs_);
+    undecided.begin(inputs);
     for (int start = 0; start < n; start += kBlock) {
         const int count = std::min(kBlock, n - start);
         quick_->score(inputs, start, count, scores);
         // Gathered before out is written: it may be one of the inputs.
         for (int j = 0; j < count; ++j) {
-            if (scores[j] == 0.0f) open.add(start + j);
+            if (scores[j] == 0.0f) undecided.add(start + j);
         }
         for (int j = 0; j < count; ++j) {
-            out[start + j] = scores[j] > 0.0f ? classes_[0] : classes_[1];
+            out[start + j] = scores[j] > 0.0f ? rules_.classes[0] : rules_.classes[1];
         }
-        if (open.count() >= kBlock || start + count == n) settle(open, out);
+        if (undecided.count() >= kBlock || start + count == n) decide(undecided, out);
     }
 }
 
-void RuleBase::settle(OpenElements& open, float* out) const {
+void RuleBase::decide(UndecidedElements& undecided, float* out) const {
     float exact[kBlock];
-    for (int start = 0; start < open.count(); start += kBlock) {
-        const int count = std::min(kBlock, open.count() - start);
-        classifyBlock(open.inputs(), start, count, exact);
-        for (int m = 0; m < count; ++m) out[open.element(start + m)] = exact[m];
+    for (int start = 0; start < undecided.count(); start += kBlock) {
+        const int count = std::min(kBlock, undecided.count() - start);
+        classifyBlock(undecided.inputs(), start, count, exact);
+        for (int m = 0; m < count; ++m) out[undecided.element(start + m)] = exact[m];
     }
-    open.clear();
+    undecided.clear();
 }
 
 }  // namespace clutter::fuzzy

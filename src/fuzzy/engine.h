@@ -7,83 +7,83 @@
 #ifndef CLUTTER_FUZZY_ENGINE_H
 #define CLUTTER_FUZZY_ENGINE_H
 
-#include <array>
-#include <map>
 #include <memory>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "clutterclassifier/Cfuzzy.h"
-#include "fuzzy/membership.h"
-#include "fuzzy/shapes.h"
+#include "fuzzy/term.h"
 
 namespace clutter::fuzzy {
 
-class OpenElements;
 class QuickVerdict;
 
-/* One degree of a rule: which shape of which input. */
-struct Term {
-    Shape shape = Shape::kOnes;
-    std::array<float, 5> params = {};
-    const Table* table = nullptr;  // owned by the rule base
+/* Elements that the quick verdict leaves undecided, gathered until a block is full. Allocates in
+ * its constructor only; one for each thread that classifies. */
+class UndecidedElements {
+  public:
+    static constexpr int kBlock = 256;
+
+    explicit UndecidedElements(int ninputs);
+
+    /* Starts over with other inputs; absent ones are null. */
+    void begin(const float* const* inputs);
+    void add(int element);
+    int count() const { return count_; }
+    int element(int at) const { return elements_[at]; }
+    const float* const* inputs() const { return inputs_.data(); }
+    void clear() { count_ = 0; }
+
+  private:
+    // Emptied whenever a block is full, and filled by a block at a time.
+    static constexpr std::size_t kCapacity = std::size_t{2} * kBlock;
+
+    std::vector<float> gathered_;
+    std::vector<const float*> source_;
+    std::vector<const float*> inputs_;
+    int elements_[kCapacity];
+    int count_ = 0;
 };
-
-/* Degrees of n values. A trapezoid leaves some of them as they were. */
-void evaluateTerm(const Term& term, const float* x, double* degrees, int n);
-
-/* Membership functions that were read for a rule base, one per input and function. */
-using TableSet = std::map<std::pair<int, int>, std::unique_ptr<Table>>;
-
-/*
- * Finds the term of function mf of an input; a negative mf, or an input without data, takes no
- * part. False when there is no such function or its file cannot be read: missing then names it.
- */
-bool resolveTerm(const Cfuzzy& engine, int input, int mf, TableSet& tables, Term& term,
-                 std::string& missing);
 
 class RuleBase {
   public:
     /* Reads every membership file that the rules need. Independent of the engine from then on. */
     explicit RuleBase(const Cfuzzy& engine);
+
+    /* Takes rules whose tables outlive it, with the tables for quick verdicts or null. */
+    RuleBase(Rules rules, std::unique_ptr<const QuickVerdict> quick);
+
+    RuleBase(RuleBase&&) noexcept;
     ~RuleBase();
 
     /* False, after a message naming the first function that was not found, in rule order, then
      * input order. */
-    bool announceComplete() const;
+    [[nodiscard]] bool announceComplete() const;
 
-    /* Makes tables that settle most elements of a long array at once (two-rule products only). */
+    /* Makes tables that decide most elements of a long array at once (two-rule products only). */
     void prepareForMany();
 
+    int inputCount() const { return rules_.ninputs; }
+
     /* Classes of n elements; inputs holds one pointer per input (not read for an absent input). out
-     * may be one of the inputs. */
-    void classify(const float* const* inputs, int n, float* out) const;
+     * may be one of the inputs. Any number of threads at once, each with its own undecided. */
+    void classify(const float* const* inputs, int n, float* out,
+                  UndecidedElements& undecided) const;
 
   private:
-    friend class QuickVerdict;
-
-    const Term& term(int rule, int input) const {
-        return terms_[static_cast<std::size_t>(rule) * static_cast<std::size_t>(ninputs_) +
-                      static_cast<std::size_t>(input)];
-    }
     void classifyBlock(const float* const* inputs, int start, int n, float* out) const;
-    void classifyQuickly(const float* const* inputs, int n, float* out) const;
-    void settle(OpenElements& open, float* out) const;
+    void classifyQuickly(const float* const* inputs, int n, float* out,
+                         UndecidedElements& undecided) const;
+    void decide(UndecidedElements& undecided, float* out) const;
     void evaluateRule(int rule, const float* const* inputs, int start, int n, double* degrees,
                       double* strength) const;
 
-    int ninputs_;
-    int nrules_;
-    bool product_;
+    Rules rules_;
     bool remembersDegrees_ = false;  // a trapezoid sees the degrees of the function before it
     bool complete_ = true;
     std::string missing_;
-    std::vector<double> weights_;
-    std::vector<float> classes_;  // one per rule
-    std::vector<Term> terms_;     // rule after rule
     TableSet tables_;
-    std::unique_ptr<QuickVerdict> quick_;
+    std::unique_ptr<const QuickVerdict> quick_;
 };
 
 }  // namespace clutter::fuzzy

@@ -7,8 +7,8 @@
 #include <string_view>
 #include <utility>
 
-#include "base/file.h"
 #include "base/kernel.h"
+#include "base/regular_file.h"
 #include "base/text.h"
 
 namespace clutter::fuzzy {
@@ -60,7 +60,7 @@ CLUTTER_KERNEL void followSegments(Segments table, const int* __restrict segment
 }  // namespace
 
 ReadResult readMembershipFile(const char* path, Points& points) {
-    const auto bytes = base::readWholeFile(path);
+    const auto bytes = base::readRegularFile(path);
     if (!bytes) return ReadResult::kNotOpened;
     base::TokenReader tokens({reinterpret_cast<const char*>(bytes->data()), bytes->size()});
     for (;;) {

@@ -1,242 +1,61 @@
+/*
+ * The sum of the inputs' cells, compared with what the cells and rounding leave uncertain.
+ */
 #include "fuzzy/quick_verdict.h"
 
 #include <algorithm>
-#include <cmath>
-#include <limits>
+#include <cstddef>
+#include <utility>
 
 #include "base/kernel.h"
-#include "fuzzy/engine.h"
 
 namespace clutter::fuzzy {
 namespace {
 
-constexpr std::size_t kMostInputs = 10;
-constexpr double kSmallestDegree = 0x1p-100;  // products of as many stay normal numbers
-constexpr double kLargestDegree = 0x1p100;
-constexpr double kLargestRatio = 1e30;  // a normal number in single precision, and so its inverse
-constexpr double kCancellation = 1e-8;  // of a table's largest degree: below, rounding could matter
-constexpr float kWidestHalf = 0.125f;   // of a cell's log ratio; wider cells settle nothing
-constexpr float kRounding = 1e-3f;     // far above what sums of floats and products of doubles lose
-constexpr double kCellOverlap = 1e-3;  // of a cell: the index is computed in single precision
-constexpr float kNan = std::numeric_limits<float>::quiet_NaN();
-constexpr float kInfinity = std::numeric_limits<float>::infinity();
+constexpr std::size_t kMaxInputs = 10;
+constexpr float kRounding = 1e-3f;  // far above what sums of floats and products of doubles lose
 
-bool allFinite(const std::vector<double>& values) {
-    return std::all_of(values.begin(), values.end(), [](double v) { return std::isfinite(v); });
-}
-
-bool supported(const Term& term) {
-    switch (term.shape) {
-        case Shape::kOnes:
-        case Shape::kSame:
-        case Shape::kComplement:
-            return true;
-        case Shape::kTable:
-            return term.table->ascending() && allFinite(term.table->points().x) &&
-                   allFinite(term.table->points().y);
-        default:
-            return false;
-    }
-}
-
-/* The smallest degree of a term that is far from what rounding could do to it. */
-double smallestTrusted(const Term& term) {
-    double smallest = kSmallestDegree;
-    if (term.shape != Shape::kTable) return smallest;
-    for (const double y : term.table->points().y) {
-        smallest = std::max(smallest, kCancellation * std::abs(y));
-    }
-    return smallest;
-}
-
-/* The log ratio of the degrees of one input in the two rules; NaN where a degree is out of bounds.
- */
-class LogRatio {
-  public:
-    LogRatio(const Term& rule0, const Term& rule1)
-        : terms_{&rule0, &rule1}, smallest_{smallestTrusted(rule0), smallestTrusted(rule1)} {}
-
-    std::vector<float> at(const std::vector<float>& x) const {
-        const std::size_t n = x.size();
-        std::vector<double> degrees[2];
-        for (int rule = 0; rule < 2; ++rule) {
-            degrees[rule].resize(n);
-            evaluateTerm(*terms_[rule], x.data(), degrees[rule].data(), static_cast<int>(n));
-        }
-        std::vector<float> ratios(n);
-        for (std::size_t j = 0; j < n; ++j) {
-            const double ratio = degrees[0][j] / degrees[1][j];
-            const bool trusted = trust(0, degrees[0][j]) && trust(1, degrees[1][j]) &&
-                                 ratio >= 1.0 / kLargestRatio && ratio <= kLargestRatio;
-            ratios[j] = trusted ? std::log(static_cast<float>(ratio)) : kNan;
-        }
-        return ratios;
-    }
-
-    /* The values beside each point of the tables, sorted: between two of them the ratio is
-     * monotone. */
-    std::vector<float> corners() const {
-        std::vector<float> corners;
-        for (const Term* term : terms_) {
-            if (term->shape == Shape::kSame || term->shape == Shape::kComplement) {
-                corners.insert(corners.end(), {0.0f, 1.0f});
-            }
-            if (term->shape != Shape::kTable) continue;
-            for (const float threshold : term->table->thresholds()) {
-                corners.insert(corners.end(), {std::nextafter(threshold, -kInfinity), threshold});
-            }
-        }
-        std::sort(corners.begin(), corners.end());
-        return corners;
-    }
-
-  private:
-    bool trust(int rule, double degree) const {
-        return degree >= smallest_[rule] && degree <= kLargestDegree;
-    }
-
-    const Term* terms_[2];
-    double smallest_[2];
-};
-
-/*
- * The log ratio over an interval. Between corners both degrees are straight lines, and the ratio of
- * two straight lines is monotone: its range is that of the ends and the corners.
- */
-class RatioRange {
-  public:
-    void add(float logRatio) {
-        low_ = std::min(low_, logRatio);
-        high_ = std::max(high_, logRatio);
-        broken_ = broken_ || !(logRatio == logRatio);
-    }
-
-    bool narrow() const { return !broken_ && half() <= kWidestHalf; }
-    float half() const { return 0.5f * (high_ - low_); }
-    float middle() const { return 0.5f * (high_ + low_); }
-
-  private:
-    float low_ = kInfinity;
-    float high_ = -kInfinity;
-    bool broken_ = false;
-};
-
-struct Interval {
-    float low;
-    float high;
-};
-
-/* Where the sorted corners crowd: cells are not wasted on a far tail. */
-Interval coreOf(const std::vector<float>& corners) {
-    const std::size_t n = corners.size();
-    const float middle = corners[n / 2];
-    const float reach = 16.0f * (corners[3 * n / 4] - corners[n / 4]);
-    if (!(reach > 0.0f)) return {corners.front(), corners.back()};
-    const auto low = std::lower_bound(corners.begin(), corners.end(), middle - reach);
-    const auto high = std::upper_bound(corners.begin(), corners.end(), middle + reach);
-    return {*low, *std::prev(high)};
-}
-
-struct Grid {
-    float origin;
-    float cellsPerUnit;
-};
-
-/* The comparisons send NaN to cell 0 first, so that the conversion is defined; it then gets its
- * own. */
-CLUTTER_KERNEL void findCells(const float* __restrict x, Grid grid, int cells,
-                              int* __restrict found, int n) {
-    const float last = static_cast<float>(cells - 1);
+CLUTTER_KERNEL void dropUncertain(float tolerance, float* scores, int n) {
     for (int j = 0; j < n; ++j) {
-        float position = (x[j] - grid.origin) * grid.cellsPerUnit;
-        position = position > 0.0f ? position : 0.0f;
-        position = position < last ? position : last;
-        const int cell = static_cast<int>(position);
-        found[j] = x[j] == x[j] ? cell : cells;
-    }
-}
-
-/* No kernel: vector gathers are slower than plain loads. */
-void addCells(const int* __restrict found, const float* __restrict table, float* __restrict scores,
-              int n) {
-    for (int j = 0; j < n; ++j) scores[j] += table[found[j]];
-}
-
-CLUTTER_KERNEL void settle(float tolerance, float* scores, int n) {
-    for (int j = 0; j < n; ++j) {
-        const bool settled = scores[j] > tolerance || scores[j] < -tolerance;
-        scores[j] = settled ? scores[j] : 0.0f;
+        const bool certain = scores[j] > tolerance || scores[j] < -tolerance;
+        scores[j] = certain ? scores[j] : 0.0f;
     }
 }
 
 }  // namespace
 
-std::unique_ptr<QuickVerdict> QuickVerdict::make(const RuleBase& rules) {
-    if (!rules.product_ || rules.nrules_ != 2) return nullptr;
-    auto quick = std::unique_ptr<QuickVerdict>(new QuickVerdict);
-    quick->tolerance_ = kRounding;
-    for (int i = 0; i < rules.ninputs_; ++i) {
+std::unique_ptr<const QuickVerdict> QuickVerdict::make(const Rules& rules) {
+    if (!rules.product || rules.count() != 2) return nullptr;
+    std::vector<InputCells> inputs;
+    for (int i = 0; i < rules.ninputs; ++i) {
         const Term& rule0 = rules.term(0, i);
         const Term& rule1 = rules.term(1, i);
-        if (!supported(rule0) || !supported(rule1)) return nullptr;
         if (rule0.shape == Shape::kOnes && rule1.shape == Shape::kOnes) continue;
-        if (!quick->addInput(i, rule0, rule1)) return nullptr;
+        inputs.push_back({i, RatioCells::make(rule0, rule1)});
+        if (inputs.back().cells == nullptr) return nullptr;
     }
-    // Beyond, both products may vanish or overflow: neither rule is then the stronger one.
-    if (quick->ratios_.empty() || quick->ratios_.size() > kMostInputs) return nullptr;
+    return make(std::move(inputs));
+}
+
+std::unique_ptr<const QuickVerdict> QuickVerdict::make(std::vector<InputCells> inputs) {
+    // With more inputs both products may vanish or overflow, and comparing them decides nothing.
+    if (inputs.empty() || inputs.size() > kMaxInputs) return nullptr;
+    std::unique_ptr<QuickVerdict> quick(new QuickVerdict);
+    quick->tolerance_ = kRounding;
+    for (const InputCells& input : inputs) {
+        if (input.cells == nullptr) return nullptr;
+        quick->tolerance_ += input.cells->widestHalf();
+    }
+    quick->inputs_ = std::move(inputs);
     return quick;
 }
 
-bool QuickVerdict::addInput(int input, const Term& rule0, const Term& rule1) {
-    const LogRatio logRatio(rule0, rule1);
-    const std::vector<float> corners = logRatio.corners();
-    const Interval core = coreOf(corners);
-    Ratio ratio{input, core.low, kCells / (core.high - core.low), {}};
-    if (!std::isfinite(ratio.origin) || !std::isfinite(ratio.cellsPerUnit)) return false;
-    if (!(ratio.cellsPerUnit > 0.0f)) return false;
-
-    // Ends of the cells, outward, then NaN.
-    std::vector<float> ends;
-    const auto edge = [&ratio](double cells) {
-        return static_cast<float>(static_cast<double>(ratio.origin) +
-                                  cells / static_cast<double>(ratio.cellsPerUnit));
-    };
-    for (int c = 0; c < kCells; ++c) {
-        ends.push_back(c == 0 ? -kInfinity : std::nextafter(edge(c - kCellOverlap), -kInfinity));
-        ends.push_back(c == kCells - 1 ? kInfinity
-                                       : std::nextafter(edge(c + 1 + kCellOverlap), kInfinity));
-    }
-    ends.push_back(kNan);
-    const std::vector<float> atEnds = logRatio.at(ends);
-    const std::vector<float> atCorners = logRatio.at(corners);
-
-    float widest = 0.0f;
-    for (std::size_t c = 0; c < kCells; ++c) {
-        RatioRange range;
-        range.add(atEnds[2 * c]);
-        range.add(atEnds[2 * c + 1]);
-        const auto first = std::lower_bound(corners.begin(), corners.end(), ends[2 * c]);
-        for (auto at = first; at != corners.end() && *at <= ends[2 * c + 1]; ++at) {
-            range.add(atCorners[static_cast<std::size_t>(at - corners.begin())]);
-        }
-        ratio.cells.push_back(range.narrow() ? range.middle() : kNan);
-        if (range.narrow()) widest = std::max(widest, range.half());
-    }
-    ratio.cells.push_back(atEnds.back());
-    tolerance_ += widest;
-    ratios_.push_back(std::move(ratio));
-    return true;
-}
-
 void QuickVerdict::score(const float* const* inputs, int start, int n, float* scores) const {
-    int found[kMost];
     std::fill_n(scores, n, 0.0f);
-    for (const Ratio& ratio : ratios_) {
-        findCells(inputs[ratio.input] + start, {ratio.origin, ratio.cellsPerUnit}, kCells, found,
-                  n);
-        addCells(found, ratio.cells.data(), scores, n);
+    for (const InputCells& input : inputs_) {
+        input.cells->add(inputs[input.input] + start, scores, n);
     }
-    settle(tolerance_, scores, n);
+    dropUncertain(tolerance_, scores, n);
 }
 
 }  // namespace clutter::fuzzy

@@ -1,12 +1,10 @@
 /*
- * quick_verdict.h - settles most elements of a two-rule product without evaluating it.
+ * quick_verdict.h - decides most elements of a two-rule product without evaluating it.
  *
  * Which of two products is larger depends on the sum over the inputs of log(degree in rule 0 /
- * degree in rule 1). Each input's range is cut into cells; a cell holds the middle of the log
- * ratio's range over it. Where the sum is farther from zero than all half widths together (and a
- * margin for rounding), the exact evaluation could only agree; every other element is left to it. A
- * cell whose range is too wide, or whose degrees leave 2^-100 .. 2^100, holds NaN, which keeps the
- * sum from settling anything.
+ * degree in rule 1). Where the sum of the cells (ratio_cells.h) is farther from zero than all half
+ * widths together (and a margin for rounding), the exact evaluation could only agree; every other
+ * element, and every NaN, is left to it.
  */
 #ifndef CLUTTER_FUZZY_QUICK_VERDICT_H
 #define CLUTTER_FUZZY_QUICK_VERDICT_H
@@ -14,36 +12,35 @@
 #include <memory>
 #include <vector>
 
+#include "fuzzy/ratio_cells.h"
+#include "fuzzy/term.h"
+
 namespace clutter::fuzzy {
 
-class RuleBase;
-struct Term;
+/* An input whose degrees differ between the rules. */
+struct InputCells {
+    int input;
+    std::shared_ptr<const RatioCells> cells;
+};
 
 class QuickVerdict {
   public:
-    /* Null when the rule base is no two-rule product of tables and plain values, or one of more
+    /* Null when the rules are no two-rule product of tables and plain values, or one of more
      * inputs than products are safe for. */
-    static std::unique_ptr<QuickVerdict> make(const RuleBase& rules);
+    [[nodiscard]] static std::unique_ptr<const QuickVerdict> make(const Rules& rules);
 
-    static constexpr int kMost = 256;
+    /* The same from cells that were made before; an input without cells gives null. */
+    [[nodiscard]] static std::unique_ptr<const QuickVerdict> make(std::vector<InputCells> inputs);
 
-    /* scores[j] > 0: rule 0 is stronger; < 0: rule 1; 0: not settled. n is at most kMost. */
+    static constexpr int kMaxElements = RatioCells::kMaxElements;
+
+    /* scores[j] > 0: rule 0 is stronger; < 0: rule 1; 0: undecided. n is at most kMaxElements. */
     void score(const float* const* inputs, int start, int n, float* scores) const;
 
   private:
-    static constexpr int kCells = 2048;
+    QuickVerdict() = default;
 
-    struct Ratio {
-        int input = 0;
-        float origin = 0.0f;
-        float cellsPerUnit = 0.0f;
-        std::vector<float> cells;  // and one for NaN
-    };
-
-    /* False when the input's range cannot be cut into cells. */
-    bool addInput(int input, const Term& rule0, const Term& rule1);
-
-    std::vector<Ratio> ratios_;
+    std::vector<InputCells> inputs_;
     float tolerance_ = 0.0f;
 };
 
