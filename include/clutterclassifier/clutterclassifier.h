@@ -14,7 +14,8 @@
  * with objects of its own, are independent of each other. What draws random numbers (CDSP's noise,
  * Cpluvek::CreateDataSpaceforPPI, the attenuation algorithms 0, 1, 2 and 8) takes them from the C
  * library's rand(), one generator for the whole host, which it seeds anew from itself and the
- * clock. No exception of the library's own code leaves it.
+ * clock. No exception of the library's own code leaves it. Messages go to standard output, or to the
+ * calling thread's sink (classifier.h).
  */
 #ifndef CLUTTERCLASSIFIER_CLUTTERCLASSIFIER_H
 #define CLUTTERCLASSIFIER_CLUTTERCLASSIFIER_H
@@ -67,9 +68,10 @@ extern "C" {
  *   output     receives nrays x ngates class codes: 0 precipitation (or undecided), 3 noise,
  *              5 ground clutter
  *
- * When a membership file of a used input cannot be read, "Membership function not found: ..." is
- * printed once and output tells only noise (3) from echo (0). A NaN value takes the last degree of
- * its table.
+ * When a membership file of a used input cannot be read (it must be a regular file; a pipe is not
+ * waited for), "Membership function not found: ..." is printed once and output tells only noise (3)
+ * from echo (0). When there is not enough memory, output is left untouched and nothing is printed.
+ * Hosts that need a status use classifier.h. A NaN value takes the last degree of its table.
  *
  * The caller owns every array; none is kept. Inputs are not modified, but output may be one of the
  * field arrays, which is then replaced.

@@ -31,14 +31,8 @@ class RecordRows {
   public:
     RecordRows(const Crres& context, std::size_t cellsOfScan)
         : shape_{context.zhh.ngates, context.zhh.nrays}, cells_(cellsOfScan) {
-        fields_.zhh = add(context.zhh);
-        fields_.zdr = add(context.zdr);
-        fields_.pdp = add(context.pdp);
-        fields_.rhv = add(context.rhv);
-        fields_.vel = add(context.vel);
-        fields_.ldr = add(context.ldr);
-        fields_.pdf = add(context.pdf);
-        fields_.wid = add(context.wid);
+        fields_ = {add(context.zhh), add(context.zdr), add(context.pdp), add(context.rhv),
+                   add(context.vel), add(context.ldr), add(context.pdf), add(context.wid)};
     }
 
     dsp::PolarShape shape() const { return shape_; }
@@ -55,7 +49,7 @@ class RecordRows {
     dsp::PolarShape shape_;
     std::size_t cells_;
     std::vector<std::unique_ptr<dsp::FieldRows>> rows_;
-    ScanFields fields_;
+    ScanFields fields_ = {};
 };
 
 /* Gates flagged by a finder become ground clutter. */

@@ -6,6 +6,7 @@
 #include <cstddef>
 
 #include "driver/gate_kernels.h"
+#include "fuzzy/precipitation_clutter.h"
 
 namespace clutter::driver {
 namespace {

@@ -35,25 +35,20 @@ GateRun nextRun(const float* noise, int ngates, int from) {
 
 ScanInputs::ScanInputs(const ScanFields& fields, unsigned wanted, dsp::RowSource& noise,
                        dsp::PolarShape shape, dsp::Window window)
-    : noise_(noise), shape_(shape), sources_{{fields.zhh, true},  {fields.zdr, true},
-                                             {fields.pdp, true},  {fields.rhv, true},
-                                             {fields.vel, false}, {fields.ldr, false},
-                                             {fields.pdf, false}, {fields.rhv, false},
-                                             {fields.wid, false}} {
+    : noise_(noise), shape_(shape) {
     if (dsp::isTextureWindow(window)) mask_.emplace(noise, shape, window);
     for (int i = 0; i < fuzzy::kInputCount; ++i) {
-        Source& source = sources_[i];
-        if ((wanted & (1u << i)) == 0) source.field = nullptr;
-        if (source.field == nullptr || !source.texture) continue;
+        if ((wanted & (1u << i)) != 0) sources_[i] = fields[fuzzy::kInputs[i].field];
+        if (sources_[i] == nullptr || !fuzzy::kInputs[i].texture) continue;
         rows_[i].assign(static_cast<std::size_t>(shape.ngates), 0.0f);
-        if (mask_) textures_[i] = std::make_unique<dsp::FieldTexture>(*source.field, *mask_);
+        if (mask_) textures_[i] = std::make_unique<dsp::FieldTexture>(*sources_[i], *mask_);
     }
 }
 
 unsigned ScanInputs::present() const {
     unsigned inputs = 0;
     for (int i = 0; i < fuzzy::kInputCount; ++i) {
-        if (sources_[i].field != nullptr) inputs |= 1u << i;
+        if (sources_[i] != nullptr) inputs |= 1u << i;
     }
     return inputs;
 }
@@ -64,8 +59,8 @@ void ScanInputs::moveTo(int ray) {
         if (textures_[i] != nullptr) textures_[i]->computeRow(rows_[i].data());
     }
     for (int i = 0; i < fuzzy::kInputCount; ++i) {
-        if (sources_[i].field == nullptr) continue;
-        inputs_[i] = sources_[i].texture ? rows_[i].data() : sources_[i].field->row(ray);
+        if (sources_[i] == nullptr) continue;
+        inputs_[i] = fuzzy::kInputs[i].texture ? rows_[i].data() : sources_[i]->row(ray);
     }
 }
 

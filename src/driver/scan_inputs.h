@@ -4,27 +4,19 @@
 #ifndef CLUTTER_DRIVER_SCAN_INPUTS_H
 #define CLUTTER_DRIVER_SCAN_INPUTS_H
 
+#include <array>
 #include <memory>
 #include <optional>
 #include <vector>
 
 #include "dsp/windows/row_source.h"
 #include "dsp/windows/texture.h"
-#include "fuzzy/precipitation_clutter.h"
+#include "fuzzy/inputs.h"
 
 namespace clutter::driver {
 
-/* The fields of a scan; absent ones are null. */
-struct ScanFields {
-    dsp::RowSource* zhh = nullptr;
-    dsp::RowSource* zdr = nullptr;
-    dsp::RowSource* pdp = nullptr;
-    dsp::RowSource* rhv = nullptr;
-    dsp::RowSource* vel = nullptr;
-    dsp::RowSource* ldr = nullptr;
-    dsp::RowSource* pdf = nullptr;
-    dsp::RowSource* wid = nullptr;
-};
+/* The fields of a scan, in the order of fuzzy::Field; absent ones are null. */
+using ScanFields = std::array<dsp::RowSource*, fuzzy::kFieldCount>;
 
 /* Gates start to end - 1 of a ray. */
 struct GateRun {
@@ -60,15 +52,9 @@ class ScanInputs {
     const float* noise(int ray) { return noise_.row(ray); }
 
   private:
-    /* Where an input comes from: the values of a field, or its texture. */
-    struct Source {
-        dsp::RowSource* field = nullptr;
-        bool texture = false;
-    };
-
     dsp::RowSource& noise_;
     dsp::PolarShape shape_;
-    Source sources_[fuzzy::kInputCount];
+    dsp::RowSource* sources_[fuzzy::kInputCount] = {};
     std::optional<dsp::MaskWindow> mask_;
     std::unique_ptr<dsp::FieldTexture> textures_[fuzzy::kInputCount];
     std::vector<float> rows_[fuzzy::kInputCount];  // of textures

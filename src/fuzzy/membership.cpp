@@ -14,8 +14,7 @@
 namespace clutter::fuzzy {
 namespace {
 
-constexpr int kLanes = 256;
-constexpr int kMostCounted = 64;  // longer tables are searched by halving
+constexpr int kMaxCounted = 64;  // longer tables are searched by halving
 
 /* The smallest float that is not below a double. */
 float roundUp(double value) {
@@ -105,26 +104,31 @@ void Table::evaluate(const float* x, double* degrees, int n) const {
         }
         return;
     }
-    for (int j = 0; j < n; j += kLanes) {
-        evaluateBlock(x + j, degrees + j, std::min(kLanes, n - j));
+    int segments[kMaxElements];
+    for (int j = 0; j < n; j += kMaxElements) {
+        const int count = std::min(kMaxElements, n - j);
+        findSegments(x + j, segments, count);
+        follow(segments, x + j, degrees + j, count);
     }
 }
 
-void Table::evaluateBlock(const float* x, double* degrees, int n) const {
-    int segments[kLanes];
+void Table::findSegments(const float* x, int* segments, int n) const {
     const int count = points_.size();
-    if (count <= kMostCounted) {
+    if (count <= kMaxCounted) {
         countThresholds(thresholds_.data(), count, x, segments, n);
-    } else {
-        for (int j = 0; j < n; ++j) {
-            const auto above = std::partition_point(
-                thresholds_.begin(), thresholds_.end(),
-                [value = x[j]](float threshold) { return !(value < threshold); });
-            segments[j] = static_cast<int>(above - thresholds_.begin());
-        }
+        return;
     }
-    followSegments({points_.x.data(), points_.y.data(), rise_.data(), run_.data(), count}, segments,
-                   x, degrees, n);
+    for (int j = 0; j < n; ++j) {
+        const auto above =
+            std::partition_point(thresholds_.begin(), thresholds_.end(),
+                                 [value = x[j]](float threshold) { return !(value < threshold); });
+        segments[j] = static_cast<int>(above - thresholds_.begin());
+    }
+}
+
+void Table::follow(const int* segments, const float* x, double* degrees, int n) const {
+    followSegments({points_.x.data(), points_.y.data(), rise_.data(), run_.data(), points_.size()},
+                   segments, x, degrees, n);
 }
 
 }  // namespace clutter::fuzzy

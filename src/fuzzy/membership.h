@@ -33,7 +33,14 @@ class Table {
   public:
     explicit Table(Points points);
 
+    static constexpr int kMaxElements = 256;
+
     void evaluate(const float* x, double* degrees, int n) const;
+
+    /* The two halves of evaluate() for ascending tables and n <= kMaxElements: tables with the same
+     * abscissas share the first. */
+    void findSegments(const float* x, int* segments, int n) const;
+    void follow(const int* segments, const float* x, double* degrees, int n) const;
 
     const Points& points() const { return points_; }
     /* Abscissas ascend, so that the first point above x is also the only one to look for. */
@@ -42,8 +49,6 @@ class Table {
     const std::vector<float>& thresholds() const { return thresholds_; }
 
   private:
-    void evaluateBlock(const float* x, double* degrees, int n) const;
-
     Points points_;
     bool ascending_;
     std::vector<float> thresholds_;

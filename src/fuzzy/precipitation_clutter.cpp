@@ -9,22 +9,6 @@
 namespace clutter::fuzzy {
 namespace {
 
-/* tag: part of the membership file's name; null where the value itself is the degree of clutter. */
-struct InputVariable {
-    const char* name;
-    float minval;
-    float maxval;
-    const char* tag;
-};
-
-constexpr InputVariable kVariables[kInputCount] = {
-    {"stdZhh", 0.0f, 20.0f, "sZhh"},    {"stdZdr", 0.0f, 10.0f, "sZdr"},
-    {"stdPdp", 0.0f, 50.0f, "sPdp"},    {"stdRhv", 0.0f, 0.5f, "sRhv"},
-    {"Velocity", -50.0f, 50.0f, "Vel"}, {"LDR", -40.0f, 0.0f, "LDR"},
-    {"PDF", -40.0f, 0.0f, nullptr},  // the range of LDR, which hosts see
-    {"Rhv", 0.0f, 1.0f, "Rhv"},         {"W", 0.0f, 5.0f, "Wid"},
-};
-
 /* In rule order: rule k uses function k of every input and gives class k. */
 struct ClassName {
     const char* name;
@@ -39,24 +23,22 @@ constexpr ClassName kClasses[kAllClutter] = {
     {"turbine clutter", "_turclut.dat", "same"},
 };
 
-constexpr int kSeaClutter = 2;
-
-/* The first input spells one name with two blanks more, which whoever looks names up may see. */
+/* The first input has two blanks more in one name, which hosts that look names up may see. */
 const char* functionName(int input, int c) {
-    return input == kStdZhh && c == kSeaClutter ? "sea clutter  " : kClasses[c].name;
+    const bool sea = static_cast<float>(c) == kSeaClutter;
+    return input == kStdZhh && sea ? "sea clutter  " : kClasses[c].name;
 }
 
-std::string functionType(const std::string& dir, const InputVariable& variable,
-                         const ClassName& name) {
-    if (variable.tag == nullptr) return name.likelihoodShape;
-    return dir + "cal_mf_" + variable.tag + name.fileSuffix;
+std::string functionType(const std::string& dir, int input, int c) {
+    return kInputs[input].tag != nullptr ? membershipFile(dir, input, c)
+                                         : kClasses[c].likelihoodShape;
 }
 
 void fillFunctions(Cfuzzy& engine, const std::string& dir, int classes) {
     float params[5] = {1, 1, 1, 1, 1};  // no function of this system reads them
     for (int i = 0; i < kInputCount; ++i) {
         for (int c = 0; c < classes; ++c) {
-            const std::string type = functionType(dir, kVariables[i], kClasses[c]);
+            const std::string type = functionType(dir, i, c);
             engine.Fillmfs(i, c, "input", functionName(i, c), type.c_str(), params);
         }
     }
@@ -83,12 +65,16 @@ void fillRules(Cfuzzy& engine, float* const (&arrays)[kInputCount], int classes)
 
 }  // namespace
 
+std::string membershipFile(const std::string& dir, int input, int fuzzyClass) {
+    return dir + "cal_mf_" + kInputs[input].tag + kClasses[fuzzyClass].fileSuffix;
+}
+
 PrecipitationClutterEngine::PrecipitationClutterEngine(const char* dir,
                                                        float* const (&arrays)[kInputCount],
                                                        int classes)
     : Cfuzzy(kInputCount, classes, 1, classes) {
     for (int i = 0; i < kInputCount; ++i) {
-        FillVars(i, "input", kVariables[i].name, kVariables[i].minval, kVariables[i].maxval);
+        FillVars(i, "input", kInputs[i].variable, kInputs[i].minval, kInputs[i].maxval);
         AddressDataPointers(i, arrays[i]);
     }
     FillVars(0, "output", "Particle", 0.0f, static_cast<float>(classes));

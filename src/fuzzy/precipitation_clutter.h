@@ -5,31 +5,25 @@
 #ifndef CLUTTER_FUZZY_PRECIPITATION_CLUTTER_H
 #define CLUTTER_FUZZY_PRECIPITATION_CLUTTER_H
 
+#include <string>
+
 #include "clutterclassifier/Cfuzzy.h"
+#include "fuzzy/inputs.h"
 
 namespace clutter::fuzzy {
-
-/* Inputs of the classifier, in argument order. */
-enum Input {
-    kStdZhh,
-    kStdZdr,
-    kStdPdp,
-    kStdRhv,
-    kVelocity,
-    kLdr,
-    kClutterLikelihood,
-    kRhv,
-    kWidth,
-    kInputCount
-};
 
 /* How many classes there are to tell apart. */
 constexpr int kGroundOnly = 2;
 constexpr int kAllClutter = 4;
 
-/* Verdicts that both systems share. */
+/* Verdicts: rule k gives class k. The last two are of the system of all clutter only. */
 constexpr float kGroundClutter = 0.0f;
 constexpr float kPrecipitation = 1.0f;
+constexpr float kSeaClutter = 2.0f;
+constexpr float kTurbineClutter = 3.0f;
+
+/* The membership file of an input in a class; dir is used verbatim. The input must have a tag. */
+std::string membershipFile(const std::string& dir, int input, int fuzzyClass);
 
 /* An engine of the right size: kInputCount inputs of one function a class, one output. */
 class PrecipitationClutterEngine : public Cfuzzy {

@@ -1,0 +1,18 @@
+/*
+ * explain.h - why a gate has its class, and what would change it.
+ */
+#ifndef CLUTTER_CLASSIFIER_EXPLAIN_H
+#define CLUTTER_CLASSIFIER_EXPLAIN_H
+
+#include "classifier/membership_set.h"
+#include "classifier/request.h"
+#include "clutterclassifier/classifier.h"
+
+namespace clutter::classifier {
+
+clutter_explanation explainGate(const MembershipSet& set, const Request& request, int ray,
+                                int gate);
+
+}  // namespace clutter::classifier
+
+#endif

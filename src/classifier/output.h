@@ -1,0 +1,18 @@
+/*
+ * output.h - a classification written to a caller's arrays.
+ */
+#ifndef CLUTTER_CLASSIFIER_OUTPUT_H
+#define CLUTTER_CLASSIFIER_OUTPUT_H
+
+#include "classifier/membership_set.h"
+#include "classifier/request.h"
+#include "clutterclassifier/classifier.h"
+
+namespace clutter::classifier {
+
+/* Writes what a checked result asks for. Everything is allocated before the first write. */
+void classifyInto(const MembershipSet& set, const Request& request, const clutter_result& result);
+
+}  // namespace clutter::classifier
+
+#endif
