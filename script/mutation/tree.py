@@ -1,0 +1,147 @@
+"""A scratch copy of the tree with a build of its own, and the tests that a file can fail."""
+
+import os
+import re
+import resource
+import shutil
+import signal
+import subprocess
+from pathlib import Path
+
+FOLDERS = ("src", "scan", "cli", "python")
+_READERS = ("base", "dsp", "model", "formats", "fuzzy")  # folders that damaged files reach
+_MEMORY = 16 << 30
+
+
+class Tree:
+    """A copy of the sources, and its release build inside it."""
+
+    def __init__(self, root: Path, scratch: Path, jobs: int, log):
+        self.root, self.copy, self.build = root, scratch / "tree", scratch / "tree/build/release"
+        shared = Path("/dev/shm")  # the tests write many small files: memory is faster than a disk
+        self.temporary = shared / f"mutate{os.getpid()}" if shared.is_dir() else scratch / "tmp"
+        self.jobs, self.log = jobs, log
+        self.seconds: dict[str, float] = {}  # of processor time that a test takes when nothing is wrong
+
+    def files(self) -> list[str]:
+        names = self._git("ls-files", "--cached", "--others", "--exclude-standard", *FOLDERS)
+        return [name for name in names if re.search(r"\.(cpp|h|py)$", name) and (self.root / name).exists()]
+
+    def _git(self, *arguments: str) -> list[str]:
+        return subprocess.check_output(["git", "-C", str(self.root), *arguments], text=True).splitlines()
+
+    def prepare(self, names: list[str]) -> None:
+        """Copies what has changed, configures and builds."""
+        wanted = set(self._git("ls-files", "--cached", "--others", "--exclude-standard"))
+        if (self.copy / "files.txt").exists():
+            for gone in set((self.copy / "files.txt").read_text().splitlines()) - wanted:
+                (self.copy / gone).unlink(missing_ok=True)
+        for name in wanted:
+            source, target = self.root / name, self.copy / name
+            if source.is_file() and not (target.is_file() and source.read_bytes() == target.read_bytes()):
+                target.parent.mkdir(parents=True, exist_ok=True)
+                shutil.copy(source, target)
+        (self.copy / "files.txt").write_text("\n".join(wanted))
+        subprocess.run(["cmake", "--preset", "release"], cwd=self.copy, check=True, stdout=self.log, stderr=self.log)
+        if not self.make(["all"]):
+            raise SystemExit(f"the tree does not build: see {self.log.name}")
+        self.executables = sorted(path.name for path in (self.build / "bin").glob("*_tests"))
+        self.modules = sorted((self.copy / "tests/python").glob("test_*.py"))
+        for stage in {stage for name in names for stage in self.stages(name)}:
+            for test in stage:
+                killer = self.run(test)
+                if killer:
+                    raise SystemExit(f"{killer} fails without a mutant: see {self.log.name}")
+
+    def stages(self, name: str) -> list[tuple[str, ...]]:
+        """Tests that a file can fail, the likeliest first; each stage is built and run only when needed."""
+        folder = name.split("/")
+        if folder[0] == "python":
+            stem = Path(name).stem.strip("_")
+            near = [m for m in self.modules if re.search(rf"\b_?{stem}\b", m.stem + m.read_text())]
+            return [tuple(m.name for m in near + [m for m in self.modules if m not in near])]
+        own = f"{folder[1] if folder[0] == 'src' else folder[0]}_tests"
+        others = {"src": set(self.executables) - {"scan_tests", "cli_tests"},
+                  "scan": {"scan_tests", "cli_tests"}, "cli": {"cli_tests"}}[folder[0]] - {own}
+        if folder[0] == "src" and folder[1] not in _READERS:
+            others.discard("damage_tests")
+        rest = [test for test in self.executables if test in others]
+        rest.sort(key=lambda test: self.seconds.get(test, 0.0))
+        return [stage for stage in ((own,) if own in self.executables else (), tuple(rest)) if stage]
+
+    def make(self, targets) -> bool:
+        return subprocess.run(["ninja", "-C", self.build, f"-j{self.jobs}", *targets], stdout=self.log,
+                              stderr=self.log).returncode == 0
+
+    def verdict(self, mutant) -> str:
+        """The test that fails with a mutant, or that none does, or that it does not compile."""
+        path = self.copy / mutant.path
+        original = path.read_text()
+        path.write_text(original[:mutant.start] + mutant.replacement + original[mutant.end:])
+        try:
+            for stage in self.stages(mutant.path):
+                targets = [t for t in stage if not t.endswith(".py")]
+                if "cli_tests" in targets:
+                    targets.append("clutterclassifier_program")
+                if not path.suffix == ".py" and not self.make(targets or ["clutterclassifier_python"]):
+                    return "did not compile"
+                for test in stage:
+                    killer = self.run(test)
+                    if killer:
+                        return killer
+            return "survived"
+        finally:
+            path.write_text(original)
+
+    def run(self, test: str) -> str:
+        """Runs one executable or module up to its first failure; the name of what failed, or nothing."""
+        shutil.rmtree(self.temporary, ignore_errors=True)
+        self.temporary.mkdir(parents=True)
+        environment = dict(os.environ, TMPDIR=str(self.temporary), PYTHONPATH=str(self.build / "python"),
+                           PYTHONDONTWRITEBYTECODE="1", MPLBACKEND="Agg",
+                           HYPOTHESIS_STORAGE_DIRECTORY=str(self.temporary / "hypothesis"),
+                           CLUTTERCLASSIFIER_PROGRAM=str(self.build / "bin/clutterclassifier"))
+        if test.endswith(".py"):
+            command = ["/usr/bin/python3", "-m", "pytest", "-x", "-v", "-p", "no:cacheprovider",
+                       "--hypothesis-seed=0", str(self.copy / "tests/python" / test)]
+        else:
+            command = [str(self.build / "bin" / test), "--gtest_fail_fast"]
+        usual = self.seconds.get(test)
+        used = os.times()
+        code, said = _limited(command, environment, self.temporary, 10 * usual + 20 if usual else 1200)
+        now = os.times()
+        if usual is None and code == 0:
+            self.seconds[test] = now.children_user + now.children_system - used.children_user - used.children_system
+        return "" if code == 0 else _first_failure(test, code, said)
+
+
+def _limited(command, environment, folder: Path, seconds: float) -> tuple[int | None, str]:
+    """Exit code (None: out of time) and output of a command with bounded time and memory."""
+
+    def bound():
+        resource.setrlimit(resource.RLIMIT_CPU, (int(seconds) + 1, int(seconds) + 2))
+        resource.setrlimit(resource.RLIMIT_AS, (_MEMORY, _MEMORY))
+
+    output = folder / "output.txt"
+    with output.open("wb") as stream:
+        process = subprocess.Popen(command, cwd=folder, env=environment, stdout=stream, stderr=stream,
+                                   stdin=subprocess.DEVNULL, preexec_fn=bound, start_new_session=True)
+        try:
+            code = process.wait(timeout=10 * seconds)
+        except subprocess.TimeoutExpired:
+            code = None
+        try:
+            os.killpg(process.pid, signal.SIGKILL)  # and what it has started
+        except ProcessLookupError:
+            pass
+        process.wait()
+    with output.open("rb") as stream:
+        return None if code == -signal.SIGXCPU else code, stream.read(1 << 24).decode(errors="replace")
+
+
+def _first_failure(test: str, code: int | None, said: str) -> str:
+    how = "" if code is not None and code > 0 else " (endless)" if code is None else f" (signal {-code})"
+    failed = re.search(r"\[  FAILED  \] ([\w./]+)", said) or re.search(r"(\S+) (?:FAILED|ERROR)", said)
+    started = re.findall(r"\[ RUN      \] ([\w./]+)", said)
+    name = failed[1] if failed else started[-1] if started else ""
+    return f"{test.removesuffix('_tests')}: {name.rpartition('::')[2]}{how}"
