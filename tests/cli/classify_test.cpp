@@ -1,4 +1,5 @@
 /* The command classify: classes of scans whose truth is known, and what it writes. */
+#include <gmock/gmock.h>
 #include <cmath>
 #include <filesystem>
 #include <memory>
@@ -12,6 +13,8 @@
 #include "scan/formats/read_scan.h"
 
 namespace {
+
+using testing::HasSubstr, testing::Not;
 
 namespace fs = std::filesystem;
 using namespace clutter::test;
@@ -36,10 +39,9 @@ TEST_F(Classify, ClassifiesAScanWithoutAnySetting) {
     const std::string output = directory_.file("classes.plv");
     const Outcome outcome = runProgram("classify " + scan_ + " -o " + output);
     ASSERT_EQ(outcome.code, 0) << outcome.out;
-    EXPECT_NE(outcome.out.find("zhh DZ, zdr DR, pdp PH, rhv RH"), std::string::npos);
-    EXPECT_NE(outcome.out.find("no calibration constant in the file: estimated"),
-              std::string::npos);
-    EXPECT_NE(outcome.out.find("million gates/s"), std::string::npos);
+    EXPECT_THAT(outcome.out, HasSubstr("zhh DZ, zdr DR, pdp PH, rhv RH"));
+    EXPECT_THAT(outcome.out, HasSubstr("no calibration constant in the file: estimated"));
+    EXPECT_THAT(outcome.out, HasSubstr("million gates/s"));
     const scan::Scan classes = scan::readScan(output);
     const scan::Field& field = classes.sweeps.at(0).fields.at(0);
     EXPECT_EQ(field.name, "CCl");
@@ -193,7 +195,7 @@ TEST_F(Classify, SweepsOfAVolumeAreClassifiedOneByOne) {
     const std::string base = directory_.path() + "/out/";
     Outcome outcome = runProgram("classify " + path + " -o " + base + " --format csv");
     ASSERT_EQ(outcome.code, 0) << outcome.out;
-    EXPECT_NE(outcome.out.find("total: 2 sweeps"), std::string::npos);
+    EXPECT_THAT(outcome.out, HasSubstr("total: 2 sweeps"));
     EXPECT_EQ(filesIn(base), (std::vector<std::string>{"volume_sweep1.csv", "volume_sweep2.csv"}));
     EXPECT_EQ(readFile(base + "volume_sweep1.csv"), readFile(base + "volume_sweep2.csv"));
     ASSERT_EQ(runProgram("classify -q " + path + " --sweep 2 -o " + base + "one.uf").code, 0);
@@ -216,8 +218,8 @@ TEST_F(Classify, OptionsChangeTheResult) {
         EXPECT_NE(readFile(output), reference) << option;
     }
     const Outcome given = runProgram("classify " + scan_ + " --radar-constant 30 --min-snr 10");
-    EXPECT_NE(given.out.find("30.0 dB, as given"), std::string::npos);
-    EXPECT_EQ(given.out.find("estimated"), std::string::npos);
+    EXPECT_THAT(given.out, HasSubstr("30.0 dB, as given"));
+    EXPECT_THAT(given.out, Not(HasSubstr("estimated")));
 }
 
 /* Rays that are no neighbours must not share a window: the last of a sector and the first. */
@@ -257,8 +259,8 @@ TEST_F(Classify, MissingValuesDecideNothing) {
     const Outcome outcome =
         runProgram("classify " + scan_ + " --map CM=pdf --radar-constant 90 -o " + output);
     ASSERT_EQ(outcome.code, 0) << outcome.out;
-    EXPECT_NE(outcome.out.find("; ldr pdf rhv"), std::string::npos) << outcome.out;
-    EXPECT_NE(outcome.out.find("(60 without a reflectivity)"), std::string::npos) << outcome.out;
+    EXPECT_THAT(outcome.out, HasSubstr("; ldr pdf rhv"));
+    EXPECT_THAT(outcome.out, HasSubstr("(60 without a reflectivity)"));
     const std::vector<float> classes = scan::readScan(output).sweeps.at(0).fields.at(0).values;
     for (int r = 0; r < kRays; ++r) EXPECT_EQ(classes[static_cast<size_t>(r * kGates + 1)], 3);
     /* all noise is echo here, and blurs the edges */
@@ -273,7 +275,7 @@ TEST_F(Classify, MeasuredVolumeIsClassified) {
     const std::string input = data + "/npol_20110524_2356_rhi.uf";
     const Outcome outcome = runProgram("classify " + input + " -o " + output);
     ASSERT_EQ(outcome.code, 0) << outcome.out;
-    EXPECT_NE(outcome.out.find("RHI 173.0 deg, 194 rays x 999 gates"), std::string::npos);
+    EXPECT_THAT(outcome.out, HasSubstr("RHI 173.0 deg, 194 rays x 999 gates"));
     const scan::Scan scan = scan::readScan(output);
     ASSERT_EQ(scan.sweeps.size(), 3u);
     EXPECT_NEAR(scan.latitudeDeg, 36.5442, 0.001);

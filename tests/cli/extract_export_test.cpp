@@ -1,4 +1,5 @@
 /* Values at points, and fields as tables, grids and numbers: what the program writes. */
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -15,6 +16,8 @@
 #include "support/temp_dir.h"
 
 namespace {
+
+using testing::HasSubstr;
 
 namespace fs = std::filesystem;
 using clutter::test::ByteVector;
@@ -189,7 +192,7 @@ TEST_F(Files, ExportWritesTableGridAndNumbers) {
     EXPECT_EQ(outcome.out, "");
     const std::string text = textOf(table);
     EXPECT_EQ(text.substr(0, 29), "range/angle,5.0,15.0,25.0,35.");
-    EXPECT_NE(text.find("\n0.25,1.00,1.00,"), std::string::npos);
+    EXPECT_THAT(text, HasSubstr("\n0.25,1.00,1.00,"));
     EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), kGates + 1);
 
     ASSERT_EQ(runProgram("export " + scan_ + " -o " + raw).code, 0);
@@ -213,13 +216,9 @@ TEST_F(Files, WhatCannotBeDoneIsToldInOneLine) {
     clutter::test::writeFile(empty, {});
     const std::string one = dir_.file("one.txt");
     clutter::test::writeFile(one, {'7', '\n'});
-    struct Case {
-        std::string arguments;
-        int code;
-        const char* reason;
-    };
     const std::string out = dir_.file("out");
-    const Case cases[] = {
+    const auto before = std::distance(fs::directory_iterator(dir_.path()), {});
+    expectRefusals({
         {"extract " + scan_ + " " + empty, 1, "empty.txt: holds no points"},
         {"extract " + scan_ + " " + one, 1, "one.txt: line 1: two numbers"},
         {"extract " + scan_ + " " + dir_.file("none"), 1, "none: cannot be read"},
@@ -244,14 +243,7 @@ TEST_F(Files, WhatCannotBeDoneIsToldInOneLine) {
         {"export " + scan_ + " -o " + out + ".xyz", 2, "must end in"},
         {"export " + scan_ + " --format csv -o " + scan_, 2, "would overwrite"},
         {"export " + scan_ + " -o " + dir_.file("none/out.csv"), 1, "there is no directory"},
-    };
-    const auto before = std::distance(fs::directory_iterator(dir_.path()), {});
-    for (const Case& c : cases) {
-        const Outcome outcome = runProgram(c.arguments);
-        EXPECT_EQ(outcome.code, c.code) << c.arguments;
-        EXPECT_NE(outcome.out.find(c.reason), std::string::npos) << outcome.out;
-        EXPECT_EQ(std::count(outcome.out.begin(), outcome.out.end(), '\n'), 1) << outcome.out;
-    }
+    });
     EXPECT_EQ(std::distance(fs::directory_iterator(dir_.path()), {}), before);
 }
 

@@ -1,4 +1,5 @@
 /* Formats that the program takes and gives, through its reader and the program itself. */
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -18,6 +19,8 @@
 #include "support/temp_dir.h"
 
 namespace {
+
+using testing::HasSubstr, testing::Not;
 
 using namespace clutter::test;
 
@@ -62,16 +65,16 @@ TEST_F(Formats, GermanDxIsRecognisedAndKeepsItsElevations) {
     EXPECT_NEAR(sweep.elevationDeg[6], 0.6, 1e-6);
     ByteVector odd = dxStart();
     appendDxRay(odd, 0, 0, {120, 16});
-    EXPECT_NE(refusal(put("odd", odd)).find("neither 100 nor 128 bins"), std::string::npos);
-    EXPECT_NE(refusal(put("text", {'D', 'X', 'F', ' ', 'e', 't', 'c', '.'})).find("neither"),
-              std::string::npos);
+    EXPECT_THAT(refusal(put("odd", odd)), HasSubstr("neither 100 nor 128 bins"));
+    EXPECT_THAT(refusal(put("text", {'D', 'X', 'F', ' ', 'e', 't', 'c', '.'})),
+                HasSubstr("of no known format"));
 }
 
 TEST_F(Formats, PolarDataAsksForALayoutOnlyWhereItMatters) {
     const std::string full =
         put("2211", randomPolarFile(2211, 10, false, 36, 20, random_).set(84, 400).bytes());
     EXPECT_EQ(scan::recognise(full), scan::FileFormat::kPolarData);
-    EXPECT_NE(refusal(full).find("--layout"), std::string::npos);
+    EXPECT_THAT(refusal(full), HasSubstr("--layout"));
     const scan::Scan scan = scan::readScan(full, {280});
     EXPECT_EQ(sweepOf(scan).fields.size(), 6u) << "without the padding";
     EXPECT_TRUE(scan.hasRadarConstant);
@@ -131,7 +134,7 @@ TEST_F(Formats, ConvertedScansKeepTheirValues) {
         for (std::size_t r = 0; r < 360; ++r)
             ASSERT_NEAR(sweepOf(after).azimuthDeg[r], static_cast<double>(r), 0.01);
     }
-    EXPECT_NE(said_.find("wrote"), std::string::npos);
+    EXPECT_THAT(said_, HasSubstr("wrote"));
 }
 
 /* A wrong call is told from what cannot be done with the file. */
@@ -159,7 +162,7 @@ TEST_F(Formats, ConvertAndRepackRefuseWithAReason) {
     for (const auto& row : kCases) {
         run(row.arguments);
         EXPECT_EQ(code_, row.code) << row.arguments << said_;
-        EXPECT_NE(said_.find(row.reason), std::string::npos) << said_;
+        EXPECT_THAT(said_, HasSubstr(row.reason));
         EXPECT_TRUE(readFile(out).empty()) << "nothing is left behind";
     }
     EXPECT_EQ(readFile(dx), dxFile(100));
@@ -188,7 +191,7 @@ TEST_F(Formats, ConvertSaysWhatAPolarDataFileCannotHold) {
         EXPECT_TRUE(run("convert " + path + " " + dir_.file("out") + ending)) << said_;
     };
     say(".pol");
-    EXPECT_EQ(said_.find("note:"), std::string::npos) << said_;
+    EXPECT_THAT(said_, Not(HasSubstr("note:")));
     constexpr std::size_t kHeader = 67; /* of the first field: its constant and its noise */
     ray.set(19, -50).set(20, 0).set(21, 0).set(22, -7).set(23, 0).set(24, 0).set(25, -4);
     ray.set(35, 3).set(kHeader + 19, 11500).set(kHeader + 20, -11000);
@@ -196,12 +199,12 @@ TEST_F(Formats, ConvertSaysWhatAPolarDataFileCannotHold) {
     for (const char* what :
          {"a longitude of -7", "a latitude of -50", "a height of -4", "a radar constant of -5 dB",
           "a polar data file cannot hold the elevations"})
-        EXPECT_NE(said_.find(what), std::string::npos) << what << said_;
+        EXPECT_THAT(said_, HasSubstr(what)) << what;
     EXPECT_FALSE(scan::readScan(dir_.file("out.pol")).hasRadarConstant);
     say(".plv");
-    EXPECT_NE(said_.find("a field record file cannot hold the elevations"), std::string::npos);
+    EXPECT_THAT(said_, HasSubstr("a field record file cannot hold the elevations"));
     say(".uf");
-    EXPECT_EQ(said_.find("note:"), std::string::npos) << said_;
+    EXPECT_THAT(said_, Not(HasSubstr("note:")));
 }
 
 TEST_F(Formats, AllClassesAreToldApartOnRequest) {
@@ -219,9 +222,9 @@ TEST_F(Formats, AllClassesAreToldApartOnRequest) {
     const std::string path = put("scan", file.set(84, 600).bytes());
     const std::string common = "classify " + path + " --map P1814=zhh -o " + dir_.file("out.plv");
     ASSERT_TRUE(run(common)) << said_;
-    EXPECT_EQ(said_.find("sea clutter"), std::string::npos);
+    EXPECT_THAT(said_, Not(HasSubstr("sea clutter")));
     ASSERT_TRUE(run(common + " --classes all --plot " + dir_.file("out.png"))) << said_;
-    EXPECT_NE(said_.find("sea clutter"), std::string::npos) << said_;
+    EXPECT_THAT(said_, HasSubstr("sea clutter"));
     const scan::Scan classes = scan::readScan(dir_.file("out.plv"));
     int sea[2] = {};
     for (std::size_t i = 0; i < 2160; ++i)
@@ -234,9 +237,8 @@ TEST_F(Formats, AllClassesAreToldApartOnRequest) {
     std::filesystem::remove(membership + "/cal_mf_sZhh_turclut.dat");
     EXPECT_TRUE(run(common + " --membership " + membership)) << said_;
     EXPECT_FALSE(run(common + " --classes all --membership " + membership));
-    EXPECT_NE(said_.find("no membership function in " + membership + "/cal_mf_sZhh_turclut.dat"),
-              std::string::npos)
-        << said_;
+    EXPECT_THAT(said_,
+                HasSubstr("no membership function in " + membership + "/cal_mf_sZhh_turclut.dat"));
 }
 
 TEST_F(Formats, RepackShortensOrSaysWhyNot) {
@@ -244,13 +246,13 @@ TEST_F(Formats, RepackShortensOrSaysWhyNot) {
     const std::string steep = put("steep", file.set(116, 2500).set(274, 90).bytes());
     const std::string out = dir_.file("out");
     ASSERT_TRUE(run("repack " + steep + " " + out + " --layout 252")) << said_;
-    EXPECT_NE(said_.find("24 instead of 120 gates"), std::string::npos) << said_;
+    EXPECT_THAT(said_, HasSubstr("24 instead of 120 gates"));
     const scan::Scan before = scan::readScan(steep, {252}), after = scan::readScan(out, {252});
     EXPECT_EQ(sweepOf(after).fields[2].values[35 * 24 + 23],
               sweepOf(before).fields[2].values[35 * 120 + 23]);
     const std::string low = put("low", file.set(274, 5).bytes());
     EXPECT_FALSE(run("repack " + low + " " + dir_.file("no") + " --layout 252"));
-    EXPECT_NE(said_.find("shorter"), std::string::npos);
+    EXPECT_THAT(said_, HasSubstr("shorter"));
     const std::string other =
         put("2214",
             randomPolarFile(2214, 8, false, 4, 120, random_).set(116, 2500).set(274, 90).bytes());

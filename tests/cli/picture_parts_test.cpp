@@ -11,6 +11,7 @@
 #include "picture/picture.h"
 #include "picture/quantity.h"
 #include "picture/raster.h"
+#include "picture_sweep.h"
 
 namespace cli {
 
@@ -93,16 +94,6 @@ TEST(Ticks, AreRoundAndWithinTheScale) {
         EXPECT_LE(ticksBetween(low, high, 6).size(), 8u);
     }
     EXPECT_LE(ticksBetween(0, 100, 0.1).size(), 2u);
-}
-
-Sweep sweepOf(std::vector<double> azimuthDeg, int ngates, double spacingM) {
-    Sweep sweep;
-    sweep.azimuthDeg = std::move(azimuthDeg);
-    sweep.nrays = static_cast<int>(sweep.azimuthDeg.size());
-    sweep.elevationDeg.assign(sweep.azimuthDeg.size(), 0.5);
-    sweep.ngates = ngates;
-    sweep.gateSpacingM = spacingM;
-    return sweep;
 }
 
 View mapOf(double rangeKm) {

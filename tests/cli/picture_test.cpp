@@ -2,18 +2,18 @@
 
 #include <cairo.h>
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <functional>
-#include <iterator>
 #include <limits>
 #include <memory>
 #include <stdexcept>
 
 #include "picture/palette.h"
+#include "picture_sweep.h"
+#include "support/temp_dir.h"
 
 namespace cli {
 
@@ -21,42 +21,22 @@ using namespace scan;
 
 namespace {
 
-namespace fs = std::filesystem;
-
 constexpr float kNan = std::numeric_limits<float>::quiet_NaN();
 constexpr float kInfinity = std::numeric_limits<float>::infinity();
 
-Sweep sweepOf(std::vector<double> azimuthDeg, int ngates, double spacingM) {
-    Sweep sweep;
-    sweep.azimuthDeg = std::move(azimuthDeg);
-    sweep.nrays = static_cast<int>(sweep.azimuthDeg.size());
-    sweep.elevationDeg.assign(sweep.azimuthDeg.size(), 0.5);
-    sweep.ngates = ngates;
-    sweep.gateSpacingM = spacingM;
-    return sweep;
-}
-
 class PictureFile : public testing::Test {
   protected:
-    void SetUp() override {
-        directory_ = fs::temp_directory_path() / ("picture_test" + std::to_string(getpid()));
-        fs::create_directories(directory_);
-    }
-    void TearDown() override { fs::remove_all(directory_); }
-
-    std::string path(const std::string& name) const { return (directory_ / name).string(); }
+    std::string path(const std::string& name) const { return directory_.file(name); }
 
     static std::string contents(const std::string& path) {
-        std::ifstream file(path, std::ios::binary);
-        return {std::istreambuf_iterator<char>(file), {}};
+        const clutter::test::ByteVector bytes = clutter::test::readFile(path);
+        return {bytes.begin(), bytes.end()};
+    }
+    std::ptrdiff_t filesInDirectory() const {
+        return std::distance(std::filesystem::directory_iterator(directory_.path()), {});
     }
 
-    std::size_t filesInDirectory() const {
-        return static_cast<std::size_t>(
-            std::distance(fs::directory_iterator(directory_), fs::directory_iterator()));
-    }
-
-    fs::path directory_;
+    clutter::test::TempDir directory_;
     Scan scan_;
 };
 
@@ -122,7 +102,7 @@ TEST_F(PictureFile, IsOfTheFormatItsNameSays) {
         drawClasses(scan_, sweep, field, {0, 3, 5, kNan, 0, 0}, {}, path(name));
         EXPECT_EQ(contents(path(name)).rfind(start, 0), 0u) << name;
     }
-    EXPECT_EQ(filesInDirectory(), 3u); /* no temporary file is left */
+    EXPECT_EQ(filesInDirectory(), 3); /* no temporary file is left */
 }
 
 /* Whatever a file holds, a picture comes out: sizes, missing angles, odd text and numbers. */
@@ -195,7 +175,7 @@ TEST_F(PictureFile, RefusesWhatItCannotDraw) {
     for (const auto& [name, draw] : cases) EXPECT_THROW(draw(), std::invalid_argument) << name;
     EXPECT_THROW(drawSweep(scan_, sweep, field, {}, path("nowhere/a.png")), std::runtime_error);
     EXPECT_EQ(contents(path("a.png")), "earlier");
-    EXPECT_EQ(filesInDirectory(), 1u);
+    EXPECT_EQ(filesInDirectory(), 1);
     drawSweep(scan_, sweep, field, {}, path("a.png"));
     EXPECT_EQ(contents(path("a.png")).rfind("\x89PNG", 0), 0u);
 }

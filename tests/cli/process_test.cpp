@@ -1,4 +1,5 @@
 /* The processing chain from the shell: a scan of rain whose attenuation is known. */
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -15,6 +16,8 @@
 #include "support/temp_dir.h"
 
 namespace {
+
+using testing::HasSubstr, testing::Not;
 
 namespace fs = std::filesystem;
 using clutter::test::TempDir;
@@ -141,9 +144,8 @@ TEST_F(Process, RestoresTheReflectivityOfUniformRain) {
         const std::string out = directory_.file(name);
         const Outcome outcome = process("--what 159 --config " + config + " -o " + out);
         ASSERT_EQ(outcome.code, 0) << outcome.out;
-        EXPECT_NE(
-            outcome.out.find("17 rays without any phase, taken as the others begin: 60.0 deg"),
-            std::string::npos);
+        EXPECT_THAT(outcome.out,
+                    HasSubstr("17 rays without any phase, taken as the others begin: 60.0 deg"));
         EXPECT_EQ(scan::recognise(out),
                   words ? scan::FileFormat::kUniversalFormat : scan::FileFormat::kFieldRecord);
         const scan::Scan scan = scan::readScan(out);
@@ -178,7 +180,7 @@ TEST_F(Process, AppendsSamplesAtPoints) {
     const std::string arguments = "--what 17 --points " + points + " --prefix " + prefix;
     const Outcome outcome = process(arguments);
     ASSERT_EQ(outcome.code, 0) << outcome.out;
-    EXPECT_NE(outcome.out.find("1 of 3 points lie outside"), std::string::npos) << outcome.out;
+    EXPECT_THAT(outcome.out, HasSubstr("1 of 3 points lie outside"));
     ASSERT_EQ(process(arguments).code, 0);
     std::ifstream file(prefix + "_zhh.dat");
     int lines = 0;
@@ -222,12 +224,12 @@ TEST_F(Process, LeavesOutStagesThatLackTheirInputs) {
     const std::string out = directory_.file("out.plv");
     const Outcome outcome = process("--what 49 --map PH=none --config " + config + " -o " + out);
     ASSERT_EQ(outcome.code, 0) << outcome.out;
-    EXPECT_NE(outcome.out.find("no rain rate: relation 3"), std::string::npos) << outcome.out;
-    EXPECT_NE(outcome.out.find("no reflectivity from rain rate"), std::string::npos);
+    EXPECT_THAT(outcome.out, HasSubstr("no rain rate: relation 3"));
+    EXPECT_THAT(outcome.out, HasSubstr("no reflectivity from rain rate"));
     EXPECT_NEAR(valueOf(scan::readScan(out), "Zh", 3, 60), kTrueZ - kAlpha * riseAt(60), 0.02);
     const Outcome correction = process("--what 9 --map PH=none");
-    EXPECT_NE(correction.out.find("no attenuation correction"), std::string::npos);
-    EXPECT_EQ(correction.out.find("variables are missing"), std::string::npos);
+    EXPECT_THAT(correction.out, HasSubstr("no attenuation correction"));
+    EXPECT_THAT(correction.out, Not(HasSubstr("variables are missing")));
 }
 
 TEST_F(Process, TakesStagesFromTheSettingsAndClassesFromTheFile) {
@@ -235,12 +237,12 @@ TEST_F(Process, TakesStagesFromTheSettingsAndClassesFromTheFile) {
     const std::string classes = directory_.file("classes.uf");
     const Outcome first = process("--config " + config + " -o " + classes);
     ASSERT_EQ(first.code, 0) << first.out;
-    EXPECT_NE(first.out.find("Clutter classification: ccl=15,"), std::string::npos) << first.out;
-    EXPECT_EQ(first.out.find("Filtering"), std::string::npos) << first.out;
+    EXPECT_THAT(first.out, HasSubstr("Clutter classification: ccl=15,"));
+    EXPECT_THAT(first.out, Not(HasSubstr("Filtering")));
     const Outcome second = runProgram("process " + classes + " --what 4");
     ASSERT_EQ(second.code, 0) << second.out;
-    EXPECT_NE(second.out.find("Filtering"), std::string::npos) << second.out;
-    EXPECT_EQ(second.out.find("there are no classes"), std::string::npos) << second.out;
+    EXPECT_THAT(second.out, HasSubstr("Filtering"));
+    EXPECT_THAT(second.out, Not(HasSubstr("there are no classes")));
 }
 
 TEST_F(Process, DrawsAndStaysQuiet) {
@@ -258,8 +260,8 @@ TEST_F(Process, WarnsOfSettingsThatMeanNothing) {
                                         {"process --check-config ", 1}}) {
         const Outcome outcome = runProgram(command + odd);
         EXPECT_EQ(outcome.code, code) << outcome.out;
-        EXPECT_NE(outcome.out.find(warning), std::string::npos) << outcome.out;
-        EXPECT_EQ(outcome.out.find("odd.txt:1:"), std::string::npos) << outcome.out;
+        EXPECT_THAT(outcome.out, HasSubstr(warning));
+        EXPECT_THAT(outcome.out, Not(HasSubstr("odd.txt:1:")));
     }
 }
 
@@ -289,7 +291,7 @@ TEST_F(Process, RefusesWithAReason) {
     for (const auto& row : kCases) {
         const Outcome outcome = process(row.arguments + " -o " + out);
         EXPECT_EQ(outcome.code, row.code) << row.arguments << outcome.out;
-        EXPECT_NE(outcome.out.find(row.reason), std::string::npos) << outcome.out;
+        EXPECT_THAT(outcome.out, HasSubstr(row.reason));
         EXPECT_FALSE(fs::exists(out));
     }
     EXPECT_EQ(runProgram("process").code, 2);
@@ -309,7 +311,7 @@ TEST_F(Process, KeepsTheFilesThatItReads) {
          {"-o " + scan_, "-o " + settings, "-o " + points, "--plot Zh --picture " + settings}) {
         const Outcome outcome = process(all + result);
         EXPECT_EQ(outcome.code, 2) << result << outcome.out;
-        EXPECT_NE(outcome.out.find("would overwrite its input"), std::string::npos) << outcome.out;
+        EXPECT_THAT(outcome.out, HasSubstr("would overwrite its input"));
     }
     EXPECT_EQ(fs::file_size(settings), sizeof kSettings - 1);
     EXPECT_FALSE(fs::exists(directory_.file("p_zhh.dat")));
@@ -321,7 +323,7 @@ TEST_F(Process, PrintsSettingsThatItAccepts) {
     ASSERT_EQ(printed.code, 0);
     const Outcome checked = runProgram("process --check-config " + path);
     EXPECT_EQ(checked.code, 0) << checked.out;
-    EXPECT_NE(checked.out.find("22 settings, nothing wrong"), std::string::npos) << checked.out;
+    EXPECT_THAT(checked.out, HasSubstr("22 settings, nothing wrong"));
 }
 
 }  // namespace

@@ -1,8 +1,10 @@
 // The program as a user runs it. The only file that holds its path.
 #include "run_program.h"
 
+#include <gmock/gmock.h>
 #include <sys/wait.h>
 
+#include <algorithm>
 #include <cstdio>
 
 const char* const kProgram = PROGRAM;
@@ -21,4 +23,15 @@ Outcome runCommand(const std::string& command) {
     const int status = pclose(pipe);
     outcome.code = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
     return outcome;
+}
+
+void expectRefusals(const std::vector<Refusal>& calls) {
+    for (const Refusal& call : calls) {
+        SCOPED_TRACE(call.arguments);
+        const Outcome outcome = runProgram(call.arguments);
+        EXPECT_EQ(outcome.code, call.code);
+        EXPECT_THAT(outcome.out, testing::StartsWith("clutterclassifier: "));
+        EXPECT_THAT(outcome.out, testing::HasSubstr(call.reason));
+        EXPECT_EQ(std::count(outcome.out.begin(), outcome.out.end(), '\n'), 1) << outcome.out;
+    }
 }

@@ -1,6 +1,7 @@
 /* Files built word by word, as the program sees them. */
 #include "scan/formats/read_scan.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -13,6 +14,8 @@
 #include "support/temp_dir.h"
 
 namespace {
+
+using testing::HasSubstr;
 
 using clutter::test::kUfMissing;
 using clutter::test::TempDir;
@@ -204,7 +207,7 @@ TEST_F(ReadScan, ACutFileKeepsItsWholeRays) {
         const scan::Scan scan = read({whole.begin(), whole.end() - row.missing});
         EXPECT_EQ(scan.sweeps.at(0).nrays, row.rays);
         EXPECT_EQ(scan.damage.empty(), *row.damage == 0) << damageOf(scan);
-        EXPECT_NE(damageOf(scan).find(row.damage), std::string::npos) << damageOf(scan);
+        EXPECT_THAT(damageOf(scan), HasSubstr(row.damage));
     }
 }
 
@@ -230,7 +233,7 @@ TEST_F(ReadScan, FilesThatCannotBeReadSayWhy) {
     cut[20] = cut[24] = 100;
     const Case cases[] = {
         {{}, "is empty"},
-        {{'h', 'e', 'l', 'l', 'o'}, "neither"},
+        {{'h', 'e', 'l', 'l', 'o'}, "of no known format"},
         {{0, 0, 0, 114, 'U', 'F', 0, 0}, "damaged"},
         {ufFile({ufRay({})}), "holds no fields"},
         {ufFile({ufRay({{"DZ", {}}})}), "holds no gates"},
@@ -239,8 +242,7 @@ TEST_F(ReadScan, FilesThatCannotBeReadSayWhy) {
         {cut, "cut short or damaged"},
     };
     for (const Case& c : cases)
-        EXPECT_NE(reasonFor(c.bytes).find(c.reason), std::string::npos)
-            << c.reason << ": " << reasonFor(c.bytes);
+        EXPECT_THAT(reasonFor(c.bytes), HasSubstr(c.reason)) << c.reason << ": ";
     EXPECT_THROW(scan::readScan(directory_.file("absent")), std::runtime_error);
     EXPECT_THROW(scan::readScan(directory_.path()), std::runtime_error);
 }
@@ -250,7 +252,7 @@ TEST_F(ReadScan, RaysThatDifferTooMuchAreRefused) {
     clutter::test::ByteVector bytes = ufRay({{"DZ", std::vector<int>(30000, 5)}}).framed();
     const clutter::test::ByteVector small = ufRay({{"DZ", {1}}}, 2).framed();
     for (int r = 0; r < 3000; ++r) bytes.insert(bytes.end(), small.begin(), small.end());
-    EXPECT_NE(reasonFor(bytes).find("differ too much"), std::string::npos);
+    EXPECT_THAT(reasonFor(bytes), HasSubstr("differ too much"));
 }
 
 /* Whatever a damaged file yields is either refused or a scan whose parts agree, and can be written

@@ -1,11 +1,14 @@
 /* Names of fields, and which of them is taken. */
 #include "scan/fields/roles.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <limits>
 
 namespace {
+
+using testing::HasSubstr;
 
 using scan::Role;
 
@@ -66,7 +69,7 @@ TEST(Roles, FieldsThatSayNothingGiveWay) {
         const scan::Sweep sweep = sweepOf({first, reflectivity("DZ")});
         const scan::FieldChoice choice = scan::chooseFields(sweep, {});
         EXPECT_EQ(chosen(choice, Role::kZhh), "DZ");
-        EXPECT_NE(choice.notes[0].find("ZT"), std::string::npos) << choice.notes[0];
+        EXPECT_THAT(choice.notes[0], HasSubstr("ZT"));
     }
     const scan::Sweep alone = sweepOf({impossible});
     EXPECT_EQ(chosen(scan::chooseFields(alone, {}), Role::kZhh), "ZT");
