@@ -13,6 +13,7 @@
 #include "scan/fields/oddities.h"
 #include "scan/formats/containers/containers.h"
 #include "scan/formats/dx/read_dx.h"
+#include "scan/formats/nexrad/read_nexrad.h"
 #include "scan/formats/polar/read_polar.h"
 #include "scan/formats/record/read_record.h"
 #include "scan/formats/uf/read_uf.h"
@@ -44,6 +45,8 @@ Scan readAs(FileFormat format, const std::string& path, std::unique_ptr<Cufrw>& 
             return readGermanDx(path, options.keepNoEcho);
         case FileFormat::kHdf5:
             return containers().readHdf5(path);
+        case FileFormat::kNexrad:
+            return readNexrad(path);
         case FileFormat::kUnknown:
             break;
     }
@@ -70,7 +73,7 @@ void hideNoEcho(Scan& scan) {
 }
 
 bool marksNoEcho(FileFormat format) {
-    return format == FileFormat::kHdf5;
+    return format == FileFormat::kHdf5 || format == FileFormat::kNexrad;
 }
 
 }  // namespace
@@ -86,6 +89,7 @@ FileFormat recognise(const std::string& path) {
     if (file.gcount() == 0) throw std::runtime_error("is empty");
     if (startsWith(head, kRecordIdentification)) return FileFormat::kFieldRecord;
     if (startsWith(head, "RADF") || startsWith(head, "ARFD")) return FileFormat::kPolarData;
+    if (startsWith(head, "AR2V") || startsWith(head, "ARCHIVE2")) return FileFormat::kNexrad;
     if (startsWith(head, "\x89HDF\r\n")) return FileFormat::kHdf5;
     if (isGermanDx(head)) return FileFormat::kGermanDx;
     if (file.gcount() >= 6 && head[4] == 'U' && head[5] == 'F') return FileFormat::kUniversalFormat;

@@ -19,6 +19,7 @@ enum class FileFormat {
     kFieldRecord,
     kPolarData,
     kGermanDx,
+    kNexrad,
     kHdf5,  // ODIM_H5, or CfRadial in a NetCDF-4 file
 };
 
