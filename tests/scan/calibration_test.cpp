@@ -69,6 +69,37 @@ TEST(Calibration, FindsTheNoiseWhateverElseIsInTheScan) {
     }
 }
 
+/* 600 gates are 32 rings, of which the nearest 4 do not count. A level between two bins of half a
+ * decibel is known to a quarter; 8 of 28 rings must agree on it, and what lies below the rest is
+ * none of theirs. */
+TEST(Calibration, IsWhereEnoughRingsAgree) {
+    const MadeScan sizes;
+    const auto build = [&](int deepRings) {
+        std::vector<float> values;
+        for (int i = 0; i < sizes.nrays * sizes.ngates; ++i) {
+            const int gate = i % sizes.ngates, ring = gate * 32 / sizes.ngates;
+            const double level = ring < 4 ? -100 : ring < 32 - deepRings ? -34.8 : -44.8;
+            const double range = 20 * std::log10(std::max(gate, 1) * kSpacingM / 1000);
+            values.push_back(static_cast<float>(level + range));
+        }
+        return estimate(values, sizes);
+    };
+    const struct {
+        int deepRings;
+        scan::NoiseEvidence evidence;
+        double constant;
+    } cases[] = {
+        {0, scan::NoiseEvidence::kNoiseGates, 34.75}, {2, scan::NoiseEvidence::kNoiseGates, 34.75},
+        {3, scan::NoiseEvidence::kLowerEnvelope, 44.8}, {7, scan::NoiseEvidence::kLowerEnvelope, 44.8},
+        {8, scan::NoiseEvidence::kNoiseGates, 44.75},
+    };
+    for (const auto& row : cases) {
+        const scan::Calibration result = build(row.deepRings);
+        EXPECT_EQ(result.evidence, row.evidence) << row.deepRings;
+        EXPECT_NEAR(result.radarConstantDb, row.constant, 1e-4) << row.deepRings;
+    }
+}
+
 TEST(Calibration, GatesWithoutEchoAreNotNoise) {
     const MadeScan scan;
     for (const float marker : {kMissing, -32.0F, -999.0F}) {

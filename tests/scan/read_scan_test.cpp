@@ -135,31 +135,30 @@ TEST_F(ReadScan, RangeHeightScansAreRecognised) {
     }
 }
 
-TEST_F(ReadScan, OddThingsAreTold) {
-    const auto circle = [](int rays, int step) {
-        std::vector<UfRecord> all;
-        for (int r = 0; r < rays; ++r) {
-            all.push_back(
-                ufRay({{"DZ", {r, 2 * r + 1}}, {"SW", {-30000, -30001 - r}}, {"ZQ", {7, 7}}}));
-            all.back().set(kAzimuthWord, r * step);
-        }
-        return all;
+TEST_F(ReadScan, OddWordsAreSaidOnce) {
+    const auto notes = [&](const std::vector<UfRecord>& rays) {
+        return read(ufFile(rays)).oddities;
     };
-    const scan::Scan sector = read(ufFile(circle(30, 64)));
-    EXPECT_TRUE(hasOddity(sector, "do not close a circle"));
-    EXPECT_TRUE(hasOddity(sector, "100 % of SW lie outside"));
-    EXPECT_TRUE(hasOddity(sector, "ZQ is 0.07"));
-    EXPECT_TRUE(hasOddity(sector, "play no part in the classification: ZQ"));
-    const scan::Scan whole = read(ufFile(circle(36, 640)));
-    EXPECT_FALSE(hasOddity(whole, "close a circle"));
-    EXPECT_FALSE(hasOddity(whole, "north"));
-    EXPECT_TRUE(hasOddity(read(ufFile(circle(37, 640))), "1 rays share their azimuth"));
-    std::vector<UfRecord> turned = circle(36, 640);
-    std::rotate(turned.begin(), turned.begin() + 9, turned.end());
-    EXPECT_TRUE(hasOddity(read(ufFile(turned)), "first ray looks at 90.0 degrees"));
-    EXPECT_FALSE(hasOddity(read(ufFile(turned)), "not in order"));
-    std::swap(turned[3], turned[20]);
-    EXPECT_TRUE(hasOddity(read(ufFile(turned)), "not in order"));
+    using Sentences = std::vector<std::string>;
+    const std::string year = "The year has two digits: 14, read as 2014.";
+    const UfRecord plain = ufRay({{"DZ", {1, 2, 3}}, {"ZD", {1, 2, 3}}});
+    EXPECT_EQ(notes({plain}), Sentences{year});
+    UfRecord full = plain;
+    EXPECT_EQ(notes({full.set(26, 100)}), Sentences{});
+    constexpr size_t kSpacing = 67 + 4, kGates = 67 + 5, kSecondHeader = 25, kOptional = 4;
+    UfRecord spacing = plain, count = plain, optional = plain;
+    spacing.set(kSecondHeader + kSpacing, 125);
+    const std::string differs = "The gate spacing differs by field or ray; the first is used.";
+    EXPECT_EQ(notes({spacing}), (Sentences{year, differs}));
+    EXPECT_EQ(notes({plain, spacing, plain}).at(1), differs);
+    count.set(kSecondHeader + kGates, 2);
+    EXPECT_EQ(notes({count}).at(1),
+              "Fields of a ray differ in their number of gates; each is held with that of the "
+              "first.");
+    optional.set(kOptional, 61);
+    EXPECT_EQ(notes({plain, optional}).at(1), "1 of 2 rays have no optional header.");
+    EXPECT_EQ(notes({ufRay({{"DZ", {1, 2}, 10}, {"ZD", {1, 2}}, {"VR", {1, 2}, 99}})}).at(1),
+              "Scale factors other than the usual 100: DZ 10, VR 99.");
 }
 
 /* dBZ = power + constant + 20 log10(range); the signal is the power above the noise. */
