@@ -19,7 +19,8 @@ struct Field {
     std::string name;  /* as the file has it: "DZ", "PH", "Zh" */
     std::string units; /* "" when the file does not say */
     std::vector<float> values;
-    int wordsPerUnit = 100; /* how finely Universal Format keeps it, when it is written */
+    int wordsPerUnit =
+        0; /* the finest that Universal Format keeps it; 0: what its quantity needs */
     /* What gates hold that were measured, but without an echo. */
     std::optional<float> noEcho = std::nullopt;
     /* 1 where the value for "no echo" was replaced by NaN; empty when none was. */

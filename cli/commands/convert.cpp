@@ -16,12 +16,12 @@
 #include "options/layout_option.h"
 #include "options/output_ending.h"
 #include "options/selection.h"
-#include "report/notes.h"
 #include "report/failure.h"
+#include "report/notes.h"
 #include "report/terminal.h"
 #include "scan/fields/roles.h"
 #include "scan/formats/output_file.h"
-#include "scan/formats/polar/read_polar.h"
+#include "scan/formats/polar/write_polar.h"
 #include "scan/formats/read_scan.h"
 #include "scan/formats/record/write_record.h"
 #include "scan/formats/uf/write_uf.h"
@@ -29,15 +29,14 @@
 namespace cli {
 
 using scan::Field;
+using scan::lostElevationsNote;
+using scan::lowerCase;
 using scan::OutputFile;
 using scan::ReadOptions;
 using scan::Scan;
-using scan::Sweep;
-using scan::fillFieldRecord;
-using scan::lostElevationsNote;
-using scan::lowerCase;
-using scan::requireWritten;
 using scan::singleParameterProducts;
+using scan::Sweep;
+using scan::writePolarData;
 using scan::writeRecords;
 using scan::writeUniversalFormat;
 
@@ -68,54 +67,16 @@ Scan withOneSweep(const Scan& scan, const ConvertArguments& arguments) {
     return single;
 }
 
+void printNotes(const std::vector<std::string>& notes) {
+    for (const std::string& note : notes) {
+        printNote(note);
+    }
+}
+
 void writeAsRecords(const Scan& scan, const OutputFile& file) {
     const Sweep& sweep = scan.sweeps[0];
     if (sweep.rhi) printNote(lostElevationsNote("a field record file"));
     writeRecords(file, scan, sweep, sweep.fields);
-}
-
-/* The site goes into unsigned words of 16 bits: what does not fit wraps. */
-void noteWrapped(const Scan& scan) {
-    constexpr double kWordEnd = 65536;
-    const struct {
-        const char* what;
-        double value;
-    } kWords[] = {{"longitude", scan.longitudeDeg},
-                  {"latitude", scan.latitudeDeg},
-                  {"height", scan.altitudeM}};
-    for (const auto& word : kWords) {
-        if (!(word.value >= 0 && word.value < kWordEnd))
-            std::printf("  note: a polar data file cannot hold a %s of %g\n", word.what,
-                        word.value);
-    }
-}
-
-/* 0 stands for "unknown"; there is no room for less. */
-float constantFor(const Scan& scan) {
-    if (!scan.hasRadarConstant) return 0;
-    if (scan.radarConstantDb <= 0)
-        std::printf("  note: a polar data file cannot hold a radar constant of %g dB: 0, unknown\n",
-                    scan.radarConstantDb);
-    return std::max(0.0f, static_cast<float>(scan.radarConstantDb));
-}
-
-/* The layer tells which gates have a value: integers have no other way to say so. */
-void writePolar(const Scan& scan, const ConvertArguments& arguments, const OutputFile& file) {
-    const Sweep& sweep = scan.sweeps[0];
-    const Field& field = chooseField(sweep, arguments.field);
-    if (sweep.rhi) printNote(lostElevationsNote("a polar data file"));
-    Cpluvek values, layer;
-    fillFieldRecord(scan, sweep, field.name, field.units, field.values, values);
-    values.radarid = static_cast<short>(arguments.product);
-    values.radarconst = constantFor(scan);
-    noteWrapped(scan);
-    std::vector<float> present(field.values.size());
-    for (std::size_t i = 0; i < present.size(); ++i) present[i] = std::isnan(field.values[i]) ? 0 : 1;
-    fillFieldRecord(scan, sweep, "layer", "", present, layer);
-    CThuPolDaFor polar;
-    requireWritten(file, [&] {
-        return polar.WriteSingleParameterData(file.temporary().c_str(), &values, &layer) == 1;
-    });
 }
 
 std::string endingOf(const std::string& path) {
@@ -141,14 +102,19 @@ void convert(const ConvertArguments& arguments, const InputFile& input) {
     noteDamage(scan, Beside::kResults);
     const std::string ending = endingOf(arguments.output);
     OutputFile file(arguments.output);
-    if (ending == ".uf" && words != nullptr && !arguments.sweep)
-        writeUniversalFormat(file, scan, words.get());
-    else if (ending == ".uf")
-        writeUniversalFormat(file, withOneSweep(scan, arguments), nullptr);
-    else if (ending == ".pol")
-        writePolar(withOneSweep(scan, arguments), arguments, file);
-    else
+    if (ending == ".uf" && words != nullptr && !arguments.sweep) {
+        printNotes(writeUniversalFormat(file, scan, words.get()));
+    } else if (ending == ".uf") {
+        printNotes(writeUniversalFormat(
+            file, arguments.sweep ? withOneSweep(scan, arguments) : scan, nullptr));
+    } else if (ending == ".pol") {
+        const Scan single = withOneSweep(scan, arguments);
+        const Sweep& sweep = single.sweeps[0];
+        printNotes(writePolarData(file, single, sweep, chooseField(sweep, arguments.field),
+                                  arguments.product));
+    } else {
         writeAsRecords(withOneSweep(scan, arguments), file);
+    }
     file.commit();
     std::printf("wrote %s\n", forTerminal(arguments.output).c_str());
 }

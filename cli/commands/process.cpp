@@ -20,8 +20,8 @@
 #include "options/selection.h"
 #include "output/process_output.h"
 #include "picture/picture.h"
-#include "report/notes.h"
 #include "report/failure.h"
+#include "report/notes.h"
 #include "report/progress.h"
 #include "report/summary.h"
 #include "report/terminal.h"
@@ -37,27 +37,27 @@ namespace cli {
 
 using scan::Configuration;
 using scan::ConfigurationProblem;
-using scan::Field;
-using scan::OutputFile;
-using scan::Points;
-using scan::ProcessOptions;
-using scan::ProcessedSweep;
-using scan::QuietLibrary;
-using scan::ReadOptions;
-using scan::Scan;
-using scan::Sweep;
 using scan::configurationTable;
 using scan::examineConfigurationFile;
 using scan::exampleConfiguration;
+using scan::Field;
 using scan::kAllStages;
 using scan::kAttenuationStage;
 using scan::kClassifyStage;
 using scan::kRainStage;
 using scan::lowerCase;
 using scan::middleElevationDeg;
+using scan::OutputFile;
 using scan::parseFieldMap;
+using scan::Points;
+using scan::ProcessedSweep;
+using scan::ProcessOptions;
 using scan::processSweep;
+using scan::QuietLibrary;
+using scan::ReadOptions;
 using scan::readPoints;
+using scan::Scan;
+using scan::Sweep;
 using scan::sweepPaths;
 
 namespace {
@@ -185,7 +185,10 @@ void requireSoundArguments(const Arguments& arguments, const InputFile& input) {
 class Run {
   public:
     Run(const Arguments& arguments, const InputFile& input)
-        : arguments_(arguments), input_(input), options_(optionsFrom(arguments)), progress_(!arguments.quiet) {}
+        : arguments_(arguments),
+          input_(input),
+          options_(optionsFrom(arguments)),
+          progress_(!arguments.quiet) {}
 
     void perform() {
         if (!arguments_.points.empty()) readPointList();
@@ -252,7 +255,10 @@ class Run {
         for (std::size_t s = 0; s < outputs.size(); ++s) {
             files.push_back(std::make_unique<OutputFile>(outputs[s]));
             const auto writer = isUniversalFormat ? writeProcessedWords : writeProcessedRecords;
-            writer(*files.back(), scan, processed_[s]);
+            for (const std::string& note : writer(*files.back(), scan, processed_[s]))
+                if (!arguments_.quiet) {
+                    printNote(note);
+                }
         }
         for (std::size_t s = 0; s < pictures.size(); ++s) draw(scan, processed_[s], pictures[s]);
         for (const auto& file : files) file->commit();
@@ -315,7 +321,8 @@ void checkConfiguration(const std::string& path) {
         naming(path, [&] { return examineConfigurationFile(path); });
     reportProblems(path, configuration);
     if (!configuration.problems.empty()) throw CommandFailed{};
-    std::printf("%s: %zu settings, nothing wrong\n", forTerminal(path).c_str(), configuration.keys.size());
+    std::printf("%s: %zu settings, nothing wrong\n", forTerminal(path).c_str(),
+                configuration.keys.size());
 }
 
 void runProcess(const Arguments& arguments) {

@@ -91,8 +91,8 @@ Points withinGates(const GatePoints& at, const Sweep& sweep) {
 
 }  // namespace
 
-void writeProcessedRecords(const OutputFile& file, const Scan& scan,
-                           const ProcessedSweep& processed) {
+std::vector<std::string> writeProcessedRecords(const OutputFile& file, const Scan& scan,
+                                               const ProcessedSweep& processed) {
     std::vector<Field> fields = processed.sweep.fields;
     if (processed.hasClasses) fields.push_back(classField(processed));
     const std::unique_ptr<Cpluvek[]> records(new Cpluvek[fields.size()]);
@@ -103,10 +103,11 @@ void writeProcessedRecords(const OutputFile& file, const Scan& scan,
         records[f].nrecords = records[f].nsets = static_cast<int>(fields.size());
     }
     requireWritten(file, [&] { return records[0].WriteDataToFile(file.temporary().c_str()) == 1; });
+    return {};
 }
 
-void writeProcessedWords(const OutputFile& file, const Scan& scan,
-                         const ProcessedSweep& processed) {
+std::vector<std::string> writeProcessedWords(const OutputFile& file, const Scan& scan,
+                                             const ProcessedSweep& processed) {
     Sweep sweep = processed.sweep;
     sweep.fields.clear();
     for (const Field& field : processed.sweep.fields) {
@@ -120,7 +121,7 @@ void writeProcessedWords(const OutputFile& file, const Scan& scan,
     if (!processed.hasClasses) return writeUniversalFormat(file, single, nullptr);
     std::vector<float> classes = processed.classified.classes;
     classes.resize(sweep.fields[0].values.size(), NAN);
-    writeUniversalFormat(file, single, nullptr, {{&single.sweeps[0], &classes}});
+    return writeUniversalFormat(file, single, nullptr, {{&single.sweeps[0], &classes}});
 }
 
 Field processedField(const ProcessedSweep& processed, const std::string& name) {

@@ -11,12 +11,12 @@
 
 namespace cli {
 
-/* Universal Format, or a field record file with all fields and the classes. Throw
- * std::runtime_error. */
-void writeProcessedWords(const scan::OutputFile& file, const scan::Scan& scan,
-                         const scan::ProcessedSweep& processed);
-void writeProcessedRecords(const scan::OutputFile& file, const scan::Scan& scan,
-                           const scan::ProcessedSweep& processed);
+/* Universal Format, or a field record file with all fields and the classes. Return notes about what
+ * the format cannot hold; throw std::runtime_error. */
+std::vector<std::string> writeProcessedWords(const scan::OutputFile& file, const scan::Scan& scan,
+                                             const scan::ProcessedSweep& processed);
+std::vector<std::string> writeProcessedRecords(const scan::OutputFile& file, const scan::Scan& scan,
+                                               const scan::ProcessedSweep& processed);
 
 /* A field by its record name or by its Universal Format name; the classes are CCl. Throws
  * std::runtime_error that lists the names. */

@@ -46,11 +46,11 @@ const Field& classFieldOf(const Sweep& sweep) {
 
 /* One file for the whole scan. */
 WrittenFiles writeWhole(const std::string& path,
-                        const std::function<void(const OutputFile&)>& write) {
+                        const std::function<std::vector<std::string>(const OutputFile&)>& write) {
     OutputFile file(path);
-    write(file);
+    std::vector<std::string> notes = write(file);
     file.commit();
-    return {{path}, {}};
+    return {{path}, std::move(notes)};
 }
 
 /* One file a sweep; write gets the file and the index of the sweep. */
@@ -97,7 +97,7 @@ WrittenFiles writeClasses(const std::string& path, const Scan& scan, Cufrw* word
     const std::string ending = endingOf(path);
     if (ending == ".uf") {
         return writeWhole(path, [&](const OutputFile& file) {
-            writeUniversalFormat(file, scan, words, classes);
+            return writeUniversalFormat(file, scan, words, classes);
         });
     }
     Sweeps sweeps;
@@ -118,8 +118,9 @@ WrittenFiles writeClasses(const std::string& path, const Scan& scan, Cufrw* word
 WrittenFiles writeScan(const std::string& path, const Scan& scan) {
     const std::string ending = endingOf(path);
     if (ending == ".uf") {
-        return writeWhole(
-            path, [&](const OutputFile& file) { writeUniversalFormat(file, scan, nullptr); });
+        return writeWhole(path, [&](const OutputFile& file) {
+            return writeUniversalFormat(file, scan, nullptr);
+        });
     }
     Sweeps sweeps;
     for (const Sweep& sweep : scan.sweeps) {

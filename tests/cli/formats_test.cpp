@@ -13,7 +13,7 @@
 #include "formats/polar_bytes.h"
 #include "formats/uf_bytes.h"
 #include "run_program.h"
-#include "scan/formats/polar/read_polar.h"
+#include "scan/formats/polar/write_polar.h"
 #include "scan/formats/read_scan.h"
 #include "support/directories.h"
 #include "support/temp_dir.h"
@@ -197,7 +197,7 @@ TEST_F(Formats, ConvertSaysWhatAPolarDataFileCannotHold) {
     ray.set(35, 3).set(kHeader + 19, 11500).set(kHeader + 20, -11000);
     say(".pol");
     for (const char* what :
-         {"a longitude of -7", "a latitude of -50", "a height of -4", "a radar constant of -5 dB",
+         {"a longitude of -7", "a latitude of -50", "a height of -4", "a radar constant of -5",
           "a polar data file cannot hold the elevations"})
         EXPECT_THAT(said_, HasSubstr(what)) << what;
     EXPECT_FALSE(scan::readScan(dir_.file("out.pol")).hasRadarConstant);
@@ -205,6 +205,30 @@ TEST_F(Formats, ConvertSaysWhatAPolarDataFileCannotHold) {
     EXPECT_THAT(said_, HasSubstr("a field record file cannot hold the elevations"));
     say(".uf");
     EXPECT_THAT(said_, Not(HasSubstr("note:")));
+}
+
+/* A word of 16 bits has another latitude for such a site, and other values for steep ones. */
+TEST_F(Formats, ConvertSaysWhatUniversalFormatCannotHold) {
+    PolarBytes file(1814, 3, 2);
+    const float values[] = {400.02f, -700.0f, 40000.0f};
+    for (int r = 0; r < 3; ++r) {
+        ByteVector gates(8);
+        for (std::size_t g = 0; g < 2; ++g) std::memcpy(&gates[4 * g], &values[r], 4);
+        file.ray(9000 * r, gates);
+    }
+    const std::string path = put("scan", file.set(84, 600).bytes());
+    ASSERT_TRUE(run("convert " + path + " " + dir_.file("out.uf"))) << said_;
+    EXPECT_EQ(said_.find("latitude"), std::string::npos) << said_;
+    EXPECT_NE(said_.find("cannot hold the values of P1814 beyond 32767"), std::string::npos);
+    const scan::Scan written = scan::readScan(dir_.file("out.uf"));
+    const std::vector<float>& kept = sweepOf(written).fields.at(0).values;
+    EXPECT_EQ(kept.at(0), 400.0f) << "at the finest scale that holds the largest";
+    EXPECT_EQ(kept.at(2), -700.0f);
+    EXPECT_TRUE(std::isnan(kept.at(4)));
+    put("scan", file.set(58, 60000).bytes());
+    ASSERT_TRUE(run("convert " + path + " " + dir_.file("out.uf"))) << said_;
+    EXPECT_NE(said_.find("cannot hold a latitude of 60000"), std::string::npos) << said_;
+    EXPECT_EQ(scan::readScan(dir_.file("out.uf")).latitudeDeg, 0.0);
 }
 
 TEST_F(Formats, AllClassesAreToldApartOnRequest) {

@@ -60,13 +60,6 @@ void judgeLength(const std::string& path, int product, int layout, Scan& scan) {
 
 }  // namespace
 
-std::vector<int> singleParameterProducts() {
-    std::vector<int> codes;
-    for (const auto& product : clutter::formats::kSingleParameterProducts)
-        codes.push_back(product.code);
-    return codes;
-}
-
 Scan readPolarData(const std::string& path, int layout) {
     Cpluvek records[kMostFields];
     CThuPolDaFor polar;

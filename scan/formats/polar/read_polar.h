@@ -3,7 +3,6 @@
 #define SCAN_FORMATS_POLAR_READ_POLAR_H
 
 #include <string>
-#include <vector>
 
 #include "scan/scan.h"
 
@@ -15,9 +14,6 @@ namespace scan {
  * std::runtime_error with the reason.
  */
 Scan readPolarData(const std::string& path, int layout);
-
-/* Codes of the products that hold one parameter, which alone can be written. */
-std::vector<int> singleParameterProducts();
 
 }  // namespace scan
 

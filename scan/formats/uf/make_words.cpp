@@ -1,188 +1,196 @@
-/* make_words.cpp - rays, headers and data words from sweeps. */
+/* make_words.cpp - rays, their headers and their data from sweeps. */
 #include "scan/formats/uf/make_words.h"
 
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <cstring>
+#include <ctime>
 #include <memory>
 #include <stdexcept>
-#include <vector>
 
 #include "clutterclassifier/clutterclassifier.h"
-#include "scan/fields/roles.h"
-#include "scan/formats/record/write_record.h"
+#include "formats/uf/layout.h"
+#include "scan/formats/checked_words.h"
+#include "scan/formats/uf/field_words.h"
 
 namespace scan {
 namespace {
 
-constexpr int kFirstTableWord = 63; /* past the mandatory, optional and data headers */
-constexpr int kHeaderWords = 19;
-constexpr int kVelocityHeaderWords = 21;
-constexpr int kPowerHeaderWords = 25;
-constexpr int kMostWords = 65535;
-constexpr short kMissing = -32768;
-constexpr int kLibraryScale = 100;    /* of the library's conversion */
-constexpr char kUnknownName[] = "UN"; /* of the library's conversion */
+namespace layout = clutter::formats;
 
-int headerWords(const char* name) {
-    if (std::strcmp(name, "VR") == 0) return kVelocityHeaderWords;
-    if (std::strcmp(name, "DM") == 0) return kPowerHeaderWords;
-    return kHeaderWords;
+constexpr int kMaxWords = 65535;
+constexpr double kUnitsPerDegree = 64;
+
+template <std::size_t N>
+void setText(char (&text)[N], const std::string& value) {
+    std::snprintf(text, N, "%-*.*s", static_cast<int>(N - 1), static_cast<int>(N - 1),
+                  value.c_str());
 }
 
-void setText8(char (&text)[9], const std::string& value) {
-    std::snprintf(text, sizeof text, "%-8.8s", value.c_str());
+/* A number without which a ray means nothing. */
+short requiredWord(const char* what, double value, double perUnit) {
+    CheckedWords checked("a Universal Format file");
+    const short word = checked.word(what, value, perUnit);
+    if (!checked.notes().empty()) {
+        char number[40];
+        std::snprintf(number, sizeof number, "%g", value);
+        throw std::runtime_error(checked.kind() + " cannot hold a " + what + " of " + number);
+    }
+    return word;
 }
 
 /* Degrees, minutes and seconds x 64, all of one sign. */
-void setAngle(double degrees, short& whole, short& minutes, short& seconds) {
-    const double units = std::round(degrees * 3600 * 64);
-    whole = static_cast<short>(units / (3600 * 64));
-    minutes = static_cast<short>(std::fmod(units, 3600 * 64) / (60 * 64));
-    seconds = static_cast<short>(std::fmod(units, 60 * 64));
-}
+struct SiteAngle {
+    short degrees = 0, minutes = 0, seconds = 0;
+};
 
-short angleWord(double degrees) {
-    return static_cast<short>(std::lround(degrees * 64));
-}
-
-/* The words of one ray of a field at a scale of its own; what has no word is missing. */
-void rescale(const float* values, int wordsPerUnit, int ngates, CufFieldHeader& header,
-             short* words) {
-    constexpr double kLargestWord = 32767;
-    header.scalefactor = static_cast<short>(wordsPerUnit);
-    for (int g = 0; g < ngates; ++g) {
-        const double word = std::round(static_cast<double>(values[g]) * wordsPerUnit);
-        words[g] = std::abs(word) <= kLargestWord ? static_cast<short>(word) : kMissing;
+SiteAngle siteAngle(const char* what, double value, double highest, CheckedWords& checked) {
+    if (!checked.allows(what, value, -highest, highest)) {
+        return {};
     }
+    const double units = std::round(value * 3600 * kUnitsPerDegree);
+    return {static_cast<short>(units / (3600 * kUnitsPerDegree)),
+            static_cast<short>(std::fmod(units, 3600 * kUnitsPerDegree) / (60 * kUnitsPerDegree)),
+            static_cast<short>(std::fmod(units, 60 * kUnitsPerDegree))};
 }
 
-/* The library's conversion keeps conventions of its own; other readers expect the format's. */
-void completeHeaders(const Scan& scan, const Sweep& sweep, Cufray& ray, size_t r) {
-    setText8(ray.radarname, scan.radarName);
-    setText8(ray.sitename, scan.siteName);
-    setText8(ray.generationfacility, "CLUTCLAS");
-    setAngle(scan.latitudeDeg, ray.latitudedegrees, ray.latitudeminutes, ray.latitudeseconds);
-    setAngle(scan.longitudeDeg, ray.longitudedegrees, ray.longitudeminutes, ray.longitudeseconds);
-    ray.azimuth = angleWord(sweep.azimuthDeg[r]);
-    ray.elevation = angleWord(sweep.elevationDeg[r]);
-    ray.fixedangle = angleWord(sweep.fixedAngleDeg);
-    ray.missingvalue = kMissing;
-    for (size_t f = 0; f < sweep.fields.size(); ++f) {
-        CufFieldHeader& header = ray.headers[f];
-        const double km = std::floor(sweep.firstGateM / 1000);
-        header.firstgaterange = static_cast<short>(km);
-        header.firstgateadjustment = static_cast<short>(std::lround(sweep.firstGateM - 1000 * km));
+/* What all rays of a scan share. */
+class HeaderWords {
+  public:
+    HeaderWords(const Scan& scan, CheckedWords& checked) : scan_(scan) {
+        latitude_ = siteAngle("latitude", scan.latitudeDeg, 90, checked);
+        longitude_ = siteAngle("longitude", scan.longitudeDeg, 360, checked);
+        altitude_ = checked.word("height", scan.altitudeM);
+        beamWidth_ = checked.word("beam width", scan.beamWidthDeg, kUnitsPerDegree);
+        wavelength_ = checked.word("wavelength", scan.wavelengthM, 100 * kUnitsPerDegree);
+        pulseLength_ = checked.word("pulse length", scan.operation.pulseLengthM);
+        const double rate = scan.operation.turnsPerMinute * 360.0 / 60.0;
+        sweepRate_ = checked.word("rate of turn", rate, kUnitsPerDegree);
+        const double repetition = scan.operation.pulsesPerSecond;
+        if (repetition > 0) {
+            repetitionUs_ = checked.word("pulse repetition time", 1e6 / repetition);
+        }
+        const DateTime& t = scan.time;
+        for (const int number : {t.year, t.month, t.day, t.hour, t.minute, t.second}) {
+            (void)checked.word("number in its time", number);
+        }
     }
-}
 
-/* Two letters for a field that the library gave none: its own name, or that of its quantity unless
- * another field has it. */
-std::string twoLetterName(const Field& field, const Cufray& ray, int count) {
-    constexpr const char* kNames[kRoleCount] = {"DZ", "DR", "PH", "RH", "VR",
-                                                "SW", "LD", "CM", "KD"};
-    if (field.name.size() == 2) return field.name;
-    const Role role = roleOfName(field.name);
-    if (role == Role::kNone) return kUnknownName;
-    const std::string name = kNames[static_cast<int>(role)];
-    return findField(ray, count, name) < 0 ? name : kUnknownName;
-}
-
-/* Names that the library does not know, and the gates without a value. */
-void completeFields(const Sweep& sweep, Cufray& ray, size_t r) {
-    const auto count = static_cast<int>(sweep.fields.size());
-    for (size_t f = 0; f < sweep.fields.size(); ++f) {
-        const Field& field = sweep.fields[f];
-        if (std::strcmp(ray.table[f].name, kUnknownName) == 0)
-            std::memcpy(ray.table[f].name, twoLetterName(field, ray, count).c_str(), 3);
-        short* data = ray.data + f * ray.ngates;
-        const float* values = field.values.data() + r * ray.ngates;
-        for (int g = 0; g < ray.ngates; ++g)
-            if (!std::isfinite(values[g])) data[g] = kMissing;
-        if (field.wordsPerUnit != kLibraryScale)
-            rescale(values, field.wordsPerUnit, ray.ngates, ray.headers[f], data);
+    void fill(Cufray& ray) const {
+        setText(ray.format, "UF");
+        ray.volumenumber = ray.recordinray = 1;
+        setText(ray.radarname, scan_.radarName);
+        setText(ray.sitename, scan_.siteName);
+        fillSite(ray);
+        fillTimes(ray);
+        setText(ray.generationfacility, "CLUTCLAS");
+        setText(ray.projectname, "RADAR");
+        setText(ray.tapename, "RADAR");
+        ray.sweeprate = sweepRate_;
+        ray.missingvalue = kMissingWord;
+        ray.flag = 1;
+        ray.optionalposition = layout::kOptionalPosition;
+        ray.localposition = layout::kLocalPositionWithOptional;
+        ray.dataposition = layout::kDataHeaderPosition;
     }
+
+    void fill(CufFieldHeader& header) const {
+        header.gatedepth = pulseLength_;
+        header.horizontalbeamwidth = header.verticalbeamwidth = beamWidth_;
+        header.wavelength = wavelength_;
+        header.receiverbandwidth = header.samples = kMissingWord;
+        header.thresholdvalue = header.thresholdscale = kMissingWord;
+        header.polarisation = 1;
+        setText(header.thresholdfield, "  ");
+        setText(header.editcode, "--");
+        header.repetitiontime = repetitionUs_;
+        header.bitspergate = 16;
+    }
+
+  private:
+    void fillSite(Cufray& ray) const {
+        ray.latitudedegrees = latitude_.degrees;
+        ray.latitudeminutes = latitude_.minutes;
+        ray.latitudeseconds = latitude_.seconds;
+        ray.longitudedegrees = longitude_.degrees;
+        ray.longitudeminutes = longitude_.minutes;
+        ray.longitudeseconds = longitude_.seconds;
+        ray.altitude = altitude_;
+    }
+
+    void fillTimes(Cufray& ray) const {
+        const DateTime& t = scan_.time;
+        ray.year = static_cast<short>(t.year);
+        ray.month = static_cast<short>(t.month);
+        ray.day = static_cast<short>(t.day);
+        ray.hour = ray.starthour = static_cast<short>(t.hour);
+        ray.minute = ray.startminute = static_cast<short>(t.minute);
+        ray.second = ray.startsecond = static_cast<short>(t.second);
+        setText(ray.timezone, "UT");
+        ray.generationyear = static_cast<short>(today_.tm_year + 1900);
+        ray.generationmonth = static_cast<short>(today_.tm_mon + 1);
+        ray.generationday = static_cast<short>(today_.tm_mday);
+    }
+
+    static std::tm localToday() {
+        const std::time_t now = std::time(nullptr);
+        std::tm today{};
+        localtime_r(&now, &today);
+        return today;
+    }
+
+    const Scan& scan_;
+    const std::tm today_ = localToday();
+    SiteAngle latitude_, longitude_;
+    short altitude_ = 0, beamWidth_ = 0, wavelength_ = 0, pulseLength_ = 0, sweepRate_ = 0;
+    short repetitionUs_ = 0;
+};
+
+/* Where a ray of a sweep looks, and where its gates are. */
+void fillGeometry(const Sweep& sweep, std::size_t r, Cufray& ray) {
+    constexpr short kPpi = 1;
+    constexpr short kRhi = 3;
+    ray.azimuth = ray.baselineazimuth =
+        requiredWord("azimuth", sweep.azimuthDeg[r], kUnitsPerDegree);
+    ray.elevation = ray.baselineelevation =
+        requiredWord("elevation", sweep.elevationDeg[r], kUnitsPerDegree);
+    ray.fixedangle = requiredWord("fixed angle", sweep.fixedAngleDeg, kUnitsPerDegree);
+    ray.sweepmode = sweep.rhi ? kRhi : kPpi;
+    ray.ngates = static_cast<unsigned short>(sweep.ngates);
 }
 
-/* The fields of all sweeps, each name once, without their values. */
-std::vector<Field> fieldsOf(const Scan& scan) {
-    std::vector<Field> all;
+void fillField(const Sweep& sweep, const FieldWords& field, int index, std::size_t r,
+               CheckedWords& checked, Cufray& ray) {
+    std::memcpy(ray.table[index].name, field.letters.c_str(), 3);
+    CufFieldHeader& header = ray.headers[index];
+    header.scalefactor = static_cast<short>(field.wordsPerUnit);
+    header.ngates = ray.ngates;
+    header.gatespacing = requiredWord("gate spacing", sweep.gateSpacingM, 1);
+    const double km = std::floor(sweep.firstGateM / 1000);
+    header.firstgaterange = requiredWord("first gate's range in km", km, 1);
+    header.firstgateadjustment = static_cast<short>(std::lround(sweep.firstGateM - 1000 * km));
+    if (field.letters == "VR") {
+        ray.nyquist = checked.word("Nyquist velocity", sweep.nyquist, field.wordsPerUnit);
+    }
+    const auto found = std::find_if(sweep.fields.begin(), sweep.fields.end(),
+                                    [&](const Field& other) { return other.name == field.name; });
+    const std::size_t ngates = ray.ngates;
+    const float* values = found == sweep.fields.end() ? nullptr : found->values.data() + r * ngates;
+    fillFieldWords(values, ngates, field.wordsPerUnit,
+                   ray.data + static_cast<std::size_t>(index) * ngates);
+}
+
+std::size_t countRays(const Scan& scan) {
+    std::size_t count = 0;
     for (const Sweep& sweep : scan.sweeps) {
-        for (const Field& field : sweep.fields) {
-            const bool known = std::any_of(all.begin(), all.end(), [&](const Field& other) {
-                return other.name == field.name;
-            });
-            if (!known) {
-                all.push_back({field.name, field.units, {}, field.wordsPerUnit, field.noEcho});
-            }
+        if (sweep.ngates < 1 || sweep.ngates > kMaxWords) {
+            throw std::runtime_error("a Universal Format file cannot hold rays of " +
+                                     std::to_string(sweep.ngates) + " gates");
         }
+        count += static_cast<std::size_t>(sweep.nrays);
     }
-    if (all.size() > kMaxFields) {
-        throw std::runtime_error("a Universal Format ray holds 20 fields, the scan has " +
-                                 std::to_string(all.size()));
-    }
-    return all;
-}
-
-/* A sweep with exactly these fields: those that it lacks hold no value. */
-Sweep withFields(const Sweep& sweep, const std::vector<Field>& fields) {
-    Sweep result = sweep;
-    const std::size_t gates =
-        static_cast<std::size_t>(sweep.nrays) * static_cast<std::size_t>(sweep.ngates);
-    result.fields.clear();
-    for (const Field& field : fields) {
-        const auto found =
-            std::find_if(sweep.fields.begin(), sweep.fields.end(),
-                         [&](const Field& other) { return other.name == field.name; });
-        result.fields.push_back(found == sweep.fields.end() ? field : *found);
-        result.fields.back().values.resize(gates, NAN);
-    }
-    return result;
-}
-
-/* The rays of one sweep. */
-void fillWords(const Scan& scan, const Sweep& sweep, Cufrw& words) {
-    const std::size_t count = sweep.fields.size();
-    const std::unique_ptr<Cpluvek[]> records(new Cpluvek[std::max<std::size_t>(count, 1)]);
-    for (std::size_t f = 0; f < count; ++f) {
-        fillFieldRecord(scan, sweep, sweep.fields[f].name, sweep.fields[f].units,
-                        sweep.fields[f].values, records[f]);
-    }
-    records[0].nrecords = static_cast<int>(count);
-    if (words.pluvek2uf(records.get()) != 1 || words.nrays < 1) {
-        throw std::runtime_error("the fields do not fit a Universal Format record");
-    }
-    for (int r = 0; r < words.nrays; ++r) {
-        completeHeaders(scan, sweep, words.rays[r], static_cast<std::size_t>(r));
-        completeFields(sweep, words.rays[r], static_cast<std::size_t>(r));
-    }
-}
-
-/* Rays of other words at the end of these. */
-void append(Cufrw& more, Cufrw& words) {
-    const int count = words.nrays + more.nrays;
-    std::unique_ptr<Cufray[]> rays(new Cufray[static_cast<std::size_t>(count)]());
-    std::copy(words.rays, words.rays + words.nrays, rays.get());
-    std::copy(more.rays, more.rays + more.nrays, rays.get() + words.nrays);
-    for (Cufrw* old : {&words, &more}) {
-        delete[] old->rays; /* not what the rays own: that has moved */
-        old->rays = nullptr;
-        old->nrays = 0;
-    }
-    words.rays = rays.release();
-    words.nrays = count;
-}
-
-void numberRays(const Scan& scan, Cufrw& words) {
-    int next = 0;
-    for (std::size_t s = 0; s < scan.sweeps.size(); ++s) {
-        for (int r = 0; r < scan.sweeps[s].nrays; ++r, ++next) {
-            words.rays[next].sweepnumber = static_cast<short>(s + 1);
-            words.rays[next].recordnumber = words.rays[next].raynumber =
-                static_cast<short>(std::min(next + 1, 32767));
-        }
-    }
+    return count;
 }
 
 }  // namespace
@@ -197,11 +205,13 @@ int findField(const Cufray& ray, int count, const std::string& name) {
 }
 
 void layOut(Cufray& ray, int count) {
-    int position = kFirstTableWord + 2 * count;
+    auto position = static_cast<int>(layout::firstFreePosition(static_cast<std::size_t>(count)));
     for (int f = 0; f < count; ++f) {
-        const int data = position + headerWords(ray.table[f].name);
-        if (data + ray.ngates > kMostWords)
-            throw std::runtime_error("the rays are too long for a record with one more field");
+        const int data = position + static_cast<int>(layout::fieldHeaderWords(ray.table[f].name));
+        if (data + ray.ngates > kMaxWords) {
+            throw std::runtime_error("the rays are too long for a record of " +
+                                     std::to_string(count) + " fields");
+        }
         ray.table[f].position = static_cast<unsigned short>(position);
         ray.headers[f].dataposition = static_cast<unsigned short>(data);
         ray.headers[f].ngates = std::min(ray.headers[f].ngates, ray.ngates);
@@ -209,17 +219,37 @@ void layOut(Cufray& ray, int count) {
     }
 }
 
-void makeWords(const Scan& scan, Cufrw& words) {
-    const std::vector<Field> fields = fieldsOf(scan);
+std::vector<std::string> makeWords(const Scan& scan, Cufrw& words) {
+    CheckedWords checked("a Universal Format file");
+    const std::vector<FieldWords> fields = planFields(scan, checked);
+    const HeaderWords headers(scan, checked);
+    const std::size_t count = countRays(scan);
+    if (fields.empty() || count == 0) {
+        throw std::runtime_error("there are no fields or no rays to write");
+    }
     words.deletearrays();
-    for (const Sweep& sweep : scan.sweeps) {
-        Cufrw more;
-        fillWords(scan, withFields(sweep, fields), more);
-        append(more, words);
+    words.rays = new Cufray[count]();
+    words.nrays = static_cast<int>(count);
+    std::size_t next = 0;
+    for (std::size_t s = 0; s < scan.sweeps.size(); ++s) {
+        for (std::size_t r = 0; r < scan.sweeps[s].azimuthDeg.size(); ++r) {
+            Cufray& ray = words.rays[next++];
+            headers.fill(ray);
+            fillGeometry(scan.sweeps[s], r, ray);
+            ray.sweepnumber = static_cast<short>(s + 1);
+            ray.recordnumber = ray.raynumber =
+                static_cast<short>(std::min<std::size_t>(next, 32767));
+            ray.nfields = ray.nrecordfields = static_cast<short>(fields.size());
+            ray.nrecords = 1;
+            ray.data = new short[fields.size() * ray.ngates];
+            for (std::size_t f = 0; f < fields.size(); ++f) {
+                headers.fill(ray.headers[f]);
+                fillField(scan.sweeps[s], fields[f], static_cast<int>(f), r, checked, ray);
+            }
+            layOut(ray, static_cast<int>(fields.size()));
+        }
     }
-    if (scan.sweeps.size() > 1) {
-        numberRays(scan, words);
-    }
+    return checked.notes();
 }
 
 }  // namespace scan

@@ -3,6 +3,7 @@
 #define SCAN_FORMATS_UF_MAKE_WORDS_H
 
 #include <string>
+#include <vector>
 
 #include "scan/scan.h"
 
@@ -21,8 +22,9 @@ int findField(const Cufray& ray, int count, const std::string& name);
 void layOut(Cufray& ray, int count);
 
 /* Fills words with the rays of all sweeps. A field that only some sweeps have is missing in the
- * others. Throws std::runtime_error when the fields do not fit a record. */
-void makeWords(const Scan& scan, Cufrw& words);
+ * others. Returns notes about what the words cannot hold; throws std::runtime_error when that is
+ * the geometry, or when the fields do not fit a record. */
+std::vector<std::string> makeWords(const Scan& scan, Cufrw& words);
 
 }  // namespace scan
 

@@ -91,11 +91,13 @@ void save(Cufrw& words, const OutputFile& file) {
 
 }  // namespace
 
-void writeUniversalFormat(const OutputFile& file, const Scan& scan, Cufrw* words,
-                          const std::vector<SweepClasses>& classes) {
+std::vector<std::string> writeUniversalFormat(const OutputFile& file, const Scan& scan,
+                                              Cufrw* words,
+                                              const std::vector<SweepClasses>& classes) {
     Cufrw made;
+    std::vector<std::string> notes;
     if (words == nullptr) {
-        makeWords(scan, made);
+        notes = makeWords(scan, made);
         words = &made;
     }
     const int count = words->rays[0].nfields;
@@ -118,19 +120,19 @@ void writeUniversalFormat(const OutputFile& file, const Scan& scan, Cufrw* words
         }
     }
     save(*words, file);
+    return notes;
 }
 
-void writeUniversalFormat(const OutputFile& file, const Scan& scan, Cufrw* words) {
-    if (words != nullptr) {
-        return save(*words, file);
-    }
+std::vector<std::string> writeUniversalFormat(const OutputFile& file, const Scan& scan,
+                                              Cufrw* words) {
     Cufrw made;
-    makeWords(scan, made);
-    const int count = made.rays[0].nfields;
-    for (int r = 0; r < made.nrays; ++r) {
-        layOut(made.rays[r], count);
+    std::vector<std::string> notes;
+    if (words == nullptr) {
+        notes = makeWords(scan, made);
+        words = &made;
     }
-    save(made, file);
+    save(*words, file);
+    return notes;
 }
 
 }  // namespace scan

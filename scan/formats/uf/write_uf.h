@@ -2,6 +2,7 @@
 #ifndef SCAN_FORMATS_UF_WRITE_UF_H
 #define SCAN_FORMATS_UF_WRITE_UF_H
 
+#include <string>
 #include <vector>
 
 #include "scan/formats/output_file.h"
@@ -18,13 +19,16 @@ constexpr char kClassFieldName[] = "CC";
  * Adds the classes to the rays of a file that was read, words, and writes it. Without words, the
  * rays are made from the sweeps. Everything that was read stays; gates without a class hold the
  * ray's missing-data value. An earlier class field gives way, another field of that name makes the
- * classes "C1", "C2", ... Throws std::runtime_error when a ray has no room for one more field.
+ * classes "C1", "C2", ... Returns notes about what the format cannot hold; throws
+ * std::runtime_error when a ray has no room for one more field.
  */
-void writeUniversalFormat(const OutputFile& file, const Scan& scan, Cufrw* words,
-                          const std::vector<SweepClasses>& classes);
+std::vector<std::string> writeUniversalFormat(const OutputFile& file, const Scan& scan,
+                                              Cufrw* words,
+                                              const std::vector<SweepClasses>& classes);
 
 /* A scan without classes. */
-void writeUniversalFormat(const OutputFile& file, const Scan& scan, Cufrw* words);
+std::vector<std::string> writeUniversalFormat(const OutputFile& file, const Scan& scan,
+                                              Cufrw* words);
 
 }  // namespace scan
 
