@@ -1,9 +1,9 @@
 /*
- * byte_cursor.h - reading numbers and texts out of untrusted bytes.
+ * byte_cursor.h - reads numbers and strings from untrusted bytes.
  *
  * skip() is the only bounds check. Once it fails the cursor stays failed: everything read from then
- * on is 0 or an empty text, so that a parser may read a whole structure and ask once at its end.
- * Big-endian numbers are built from bytes: the host's own byte order plays no part.
+ * on is 0 or an empty string, so that a parser can read a whole structure and check once at its
+ * end. Big-endian numbers are built from bytes, whatever the byte order of the machine.
  */
 #ifndef CLUTTER_BASE_BYTE_CURSOR_H
 #define CLUTTER_BASE_BYTE_CURSOR_H
@@ -24,7 +24,7 @@ class ByteCursor {
     bool failed() const { return failed_; }
     std::size_t remaining() const { return rest_.size(); }
 
-    /* Steps over n bytes and hands them out; an empty span and failure when there are fewer. */
+    /* Moves past n bytes and returns them; an empty span and failure when there are fewer. */
     Bytes skip(std::size_t n) {
         failed_ = failed_ || n > rest_.size();
         if (failed_) {
@@ -36,7 +36,7 @@ class ByteCursor {
         return taken;
     }
 
-    /* The same for n elements of a size; n may be anything. */
+    /* The same for n elements of elementBytes each. The product may exceed std::size_t. */
     Bytes skipArray(std::size_t n, std::size_t elementBytes) {
         const bool fits = n <= rest_.size() / elementBytes;
         return skip(fits ? n * elementBytes : rest_.size() + 1);
@@ -63,7 +63,7 @@ class ByteCursor {
         return value;
     }
 
-    /* A text of exactly n bytes into a buffer of at least n + 1; terminated. */
+    /* Copies exactly n bytes into a buffer of at least n + 1 and terminates it. */
     void text(char* destination, std::size_t n) {
         const Bytes b = skip(n);
         if (!b.empty()) std::memcpy(destination, b.data(), n);
@@ -75,7 +75,7 @@ class ByteCursor {
     bool failed_ = false;
 };
 
-/* The bytes from an offset on; none beyond the end. */
+/* The bytes from an offset to the end; an empty span when the offset is past the end. */
 inline Bytes bytesFrom(Bytes bytes, std::size_t offset) {
     return offset < bytes.size() ? bytes.subspan(offset) : Bytes{};
 }

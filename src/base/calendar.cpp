@@ -1,3 +1,6 @@
+/*
+ * Calendar arithmetic in whole days, with a leap year every four years.
+ */
 #include "base/calendar.h"
 
 #include <algorithm>
@@ -25,7 +28,7 @@ const int* daysBefore(std::int64_t year) {
     return isLeap(year) ? kDaysBeforeLeap : kDaysBeforeCommon;
 }
 
-/* Days from 1970 to the first of January of a year. */
+/* Days from 1970-01-01 to the first of January of a year. */
 std::int64_t daysToYear(std::int64_t year) {
     const std::int64_t leapDays = isLeap(year) ? (year - kEpoch) / 4 : (year - kEpoch + 1) / 4;
     return (year - kEpoch) * 365 + leapDays;

@@ -1,3 +1,6 @@
+/*
+ * Whole files into memory: in one read where the size is known, in growing pieces otherwise.
+ */
 #include "base/file.h"
 
 #include <algorithm>
@@ -8,7 +11,7 @@ namespace {
 
 constexpr std::size_t kFirstChunkBytes = std::size_t{64} << 10;
 
-/* Size of a seekable stream, 0 when it does not tell; the position is left where it was. */
+/* Size of a seekable stream, 0 when it is unknown. The position does not change. */
 std::size_t sizeOf(std::FILE* stream) {
     const long here = std::ftell(stream);
     if (here < 0 || std::fseek(stream, 0, SEEK_END) != 0) return 0;
@@ -17,8 +20,8 @@ std::size_t sizeOf(std::FILE* stream) {
     return end < 0 ? 0 : static_cast<std::size_t>(end);
 }
 
-/* Room for the next read: at once the whole file and one byte more (so that the read meets the
- * end), or twice as much where the size is not known or no longer true. 0 beyond the bounds. */
+/* Buffer size for the next read: the whole file and one byte more (so that the read meets the end),
+ * or twice the present size where the file size is unknown or out of date. 0 past the bounds. */
 std::size_t nextCapacity(std::size_t used, std::size_t fileBytes) {
     if (fileBytes > kMaxFileBytes) return 0;
     if (fileBytes >= used) return fileBytes + 1;
@@ -41,7 +44,7 @@ class LineLength {
     std::size_t length_ = 0;
 };
 
-/* accept(piece, n) may end the reading: nothing is then returned. */
+/* When accept(piece, n) returns false, reading stops without a result. */
 template <class Accept>
 std::optional<std::vector<unsigned char>> readFile(const char* path, Accept accept) {
     const File file = openFile(path, "rb");
@@ -59,7 +62,7 @@ std::optional<std::vector<unsigned char>> readFile(const char* path, Accept acce
         bytes.resize(capacity);
     }
     bytes.resize(used);
-    // Small files do not keep a large chunk, and a reader past their end is past the memory.
+    // Small files do not keep a large chunk. It also lets sanitizers see reads past the end.
     if (used < kFirstChunkBytes) bytes.shrink_to_fit();
     return bytes;
 }

@@ -20,29 +20,29 @@ struct CloseStream {
 using File = std::unique_ptr<std::FILE, CloseStream>;
 
 /* Null when path is null or the file cannot be opened in that mode. */
-File openFile(const char* path, const char* mode);
+[[nodiscard]] File openFile(const char* path, const char* mode);
 
-/* Closes now. False when a write failed earlier or the last buffer cannot be flushed; a null file
- * is a failed one. */
-bool closeChecked(File file);
+/* Closes the stream. False when a write failed earlier, when the last buffer cannot be flushed, and
+ * for a null file. */
+[[nodiscard]] bool closeChecked(File file);
 
-/* Larger files are not read: the first bound holds where the stream tells its size, the second
- * where it does not (pipes, devices), so that an endless one ends. */
+/* Larger files are not read. The first bound is for files of known size, the second for pipes and
+ * devices, which may be endless. */
 constexpr std::size_t kMaxFileBytes = std::size_t{4} << 30;
 constexpr std::size_t kMaxStreamBytes = std::size_t{1} << 30;
 
 /*
- * All bytes of a file; an empty vector for an empty file. Nothing when it cannot be opened or read
- * (a directory, for one) or is larger than the bounds above.
+ * All bytes of a file; an empty vector for an empty file. No result when it cannot be opened or
+ * read (a directory, for example) or is larger than the bounds above.
  */
-std::optional<std::vector<unsigned char>> readWholeFile(const char* path);
+[[nodiscard]] std::optional<std::vector<unsigned char>> readWholeFile(const char* path);
 
-/* No text that people or programs write has lines longer than this; an endless stream may. */
+/* No text that people or programs write has longer lines; an endless stream may. */
 constexpr std::size_t kMaxLineBytes = std::size_t{1} << 24;
 
-/* The same for a file of lines, which line feeds and carriage returns end. Nothing when a line is
- * longer than kMaxLineBytes: reading stops there. */
-std::optional<std::vector<unsigned char>> readTextFile(const char* path);
+/* The same for a file of lines, which end with a line feed or carriage return. No result when a
+ * line is longer than kMaxLineBytes: reading stops there. */
+[[nodiscard]] std::optional<std::vector<unsigned char>> readTextFile(const char* path);
 
 }  // namespace clutter::base
 

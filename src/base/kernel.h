@@ -1,13 +1,20 @@
 /*
  * kernel.h - the build attribute of row kernels.
  *
- * A kernel is a plain loop over lanes. CLUTTER_KERNEL compiles it once for every common instruction
- * set and lets the loader choose; all versions give the same bits, since nothing is contracted or
- * reordered. Sanitizers run before such a choice can be made, and Clang 14 chooses wrongly: both
- * get one version.
+ * A kernel is a plain loop over lanes: independent results that are computed side by side.
+ * CLUTTER_KERNEL compiles it for several instruction sets and lets the loader choose one. All
+ * versions give the same bits, since nothing is contracted or reordered. Sanitizers start before
+ * the loader can choose, and Clang 14 chooses the wrong version: both get a single one.
  */
 #ifndef CLUTTER_BASE_KERNEL_H
 #define CLUTTER_BASE_KERNEL_H
+
+namespace clutter::base {
+
+/* Lanes of a block. Its arrays of floats or doubles stay in the first-level cache. */
+inline constexpr int kBlockLanes = 256;
+
+}  // namespace clutter::base
 
 #if defined(__x86_64__) && defined(__GNUC__) && !defined(__clang__) && \
     !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)

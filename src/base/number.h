@@ -10,14 +10,13 @@
 
 namespace clutter::base {
 
-/* Truncation toward zero; what is no number or does not fit gives the smallest int. */
+/* Truncation toward zero. NaN and values that do not fit give the smallest int. */
 inline int truncateToInt(double value) {
     const bool fits = value > -2147483649.0 && value < 2147483648.0;
     return fits ? static_cast<int>(value) : std::numeric_limits<int>::min();
 }
 
-/* Truncation toward zero, wrapped to an integer of at most 32 bits; 0 for what is no finite number.
- */
+/* Truncation toward zero, wrapped to an integer of at most 32 bits. NaN and infinities give 0. */
 template <class Integer>
 Integer truncateAndWrap(double value) {
     static_assert(sizeof(Integer) <= 4);
@@ -26,7 +25,7 @@ Integer truncateAndWrap(double value) {
     return static_cast<Integer>(static_cast<std::int64_t>(wrapped));
 }
 
-/* The nearest float, an infinity where that would be beyond the largest. */
+/* The nearest float; an infinity for values that round past the largest one. */
 inline float roundToFloat(double value) {
     constexpr float kLargest = std::numeric_limits<float>::max();
     constexpr double kMidway = 0x1.ffffffp127;  // from there on, infinity is the nearest

@@ -1,10 +1,10 @@
 /*
  * power_series.h - powers of ten and logarithms from short series, for kernels.
  *
- * The C library's pow and log10 are good to the last bit of a double, but cost more than all the
- * rest of a formula whose result is rounded to single precision. These are good to about 1e-14
- * (relative) and 1e-13 dB and vectorise: where both ends of an interval around them, wider than
- * both ways' errors, round to the same float, the exact definition can only give that float.
+ * The C library's pow and log10 are accurate to the last bit of a double, but cost more than the
+ * rest of a formula whose result is rounded to single precision. These series are accurate to about
+ * 1e-14 (relative) and 1e-13 dB, and they vectorise. The exact result is within a small interval
+ * around theirs: where both ends of it round to the same float, that float is the exact result.
  */
 #ifndef CLUTTER_BASE_POWER_SERIES_H
 #define CLUTTER_BASE_POWER_SERIES_H
@@ -20,8 +20,7 @@ inline constexpr double kLog2Of10 = 3.321928094887362;
 inline constexpr double kLog10Of2 = 0.30102999566398120;
 inline constexpr double kTenPerLn10 = 4.342944819032518;
 
-/* Added to a number of less than 51 bits, it leaves the number's nearest integer in the low bits.
- */
+/* Added to a number of less than 51 bits, it leaves the nearest integer in the lowest bits. */
 inline constexpr double kRounder = 0x1.8p52;
 
 inline constexpr int kMantissaBits = 52;
@@ -31,7 +30,7 @@ inline constexpr std::uint64_t kTwoTo52Bits = 0x4330000000000000u;
 inline constexpr double kTwoTo52 = 0x1p52;
 inline constexpr double kExponentBias = 1023.0;
 
-/* e^x for |x| <= ln 2 / 2, by its series: the first term left out is below 2e-16. */
+/* e^x for |x| <= ln 2 / 2, by its series: the first omitted term is below 2e-16. */
 inline double expSeries(double x) {
     double sum = 1.0 / 479001600;
     sum = sum * x + 1.0 / 39916800;

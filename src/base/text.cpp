@@ -1,3 +1,6 @@
+/*
+ * Numbers in text, converted as by the C library in the "C" locale.
+ */
 #include "base/text.h"
 
 #include <cctype>
@@ -21,12 +24,12 @@ bool isHex(std::string_view digits) {
     return digits.size() > 2 && digits[0] == '0' && lower(digits[1]) == 'x';
 }
 
-/* A number too large or too small for a double: from_chars does not say which, its decimal exponent
- * does. */
+/* The value of a number too large or too small for a double. from_chars does not say which it is,
+ * but its exponent does. */
 double outOfRange(std::string_view digits, bool hex) {
     const char mark = hex ? 'p' : 'e';
     long exponent = 0;
-    long scale = 0;  // power of ten (sixteen) of the first digit that is not zero
+    long scale = 0;  // power of ten (or sixteen) of the first digit other than zero
     bool seenPoint = false, seenDigit = false;
     for (std::size_t i = 0; i < digits.size() && lower(digits[i]) != mark; ++i) {
         if (digits[i] == '.') {
@@ -45,8 +48,8 @@ double outOfRange(std::string_view digits, bool hex) {
         const auto [end, error] =
             std::from_chars(text.data() + skip, text.data() + text.size(), exponent);
         (void)end;
-        constexpr long kMost = std::numeric_limits<int>::max();
-        if (error == std::errc::result_out_of_range || exponent > kMost) exponent = kMost;
+        constexpr long kMax = std::numeric_limits<int>::max();
+        if (error == std::errc::result_out_of_range || exponent > kMax) exponent = kMax;
         if (negative) exponent = -exponent;
     }
     return (hex ? 4 * scale : scale) + exponent > 0 ? std::numeric_limits<double>::infinity() : 0.0;
@@ -78,7 +81,7 @@ double parseNumber(std::string_view token) {
     double value = 0.0;
     const bool hex = isHex(token);
     const std::string_view digits = hex ? token.substr(2) : token;
-    // The conversion itself would take another sign or a word here.
+    // The conversion itself would accept another sign or a word here.
     if (hex && digits[0] != '.' && std::isxdigit(static_cast<unsigned char>(digits[0])) == 0) {
         return negative ? -0.0 : 0.0;
     }

@@ -1,5 +1,5 @@
 /*
- * text.h - bounded copies, white-space separated tokens and numbers in text, whatever the locale.
+ * text.h - bounded copies of strings, and tokens and numbers in text, whatever the locale.
  */
 #ifndef CLUTTER_BASE_TEXT_H
 #define CLUTTER_BASE_TEXT_H
@@ -10,8 +10,8 @@
 
 namespace clutter::base {
 
-/* Copies a text into a fixed buffer, cut where it does not fit and always terminated. A null source
- * is an empty text; source and destination may be the same. */
+/* Copies a string into a fixed buffer: cut where it does not fit, always terminated. A null source
+ * counts as an empty string. Source and destination may overlap. */
 void copyText(char* destination, std::size_t capacity, const char* source);
 
 template <std::size_t N>
@@ -19,7 +19,7 @@ void copyText(char (&destination)[N], const char* source) {
     copyText(destination, N, source);
 }
 
-/* Hands out the white-space separated tokens of a text, of any length. */
+/* Returns the tokens of a text, separated by white space, one by one. They may have any length. */
 class TokenReader {
   public:
     explicit TokenReader(std::string_view text) : rest_(text) {}
@@ -29,12 +29,12 @@ class TokenReader {
     std::string_view rest_;
 };
 
-/* The number that a token starts with, as the C library converts it in the "C" locale: 0 when there
- * is none, an infinity beyond the largest double. */
+/* The number at the start of a token, as the C library converts it in the "C" locale: 0 without a
+ * number, an infinity past the largest double. */
 double parseNumber(std::string_view token);
 
-/* The whole number that a token starts with: 0 when there is none, the nearest 64-bit number when
- * it has no room. */
+/* The integer at the start of a token: 0 without one, the nearest 64-bit integer when it does not
+ * fit. */
 long long parseInteger(std::string_view token);
 
 }  // namespace clutter::base

@@ -1,3 +1,6 @@
+/*
+ * Numbers into a pending text, which is written in large pieces.
+ */
 #include "base/text_writer.h"
 
 #include <charconv>
@@ -8,12 +11,12 @@ namespace clutter::base {
 namespace {
 
 constexpr std::size_t kPieceBytes = std::size_t{1} << 16;
-/* The largest double has 309 digits before its point; no caller asks for more than 6 behind it. */
-constexpr std::size_t kLongestNumber = 400;
+/* The largest double has 309 digits before the point; no caller wants more than 6 after it. */
+constexpr std::size_t kMaxNumberChars = 400;
 constexpr int kDigitsOfG = 6;
 
 void append(std::string& out, double value, std::chars_format format, int precision) {
-    char digits[kLongestNumber];
+    char digits[kMaxNumberChars];
     const auto end = std::to_chars(digits, digits + sizeof digits, value, format, precision).ptr;
     out.append(digits, end);
 }

@@ -1,6 +1,6 @@
 /*
- * text_writer.h - text into a stream in large pieces, numbers as the C print routines write them in
- * the "C" locale: what is written is read back whatever the host's locale.
+ * text_writer.h - writes text to a stream in large pieces. Numbers are written as by printf in the
+ * "C" locale, so that files do not depend on the host's locale.
  */
 #ifndef CLUTTER_BASE_TEXT_WRITER_H
 #define CLUTTER_BASE_TEXT_WRITER_H
@@ -11,7 +11,7 @@
 
 namespace clutter::base {
 
-/* The stream must outlive the writer, and be checked by its owner when it is closed. */
+/* The stream must outlive the writer. Its owner checks for errors when closing it. */
 class TextWriter {
   public:
     explicit TextWriter(std::FILE* stream) : stream_(stream) {}
@@ -33,7 +33,7 @@ class TextWriter {
     std::string pending_;
 };
 
-/* "%.<decimals>f" by itself. */
+/* "%.<decimals>f" as a string. */
 std::string fixedText(double value, int decimals);
 
 }  // namespace clutter::base

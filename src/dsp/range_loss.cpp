@@ -1,3 +1,6 @@
+/*
+ * The loss of each gate once, the ratio row by row.
+ */
 #include "dsp/range_loss.h"
 
 #include <cmath>

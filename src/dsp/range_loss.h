@@ -1,5 +1,5 @@
 /*
- * range_loss.h - what an echo loses on its way, and its signal-to-noise ratio without that loss.
+ * range_loss.h - the loss of an echo with range, and the signal-to-noise ratio.
  */
 #ifndef CLUTTER_DSP_RANGE_LOSS_H
 #define CLUTTER_DSP_RANGE_LOSS_H
@@ -8,8 +8,8 @@
 
 namespace clutter::dsp {
 
-/* 20 log10(range in km) of each gate, dB: in double precision, rounded. Gate 0 is placed one
- * spacing out, so that its logarithm stays finite; the first gate's own range plays no part. */
+/* 20 log10(range in km) of each gate, dB: in double precision, rounded. Gate 0 counts as gate 1, so
+ * that its logarithm is finite. The range of the first gate is ignored. */
 std::vector<float> rangeLossesDb(int ngates, float gateSizeM);
 
 /* snr = zhh - loss + constant, in single precision, in that order. */

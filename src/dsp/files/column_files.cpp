@@ -1,6 +1,6 @@
 /*
- * Column files (docs/formats/column-file.md): rows of numbers as text, each with its time or not;
- * and the plain dumps of one column, as text or as it lies in memory.
+ * Column files (docs/formats/column-file.md): rows of numbers as text, with or without their times;
+ * and dumps of a single column, as text or as in memory.
  */
 #include <algorithm>
 #include <cstddef>
@@ -29,7 +29,7 @@ constexpr int kTimeColumns = 6;
 constexpr int kOverwrite = 1;
 constexpr int kDecimalsOfColumn = 4;
 
-/* A path that hosts give for "no file". */
+/* Hosts pass "NULL" for "no file". */
 bool isNoPath(const char* path) {
     return path == nullptr || std::strcmp(path, "NULL") == 0;
 }
@@ -60,7 +60,7 @@ void writeValue(float value, int precision, TextWriter& out) {
     out.text(" ");
 }
 
-/* The times of a matrix whose first six columns are a date and time. */
+/* The times of a table whose first six columns are a date and time. */
 std::unique_ptr<unsigned int[]> timesOf(const float* cells, std::size_t rows) {
     std::unique_ptr<unsigned int[]> times(new unsigned int[rows]);
     for (std::size_t row = 0; row < rows; ++row) {

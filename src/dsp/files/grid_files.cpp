@@ -36,7 +36,7 @@ struct GridHeader {
     std::string_view nodata;
 };
 
-/* The value behind a key; nothing when another key, or the end, comes first. */
+/* The value after a key; no result when another key, or the end, comes first. */
 std::optional<std::string_view> valueOf(std::string_view key, TokenReader& tokens) {
     if (tokens.next() != key) return std::nullopt;
     return tokens.next();
@@ -63,15 +63,15 @@ std::optional<GridHeader> parseHeader(TokenReader& tokens) {
 }
 
 bool isPossible(const GridHeader& header, std::size_t fileBytes) {
-    constexpr long long kMost = std::numeric_limits<int>::max();
+    constexpr long long kMax = std::numeric_limits<int>::max();
     if (header.ncols < 0 || header.nrows < 0) return false;
-    if (header.ncols > kMost || header.nrows > kMost) return false;
+    if (header.ncols > kMax || header.nrows > kMax) return false;
     const auto cells =
         static_cast<std::size_t>(header.ncols) * static_cast<std::size_t>(header.nrows);
     return clutter::base::mayDeclare(cells, fileBytes);
 }
 
-/* Column-major, the rows turned: cell (row from the south, column) at row + nrows * column. */
+/* Column-major from the south: cell (row, column) at row + nrows * column. Missing cells are 0. */
 std::unique_ptr<float[]> unpackGrid(TokenReader& tokens, std::size_t nrows, std::size_t ncols) {
     std::unique_ptr<float[]> cells(new float[nrows * ncols]());
     for (std::size_t line = 0; line < nrows; ++line) {

@@ -18,13 +18,12 @@ using clutter::base::TokenReader;
 namespace {
 
 constexpr std::size_t kNameBytes = 1024;
-/* Every name takes a whole slot, however short: a list of single letters must not ask for 512 times
- * its size without an end. */
-constexpr std::size_t kMostNames = std::size_t{1} << 20;
+/* Every name takes a whole slot, so that a list of single letters costs 512 times its size. */
+constexpr std::size_t kMaxNames = std::size_t{1} << 20;
 
-std::size_t countUpTo(std::size_t most, std::string_view text) {
+std::size_t countUpTo(std::size_t limit, std::string_view text) {
     std::size_t count = 0;
-    for (TokenReader tokens(text); count < most && tokens.next();) ++count;
+    for (TokenReader tokens(text); count < limit && tokens.next();) ++count;
     return count;
 }
 
@@ -46,8 +45,8 @@ int CDSP::OnReadFNames(char* path, char** names, int& count) {
     const auto bytes = clutter::base::readTextFile(path);
     if (!bytes) return 0;
     const std::string_view text = clutter::dsp::textOf(*bytes);
-    const std::size_t found = countUpTo(kMostNames + 1, text);
-    if (found > kMostNames) return 0;
+    const std::size_t found = countUpTo(kMaxNames + 1, text);
+    if (found > kMaxNames) return 0;
     clutter::base::adopt(*names, slotsOf(text, found));
     count = static_cast<int>(found);
     return 1;
@@ -55,7 +54,7 @@ int CDSP::OnReadFNames(char* path, char** names, int& count) {
 
 int CDSP::getfnameonly(char* path, char* name) {
     if (path == nullptr || name == nullptr) return 0;
-    // Only the backslash separates: a forward slash stays part of the name.
+    // Only the backslash separates directories: a slash belongs to the name.
     const char* separator = std::strrchr(path, '\\');
     if (separator == nullptr) return 0;
     const bool fits = std::strlen(separator) < kNameBytes;

@@ -1,3 +1,6 @@
+/*
+ * Two passes over a text: count its tokens, then convert them.
+ */
 #include "dsp/files/text_matrix.h"
 
 #include <limits>
@@ -24,8 +27,8 @@ std::size_t countTokens(std::string_view text) {
 }  // namespace
 
 bool TableShape::fitsInts() const {
-    constexpr std::size_t kMost = std::numeric_limits<int>::max();
-    return rows <= kMost && columns <= kMost;
+    constexpr std::size_t kMax = std::numeric_limits<int>::max();
+    return rows <= kMax && columns <= kMax;
 }
 
 TableShape measureMatrix(std::string_view text) {

@@ -1,5 +1,6 @@
 /*
- * text_matrix.h - white-space separated numbers as a matrix: its first line tells the columns.
+ * text_matrix.h - numbers in text, separated by white space, as a table. The first line determines
+ * the number of columns.
  */
 #ifndef CLUTTER_DSP_FILES_TEXT_MATRIX_H
 #define CLUTTER_DSP_FILES_TEXT_MATRIX_H
@@ -15,20 +16,20 @@ struct TableShape {
     std::size_t columns = 0;
 
     std::size_t cells() const { return rows * columns; }
-    /* Whether both counts can be told to a host as ints. */
+    /* Whether a host can receive both counts as ints. */
     bool fitsInts() const;
 };
 
-/* Lines end with a line feed, a carriage return or both. An empty first line makes one column; what
- * does not fill a row at the end is no row; a text without tokens has no cells. */
+/* Lines end with a line feed, a carriage return or both. An empty first line means one column. A
+ * last row that is not full is dropped. A text without tokens has no cells. */
 TableShape measureMatrix(std::string_view text);
 
-/* Cell (row, column) at row + shape.rows * column. A token "nan" stands for nanValue, taken with
- * six decimals; any other that is no number is 0. */
+/* Cell (row, column) at row + shape.rows * column. A token "nan" gives nanValue, rounded to six
+ * decimals; any other token that is not a number gives 0. */
 std::unique_ptr<float[]> unpackMatrix(std::string_view text, const TableShape& shape,
                                       float nanValue);
 
-/* The bytes of a file as text. */
+/* Views the bytes of a file as text. */
 template <class Bytes>
 std::string_view textOf(const Bytes& bytes) {
     return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};

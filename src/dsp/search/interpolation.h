@@ -7,9 +7,9 @@
 namespace clutter::dsp {
 
 /*
- * yi[i] = the value at xi[i] of the line through n >= 1 knots, between the first knot beyond it and
- * the one before. Below the first knot it is y[0]; from the last but one knot on it is y[n - 1],
- * and so for NaN. Knots that do not ascend are searched one by one. yi may be xi.
+ * yi[i] = the value at xi[i] of the line through the first of n >= 1 knots above it and the knot
+ * before. Below the first knot it is y[0]; from the last knot but one on, and for NaN, it is
+ * y[n - 1]. Knots that do not ascend are searched one by one. yi may be xi.
  */
 void interpolateLinear(const double* x, const double* y, int n, const double* xi, double* yi,
                        int ni);

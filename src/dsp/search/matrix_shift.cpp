@@ -1,3 +1,6 @@
+/*
+ * Rows are moved in an order that lets the result overwrite the input.
+ */
 #include "dsp/search/matrix_shift.h"
 
 #include <algorithm>
@@ -46,13 +49,13 @@ std::vector<float> ShiftSearch::score(const float* current, const float* previou
     std::vector<float> shifted(static_cast<std::size_t>(shape.cells()), 0.0f);
     for (std::int64_t r = 0; r <= 2LL * half(); r += step) {
         for (std::int64_t c = 0; c <= 2LL * half(); c += step) {
-            // An even window reaches one row and column beyond the grid's side: the flat index
-            // counts, as long as it lies within the grid.
+            // An even window reaches one row and column past the grid's side: the flat index
+            // counts while it is within the grid.
             const std::int64_t cell = r * side + c;
             if (cell >= cells) break;
-            // A shift that is refused leaves the matrix of the shift before.
-            shiftMatrix(previous, shifted.data(), shape,
-                        {static_cast<int>(r) - half(), static_cast<int>(c) - half()});
+            // A refused shift keeps the matrix of the previous one.
+            (void)shiftMatrix(previous, shifted.data(), shape,
+                              {static_cast<int>(r) - half(), static_cast<int>(c) - half()});
             scores[static_cast<std::size_t>(cell)] =
                 sumOfProducts(current, shifted.data(), shape.cells());
         }

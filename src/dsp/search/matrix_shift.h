@@ -10,17 +10,17 @@
 
 namespace clutter::dsp {
 
-/* Towards higher rows and columns. */
+/* Positive towards higher rows and columns. */
 struct Shift {
     int rows;
     int columns;
 };
 
-/* out holds the shape's cells and may be in; vacated cells become 0. False, and nothing done, when
- * the shift exceeds the number of rows or columns. */
-bool shiftMatrix(const float* in, float* out, MatrixShape shape, Shift shift);
+/* out has the same shape and may be in; vacated cells become 0. False, with out unchanged, when the
+ * shift exceeds the number of rows or columns. */
+[[nodiscard]] bool shiftMatrix(const float* in, float* out, MatrixShape shape, Shift shift);
 
-/* Scores of all shifts of a square search window; cells that no shift reaches are 0. */
+/* Scores of all shifts in a square search window. Cells that no shift reaches are 0. */
 struct ShiftSearch {
     int window;
     int step;

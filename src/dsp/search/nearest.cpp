@@ -1,3 +1,6 @@
+/*
+ * Sorted values in equal buckets: a target is looked up in one or two values of its bucket.
+ */
 #include "dsp/search/nearest.h"
 
 #include <algorithm>
@@ -25,11 +28,12 @@ void NearestValue::divide() {
     // The greatest value has a bucket of its own.
     start_.assign(sorted_.size() + 2, sorted_.size());
     for (std::size_t i = sorted_.size(); i-- > 0;) start_[bucketOf(sorted_[i].value)] = i;
-    for (std::size_t b = start_.size() - 1; b-- > 0;)
+    for (std::size_t b = start_.size() - 1; b-- > 0;) {
         start_[b] = std::min(start_[b], start_[b + 1]);
+    }
 }
 
-/* Never decreases with the value, whatever is rounded: a value in a lower bucket is lower. */
+/* Monotonic despite rounding: a value in a lower bucket is lower. */
 std::size_t NearestValue::bucketOf(double value) const {
     const double bucket = (value - lowest_) * bucketsPerUnit_;
     const auto last = static_cast<double>(sorted_.size());
@@ -47,8 +51,8 @@ std::size_t NearestValue::lowerBound(double value) const {
     return static_cast<std::size_t>(found - sorted_.begin());
 }
 
-/* Far from the target, differences round to the same number: neighbours of the best may be as near
- * as it is. */
+/* Far from the target, differences round to the same number: neighbours of the best value may be at
+ * the same distance. */
 int NearestValue::firstOfEquals(std::size_t best, double target) const {
     const auto distance = [&](std::size_t i) { return std::abs(sorted_[i].value - target); };
     const double least = distance(best);
@@ -63,7 +67,7 @@ int NearestValue::firstOfEquals(std::size_t best, double target) const {
 }
 
 int NearestValue::indexOf(float target) const {
-    // An infinite target is equally far from everything, a NaN nowhere: element 0 stays.
+    // All values are equally far from an infinite target or NaN: element 0 is found.
     if (sorted_.empty() || !std::isfinite(target)) return 0;
     const auto wanted = static_cast<double>(target);
     const std::size_t above = lowerBound(wanted);

@@ -1,9 +1,9 @@
 /*
- * nearest.h - the nearest of a fixed set of values, for many targets.
+ * nearest.h - finds the nearest of a fixed set of values, for many targets.
  *
- * The same element as a search through all of them that starts at element 0 and replaces only on a
- * strictly smaller |x - target|, in double precision: the first of equals wins, a NaN never does
- * unless it is element 0, which then nothing is smaller than.
+ * The result is that of a search through all values which starts at element 0 and moves on only for
+ * a strictly smaller |x - target|, in double precision: the first of equals wins. NaN is found only
+ * as element 0, and then always.
  */
 #ifndef CLUTTER_DSP_SEARCH_NEAREST_H
 #define CLUTTER_DSP_SEARCH_NEAREST_H
@@ -23,19 +23,19 @@ class NearestValue {
   private:
     struct Entry {
         double value;
-        int index; /* the first that has this value */
+        int index;  // of the first element with this value
     };
 
     void divide();
     std::size_t bucketOf(double value) const;
-    /* The first entry that is not below a value, or the end. */
+    /* The first entry not below a value, or the end. */
     std::size_t lowerBound(double value) const;
     int firstOfEquals(std::size_t best, double target) const;
 
-    /* Finite values, ascending, each once; none when element 0 is a NaN. */
+    /* Finite values, ascending, each once; empty when element 0 is NaN. */
     std::vector<Entry> sorted_;
-    /* Their span in as many equal buckets as there are values, one or two in each where they are
-     * spread evenly: where each bucket begins in sorted_, and the end. */
+    /* The span of the values is divided into as many equal buckets: evenly spread values are one or
+     * two to a bucket. Index in sorted_ of the first value of each bucket, and the end. */
     std::vector<std::size_t> start_;
     double lowest_ = 0.0;
     double bucketsPerUnit_ = 0.0;

@@ -1,9 +1,14 @@
+/*
+ * The generator and its normal distribution.
+ */
 #include "dsp/search/random_fill.h"
 
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
 #include <ctime>
+
+#include "base/constants.h"
 
 namespace clutter::dsp {
 
@@ -12,11 +17,10 @@ void reseed() {
 }
 
 double drawNormal(double mean, double deviation) {
-    constexpr double kTwoPi = 6.283185307179586;
-    // The largest random number and one may exceed the range: its logarithm must not be positive.
+    // The largest random number plus one may exceed the range: its logarithm must not be positive.
     const double share = std::min((std::rand() + 1.0) / kRandomRange, 1.0);
     const double radius = std::sqrt(-2.0 * std::log(share));
-    return radius * deviation * std::sin(std::rand() * kTwoPi / kRandomRange) + mean;
+    return radius * deviation * std::sin(std::rand() * base::kTwoPi / kRandomRange) + mean;
 }
 
 }  // namespace clutter::dsp

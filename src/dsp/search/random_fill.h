@@ -13,8 +13,8 @@ inline constexpr double kRandomRange = 2147483647.0;
 /* srand(rand() + time(0)) */
 void reseed();
 
-/* Reseeds, then fills n values uniformly. rand() (max - min) is formed in the array's precision,
- * the rest in double. */
+/* Reseeds, then fills n values uniformly. The product rand() (max - min) has the array's precision,
+ * the rest is double. */
 template <class T>
 void fillUniform(T* out, int n, T min, T max) {
     reseed();

@@ -1,3 +1,6 @@
+/*
+ * Sums of pairs and counts of events, in index order.
+ */
 #include "dsp/search/scores.h"
 
 #include <cmath>
@@ -5,10 +8,10 @@
 namespace clutter::dsp {
 namespace {
 
-constexpr double kLeastPositive = 1e-5;
+constexpr double kMinPositive = 1e-5;
 
 double logarithm(double value) {
-    return std::log10(value > 0.0 ? value : kLeastPositive);
+    return std::log10(value > 0.0 ? value : kMinPositive);
 }
 
 }  // namespace

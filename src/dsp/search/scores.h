@@ -25,7 +25,7 @@ struct PairSums {
     double correlation() const;
 };
 
-/* Sums of the pairs with x >= threshold, of their logarithms when asked. */
+/* Sums over the pairs with x >= threshold, or over their logarithms. */
 PairSums sumPairs(const float* x, const float* y, int n, double threshold, bool logarithms);
 
 struct Contingency {

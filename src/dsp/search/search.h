@@ -6,7 +6,7 @@
 
 namespace clutter::dsp {
 
-/* The first of the elements from .. to - 1 that none is better than, as met from the start. */
+/* The first of the best elements among from .. to - 1. */
 template <class T, class Better>
 int findBest(const T* x, int from, int to, Better better) {
     int best = from;

@@ -25,7 +25,7 @@ using clutter::dsp::ShiftSearch;
 
 namespace {
 
-constexpr int kMostShiftWindow = 46340;  // its square is still an int
+constexpr int kMaxShiftWindow = 46340;  // its square is still an int
 
 template <class T, class Better>
 void findExtreme(const T* x, int n, int from, int to, Better better, T& extreme, int& index) {
@@ -118,7 +118,7 @@ float CDSP::xcorr(float* a, float* b, int n) {
 }
 
 float CDSP::corr(float* a, float* b, int n) {
-    if (a == nullptr || b == nullptr) n = 0;  // no number, as for arrays without values
+    if (a == nullptr || b == nullptr) n = 0;  // NaN, as for arrays without values
     float meanA = 0.0f, meanB = 0.0f, deviationA = 0.0f, deviationB = 0.0f;
     GetMeanStd(a, n, meanA, deviationA);
     GetMeanStd(b, n, meanB, deviationB);
@@ -157,13 +157,13 @@ void CDSP::farpod(float* first, float* second, int& n, float threshold, int& bot
 
 void CDSP::ShiftMtx(float* in, float* out, int ncols, int nrows, int rowShift, int colShift) {
     if (in == nullptr || out == nullptr || ncols < 1 || nrows < 1) return;
-    clutter::dsp::shiftMatrix(in, out, MatrixShape{nrows, ncols}, Shift{rowShift, colShift});
+    (void)clutter::dsp::shiftMatrix(in, out, MatrixShape{nrows, ncols}, Shift{rowShift, colShift});
 }
 
 void CDSP::MatrixPrediction(float* current, float* previous, float* predicted, int ncols, int nrows,
                             int window, int& rowShift, int& colShift, int step) {
     if (current == nullptr || previous == nullptr || predicted == nullptr) return;
-    if (ncols < 1 || nrows < 1 || step < 1 || window < 1 || window > kMostShiftWindow) return;
+    if (ncols < 1 || nrows < 1 || step < 1 || window < 1 || window > kMaxShiftWindow) return;
     const ShiftSearch search{window, step};
     std::vector<float> scores = search.score(current, previous, MatrixShape{nrows, ncols});
     const int cells = window * window;

@@ -1,3 +1,6 @@
+/*
+ * Sorting by keys, then the order of equal values by undoing the turns of their queue.
+ */
 #include "dsp/search/sorting.h"
 
 #include <algorithm>
@@ -11,7 +14,7 @@ namespace {
 
 using Positions = std::vector<std::uint32_t>;
 
-/* Counts in n cells, with sums from the first cell on and their inverse, each in log n steps. */
+/* Counts in n cells. Sums over the first cells, and the cell of a sum, take log n steps each. */
 class CountTree {
   public:
     explicit CountTree(std::size_t n) : nodes_(n + 1, 0) {}
@@ -27,7 +30,7 @@ class CountTree {
         return sum;
     }
 
-    /* The cell of the count with so many before it. */
+    /* The cell of the count that has rank counts before it. */
     std::size_t find(std::uint32_t rank) const {
         std::size_t at = 0;
         for (std::size_t step = std::bit_floor(nodes_.size() - 1); step > 0; step /= 2) {
@@ -40,17 +43,17 @@ class CountTree {
     }
 
   private:
-    std::vector<std::uint32_t> nodes_;  // node i sums the cells up to i, as many as i's lowest bit
+    std::vector<std::uint32_t> nodes_;  // node i: sum of as many cells, up to i, as i's lowest bit
 };
 
-/* Ascending like the value, equal for 0.0 and -0.0; not for NaN. */
+/* Ordered like the value; equal for 0.0 and -0.0. Not for NaN. */
 std::uint32_t orderedBits(float value) {
     const auto bits = std::bit_cast<std::uint32_t>(value == 0.0f ? 0.0f : value);
     constexpr std::uint32_t kSign = 0x80000000u;
     return (bits & kSign) != 0 ? ~bits : bits | kSign;
 }
 
-/* Value above, rank among the elements below: sorts by value, then by rank. */
+/* The value is in the upper half, the rank in the lower: sorts by value, then by rank. */
 std::uint64_t sortKey(float value, std::size_t rank) {
     return static_cast<std::uint64_t>(orderedBits(value)) << 32 | rank;
 }
@@ -65,9 +68,9 @@ bool sameValue(std::uint64_t a, std::uint64_t b) {
 
 /*
  * The order in which a group of equal values, given by ascending rank, leaves the selection.
- * turns[j] tells how often the queue turns after value j has joined it. Undone from the end: while
- * j values remain, the queue's first is at the head-th free place and the last to have joined just
- * before it.
+ * turns[j] is how often the queue turns after value j has joined it. The turns are undone from the
+ * end: while j values remain, the first of the queue is at the head-th free index, and the last to
+ * join is just before it.
  */
 Positions turnQueue(const Positions& group, const Positions& turns) {
     Positions ordered(group.size());
@@ -77,15 +80,15 @@ Positions turnQueue(const Positions& group, const Positions& turns) {
     for (std::size_t j = group.size(); j > 0; --j) {
         head = (head + j - turns[j - 1] % j) % j;
         const std::size_t last = (head + j - 1) % j;
-        const std::size_t place = free.find(static_cast<std::uint32_t>(last));
-        ordered[place] = group[j - 1];
-        free.add(place, ~0u);  // minus one, modulo 2^32
+        const std::size_t index = free.find(static_cast<std::uint32_t>(last));
+        ordered[index] = group[j - 1];
+        free.add(index, ~0u);  // minus one, modulo 2^32
         if (head > 0) --head;
     }
     return ordered;
 }
 
-/* How many smaller values stand between each value of a group and the next, or the end. */
+/* The number of smaller values between each value of a group and the next one, or the end. */
 Positions countTurns(const Positions& group, const CountTree& smaller, std::size_t n) {
     Positions turns;
     for (std::size_t j = 0; j < group.size(); ++j) {
@@ -118,18 +121,18 @@ void reorderTies(std::vector<std::uint64_t>& keys) {
 void sortByExchange(const float* in, float* out, int* index, int n) {
     if (n < 1) return;
     const std::vector<float> values(in, in + n);
-    std::vector<int> places;  // of what is a number
+    std::vector<int> indices;  // of elements other than NaN
     std::vector<std::uint64_t> keys;
     for (int i = 0; i < n; ++i) {
         index[i] = i;
         const float value = values[static_cast<std::size_t>(i)];
         if (value != value) continue;
-        keys.push_back(sortKey(value, places.size()));
-        places.push_back(i);
+        keys.push_back(sortKey(value, indices.size()));
+        indices.push_back(i);
     }
     std::sort(keys.begin(), keys.end());
     reorderTies(keys);
-    for (std::size_t k = 0; k < keys.size(); ++k) index[places[k]] = places[rankOf(keys[k])];
+    for (std::size_t k = 0; k < keys.size(); ++k) index[indices[k]] = indices[rankOf(keys[k])];
     for (int i = 0; i < n; ++i) out[i] = values[static_cast<std::size_t>(index[i])];
 }
 

@@ -1,18 +1,18 @@
 /*
- * sorting.h - the order that a selection by exchange leaves, found in n log n steps.
+ * sorting.h - the order that a selection sort by exchange produces, found in n log n steps.
  *
- * The selection: for each position i from the first, every later element that is strictly smaller
- * than the one at i changes places with it. What it does, and why the fast way gives the same:
+ * The selection sort: for each index i in turn, every later element that is strictly smaller than
+ * element i is exchanged with it. Why the fast way gives the same order:
  *
- * - NaN is never smaller and nothing is smaller than it, so it stays where it is, and the others
- *   are sorted as if it were not there.
- * - Distinct values have one ascending order. It remains to find the order of equal ones (v).
- * - One pass carries the least value met so far: each record lands where the next smaller one was.
- *   Among the values v and the smaller ones this means: the smaller ones lose their first place,
- * and if any v stands before that place, the first such v moves into it. So the smaller places,
- * taken in ascending order, each turn the queue of those v that stand before it by one (the first
- * goes to the end), whatever the smaller values are. Once they are gone, the queue comes out in
- * order.
+ * - NaN is never smaller and nothing is smaller than NaN. It stays in place, and the other elements
+ *   are sorted as if it were absent.
+ * - Distinct values have only one ascending order. Only the order among equal values v is in
+ *   question.
+ * - A pass moves the smallest value found so far: each new minimum leaves its index to the previous
+ *   one. Among the values v and the smaller ones, the smaller values lose their first index, and if
+ *   any v is before that index, the first such v moves there. So each index of a smaller value, in
+ *   ascending order, turns the queue of the v before it by one (the first goes to the end),
+ *   whatever the smaller values are. Once these are sorted, the queue leaves in order.
  */
 #ifndef CLUTTER_DSP_SEARCH_SORTING_H
 #define CLUTTER_DSP_SEARCH_SORTING_H

@@ -73,8 +73,9 @@ void CDSP::HammingCoef(float* h, float fc, int order) {
     if (h == nullptr || order < 0) return;
     std::vector<double> coefficients(static_cast<std::size_t>(order) + 1);
     HammingCoef(coefficients.data(), static_cast<double>(fc), order);
-    for (std::size_t k = 0; k < coefficients.size(); ++k)
+    for (std::size_t k = 0; k < coefficients.size(); ++k) {
         h[k] = static_cast<float>(coefficients[k]);
+    }
 }
 
 void CDSP::HammingCoef(double* h, double fc, int order) {
@@ -101,7 +102,7 @@ void CDSP::Conv2DPPI(float* in, float* out, float* mask, int ngates, int nrays, 
     if (in == nullptr || out == nullptr || mask == nullptr || ngates < 1 || nrays < 1) return;
     if (static_cast<std::int64_t>(wgates) * wrays <= 1) return;
     const HalfWindow half{wgates / 2, wrays / 2};
-    if (half.gates < 0 || half.rays < 0) {  // nothing lies within it
+    if (half.gates < 0 || half.rays < 0) {  // an empty window
         std::copy_n(in, cellCount(ngates, nrays), out);
     } else if (logmode != 0) {
         clutter::dsp::smoothDecibels({in, mask, PolarShape{ngates, nrays}, half}, out);

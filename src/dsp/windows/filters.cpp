@@ -1,15 +1,17 @@
+/*
+ * Each kernel term is one pass over the output.
+ */
 #include "dsp/windows/filters.h"
 
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
 
+#include "base/constants.h"
 #include "base/kernel.h"
 
 namespace clutter::dsp {
 namespace {
-
-constexpr double kTwoPi = 6.283185307179586;
 
 /* sums[j] += cells[j] * factor */
 CLUTTER_KERNEL void addScaled(const double* cells, double factor, std::int64_t n,
@@ -42,7 +44,7 @@ std::vector<double> correlateCentred(const double* x, int n, const double* h, in
     std::vector<double> y(countOf(n), 0.0);
     const std::int64_t half = (std::max(m, 0) - 1) / 2;
     for (int k = 0; k < m; ++k) {
-        // Of an even kernel's last term the profile holds one element less than of the others.
+        // The last term of an even kernel reaches one element past the profile's end.
         const std::int64_t end = std::min<std::int64_t>(n - half, n + half - k);
         if (end <= half) break;
         addScaled(x + k, h[k], end - half, y.data() + half);
@@ -72,8 +74,8 @@ void designLowPass(double* h, double cutOff, int order) {
     const int half = order / 2;
     std::fill_n(h, static_cast<std::size_t>(order) + 1, 0.0);
     for (int k = -half; k <= half; ++k) {
-        const double window = 0.54 + 0.46 * std::cos(kTwoPi * k / order);
-        const double angle = kTwoPi * cutOff * k;
+        const double window = 0.54 + 0.46 * std::cos(base::kTwoPi * k / order);
+        const double angle = base::kTwoPi * cutOff * k;
         const double response = k == 0 ? 2.0 * cutOff : std::sin(angle) * 2.0 * cutOff / angle;
         h[k + half] = response * window;
     }

@@ -1,8 +1,8 @@
 /*
  * filters.h - one- and two-dimensional filters of profiles and matrices.
  *
- * Lanes are output elements; each sums its terms in kernel order, so all sums are those of a plain
- * loop, bit for bit. Results never alias inputs.
+ * Each lane is an output element that sums its terms in kernel order, so that all sums are those of
+ * a plain loop, bit for bit. Results never alias inputs.
  */
 #ifndef CLUTTER_DSP_WINDOWS_FILTERS_H
 #define CLUTTER_DSP_WINDOWS_FILTERS_H
@@ -33,11 +33,11 @@ std::vector<float> deriveFivePoints(const float* x, int n, float step);
 /* Hamming-windowed sinc, order + 1 coefficients that add up to 1. */
 void designLowPass(double* h, double cutOff, int order);
 
-/* Two-dimensional correlation; the border keeps the image's values. */
+/* Two-dimensional correlation. The border keeps the image's values. */
 std::vector<float> correlateImage(const float* image, MatrixShape shape, const float* kernel,
                                   MatrixShape kernelShape);
 
-/* Window sums of (2 half + 1) x (2 half + 1) divided by divisor; the border keeps its values. */
+/* Window sums of (2 half + 1) x (2 half + 1) divided by divisor. The border keeps its values. */
 std::vector<float> boxMean(const float* matrix, MatrixShape shape, int half, float divisor);
 
 }  // namespace clutter::dsp

@@ -1,3 +1,6 @@
+/*
+ * Means in blocks of gates; gates whose last bit is uncertain, and huge windows, one by one.
+ */
 #include "dsp/windows/polar_smoothing.h"
 
 #include <algorithm>
@@ -11,10 +14,11 @@
 namespace clutter::dsp {
 namespace {
 
-constexpr int kLanes = 256;  // gates per block: sums stay in the nearest cache
+using base::kBlockLanes;
 
-/* Beyond this, counts could leave the exact range of float and rows would be mostly padding. */
-constexpr std::int64_t kMostKernelMembers = 1 << 20;
+/* For larger windows, counts could exceed the exact range of float and rows would be mostly
+ * padding. */
+constexpr std::int64_t kMaxKernelMembers = 1 << 20;
 
 /* sums[j] += cells[j] + ... + cells[j + windowGates - 1], one after the other. */
 CLUTTER_KERNEL void addWindow(const float* cells, int windowGates, int n, float* __restrict sums) {
@@ -35,11 +39,12 @@ CLUTTER_KERNEL void divideOrKeep(const float* counts, const float* own, int n,
     for (int j = 0; j < n; ++j) sums[j] = counts[j] != 0.0f ? sums[j] / counts[j] : own[j];
 }
 
-/* Sums the window of n gates from gate on, in ray order. sums has kLanes elements. */
+/* Sums the windows of n gates, the first of them gate, in ray order. sums has kBlockLanes elements.
+ */
 template <class Cell>
 void sumBlock(const SmoothingRows& rows, std::vector<Cell> SmoothingRow::*cells, int gate, int n,
               Cell start, Cell* sums) {
-    std::fill_n(sums, kLanes, start);
+    std::fill_n(sums, kBlockLanes, start);
     const int windowGates = static_cast<int>(rows.input().half.windowGates());
     for (std::int64_t k = 0; k < rows.windowRays(); ++k) {
         const SmoothingRow& row = rows.row(k);
@@ -63,7 +68,7 @@ void visitMembers(const SmoothingRows& rows, int gate, Visit visit) {
     }
 }
 
-/* The definitions, one gate at a time. */
+/* The definitions, gate by gate. */
 float plainLinearMean(const SmoothingRows& rows, int gate, float own) {
     float sum = 0.0f;
     std::int64_t count = 0;
@@ -75,7 +80,7 @@ float plainLinearMean(const SmoothingRows& rows, int gate, float own) {
 }
 
 float plainDecibelMean(const SmoothingRows& rows, int gate, float own) {
-    double sum = kLeastPower;
+    double sum = kMinPower;
     std::int64_t count = 0;
     float last = 0.0f;  // neighbours are often equal: fill values, steps of the recording
     double power = 1.0;
@@ -90,8 +95,8 @@ float plainDecibelMean(const SmoothingRows& rows, int gate, float own) {
 }
 
 void smoothLinearBlock(const SmoothingRows& rows, int gate, int n, const float* own, float* out) {
-    float sums[kLanes];
-    float counts[kLanes];
+    float sums[kBlockLanes];
+    float counts[kBlockLanes];
     sumBlock(rows, &SmoothingRow::lanes, gate, n, 0.0f, counts);
     sumBlock(rows, &SmoothingRow::values, gate, n, 0.0f, sums);
     divideOrKeep(counts, own, n, sums);
@@ -99,21 +104,21 @@ void smoothLinearBlock(const SmoothingRows& rows, int gate, int n, const float* 
 }
 
 void smoothDecibelBlock(const SmoothingRows& rows, int gate, int n, const float* own, float* out) {
-    double sums[kLanes];
-    float counts[kLanes];
-    float means[kLanes];
-    std::int32_t open[kLanes];
+    double sums[kBlockLanes];
+    float counts[kBlockLanes];
+    float means[kBlockLanes];
+    std::int32_t uncertain[kBlockLanes];
     sumBlock(rows, &SmoothingRow::lanes, gate, n, 0.0f, counts);
     const auto present = [](float count) { return count != 0.0f; };
     if (std::none_of(counts, counts + n, present)) {
         std::copy_n(own, n, out);
         return;
     }
-    sumBlock(rows, &SmoothingRow::powers, gate, n, kLeastPower, sums);
+    sumBlock(rows, &SmoothingRow::powers, gate, n, kMinPower, sums);
     const double margin = roundingMargin(rows.input().half.members());
-    const bool anyOpen = decibelsOf(sums, counts, own, margin, means, open, n);
-    for (int j = 0; anyOpen && j < n; ++j) {
-        if (open[j] != 0) means[j] = plainDecibelMean(rows, gate + j, own[j]);
+    const bool anyUncertain = decibelsOf(sums, counts, own, margin, means, uncertain, n);
+    for (int j = 0; anyUncertain && j < n; ++j) {
+        if (uncertain[j] != 0) means[j] = plainDecibelMean(rows, gate + j, own[j]);
     }
     std::copy_n(means, n, out);
 }
@@ -133,13 +138,13 @@ void smooth(const SmoothingInput& input, float* out, SmoothingRows::PowerKernel 
             std::copy_n(own, shape.ngates, target);
             continue;
         }
-        for (int g = 0; g < shape.ngates; g += kLanes) {
-            smoothBlock(rows, g, std::min(kLanes, shape.ngates - g), own + g, target + g);
+        for (int g = 0; g < shape.ngates; g += kBlockLanes) {
+            smoothBlock(rows, g, std::min(kBlockLanes, shape.ngates - g), own + g, target + g);
         }
     }
 }
 
-/* Windows far larger than any scan. */
+/* For windows far larger than any scan. */
 void smoothByGate(const SmoothingInput& input, float* out, GateSmoother smoothGate) {
     const PolarShape shape = input.shape;
     SmoothingRows rows(input, 0, nullptr);
@@ -154,7 +159,7 @@ void smoothByGate(const SmoothingInput& input, float* out, GateSmoother smoothGa
 }  // namespace
 
 void smoothLinear(const SmoothingInput& input, float* out) {
-    if (input.half.members() > kMostKernelMembers) {
+    if (input.half.members() > kMaxKernelMembers) {
         smoothByGate(input, out, plainLinearMean);
     } else {
         smooth(input, out, nullptr, smoothLinearBlock);
@@ -162,7 +167,7 @@ void smoothLinear(const SmoothingInput& input, float* out) {
 }
 
 void smoothDecibels(const SmoothingInput& input, float* out) {
-    if (input.half.members() > kMostKernelMembers) {
+    if (input.half.members() > kMaxKernelMembers) {
         smoothByGate(input, out, plainDecibelMean);
     } else {
         smooth(input, out, powersOf, smoothDecibelBlock);

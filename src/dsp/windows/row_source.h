@@ -1,5 +1,5 @@
 /*
- * row_source.h - a polar field handed out ray by ray, whatever it is stored as.
+ * row_source.h - a polar field ray by ray, however it is stored.
  */
 #ifndef CLUTTER_DSP_WINDOWS_ROW_SOURCE_H
 #define CLUTTER_DSP_WINDOWS_ROW_SOURCE_H
@@ -7,6 +7,13 @@
 #include <cstddef>
 
 namespace clutter::dsp {
+
+/* The remainder of a division that rounds down: rays wrap around the circle. */
+template <class Integer>
+constexpr Integer floorModulo(Integer value, Integer divisor) {
+    const Integer remainder = value % divisor;
+    return remainder < 0 ? remainder + divisor : remainder;
+}
 
 struct PolarShape {
     int ngates;
@@ -23,7 +30,7 @@ class RowSource {
     virtual const float* row(int ray) = 0;
 };
 
-/* A field that is one flat block already. */
+/* A field in one flat block. */
 class FieldRows : public RowSource {
   public:
     FieldRows(const float* field, PolarShape shape) : field_(field), shape_(shape) {}

@@ -1,3 +1,6 @@
+/*
+ * A ring of prepared rays, one for each ray of the window or of the scan.
+ */
 #include "dsp/windows/smoothing_rows.h"
 
 #include <algorithm>
@@ -8,16 +11,16 @@
 namespace clutter::dsp {
 namespace {
 
-/* NaN in a masked gate must not reach a sum: select, do not multiply. Returns whether any takes
- * part. */
+/* NaN in a masked gate must not reach a sum: select, do not multiply. Returns whether any gate is
+ * unmasked. */
 CLUTTER_KERNEL bool selectUnmasked(const float* values, const float* mask, int n,
                                    float* __restrict selected, float* __restrict lanes) {
     int any = 0;
     for (int g = 0; g < n; ++g) {
-        const bool takesPart = mask[g] == 0.0f;
-        selected[g] = takesPart ? values[g] : 0.0f;
-        lanes[g] = takesPart ? 1.0f : 0.0f;
-        any |= takesPart ? 1 : 0;
+        const bool unmasked = mask[g] == 0.0f;
+        selected[g] = unmasked ? values[g] : 0.0f;
+        lanes[g] = unmasked ? 1.0f : 0.0f;
+        any |= unmasked ? 1 : 0;
     }
     return any != 0;
 }
@@ -26,11 +29,6 @@ template <class Cell>
 void repeatEdges(std::vector<Cell>& cells, int pad) {
     std::fill_n(cells.begin(), pad, cells[static_cast<std::size_t>(pad)]);
     std::fill_n(cells.end() - pad, pad, *(cells.end() - pad - 1));
-}
-
-std::int64_t floorModulo(std::int64_t value, std::int64_t divisor) {
-    const std::int64_t remainder = value % divisor;
-    return remainder < 0 ? remainder + divisor : remainder;
 }
 
 }  // namespace
@@ -57,7 +55,7 @@ SmoothingRows::SmoothingRows(const SmoothingInput& input, int pad, PowerKernel p
 void SmoothingRows::prepare(std::int64_t logicalRay) {
     const auto [ngates, nrays] = input_.shape;
     const bool again = logicalRay >= nrays;
-    const int ray = static_cast<int>(floorModulo(logicalRay, nrays));
+    const int ray = static_cast<int>(floorModulo<std::int64_t>(logicalRay, nrays));
     const std::ptrdiff_t offset = input_.shape.offset(ray);
     const float* values = (again ? headValues_.data() : input_.values) + offset;
     const float* mask = (again ? headMask_.data() : input_.mask) + offset;

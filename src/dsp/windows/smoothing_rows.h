@@ -1,10 +1,10 @@
 /*
- * smoothing_rows.h - the rays of a window that moves over a polar field, ready for summing.
+ * smoothing_rows.h - the rays of a window that moves over a polar field, prepared for summing.
  *
- * Each ray is prepared once when it enters the window: masked values become 0, edge gates are
- * repeated beyond both ends, so that window sums are plain loops over neighbouring cells. A ray is
- * read before the window's own ray can have been overwritten: the result may go into the field
- * itself, or into the mask.
+ * Each ray is prepared once, when it enters the window: masked values become 0 and edge gates are
+ * repeated past both ends, so that window sums are plain loops over neighbouring cells. Every ray
+ * is read before the result of the current ray is written: the result may overwrite the field
+ * itself or the mask.
  */
 #ifndef CLUTTER_DSP_WINDOWS_SMOOTHING_ROWS_H
 #define CLUTTER_DSP_WINDOWS_SMOOTHING_ROWS_H
@@ -28,17 +28,17 @@ struct HalfWindow {
 
 struct SmoothingInput {
     const float* values;
-    const float* mask;  // a gate takes part where this is 0.0
+    const float* mask;  // 0.0 at unmasked gates
     PolarShape shape;
     HalfWindow half;
 };
 
-/* One ray of the window; arrays begin pad gates before the ray's first gate. */
+/* One ray of the window. Arrays begin pad gates before the ray's first gate. */
 struct SmoothingRow {
     std::vector<float> values;   // 0.0 where masked
-    std::vector<float> lanes;    // 1.0 where the gate takes part, else 0.0
+    std::vector<float> lanes;    // 1.0 where unmasked, else 0.0
     std::vector<double> powers;  // for means in decibels only
-    bool any = false;            // some gate takes part
+    bool any = false;            // some gate is unmasked
 
     int cells() const { return static_cast<int>(values.size()); }
 };
@@ -51,7 +51,7 @@ class SmoothingRows {
     /* powers may be null; pad is the number of repeated gates at either end. */
     SmoothingRows(const SmoothingInput& input, int pad, PowerKernel powers);
 
-    /* Rays are visited from 0 upwards, without gaps. */
+    /* Rays must be visited in ascending order from 0, without gaps. */
     void moveTo(int ray);
 
     /* Row k of the window, 0 the lowest ray. */
@@ -59,7 +59,7 @@ class SmoothingRows {
         return rows_[static_cast<std::size_t>((first_ + k) % capacity_)];
     }
 
-    /* Some gate of some row takes part. */
+    /* Whether some gate of some row is unmasked. */
     bool any() const;
 
     std::int64_t windowRays() const { return input_.half.windowRays(); }
@@ -75,7 +75,7 @@ class SmoothingRows {
     std::int64_t capacity_;
     std::int64_t first_ = 0;
     std::vector<SmoothingRow> rows_;
-    std::vector<float> headValues_, headMask_;  // the first rays, which the last ones meet again
+    std::vector<float> headValues_, headMask_;  // copies of the first rays, for the last windows
 };
 
 }  // namespace clutter::dsp

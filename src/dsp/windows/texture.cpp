@@ -1,3 +1,6 @@
+/*
+ * The two passes of a deviation, in blocks of gates: the mean, then the squares.
+ */
 #include "dsp/windows/texture.h"
 
 #include <algorithm>
@@ -9,7 +12,7 @@
 namespace clutter::dsp {
 namespace {
 
-constexpr int kLanes = 256;  // gates per block: sums stay in the nearest cache, gaps are skipped
+using base::kBlockLanes;
 
 struct RowBlock {
     const WindowRows& values;
@@ -22,7 +25,7 @@ CLUTTER_KERNEL void markUnmasked(const float* mask, float* lanes, int n) {
     for (int g = 0; g < n; ++g) lanes[g] = mask[g] == 0.0f ? 1.0f : 0.0f;
 }
 
-CLUTTER_KERNEL bool anyTakesPart(const float* lanes, int n) {
+CLUTTER_KERNEL bool anyUnmasked(const float* lanes, int n) {
     int any = 0;
     for (int g = 0; g < n; ++g) any |= lanes[g] != 0.0f ? 1 : 0;
     return any != 0;
@@ -33,7 +36,7 @@ CLUTTER_KERNEL void selectUnmasked(const float* field, const float* lanes, float
     for (int g = 0; g < n; ++g) selected[g] = lanes[g] != 0.0f ? field[g] : 0.0f;
 }
 
-/* sums[j] = the window sum of n gates in row order. Also counts members, which are exact in float.
+/* sums[j] = the window sum of n gates in row order. Also counts members: counts are exact in float.
  */
 CLUTTER_KERNEL void sumWindow(const WindowRows& rows, int windowGates, int windowRays, int gate,
                               int n, float* __restrict sums) {
@@ -50,7 +53,7 @@ CLUTTER_KERNEL void divideAll(float* __restrict sums, const float* __restrict co
     for (int j = 0; j < n; ++j) sums[j] = sums[j] / counts[j];
 }
 
-/* squares[j] = the window sum of squared differences from means[j], masked members left out. */
+/* squares[j] = the window sum of squared differences from means[j] over unmasked members. */
 CLUTTER_KERNEL void sumSquares(const RowBlock& block, int gate, int n,
                                const float* __restrict means, float* __restrict squares) {
     for (int j = 0; j < n; ++j) squares[j] = 0.0f;
@@ -76,7 +79,7 @@ CLUTTER_KERNEL void finish(const float* __restrict squares, const float* __restr
 }
 
 /*
- * The default window of 5 gates by 3 rays, kept in registers. Same sums in the same order as the
+ * The default window of 5 gates by 3 rays, in registers: the same sums in the same order as in the
  * general kernels above.
  */
 CLUTTER_KERNEL void computeFiveByThree(const RowBlock& block, int gate, int n,
@@ -112,20 +115,15 @@ CLUTTER_KERNEL void computeFiveByThree(const RowBlock& block, int gate, int n,
     }
 }
 
-/* Texture of n <= kLanes gates whose windows start at gate. */
+/* Texture of n <= kBlockLanes gates whose windows start at gate. */
 void computeBlock(const RowBlock& block, int gate, int n, const float* counts, const float* own,
                   float* out) {
-    float means[kLanes];
-    float squares[kLanes];
+    float means[kBlockLanes];
+    float squares[kBlockLanes];
     sumWindow(block.values, block.windowGates, block.windowRays, gate, n, means);
     divideAll(means, counts, n);
     sumSquares(block, gate, n, means, squares);
     finish(squares, counts, own, n, out);
-}
-
-int floorModulo(int value, int divisor) {
-    const int remainder = value % divisor;
-    return remainder < 0 ? remainder + divisor : remainder;
 }
 
 }  // namespace
@@ -179,12 +177,12 @@ void MaskWindow::moveTo(int ray) {
     ray_ = ray;
     lanes_.moveTo(
         ray, [this](int r, int, float* row) { markUnmasked(mask_.row(r), row, shape_.ngates); });
-    any_ = anyTakesPart(own(), shape_.ngates);
+    any_ = anyUnmasked(own(), shape_.ngates);
     if (!any_) return;
     const int computed = shape_.ngates - window_.gates + 1;
-    for (int g = 0; g < computed; g += kLanes) {
-        sumWindow(lanes_.rows(), window_.gates, window_.rays, g, std::min(kLanes, computed - g),
-                  counts_.data() + window_.gates / 2 + g);
+    for (int g = 0; g < computed; g += kBlockLanes) {
+        sumWindow(lanes_.rows(), window_.gates, window_.rays, g,
+                  std::min(kBlockLanes, computed - g), counts_.data() + window_.gates / 2 + g);
     }
 }
 
@@ -205,10 +203,10 @@ void FieldTexture::computeRow(float* out) {
     const WindowRows lanes = mask_.lanes();
     const RowBlock block{values, lanes, window.gates, window.rays};
     const auto compute = window.gates == 5 && window.rays == 3 ? computeFiveByThree : computeBlock;
-    for (int g = 0; g < computed; g += kLanes) {
+    for (int g = 0; g < computed; g += kBlockLanes) {
         const int at = g + half;
-        if (!anyTakesPart(mask_.own() + at, std::min(kLanes, computed - g))) continue;
-        compute(block, g, std::min(kLanes, computed - g), mask_.memberCounts() + at,
+        if (!anyUnmasked(mask_.own() + at, std::min(kBlockLanes, computed - g))) continue;
+        compute(block, g, std::min(kBlockLanes, computed - g), mask_.memberCounts() + at,
                 mask_.own() + at, out + at);
     }
     fillGateBorder(out, ngates, half);
@@ -216,13 +214,13 @@ void FieldTexture::computeRow(float* out) {
 
 void computePlainRow(const WindowRows& rows, int size, int ngates, float* out) {
     const std::vector<float> ones(static_cast<std::size_t>(ngates), 1.0f);
-    const std::vector<float> counts(kLanes,
+    const std::vector<float> counts(kBlockLanes,
                                     static_cast<float>(static_cast<long long>(size) * size));
     const WindowRows lanes{ones.data(), 0, 1, 0};
     const RowBlock block{rows, lanes, size, size};
     const int computed = ngates - size + 1;
-    for (int g = 0; g < computed; g += kLanes) {
-        computeBlock(block, g, std::min(kLanes, computed - g), counts.data(), ones.data(),
+    for (int g = 0; g < computed; g += kBlockLanes) {
+        computeBlock(block, g, std::min(kBlockLanes, computed - g), counts.data(), ones.data(),
                      out + g + size / 2);
     }
 }

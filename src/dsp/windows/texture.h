@@ -1,10 +1,10 @@
 /*
  * texture.h - the local standard deviation of a polar field, ray by ray, vectorised across gates.
  *
- * The statistic is the two-pass population standard deviation of single-precision sums in window
- * order (rays outer, gates inner). Every lane is one gate and walks its own window in that order,
- * so the sums are those of a plain loop, bit for bit: a masked member adds a selected +0.0, which
- * leaves any sum that started at +0.0 as it was.
+ * The statistic is the population standard deviation in two passes, with single-precision sums in
+ * window order (rays outer, gates inner). Every lane is one gate that walks its own window in this
+ * order, so that the sums are those of a plain loop, bit for bit. A masked member adds +0.0, which
+ * does not change a sum that started at +0.0.
  */
 #ifndef CLUTTER_DSP_WINDOWS_TEXTURE_H
 #define CLUTTER_DSP_WINDOWS_TEXTURE_H
@@ -23,15 +23,15 @@ struct Window {
     int rays;
 };
 
-/* Both sizes odd and positive, and more than one gate: what the masked texture takes. */
+/* Whether the masked texture accepts a window: both sizes odd and positive, more than one gate. */
 bool isTextureWindow(Window window);
 
 /* The rows of a window: row k of the window around the current ray is row(k), 0 the lowest ray. */
 struct WindowRows {
     const float* base;
     std::ptrdiff_t stride;
-    int capacity;  // rows held; a window wider than the scan meets the same rows again
-    int first;     // where the window's first row lies
+    int capacity;  // rows held; a window wider than the scan repeats them
+    int first;     // index of the window's first row
 
     const float* row(int k) const {
         return base + (static_cast<std::int64_t>(first) + k) % capacity * stride;
@@ -39,15 +39,15 @@ struct WindowRows {
 };
 
 /*
- * Holds prepared copies of the rays around the current one. Rays wrap around the circle. Moving on
- * by one ray prepares one new row.
+ * Prepared copies of the rays around the current one. Rays wrap around the circle. A move to the
+ * next ray prepares one new row.
  */
 class RayRing {
   public:
     RayRing(PolarShape shape, Window window);
 
-    /* prepare(ray, logicalRay, row) fills one row of ngates values from a ray; the logical ray
-     * counts on beyond the scan's ends. */
+    /* prepare(ray, logicalRay, row) fills one row of ngates values from a ray. The logical ray
+     * is counted on past both ends of the scan. */
     template <class Prepare>
     void moveTo(int ray, Prepare prepare);
 
@@ -65,8 +65,8 @@ class RayRing {
     std::unique_ptr<float[]> storage_;
 };
 
-/* The mask around the current ray, shared by all fields that have it: which gates take part (1.0 or
- * 0.0) and how many members each gate's window has. */
+/* The mask around the current ray, shared by all fields with this mask: which gates are unmasked
+ * (1.0 or 0.0), and the number of members of each gate's window. */
 class MaskWindow {
   public:
     MaskWindow(RowSource& mask, PolarShape shape, Window window);
@@ -77,11 +77,11 @@ class MaskWindow {
     Window window() const { return window_; }
     int ray() const { return ray_; }
     WindowRows lanes() const { return lanes_.rows(); }
-    /* Which gates of a ray within the window take part. */
+    /* Which gates of a ray within the window are unmasked. */
     const float* lanesOf(int logicalRay) const { return lanes_.row(logicalRay); }
     const float* own() const { return lanesOf(ray_); }
     const float* memberCounts() const { return counts_.data(); }
-    /* False when no gate of the current ray takes part: its texture is 0 throughout. */
+    /* False when no gate of the current ray is unmasked: its texture is 0 throughout. */
     bool any() const { return any_; }
 
   private:
