@@ -1,25 +1,29 @@
+/*
+ * The triangle of Earth centre, antenna and gate; the pattern over angles, then over heights.
+ */
 #include "corrections/beam.h"
 
 #include <algorithm>
 #include <cmath>
-#include <numbers>
 
 #include "base/array.h"
+#include "base/constants.h"
 #include "clutterclassifier/Cradarpro.h"
 #include "dsp/search/interpolation.h"
 
 namespace clutter::corrections {
 namespace {
 
-using std::numbers::pi;
+using base::kEarthRadiusM;
+using base::kPi;
 
-constexpr double kPatternWidth = 159.46; /* half power at half the beamwidth; per degree of it */
-constexpr double kWidestAngleDeg = 5.0;
+constexpr double kPatternWidth = 159.46;  // divided by the beamwidth (deg): half power at its half
+constexpr double kMaxAngleDeg = 5.0;
 constexpr double kAngleStepDeg = 0.01;
 constexpr int kAngles = 1000;
-constexpr double kMostHeights = 100000.0;
-/* A root is defined as the power 0.5, whose last bit now and then differs from the square root's:
- * hidden from compilers, which take one for the other. */
+constexpr double kMaxHeights = 100000.0;
+/* A root is defined as the power 0.5, whose last bit sometimes differs from the square root.
+ * Volatile, since compilers replace one by the other. */
 const volatile double kHalf = 0.5;
 
 void normalise(std::vector<double>& power) {
@@ -33,16 +37,17 @@ double patternAt(double angle, double width) {
     return std::pow(std::sin(width * angle) / (width * angle), 4.0);
 }
 
-/* Heights from -thickness to thickness, as far above the axis as the beam's upper edge. */
+/* Heights from -thickness to thickness, where thickness is the height of the beam's upper edge
+ * above its axis. */
 std::vector<double> heightGrid(double beamwidth, double range, double elevation) {
     const double axis = beamHeight(range, elevation);
     const double edge = beamHeight(range, elevation + beamwidth / 2.0);
-    const double thickness = std::ceil((edge - axis) / kLevelStep) * kLevelStep;
-    const double count = 2.0 * thickness / kLevelStep;
-    const bool sound = count >= 1.0 && count <= kMostHeights;  // false for NaN
+    const double thickness = std::ceil((edge - axis) / kLevelStepM) * kLevelStepM;
+    const double count = 2.0 * thickness / kLevelStepM;
+    const bool sound = count >= 1.0 && count <= kMaxHeights;  // false for NaN
     std::vector<double> heights(sound ? static_cast<std::size_t>(count) : 0);
     for (std::size_t i = 0; i < heights.size(); ++i) {
-        heights[i] = static_cast<double>(i) * kLevelStep - thickness;
+        heights[i] = static_cast<double>(i) * kLevelStepM - thickness;
     }
     return heights;
 }
@@ -50,30 +55,30 @@ std::vector<double> heightGrid(double beamwidth, double range, double elevation)
 }  // namespace
 
 double beamHeight(double range, double elevation) {
-    const double squared = range * range + kEarthRadius * kEarthRadius +
-                           2.0 * range * kEarthRadius * std::sin(elevation);
-    return std::pow(squared, kHalf) - kEarthRadius;
+    const double squared = range * range + kEarthRadiusM * kEarthRadiusM +
+                           2.0 * range * kEarthRadiusM * std::sin(elevation);
+    return std::pow(squared, kHalf) - kEarthRadiusM;
 }
 
 double beamRange(double height, double elevation) {
-    const double b = 2.0 * kEarthRadius * std::sin(elevation);
+    const double b = 2.0 * kEarthRadiusM * std::sin(elevation);
     const double c =
-        kEarthRadius * kEarthRadius - (kEarthRadius + height) * (kEarthRadius + height);
+        kEarthRadiusM * kEarthRadiusM - (kEarthRadiusM + height) * (kEarthRadiusM + height);
     const double root = std::sqrt(b * b - 4.0 * c);
     return (-b + root) / 2.0;
 }
 
 double viewingAngle(double height, double range) {
-    const double outer = (kEarthRadius + height) * (kEarthRadius + height);
-    return std::asin((outer - kEarthRadius * kEarthRadius - range * range) /
-                     (2.0 * range * kEarthRadius));
+    const double outer = (kEarthRadiusM + height) * (kEarthRadiusM + height);
+    return std::asin((outer - kEarthRadiusM * kEarthRadiusM - range * range) /
+                     (2.0 * range * kEarthRadiusM));
 }
 
 BeamPattern computeBeamPattern(double beamwidth, double range, double elevation) {
     BeamPattern pattern;
-    const double width = kPatternWidth / (beamwidth * 180.0 / pi);
+    const double width = kPatternWidth / (beamwidth * 180.0 / kPi);
     for (int i = 0; i < kAngles; ++i) {
-        pattern.angles.push_back((i * kAngleStepDeg - kWidestAngleDeg) * pi / 180.0);
+        pattern.angles.push_back((i * kAngleStepDeg - kMaxAngleDeg) * kPi / 180.0);
         pattern.power.push_back(patternAt(pattern.angles.back(), width));
     }
     normalise(pattern.power);

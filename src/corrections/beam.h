@@ -1,6 +1,6 @@
 /*
- * beam.h - geometry and power pattern of a straight radar beam over a round Earth without
- * refraction. Metres, radians; heights above the antenna.
+ * beam.h - geometry and power pattern of a straight radar beam over a spherical Earth without
+ * refraction. Metres and radians; heights are above the antenna.
  */
 #ifndef CLUTTER_CORRECTIONS_BEAM_H
 #define CLUTTER_CORRECTIONS_BEAM_H
@@ -9,22 +9,21 @@
 
 namespace clutter::corrections {
 
-constexpr double kEarthRadius = 6.378e6;
-constexpr double kLevelStep = 7.5; /* between heights of a beam and levels of a profile, metres */
+constexpr double kLevelStepM = 7.5;  // between heights of a beam and levels of a profile
 
 double beamHeight(double range, double elevation);
 
 /* NaN where the beam never reaches the height. */
 double beamRange(double height, double elevation);
 
-/* NaN where the height cannot be seen at the range. */
+/* NaN where the height is out of sight at the range. */
 double viewingAngle(double height, double range);
 
-/* Two-way power over angles off the axis, and over heights about the axis at one range. Each sums
- * to 1. */
+/* Two-way power over angles from the axis, and over heights from the axis at one range. Both sum to
+ * 1. */
 struct BeamPattern {
     std::vector<double> angles, power;
-    std::vector<double> heights, heightPower; /* empty at or beyond the vertical */
+    std::vector<double> heights, heightPower;  // empty at or past the vertical
 };
 
 BeamPattern computeBeamPattern(double beamwidth, double range, double elevation);

@@ -35,7 +35,7 @@ float sumGates(const float* field, int ngates, int nrays, GateRange gates, bool 
 void Cradarpro::CalibrationAt90deg(float* f1, float* f2, float* f3, float* f4, float* f5, float* f6,
                                    int ngates, int nrays, int g0, int g1, float* out) {
     if (out == nullptr) return;
-    out[0] = kNoResult;  // the others are left alone, as hosts expect
+    out[0] = kNoResult;  // the other elements do not change, as hosts expect
     if ((g0 == 0 && g1 == 0) || g0 >= g1 || ngates < 1 || nrays < 1) return;
     const long long gates = static_cast<long long>(g1) - g0 + 1;
     const float divisor = static_cast<float>(gates * nrays);

@@ -1,5 +1,6 @@
 /*
- * decibels.h - reflectivity from dBZ (single precision) to linear values (double) and back.
+ * decibels.h - converts reflectivity from dBZ (single precision) to linear values (double) and
+ * back.
  */
 #ifndef CLUTTER_CORRECTIONS_DECIBELS_H
 #define CLUTTER_CORRECTIONS_DECIBELS_H
@@ -17,9 +18,9 @@ inline float toDecibels(double z) {
 }
 
 /*
- * toDecibels(toLinear(dbz)). The two functions and the products together are off by less than
- * 1e-15 (|dbz| + 1) dB, far less than half the spacing of floats (at least 2^-25 |dbz|) unless dbz
- * is next to nothing or has no power in double precision: all other values come back as they were.
+ * toDecibels(toLinear(dbz)). The total error is below 1e-15 (|dbz| + 1) dB, far below half the
+ * spacing of floats (at least 2^-25 |dbz|), unless dbz is tiny or its power exceeds double
+ * precision: all other values do not change.
  */
 inline float thereAndBack(float dbz) {
     const float size = std::fabs(dbz);

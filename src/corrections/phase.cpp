@@ -13,25 +13,25 @@ using clutter::base::cellCount;
 
 namespace {
 
-constexpr double kLeastCorrelation = 0.9;
-constexpr double kLeastShareOfRays = 0.1;
+constexpr double kMinCorrelation = 0.9;
+constexpr double kMinShareOfRays = 0.1;
 constexpr int kFoldWindow = 20;
 constexpr float kFoldJumpDeg = 250.0f;
 constexpr float kFullCircleDeg = 360.0f;
-constexpr int kLanes = 64;
+constexpr int kJumpLanes = 64;
 
-/* The first start below lastStart of length gates in a row that qualify, or -1. */
+/* The first start, below endOfStarts, of length qualifying gates in a row; -1 without one. */
 template <class Qualifies>
-int firstRun(int lastStart, int length, Qualifies qualifies) {
+int firstRun(int endOfStarts, int length, Qualifies qualifies) {
     int run = 0;
-    for (int g = 0; g - length + 1 < lastStart; ++g) {
+    for (int g = 0; g - length + 1 < endOfStarts; ++g) {
         run = qualifies(g) ? run + 1 : 0;
         if (run >= length) return g - length + 1;
     }
     return -1;
 }
 
-/* Mean phase of the first run of each ray; 0 where too few rays hold one. */
+/* Mean phase of the first run of each ray; 0 when too few rays have one. */
 template <class Qualifies>
 float meanOfFirstRuns(const float* phidp, int ngates, int nrays, int nwin, Qualifies qualifies) {
     if (nwin < 1 || nwin >= ngates) return 0.0f;
@@ -48,16 +48,16 @@ float meanOfFirstRuns(const float* phidp, int ngates, int nrays, int nwin, Quali
         count += nwin;
     }
     const float counted = static_cast<float>(count);
-    const bool enough = static_cast<double>(counted) >= kLeastShareOfRays * nwin * nrays;
+    const bool enough = static_cast<double>(counted) >= kMinShareOfRays * nwin * nrays;
     return enough && count > 0 ? sum / counted : 0.0f;
 }
 
 /*
- * jumps[j] = the mean of the 20 gates from gate j on, less the mean of the 21 gates up to it. Sums
- * in index order, each lane its own.
+ * jumps[j] = the mean of gates j .. j + 19 minus the mean of gates j - 20 .. j. Each lane sums in
+ * index order.
  */
 CLUTTER_KERNEL void measureJumps(const float* gates, int n, float* __restrict jumps) {
-    float before[kLanes], after[kLanes];
+    float before[kJumpLanes], after[kJumpLanes];
     for (int j = 0; j < n; ++j) before[j] = after[j] = 0.0f;
     for (int k = -kFoldWindow; k <= 0; ++k) {
         for (int j = 0; j < n; ++j) before[j] += gates[j + k];
@@ -71,11 +71,11 @@ CLUTTER_KERNEL void measureJumps(const float* gates, int n, float* __restrict ju
     }
 }
 
-/* The first precipitation gate at which the phase jumps, or ngates. */
+/* The first precipitation gate with a jump of the phase; ngates without one. */
 int findFold(const float* phidp, const float* cls, int ngates) {
-    float jumps[kLanes];
-    for (int g = kFoldWindow; g < ngates - kFoldWindow; g += kLanes) {
-        const int n = std::min(kLanes, ngates - kFoldWindow - g);
+    float jumps[kJumpLanes];
+    for (int g = kFoldWindow; g < ngates - kFoldWindow; g += kJumpLanes) {
+        const int n = std::min(kJumpLanes, ngates - kFoldWindow - g);
         measureJumps(phidp + g, n, jumps);
         for (int j = 0; j < n; ++j) {
             if (cls[g + j] == 0.0f && std::fabs(jumps[j]) > kFoldJumpDeg) return g + j;
@@ -88,9 +88,9 @@ int findFold(const float* phidp, const float* cls, int ngates) {
 
 float Cradarpro::GetInitialPDP(float* phidp, float* rhohv, int ngates, int nrays, int nwin) {
     if (phidp == nullptr || rhohv == nullptr || ngates < 1 || nrays < 1) return 0.0f;
-    // Not "above 0.9": a correlation that is no number qualifies.
+    // Written so that NaN qualifies.
     return meanOfFirstRuns(phidp, ngates, nrays, nwin, [rhohv](std::size_t at) {
-        return !(kLeastCorrelation >= static_cast<double>(rhohv[at]));
+        return !(kMinCorrelation >= static_cast<double>(rhohv[at]));
     });
 }
 

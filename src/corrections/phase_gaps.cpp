@@ -15,8 +15,8 @@ bool isValid(double mask) {
     return mask == 0.0;
 }
 
-/* One ray's gaps, filled from the edges of its valid stretches. Bounds are 64-bit: the host may ask
- * for any lengths. */
+/* Fills the gaps of one ray from the edges of its valid stretches. Bounds have 64 bits, since hosts
+ * may pass any lengths. */
 struct GapFiller {
     const double* in;
     const double* mask;
@@ -49,7 +49,7 @@ struct GapFiller {
     void put(long long k, double value) { filled[static_cast<std::size_t>(k)] = value; }
 };
 
-/* The first valid gate from g on, or n. */
+/* The first valid gate from g on; n without one. */
 int nextValid(const double* mask, int n, int g) {
     while (g < n && !isValid(mask[g])) ++g;
     return g;
@@ -83,7 +83,7 @@ int Cradarpro::interpPDP(const double* in, const double* mask, int n, double* ou
             }
             const int next = nextValid(mask, n, g + 1);
             if (next == n) break;  // a trailing gap keeps its values
-            // The gap's first gate is left as it was.
+            // The first gate of the gap keeps its value.
             for (int j = g + 1; j < next; ++j) {
                 out[j] =
                     previous + (in[next] - previous) * (j - previousGate) / (next - previousGate);

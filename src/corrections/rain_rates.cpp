@@ -1,3 +1,6 @@
+/*
+ * Exponents of the relations, and their rates with a check of the last bit.
+ */
 #include "corrections/rain_rates.h"
 
 #include <algorithm>
@@ -11,28 +14,29 @@
 namespace clutter::corrections {
 namespace {
 
-constexpr double kAskDefinition = std::numeric_limits<double>::quiet_NaN();
-constexpr double kMostConstant = 100.0;  // of log10
-constexpr double kMostSlope = 4.0;
-constexpr double kMostExponent = 30.0;  // of a rate
-constexpr float kMostZdr = 30.0f;
+constexpr double kUseDefinition = std::numeric_limits<double>::quiet_NaN();
+constexpr double kMaxConstant = 100.0;  // of log10
+constexpr double kMaxSlope = 4.0;
+constexpr double kMaxExponent = 30.0;  // of a rate
+constexpr float kMaxZdr = 30.0f;
 
 /*
- * Within these bounds no term exceeds 160, so that the exponent is off by less than 4e-13 and the
- * rate by less than 1e-12 of it; the definition's by less than 2e-15. In dB: less than 2e-12.
+ * Within these bounds no term exceeds 160. The error of the exponent is below 4e-13, and the
+ * relative error of the rate below 1e-12; that of the definition is below 2e-15. In dB: below
+ * 2e-12.
  */
 constexpr double kRateMargin = 4e-12;
 constexpr double kDecibelMargin = 1e-11;
 
-bool isWithin(double value, double most) {
-    return std::fabs(value) <= most;
+bool isWithin(double value, double max) {
+    return std::fabs(value) <= max;
 }
 
 CLUTTER_KERNEL void logarithmsOf(const float* values, double* __restrict logarithms, int n) {
     for (int j = 0; j < n; ++j) {
         const bool inside = values[j] >= FLT_MIN && values[j] <= FLT_MAX;
         const double value = static_cast<double>(inside ? values[j] : 1.0f);
-        logarithms[j] = inside ? 0.1 * base::decibels(value) : kAskDefinition;
+        logarithms[j] = inside ? 0.1 * base::decibels(value) : kUseDefinition;
     }
 }
 
@@ -43,16 +47,16 @@ CLUTTER_KERNEL void sumTerms(const PowerLaw& law, const float* dbz, const float*
         const double tenth = 0.1 * static_cast<double>(dbz[j]);
         const double ratio = static_cast<double>(zdr[j]);
         const double sum = l.constant + l.z * tenth + l.zdr * ratio + l.kdp * logKdp[j];
-        const bool inside = std::fabs(tenth) <= kMostExponent && std::fabs(zdr[j]) <= kMostZdr;
-        exponents[j] = inside ? sum : kAskDefinition;
+        const bool inside = std::fabs(tenth) <= kMaxExponent && std::fabs(zdr[j]) <= kMaxZdr;
+        exponents[j] = inside ? sum : kUseDefinition;
     }
 }
 
 }  // namespace
 
 bool PowerLaw::isModest() const {
-    return isWithin(constant, kMostConstant) && isWithin(z, kMostSlope) &&
-           isWithin(zdr, kMostSlope) && isWithin(kdp, kMostSlope);
+    return isWithin(constant, kMaxConstant) && isWithin(z, kMaxSlope) && isWithin(zdr, kMaxSlope) &&
+           isWithin(kdp, kMaxSlope);
 }
 
 void exponentsOf(const PowerLaw& law, const RainRows& rows, double* exponents, int n) {
@@ -60,7 +64,7 @@ void exponentsOf(const PowerLaw& law, const RainRows& rows, double* exponents, i
     static constexpr double kNoLogarithms[kRainBlock] = {};
     double logKdp[kRainBlock];
     if (!law.isModest()) {
-        std::fill_n(exponents, n, kAskDefinition);
+        std::fill_n(exponents, n, kUseDefinition);
         return;
     }
     if (rows.kdp != nullptr) logarithmsOf(rows.kdp, logKdp, n);
@@ -76,35 +80,35 @@ CLUTTER_KERNEL void exponentsOfPolynomial(const double* coefficients, const floa
     }
 }
 
-/* Gates that are left to the definition get an interval that has no end. */
-CLUTTER_KERNEL void settleRates(const double* exponents, float* __restrict rates,
-                                std::int32_t* __restrict open, int n) {
+/* Gates that need the definition get NaN as the upper end of their interval. */
+CLUTTER_KERNEL void roundRates(const double* exponents, float* __restrict rates,
+                               std::int32_t* __restrict uncertain, int n) {
     for (int j = 0; j < n; ++j) {
         const double exponent = exponents[j];
-        const bool inside = std::fabs(exponent) <= kMostExponent;
+        const bool inside = std::fabs(exponent) <= kMaxExponent;
         const double rate = base::powerOfTen(inside ? exponent : 0.0);
-        const double most = inside ? rate * (1.0 + kRateMargin) : kAskDefinition;
+        const double high = inside ? rate * (1.0 + kRateMargin) : kUseDefinition;
         const float low = static_cast<float>(rate * (1.0 - kRateMargin));
         rates[j] = low;
-        open[j] = low == static_cast<float>(most) ? 0 : 1;
+        uncertain[j] = low == static_cast<float>(high) ? 0 : 1;
     }
 }
 
-CLUTTER_KERNEL void settleReflectivities(double factor, double exponent, const float* rates,
-                                         float* __restrict dbz, std::int32_t* __restrict open,
-                                         int n) {
+CLUTTER_KERNEL void roundReflectivities(double factor, double exponent, const float* rates,
+                                        float* __restrict dbz, std::int32_t* __restrict uncertain,
+                                        int n) {
     const double constant = 10.0 * std::log10(factor);
-    const bool modest = isWithin(constant, 10.0 * kMostConstant) && isWithin(exponent, kMostSlope);
-    const float mostRate = modest ? FLT_MAX : 0.0f;
+    const bool modest = isWithin(constant, 10.0 * kMaxConstant) && isWithin(exponent, kMaxSlope);
+    const float maxRate = modest ? FLT_MAX : 0.0f;
     for (int j = 0; j < n; ++j) {
         const float rate = rates[j];
-        const bool inside = rate >= FLT_MIN && rate <= mostRate;
+        const bool inside = rate >= FLT_MIN && rate <= maxRate;
         const double level =
             constant + exponent * base::decibels(static_cast<double>(inside ? rate : 1.0f));
-        const double most = inside ? level + kDecibelMargin : kAskDefinition;
+        const double high = inside ? level + kDecibelMargin : kUseDefinition;
         const float low = static_cast<float>(level - kDecibelMargin);
         dbz[j] = low;
-        open[j] = low == static_cast<float>(most) ? 0 : 1;
+        uncertain[j] = low == static_cast<float>(high) ? 0 : 1;
     }
 }
 

@@ -1,29 +1,31 @@
 /*
- * rain_rates.h - rain rates of many gates at once, settled to the last bit of single precision.
+ * rain_rates.h - rain rates of many gates at once, exact to the last bit of single precision.
  *
- * Every relation is a power of ten. Rates are taken from short series (base/power_series.h); the
- * gates whose last bit these leave open, or whose values are out of the ordinary, are marked and
- * left to the definition.
+ * Every relation is a power of ten. Rates come from short series (base/power_series.h). Gates whose
+ * last bit is then uncertain, and gates with unusual values, are marked for the caller to evaluate
+ * the definition.
  */
 #ifndef CLUTTER_CORRECTIONS_RAIN_RATES_H
 #define CLUTTER_CORRECTIONS_RAIN_RATES_H
 
 #include <cstdint>
 
+#include "base/kernel.h"
+
 namespace clutter::corrections {
 
-/* Gates that are looked at together. */
-inline constexpr int kRainBlock = 256;
+/* Gates of a block. */
+inline constexpr int kRainBlock = base::kBlockLanes;
 
-/* Rows of variables; one that does not enter is null. */
+/* Rows of variables; null for variables that a relation does not use. */
 struct RainRows {
     const float* dbz;
     const float* zdr;
     const float* kdp;
 
     RainRows from(int gate) const {
-        const auto behind = [&](const float* row) { return row != nullptr ? row + gate : nullptr; };
-        return {behind(dbz), behind(zdr), behind(kdp)};
+        const auto after = [&](const float* row) { return row != nullptr ? row + gate : nullptr; };
+        return {after(dbz), after(zdr), after(kdp)};
     }
 };
 
@@ -31,7 +33,7 @@ struct RainRows {
 struct PowerLaw {
     double constant, z, zdr, kdp;
 
-    /* Whether rounding errors stay far inside the margin. */
+    /* Whether rounding errors are far below the margin. */
     bool isModest() const;
 };
 
@@ -44,17 +46,18 @@ inline double polynomialOffset(const double* c, float zdr) {
            c[3] * static_cast<double>(cube);
 }
 
-/* log10 of the rates of n <= kRainBlock gates; NaN where the definition has to be asked. */
+/* log10 of the rates of n <= kRainBlock gates; NaN where the definition is needed. */
 void exponentsOf(const PowerLaw& law, const RainRows& rows, double* exponents, int n);
 void exponentsOfPolynomial(const double* coefficients, const float* dbz, const float* zdr,
                            double* exponents, int n);
 
-/* rates[j] = 10^exponents[j] rounded to float; open[j] is 1 where the last bit is not certain. */
-void settleRates(const double* exponents, float* rates, std::int32_t* open, int n);
+/* rates[j] = 10^exponents[j] rounded to float; uncertain[j] is 1 where the last bit is
+ * uncertain, else 0. */
+void roundRates(const double* exponents, float* rates, std::int32_t* uncertain, int n);
 
-/* dbz[j] = 10 log10(factor rates[j]^exponent) rounded to float; open as above. */
-void settleReflectivities(double factor, double exponent, const float* rates, float* dbz,
-                          std::int32_t* open, int n);
+/* dbz[j] = 10 log10(factor rates[j]^exponent) rounded to float; uncertain as above. */
+void roundReflectivities(double factor, double exponent, const float* rates, float* dbz,
+                         std::int32_t* uncertain, int n);
 
 }  // namespace clutter::corrections
 

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cmath>
 #include <iterator>
+#include <type_traits>
 
 #include "clutterclassifier/Cradarpro.h"
 #include "corrections/rain_rates.h"
@@ -14,12 +15,15 @@ namespace {
 
 constexpr int kRelations = 20;
 constexpr int kCoefficientsOfRelation = 10;
+using CoefficientTable = decltype(Cradarpro::coefficients);
+static_assert(std::extent_v<CoefficientTable, 0> == kRelations);
+static_assert(std::extent_v<CoefficientTable, 1> == kCoefficientsOfRelation);
 
 double tenTo(double exponent) {
     return std::pow(10.0, exponent);
 }
 
-/* The variables of one gate; an absent one is 0 and not used. */
+/* The variables of one gate; an unused one is 0. */
 struct Gate {
     float dbz;
     float zdr;
@@ -33,7 +37,7 @@ Gate gateOf(const RainRows& rows, int gate) {
     return {value(rows.dbz), value(rows.zdr), value(rows.kdp)};
 }
 
-/* A relation: its definition at one gate, and the logarithms of the rates of many. */
+/* A relation: its definition at one gate, and the logarithms of its rates at many gates. */
 struct Relation {
     bool needsZ, needsZdr, needsKdp;
     double (*rain)(const double* c, const Gate& gate);
@@ -94,17 +98,17 @@ constexpr Relation kKnownRelations[] = {
      }},
 };
 
-/* Walks n gates in blocks: settle(first gate, rates, open, count) does what it can, define(gate)
- * the rest. */
-template <class Settle, class Define>
-void inBlocks(int n, float* out, Settle settle, Define define) {
+/* Walks n gates in blocks: round(first gate, rates, uncertain, count) computes all values,
+ * define(gate) those that are uncertain. */
+template <class Round, class Define>
+void inBlocks(int n, float* out, Round round, Define define) {
     float values[kRainBlock];
-    std::int32_t open[kRainBlock];
+    std::int32_t uncertain[kRainBlock];
     for (int first = 0; first < n; first += std::min(kRainBlock, n - first)) {
         const int count = std::min(kRainBlock, n - first);
-        settle(first, values, open, count);
+        round(first, values, uncertain, count);
         for (int j = 0; j < count; ++j) {
-            if (open[j] != 0) values[j] = static_cast<float>(define(first + j));
+            if (uncertain[j] != 0) values[j] = static_cast<float>(define(first + j));
         }
         std::copy_n(values, count, out + first);
     }
@@ -129,10 +133,10 @@ void Cradarpro::RainfallEstimation(float* zh, float* zdr, float* kdp, int n, int
     if (relation.lacksInput(rows)) return;
     inBlocks(
         n, rain,
-        [&](int first, float* rates, std::int32_t* open, int count) {
+        [&](int first, float* rates, std::int32_t* uncertain, int count) {
             double logarithms[kRainBlock];
             relation.exponents(c, rows.from(first), logarithms, count);
-            settleRates(logarithms, rates, open, count);
+            roundRates(logarithms, rates, uncertain, count);
         },
         [&](int gate) { return relation.rain(c, gateOf(rows, gate)); });
 }
@@ -143,14 +147,14 @@ void Cradarpro::ZtoR(float* rain, float* zh, int n, float a, float b) {
     const PowerLaw law = lawOfRatio(factor, exponent);
     inBlocks(
         n, rain,
-        [&](int first, float* rates, std::int32_t* open, int count) {
+        [&](int first, float* rates, std::int32_t* uncertain, int count) {
             double logarithms[kRainBlock];
             exponentsOf(law, {zh + first, nullptr, nullptr}, logarithms, count);
-            settleRates(logarithms, rates, open, count);
+            roundRates(logarithms, rates, uncertain, count);
             for (int j = 0; j < count; ++j) {
                 if (zh[first + j] > threshold) continue;
                 rates[j] = 0.0f;
-                open[j] = 0;
+                uncertain[j] = 0;
             }
         },
         [&](int gate) {
@@ -163,12 +167,12 @@ void Cradarpro::RtoZ(float* rain, float* zh, int n, float a, float b) {
     const double factor = static_cast<double>(a), exponent = static_cast<double>(b);
     inBlocks(
         n, zh,
-        [&](int first, float* dbz, std::int32_t* open, int count) {
-            settleReflectivities(factor, exponent, rain + first, dbz, open, count);
+        [&](int first, float* dbz, std::int32_t* uncertain, int count) {
+            roundReflectivities(factor, exponent, rain + first, dbz, uncertain, count);
             for (int j = 0; j < count; ++j) {
                 if (rain[first + j] > 0.0f) continue;
                 dbz[j] = threshold;
-                open[j] = 0;
+                uncertain[j] = 0;
             }
         },
         [&](int gate) {

@@ -1,6 +1,5 @@
 /*
- * The rainfall stage: one relation over the whole scan, or the better of two where it can be
- * trusted.
+ * The rainfall stage: one relation over the whole scan, or a better one where it is trustworthy.
  */
 #include <vector>
 
@@ -17,7 +16,8 @@ namespace {
 constexpr int kZRelation = 0;
 constexpr int kZZdrRelation = 1;
 
-/* Differential reflectivity helps in rain that is neither light nor mixed with ice or hail. */
+/* Differential reflectivity improves rates in rain that is neither light nor mixed with ice or
+ * hail. */
 bool isTrustworthy(float zhh, float zdr) {
     return zhh > 15.0f && zdr > 0.3f && zdr < 5.0f;
 }

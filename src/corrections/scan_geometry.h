@@ -1,6 +1,6 @@
 /*
- * scan_geometry.h - ranges and beam heights of a scan's gates (metres), and where its rain is below
- * the melting layer. The first gate is taken at range 0, and every ray has the scan's elevation.
+ * scan_geometry.h - ranges and beam heights of a scan's gates, and the base of the melting layer,
+ * in metres. The first gate counts as range 0, and every ray has the elevation of the scan.
  */
 #ifndef CLUTTER_CORRECTIONS_SCAN_GEOMETRY_H
 #define CLUTTER_CORRECTIONS_SCAN_GEOMETRY_H
@@ -28,7 +28,7 @@ inline std::vector<double> gateHeights(const Cpluvek& scan) {
     return heights;
 }
 
-/* The melting layer is taken to begin so far below the freezing level. */
+/* The melting layer is assumed to begin 500 m below the freezing level. */
 inline double meltingLayerBase(float freezingLevel) {
     return static_cast<double>(freezingLevel) - 500.0;
 }

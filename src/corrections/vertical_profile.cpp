@@ -1,9 +1,9 @@
 /*
- * Matching reflectivity near the melting layer against a library of vertical profiles.
+ * Matches reflectivity near the melting layer against a library of vertical profiles.
  *
- * A profile has 1,800 levels 7.5 m apart, the freezing level in the third of them; the file holds
- * 60 values (dB) for each level in turn. That order is kept while matching, so that the profiles
- * lie side by side: each lane sums its own profile, level by level.
+ * A profile has 1,800 levels, 7.5 m apart, with the freezing level at a third of them. The file has
+ * 60 values (dB) for each level in turn. Matching keeps this order: each lane sums its own profile,
+ * level by level.
  */
 #include <algorithm>
 #include <cmath>
@@ -27,10 +27,10 @@ namespace {
 
 constexpr int kProfiles = 60;
 constexpr int kLevels = 1800;
-constexpr int kFreezingLevel = 600;
-constexpr double kMeltingLayerReach = 1000.0; /* metres above and below the freezing level */
-constexpr double kLeastZ = 1.0;
-constexpr double kLargestDifferenceDb = 1.0;
+constexpr int kFreezingLevel = kLevels / 3;
+constexpr double kMeltingLayerReachM = 1000.0;  // above and below the freezing level
+constexpr double kMinZ = 1.0;
+constexpr double kMaxDifferenceDb = 1.0;
 
 /* Linear values of all profiles, level by level. */
 std::optional<std::vector<double>> readProfiles(const char* path) {
@@ -46,7 +46,7 @@ std::optional<std::vector<double>> readProfiles(const char* path) {
     return values;
 }
 
-/* sums[j] = what the beam sees of profile j; levels and power hold n levels. */
+/* sums[j] = profile j seen through the beam; levels and power hold n levels. */
 CLUTTER_KERNEL void weighProfiles(const double* levels, const double* power, int n,
                                   double* __restrict sums) {
     for (int j = 0; j < kProfiles; ++j) sums[j] = 0.0;
@@ -56,14 +56,14 @@ CLUTTER_KERNEL void weighProfiles(const double* levels, const double* power, int
     }
 }
 
-/* Matches gate after gate; the beam's pattern is kept while the range stays the same, and what it
- * sees of the profiles while the level does too. */
+/* Matches gate after gate. The beam pattern is computed once for equal ranges in a row, and the
+ * profiles seen through it once for equal levels. */
 class ProfileMatcher {
   public:
     ProfileMatcher(const std::vector<double>& profiles, double beamwidth, double elevation)
         : profiles_(profiles), beamwidth_(beamwidth), elevation_(elevation) {}
 
-    /* The value at the ground of the profile that comes closest to z, if any comes close. */
+    /* The ground value of the profile closest to z; no result when none is close. */
     std::optional<double> match(double z, double range, int level) {
         if (!(range == range_)) changeRange(range);
         if (!look(level)) return std::nullopt;
@@ -77,7 +77,7 @@ class ProfileMatcher {
                 least = difference;
             }
         }
-        if (!(least < kLargestDifferenceDb)) return std::nullopt;
+        if (!(least < kMaxDifferenceDb)) return std::nullopt;
         return profiles_[static_cast<std::size_t>(best)];
     }
 
@@ -88,7 +88,7 @@ class ProfileMatcher {
         power_ = computeBeamPattern(beamwidth_, range, elevation_).heightPower;
     }
 
-    /* What the beam sees around a level, in dB; false where its window leaves the profiles. */
+    /* The profiles seen through the beam at a level, in dB; false where the beam exceeds them. */
     bool look(int level) {
         const int n = static_cast<int>(power_.size());
         const int first = level - n / 2;
@@ -127,7 +127,7 @@ int Cradarpro::GetVPR(double** vpr, int& nprofiles, int& nlevels, int& reflevel,
     nprofiles = kProfiles;
     nlevels = kLevels;
     reflevel = kFreezingLevel;
-    dh = kLevelStep;
+    dh = kLevelStepM;
     return 1;
 }
 
@@ -138,10 +138,11 @@ int Cradarpro::VPRCorrection(double* zout, double* zin, double* range, double* f
     ProfileMatcher matcher(*profiles, beamwidth, elevation);
     for (int i = 0; i < n; ++i) {
         zout[i] = zin[i];
-        if (!(zin[i] > kLeastZ)) continue;
+        if (!(zin[i] > kMinZ)) continue;
         const double height = beamHeight(range[i], elevation);
-        if (!(fl[i] - kMeltingLayerReach < height && height < fl[i] + kMeltingLayerReach)) continue;
-        const int level = kFreezingLevel - static_cast<int>((fl[i] - height) / kLevelStep);
+        if (!(fl[i] - kMeltingLayerReachM < height && height < fl[i] + kMeltingLayerReachM))
+            continue;
+        const int level = kFreezingLevel - static_cast<int>((fl[i] - height) / kLevelStepM);
         if (const auto ground = matcher.match(zin[i], range[i], level)) zout[i] = *ground;
     }
     return 1;

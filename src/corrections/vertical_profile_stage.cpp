@@ -15,7 +15,7 @@ using namespace clutter::model;
 
 namespace {
 
-/* The scan turned round, all rays of a gate in a row: they share a range and so a beam pattern. */
+/* The scan with all rays of a gate in a row: they share a range and so a beam pattern. */
 struct GateMajor {
     std::vector<double> z, range, freezingLevel;
 

@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "base/constants.h"
 #include "base/message.h"
 #include "base/number.h"
 #include "clutterclassifier/Crres.h"
@@ -21,13 +22,13 @@ namespace {
 
 constexpr int kStatistics = 7;
 constexpr float kNoResult = -99.0f;
-constexpr long long kFewestGates = 100;  // must be exceeded
-constexpr float kLowestVertical = 88.0f;
-constexpr float kHighestVertical = 92.0f;
+constexpr long long kTooFewGates = 100;
+constexpr float kMinVerticalDeg = 88.0f;
+constexpr float kMaxVerticalDeg = 92.0f;
 constexpr float kSampleCorrelation = 0.95f;
 
 float elevationDeg(const Cpluvek& scan) {
-    return elevationOf(scan) * 180.0f / 3.1415927f;
+    return elevationOf(scan) * 180.0f / base::kFloatPi;
 }
 
 struct GateBounds {
@@ -51,7 +52,7 @@ double linear(float decibels) {
     return std::pow(10.0, 0.1 * static_cast<double>(decibels));
 }
 
-/* Means over chosen gates: the powers in double precision, the rest in single. */
+/* Means over chosen gates: of powers in double precision, of other fields in single. */
 class Statistics {
   public:
     void add(const Crres& context, std::size_t i) {
@@ -65,7 +66,7 @@ class Statistics {
     }
 
     void store(float* stats) const {
-        if (count_ <= kFewestGates) return;
+        if (count_ <= kTooFewGates) return;
         const double n = static_cast<double>(count_);
         stats[1] = static_cast<float>(10.0 * std::log10(zhh_ / n));
         stats[2] = static_cast<float>(10.0 * std::log10(zdr_ / n));
@@ -77,7 +78,7 @@ class Statistics {
     }
 
   private:
-    double zhh_ = 1.0, zdr_ = 1.0;  // from 1, not 0, as calibration tools expect
+    double zhh_ = 1.0, zdr_ = 1.0;  // start from 1, as calibration tools expect
     float pdp_ = 0.0f, rhv_ = 0.0f, vel_ = 0.0f, wid_ = 0.0f;
     long long count_ = 0;
 };
@@ -107,7 +108,7 @@ void Crres::CalculateOffsetsAt90Deg(float* stats, float r0, float r1, float rhoM
     std::fill_n(stats, kStatistics, kNoResult);
     if (!hasStatistics(*this)) return;
     stats[0] = elevationDeg(zhh);
-    if (stats[0] < kLowestVertical || stats[0] > kHighestVertical) {
+    if (stats[0] < kMinVerticalDeg || stats[0] > kMaxVerticalDeg) {
         base::report("Please select a 90-degree scan (%2.2f)!\n", static_cast<double>(stats[0]));
         return;
     }
@@ -135,7 +136,7 @@ void Crres::ExtractZdrDataToCalculateAzimuthVariation(char* prefix, float height
         corrections::beamRange(static_cast<double>(height), static_cast<double>(elevationOf(zhh)));
     const int gates = std::max(base::truncateToInt(range / static_cast<double>(zhh.gatesize)), 0);
     for (int r = 0; r < zhh.nrays; ++r) {
-        // Not limited to the ray: what follows it are the next rays' gates, while there are any.
+        // Not limited to the ray: past its end, the gates of the next rays follow.
         const std::size_t first = base::cellCount(zhh.ngates, r);
         const std::size_t end = std::min(first + static_cast<std::size_t>(gates), n);
         std::vector<float> samples;

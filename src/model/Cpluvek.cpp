@@ -1,3 +1,6 @@
+/*
+ * The field record: defaults, ownership, date text and copies.
+ */
 #include "clutterclassifier/Cpluvek.h"
 
 #include <algorithm>
@@ -27,8 +30,8 @@ std::unique_ptr<float[]> duplicate(const float* source, std::size_t count) {
     return fresh;
 }
 
-/* What a copied record takes over beside its arrays, sizes and place in its array. The
- * destination's loaded extent becomes the source's current one. */
+/* Copies all members except arrays, sizes and index. Both sets of axis limits of the copy are the
+ * source's current ones. */
 void copyDescription(const Cpluvek& source, Cpluvek& destination) {
     destination.coordtype = source.coordtype;
     destination.valid = source.valid;
@@ -129,7 +132,7 @@ int Cpluvek::CopyPointerToObject(int index, Cpluvek& dst) {
     if (this == nullptr || this[std::max(index, 0)].data == nullptr) return -1;
     const int position = index >= 0 && index < nrecords ? index : 0;
     const Cpluvek& source = this[position];
-    // Built before anything is freed: dst may be the source itself.
+    // Copied before anything is freed: dst may be the source itself.
     auto freshAngles = duplicate(source.angles, angleCount(source.nrays));
     auto freshData = duplicate(source.data, cellCount(source.ngates, source.nrays));
     if (dst.nrecords < 1) dst.nrecords = 1;
@@ -157,6 +160,6 @@ void Cpluvek::copy(Cpluvek** dst) {
         adopt(fresh[i].data, duplicate(source.data, cellCount(ngates, nrays)));
         adopt(fresh[i].angles, duplicate(source.angles, angleCount(nrays)));
     }
-    // Only now: *dst may be this array.
+    // Replaced last: *dst may be this array.
     adopt(*dst, std::move(fresh));
 }

@@ -1,3 +1,6 @@
+/*
+ * Calendar operations: arrays, texts and single variables on top of base/calendar.h.
+ */
 #include "clutterclassifier/Ctiempo.h"
 
 #include <cstddef>

@@ -1,6 +1,6 @@
 /*
- * A polar record as a comma-separated table (docs/formats/csv.md): one line a gate, one column a
- * ray.
+ * A polar record as a comma-separated table (docs/formats/csv.md): a line for each gate, a column
+ * for each ray.
  */
 #include <algorithm>
 #include <cstddef>
@@ -8,6 +8,7 @@
 #include <string>
 #include <utility>
 
+#include "base/constants.h"
 #include "base/file.h"
 #include "base/message.h"
 #include "base/text_writer.h"
@@ -29,7 +30,8 @@ std::string defaultPath(const Cpluvek& record) {
 void writeAzimuths(const Cpluvek& record, TextWriter& out) {
     out.text("range/angle,");
     for (int r = 0; r < record.nrays; ++r) {
-        out.fixed(static_cast<double>(180.0f * record.angles[1 + r]) / kPi, 1).text(",");
+        out.fixed(static_cast<double>(180.0f * record.angles[1 + r]) / clutter::base::kPi, 1)
+            .text(",");
     }
     out.text("\n");
 }

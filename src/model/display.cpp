@@ -1,3 +1,6 @@
+/*
+ * Display settings that all readers of scan files share.
+ */
 #include "model/display.h"
 
 #include <algorithm>
@@ -14,9 +17,9 @@ constexpr unsigned char kScanColorflag = 255;
 
 }  // namespace
 
-void showWholeScan(Cpluvek& record, float parts, const char* xlabel, const char* ylabel) {
+void showWholeScan(Cpluvek& record, float intervals, const char* xlabel, const char* ylabel) {
     const float reach = static_cast<float>(record.ngates) * record.gatesize;
-    const float tick = (reach - -reach) / parts;
+    const float tick = (reach - -reach) / intervals;
     const float limits[6] = {-reach, reach, tick, -reach, reach, tick};
     std::copy_n(limits, 6, record.axislimits);
     std::copy_n(limits, 6, record.axislimits0);

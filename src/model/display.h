@@ -1,5 +1,5 @@
 /*
- * display.h - how the records of a scan that was read from a file are shown.
+ * display.h - display settings of records read from a scan file.
  */
 #ifndef CLUTTER_MODEL_DISPLAY_H
 #define CLUTTER_MODEL_DISPLAY_H
@@ -8,11 +8,11 @@
 
 namespace clutter::model {
 
-/* Makes a record polar, with axes that reach its last gate on both sides (both copies), ticks that
- * are so many parts of them apart, their labels, and the colours of a scan. */
-void showWholeScan(Cpluvek& record, float parts, const char* xlabel, const char* ylabel);
+/* Makes a record polar with the colours of a scan. Its axes (both copies) reach the last gate on
+ * both sides and are divided by ticks into so many intervals. */
+void showWholeScan(Cpluvek& record, float intervals, const char* xlabel, const char* ylabel);
 
-/* Forms the date text, and the title from it. */
+/* Sets the date text and the title, which contains it. */
 void entitleByTime(Cpluvek& record);
 
 }  // namespace clutter::model

@@ -8,6 +8,7 @@
 #include <cstdint>
 
 #include "base/array.h"
+#include "base/constants.h"
 #include "base/message.h"
 #include "clutterclassifier/CDSP.h"
 #include "clutterclassifier/Cpluvek.h"
@@ -21,7 +22,7 @@ namespace {
 constexpr float kOutside = -9999.0f;
 constexpr int kNoCell = -1;
 
-/* Not finite or beyond int: far below everything, or far above. */
+/* Substitutes for quotients that are no int. */
 constexpr int kFarBelow = INT_MIN;
 constexpr int kFarAbove = INT_MAX;
 
@@ -32,24 +33,25 @@ int truncated(float quotient) {
     return static_cast<int>(quotient);
 }
 
-/* A point less than one cell below the origin belongs to cell 0. */
+/* Truncation puts a point less than one cell below the origin into cell 0. */
 int cellOf(float quotient, int count) {
     const int cell = truncated(quotient);
     return cell >= 0 && cell < count ? cell : kNoCell;
 }
 
-/* Finds the ray nearest to an azimuth. Putting the rays in order pays from some points on. */
+/* Finds the ray nearest to an azimuth. Sorting the rays first pays only for many points. */
 class RayFinder {
   public:
     RayFinder(float* azimuths, int nrays, int points)
         : azimuths_(azimuths),
           nrays_(nrays),
-          nearest_(azimuths, points >= kPointsToOrderFor ? nrays : 0),
-          ordered_(points >= kPointsToOrderFor) {}
+          nearest_(azimuths, points >= kMinPointsToSort ? nrays : 0),
+          sorted_(points >= kMinPointsToSort) {}
 
     std::ptrdiff_t rayAt(float azimuthDeg) const {
-        const auto target = static_cast<float>(static_cast<double>(azimuthDeg) * kPi / 180.0);
-        if (ordered_) return nearest_.indexOf(target);
+        const auto target =
+            static_cast<float>(static_cast<double>(azimuthDeg) * clutter::base::kPi / 180.0);
+        if (sorted_) return nearest_.indexOf(target);
         float value = 0.0f;
         int index = 0;
         CDSP().GetNearest(azimuths_, nrays_, target, value, index);
@@ -57,22 +59,22 @@ class RayFinder {
     }
 
   private:
-    static constexpr int kPointsToOrderFor = 16;
+    static constexpr int kMinPointsToSort = 16;
 
     float* azimuths_;
     int nrays_;
     clutter::dsp::NearestValue nearest_;
-    bool ordered_;
+    bool sorted_;
 };
 
 bool canSampleRanges(const Cpluvek& record) {
     if (record.data == nullptr || record.angles == nullptr) return false;
     if (clutter::base::cellCount(record.ngates, record.nrays) == 0) return false;
-    return record.coordtype == kPolar || record.coordtype == kPolarToo;
+    return record.coordtype == kPolar || record.coordtype == kForeignPolar;
 }
 
-/* Beyond the last gate the last one; a gate before the ray's first is counted on through the block,
- * and before the block's first value gives that. */
+/* Past the last gate, the last one. A negative gate is counted back through the block, at most to
+ * its first value. */
 std::ptrdiff_t sampleIndex(const Cpluvek& record, std::ptrdiff_t ray, float range) {
     const int gate = std::min(truncated(range / record.gatesize), record.ngates - 1);
     return std::max(ray * record.ngates + gate, std::ptrdiff_t{0});
@@ -88,9 +90,9 @@ struct Sample {
     int gate;
 };
 
-/* Searches the window around a sample, ray by ray, for a value that is not invalid. Offsets run
- * from -(w / 2) to w / 2; a ray is not searched twice, nor is an end gate that stands for those
- * beyond it: only the first find counts. */
+/* Searches the window around a sample, ray by ray, for a value other than invalid. Offsets run from
+ * -(w / 2) to w / 2. Rays and end gates that the window repeats are searched once: only the first
+ * find counts. */
 bool findValid(const Cpluvek& record, float invalid, const Window& window, Sample& sample) {
     const std::int64_t halfRays = window.wrays / 2;
     const std::int64_t halfGates = window.wgates / 2;
@@ -113,7 +115,7 @@ bool findValid(const Cpluvek& record, float invalid, const Window& window, Sampl
     return false;
 }
 
-/* Whether a sample lies in the block, counted on through it, and holds the invalid value. */
+/* Whether a sample, counted on through the block, is inside it and holds the invalid value. */
 bool holds(const Cpluvek& record, float invalid, const Sample& sample) {
     const std::int64_t at = std::int64_t{sample.ray} * record.ngates + sample.gate;
     if (at < 0) return false;
@@ -172,8 +174,8 @@ int Cpluvek::FindValidDataRA(float* ranges, float* azimuths, float invalid, int 
         if (!holds(*this, invalid, sample)) continue;
         if (!findValid(*this, invalid, {wgates, wrays}, sample)) continue;
         outranges[i] = static_cast<float>(sample.gate) * gatesize;
-        outazimuths[i] =
-            static_cast<float>(static_cast<double>(angles[1 + sample.ray]) * 180.0 / kPi);
+        outazimuths[i] = static_cast<float>(static_cast<double>(angles[1 + sample.ray]) * 180.0 /
+                                            clutter::base::kPi);
     }
     return 1;
 }

@@ -1,6 +1,6 @@
 /*
- * field_access.h - what a stage asks of a field record: its size, enough values for a scan, its
- * elevation, a copy under another name.
+ * field_access.h - a stage's access to field records: size, values if there are enough for a scan,
+ * elevation, copies under another name.
  */
 #ifndef CLUTTER_MODEL_FIELD_ACCESS_H
 #define CLUTTER_MODEL_FIELD_ACCESS_H
@@ -19,12 +19,12 @@ inline std::size_t cells(const Cpluvek& record) {
     return base::cellCount(record.ngates, record.nrays);
 }
 
-/* The values of a record, or null when it holds fewer than a scan needs. */
+/* The values of a record; null when it holds fewer than needed. */
 inline float* valuesOf(const Cpluvek& record, std::size_t needed) {
     return record.data != nullptr && cells(record) >= needed ? record.data : nullptr;
 }
 
-/* Whether a scan of n values has any, and all records hold as many. */
+/* Whether n is not 0 and all records hold at least n values. */
 inline bool holdAll(std::initializer_list<const Cpluvek*> records, std::size_t n) {
     return n > 0 && std::all_of(records.begin(), records.end(), [n](const Cpluvek* record) {
                return valuesOf(*record, n) != nullptr;
@@ -36,7 +36,7 @@ inline float elevationOf(const Cpluvek& record) {
     return record.angles != nullptr ? record.angles[0] : 0.0f;
 }
 
-/* Makes record a copy of a scan's field, of another quantity. */
+/* Makes record a copy of a scan's field, under another name and in other units. */
 inline void copyField(Cpluvek& field, Cpluvek& record, const char* name, const char* units) {
     field.CopyPointerToObject(0, record);
     record.nrecords = 1;
@@ -44,7 +44,7 @@ inline void copyField(Cpluvek& field, Cpluvek& record, const char* name, const c
     base::copyText(record.units, units);
 }
 
-/* Calls visit(offset, count) for each ray's worth of a scan. */
+/* Calls visit(offset, count) for the values of each ray of a scan. */
 template <class Visit>
 void forEachRay(const Cpluvek& scan, Visit visit) {
     for (int r = 0; r < scan.nrays; ++r) {

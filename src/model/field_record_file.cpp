@@ -1,6 +1,6 @@
 /*
  * Field record files (docs/formats/field-record.md): whole arrays of records. The records of an
- * array share the first one's grid, so the first one's sizes serve for every block.
+ * array share the grid of the first one: its sizes are those of every block.
  */
 #include <algorithm>
 #include <cmath>
@@ -30,7 +30,7 @@ namespace {
 
 using OwnedFloats = std::unique_ptr<float[]>;
 
-/* Rays and gates of a block or of a whole array of records; products never overflow 64 bits. */
+/* Rays and gates of a block or of a whole array of records. Products never overflow 64 bits. */
 struct Grid {
     int ngates;
     int nrays;
@@ -42,8 +42,8 @@ struct Grid {
 
 /* --- values as they are stored --- */
 
-/* Rounds to the nearest step and wraps to the storage width: whoever sets scale and offset chooses
- * them to fit. What is no number or leaves 64 bits is 0. */
+/* Rounds to the nearest step and wraps to the storage width: the producer chooses scale and offset
+ * to fit. NaN and values past 64 bits give 0. */
 template <class Raw>
 Raw encode(float value, double scale, double offset) {
     constexpr double kTwoTo63 = 9223372036854775808.0;
@@ -94,11 +94,11 @@ struct HeaderWriter {
         std::memcpy(header + offset, &value, sizeof value);
     }
     void text(std::size_t offset, const char* buffer, std::size_t width) {
-        std::copy_n(buffer, width, header + offset);  // the bytes behind the terminator too
+        std::copy_n(buffer, width, header + offset);  // with the bytes after the terminator
     }
 };
 
-/* As many values of an array as a block takes; the block keeps zeros for those it lacks. */
+/* The values of an array for a block. Where the array is shorter, the block keeps zeros. */
 std::span<const float> upTo(std::size_t wanted, const float* values, std::size_t held) {
     return {values, values == nullptr ? 0 : std::min(wanted, held)};
 }
@@ -113,7 +113,7 @@ std::vector<unsigned char> buildBlock(const Cpluvek& record, const Grid& grid) {
     const Grid own{record.ngates, record.nrays};
     const std::size_t angleBytes = grid.angleCount() * sizeof(float);
     const std::size_t valueBytes = grid.valueCount() * storedValueBytes(record.datatype);
-    std::vector<unsigned char> block(kSmallestBlockBytes + angleBytes + valueBytes);
+    std::vector<unsigned char> block(kMinBlockBytes + angleBytes + valueBytes);
     unsigned char* out = block.data();
     std::memcpy(out, kIdentification, sizeof kIdentification);
     visitHeader(record, HeaderWriter{out});
@@ -136,7 +136,7 @@ struct HeaderReader {
     void number(std::size_t offset, T& value) {
         std::memcpy(&value, header.data() + offset, sizeof value);
     }
-    /* A narrower text of the file leaves the rest of the buffer alone but for a terminator. */
+    /* The bytes of a buffer past the text's width in the file stay, except for a terminator. */
     template <std::size_t N>
     void text(std::size_t offset, char (&buffer)[N], std::size_t width) {
         std::memcpy(buffer, header.data() + offset, width);
@@ -149,27 +149,27 @@ int intAt(Bytes bytes, std::size_t offset) {
     return ByteCursor(bytesFrom(bytes, offset)).native<int>();
 }
 
-/* A block whose counts have been judged: nothing of it reaches beyond the file. */
+/* A block with checked counts: no part of it reaches past the end of the file. */
 struct Block {
     Bytes header;
-    Grid own;    /* as its header says */
-    Grid shared; /* of the whole array: what its arrays hold */
+    Grid own;     // as in its header
+    Grid shared;  // of the whole array, as held by its arrays
     Bytes angles;
     Bytes values;
 };
 
-enum class Verdict { kSound, kCutShort, kContradiction };
+enum class BlockCheck { kSound, kCutShort, kContradiction };
 
-/* The blocks of a file as they are taken off one after the other. */
+/* The blocks of a file, one after the other. */
 struct BlockReader {
     ByteCursor cursor;
     std::size_t fileBytes;
-    std::optional<Grid> firstGrid;   /* of all blocks after the first one */
-    std::size_t declaredValues = 0;  // by headers, beyond the shared grids
+    std::optional<Grid> firstGrid;   // shared by all later blocks
+    std::size_t declaredValues = 0;  // by headers, past the shared grid
 
     explicit BlockReader(Bytes file) : cursor(file), fileBytes(file.size()) {}
 
-    /* Whether a block's header may declare its own grid: the file holds the shared one. */
+    /* Whether a block's header may declare its own grid. The file holds the shared part of it. */
     bool mayDeclare(const Block& block) {
         const auto beyond = [](std::size_t own, std::size_t shared) {
             return std::max(own, shared) - shared;
@@ -180,46 +180,47 @@ struct BlockReader {
     }
 };
 
-/* Whether a grid of values can be in the bytes that are left, by division: no product overflows. */
+/* Whether a grid can be in the remaining bytes. By division, so that no product overflows. */
 bool fits(const Grid& grid, std::size_t valueBytes, std::size_t remaining) {
     return grid.angleCount() <= remaining / sizeof(float) &&
            grid.valueCount() <= remaining / valueBytes;
 }
 
-Verdict judgeCounts(ByteCursor& cursor, std::size_t expected) {
+BlockCheck checkCounts(ByteCursor& cursor, std::size_t expected) {
     const std::int64_t first = cursor.native<int>();
     const std::int64_t second = cursor.native<int>();
-    if (cursor.failed()) return Verdict::kCutShort;
+    if (cursor.failed()) return BlockCheck::kCutShort;
     const bool agrees = first * second == static_cast<std::int64_t>(expected);
-    return agrees ? Verdict::kSound : Verdict::kContradiction;
+    return agrees ? BlockCheck::kSound : BlockCheck::kContradiction;
 }
 
-Verdict parseBlock(BlockReader& reader, Block& block) {
+BlockCheck parseBlock(BlockReader& reader, Block& block) {
     ByteCursor& cursor = reader.cursor;
     block.header = cursor.skip(kHeaderBytes);
-    if (cursor.failed()) return Verdict::kCutShort;
+    if (cursor.failed()) return BlockCheck::kCutShort;
     block.own = {intAt(block.header, kGatesOffset), intAt(block.header, kRaysOffset)};
     block.shared = reader.firstGrid.value_or(block.own);
-    if (block.own.negative()) return Verdict::kContradiction;
+    if (block.own.negative()) return BlockCheck::kContradiction;
     const std::size_t valueBytes = storedValueBytes(intAt(block.header, kDatatypeOffset));
-    if (!fits(block.shared, valueBytes, cursor.remaining())) return Verdict::kCutShort;
-    if (!reader.mayDeclare(block)) return Verdict::kCutShort;
+    const bool first = !reader.firstGrid;
+    if (first && !fits(block.own, valueBytes, cursor.remaining())) return BlockCheck::kCutShort;
+    if (!reader.mayDeclare(block)) return BlockCheck::kCutShort;
 
-    const Verdict angleCounts = judgeCounts(cursor, block.shared.angleCount());
-    if (angleCounts != Verdict::kSound) return angleCounts;
+    const BlockCheck angleCounts = checkCounts(cursor, block.shared.angleCount());
+    if (angleCounts != BlockCheck::kSound) return angleCounts;
     block.angles = cursor.skipArray(block.shared.angleCount(), sizeof(float));
-    const Verdict valueCounts = judgeCounts(cursor, block.shared.valueCount());
-    if (valueCounts != Verdict::kSound) return valueCounts;
+    const BlockCheck valueCounts = checkCounts(cursor, block.shared.valueCount());
+    if (valueCounts != BlockCheck::kSound) return valueCounts;
     block.values = cursor.skipArray(block.shared.valueCount(), valueBytes);
-    return cursor.failed() ? Verdict::kCutShort : Verdict::kSound;
+    return cursor.failed() ? BlockCheck::kCutShort : BlockCheck::kSound;
 }
 
 OwnedFloats zeros(std::size_t atLeast, std::size_t orElse) {
     return std::make_unique<float[]>(std::max(atLeast, orElse));
 }
 
-/* Fills a record. Where its own header asks for more than the shared grid, zeros follow: whoever
- * trusts its sizes must not read beyond its arrays. */
+/* Fills a record. Where its own header declares more than the shared grid, zeros follow, so that
+ * its sizes never exceed its arrays. */
 void unpackBlock(const Block& block, Cpluvek& record) {
     auto angles = zeros(block.shared.angleCount(), block.own.angleCount());
     auto values = zeros(block.shared.valueCount(), block.own.valueCount());
@@ -232,12 +233,12 @@ void unpackBlock(const Block& block, Cpluvek& record) {
     record.valid = 1;
 }
 
-/* Number of blocks that a file declares; 0 when it is no field record file or cannot hold them. */
+/* The number of blocks that a file declares; 0 for other files and for files too short for it. */
 int declaredBlocks(Bytes file) {
-    if (file.size() < kSmallestBlockBytes) return 0;
+    if (file.size() < kMinBlockBytes) return 0;
     if (std::memcmp(file.data(), kIdentification, sizeof kIdentification) != 0) return 0;
     const int declared = intAt(file, kRecordsOffset);
-    const std::size_t possible = file.size() / kSmallestBlockBytes;
+    const std::size_t possible = file.size() / kMinBlockBytes;
     return declared > 0 && static_cast<std::size_t>(declared) <= possible ? declared : 0;
 }
 
@@ -263,9 +264,9 @@ int Cpluvek::ReadDataFromFile(const char* file) {
     BlockReader reader(*bytes);
     for (int i = 0; i < blocks; ++i) {
         Block block;
-        const Verdict verdict = parseBlock(reader, block);
-        if (verdict == Verdict::kContradiction) clutter::base::report("Error in Cpluvek!\n");
-        if (verdict != Verdict::kSound) return 0;
+        const BlockCheck check = parseBlock(reader, block);
+        if (check == BlockCheck::kContradiction) clutter::base::report("Error in Cpluvek!\n");
+        if (check != BlockCheck::kSound) return 0;
         unpackBlock(block, this[i]);
         reader.firstGrid = block.shared;
     }

@@ -1,7 +1,7 @@
 /*
- * field_record_layout.h - layout of one block of a field record file, shared by reader and writer.
+ * field_record_layout.h - layout of a block of a field record file, for reader and writer.
  *
- * All numbers are in the machine's own byte order. A block is
+ * All numbers are in the byte order of the machine. A block is
  *
  *     header (1044 bytes) | count A, count B | A x B angles | count C, count D | C x D values
  */
@@ -13,13 +13,13 @@
 
 namespace clutter::model {
 
-/* Start of every block: a text with its terminator, compared as far as that. */
+/* Start of every block, compared with its terminator. */
 constexpr char kIdentification[20] = "PLUVEK V1.3  \x05\xAC\x1A\xE1\x40\x6F";
 
 constexpr std::size_t kHeaderBytes = 1044;
 constexpr std::size_t kCountPairBytes = 8;
-/* A block of no rays and no gates is at least this long: header and two pairs of counts. */
-constexpr std::size_t kSmallestBlockBytes = kHeaderBytes + 2 * kCountPairBytes;
+/* A block without rays and gates: header and two pairs of counts. */
+constexpr std::size_t kMinBlockBytes = kHeaderBytes + 2 * kCountPairBytes;
 
 /* How values are stored. Other codes are stored as float32. */
 constexpr int kUint8 = 2;
@@ -31,15 +31,22 @@ constexpr std::size_t storedValueBytes(int datatype) {
     return sizeof(float);
 }
 
+/* Members that the reader needs to check a block. */
+constexpr std::size_t kGatesOffset = 20;
+constexpr std::size_t kRaysOffset = 24;
+constexpr std::size_t kRecordsOffset = 64;
+constexpr std::size_t kDatatypeOffset = 1024;
+constexpr std::size_t kLastOffset = 1036;
+
 /*
- * Hands every member in the header to a visitor, with its offset: number(offset, value) for numbers
- * and arrays of numbers, text(offset, buffer, width) for texts, which fill at most width bytes of
- * the file. Bytes in no member are gaps, written as zeros.
+ * Passes every member of the header to a visitor: number(offset, value) for numbers and arrays of
+ * numbers, text(offset, buffer, width) for texts of at most width bytes in the file. All other
+ * bytes are gaps, written as zeros.
  */
 template <class Record, class Visitor>
 void visitHeader(Record& record, Visitor&& visitor) {
-    visitor.number(20, record.ngates);
-    visitor.number(24, record.nrays);
+    visitor.number(kGatesOffset, record.ngates);
+    visitor.number(kRaysOffset, record.nrays);
     visitor.number(28, record.coordtype);
     visitor.number(32, record.firstgate);
     visitor.number(36, record.gatesize);
@@ -49,7 +56,7 @@ void visitHeader(Record& record, Visitor&& visitor) {
     visitor.number(52, record.pulsedepth);
     visitor.number(56, record.rpm);
     visitor.number(60, record.nsamples);
-    visitor.number(64, record.nrecords);
+    visitor.number(kRecordsOffset, record.nrecords);
     visitor.number(200, record.axislimits);
     visitor.number(224, record.colormap);
     visitor.number(228, record.displaymin);
@@ -67,16 +74,11 @@ void visitHeader(Record& record, Visitor&& visitor) {
     visitor.text(520, record.ylabel, 100);
     visitor.text(620, record.name, 10);
     visitor.text(630, record.units, 10);
-    visitor.number(1024, record.datatype);
+    visitor.number(kDatatypeOffset, record.datatype);
     visitor.number(1028, record.scale);
-    visitor.number(1036, record.offset);
+    visitor.number(kLastOffset, record.offset);
+    static_assert(kLastOffset + sizeof record.offset == kHeaderBytes);
 }
-
-/* Members that the reader must know before it believes a block. */
-constexpr std::size_t kGatesOffset = 20;
-constexpr std::size_t kRaysOffset = 24;
-constexpr std::size_t kRecordsOffset = 64;
-constexpr std::size_t kDatatypeOffset = 1024;
 
 }  // namespace clutter::model
 

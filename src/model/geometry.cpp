@@ -1,5 +1,5 @@
 /*
- * The grid of a record turned, mirrored and put in order; polar offsets as map coordinates.
+ * Turns, mirrors and sorts the grid of a record; converts polar offsets to map coordinates.
  */
 #include <algorithm>
 #include <cmath>
@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "base/array.h"
+#include "base/constants.h"
 #include "clutterclassifier/CDSP.h"
 #include "clutterclassifier/Cpluvek.h"
 #include "model/coordinates.h"
@@ -30,7 +31,7 @@ std::unique_ptr<float[]> turned(const float* old, int ngates, int nrays) {
     return fresh;
 }
 
-/* The same angles with room for more rays; azimuths that nobody gave are 0. */
+/* Extends the angles for more rays, whose azimuths are 0. */
 void makeRoomForRays(float*& angles, int held, int wanted) {
     if (angles == nullptr || wanted <= held) return;
     std::unique_ptr<float[]> fresh(new float[static_cast<std::size_t>(wanted) + 1]());
@@ -79,9 +80,9 @@ int Cpluvek::SortPolarDataRays() {
 void Cpluvek::E1N1AzmRanToE2N2(double east1, double north1, double azimuth, double range,
                                double& east2, double& north2) {
     // Azimuth runs clockwise from north, the mathematical angle the other way from east.
-    double angle = kPi / 2.0 - azimuth;
-    if (angle < 0.0) angle += 2.0 * kPi;
-    if (angle > 2.0 * kPi) angle -= 2.0 * kPi;
+    double angle = clutter::base::kPi / 2.0 - azimuth;
+    if (angle < 0.0) angle += 2.0 * clutter::base::kPi;
+    if (angle > 2.0 * clutter::base::kPi) angle -= 2.0 * clutter::base::kPi;
     east2 = east1 + range * std::cos(angle);
     north2 = north1 + range * std::sin(angle);
 }

@@ -1,5 +1,5 @@
 /*
- * A scan of noise, for trying things out: uniform values on a full circle.
+ * A scan of uniform noise on a full circle, for experiments.
  */
 #include <algorithm>
 #include <climits>
@@ -8,6 +8,7 @@
 #include <memory>
 
 #include "base/array.h"
+#include "base/constants.h"
 #include "clutterclassifier/CDSP.h"
 #include "clutterclassifier/Cpluvek.h"
 #include "clutterclassifier/Ctiempo.h"
@@ -18,20 +19,20 @@ using clutter::base::cellCount;
 
 namespace {
 
-constexpr float kLowestValue = -10.0f;
-constexpr float kHighestValue = 60.0f;
-constexpr float kRadiansPerHalfTurn = static_cast<float>(clutter::model::kPi);
+constexpr float kMinValue = -10.0f;
+constexpr float kMaxValue = 60.0f;
 constexpr float kReach = 50000.0f;
 constexpr float kTick = 10000.0f;
 
-/* Part r of n of the full circle, in single precision from left to right. */
-float partOfCircle(int r, int n) {
-    return static_cast<float>(r) * 360.0f / static_cast<float>(n) * kRadiansPerHalfTurn / 180.0f;
+/* r / n of the full circle in radians, in single precision from left to right. */
+float fractionOfCircle(int r, int n) {
+    return static_cast<float>(r) * 360.0f / static_cast<float>(n) * clutter::base::kFloatPi /
+           180.0f;
 }
 
 std::unique_ptr<float[]> noise(std::size_t count) {
     std::unique_ptr<float[]> values(new float[count]());
-    CDSP().GenerateRandomNoise(values.get(), static_cast<int>(count), kLowestValue, kHighestValue);
+    CDSP().GenerateRandomNoise(values.get(), static_cast<int>(count), kMinValue, kMaxValue);
     return values;
 }
 
@@ -39,7 +40,7 @@ std::unique_ptr<float[]> fullCircle(int nrays) {
     std::unique_ptr<float[]> angles(new float[static_cast<std::size_t>(nrays) + 1]);
     float* out = angles.get();
     *out++ = 0.0f;
-    for (int r = 0; r < nrays; ++r) *out++ = partOfCircle(r, nrays);
+    for (int r = 0; r < nrays; ++r) *out++ = fractionOfCircle(r, nrays);
     return angles;
 }
 
@@ -60,7 +61,7 @@ void Cpluvek::CreateDataSpaceforPPI(int rays, int gates) {
     colorflag = 255;
     colormap = 0;
     wavelength = 320.0f;
-    beamwidth = partOfCircle(1, nrays);
+    beamwidth = fractionOfCircle(1, nrays);
     gatesize = 250.0f;
     pulsedepth = 2.0f;
     rpm = 2.0f;
@@ -68,7 +69,7 @@ void Cpluvek::CreateDataSpaceforPPI(int rays, int gates) {
     prf = 1300.0f;
     firstgate = 0;
     radarid = 0;
-    displaymin = -10.0f;
+    displaymin = kMinValue;
     displaymax = 50.0f;
     const float limits[6] = {-kReach, kReach, kTick, -kReach, kReach, kTick};
     std::copy(std::begin(limits), std::end(limits), axislimits);

@@ -1,3 +1,6 @@
+/*
+ * The four solutions for the specific attenuation of a ray.
+ */
 #include "corrections/attenuation/attenuation.h"
 
 #include <algorithm>
@@ -9,18 +12,18 @@
 namespace clutter::corrections {
 namespace {
 
-constexpr int kSlopeReach = 3;  // gates on each side of the phase slope
+constexpr int kSlopeReach = 3;  // gates on each side of the slope's gate
 
-/* z^b at the gates that take part. */
+/* z^b at precipitation gates. */
 std::vector<double> powersOf(const Ray& ray, const double* b) {
     std::vector<double> powers(static_cast<std::size_t>(ray.n), 0.0);
     for (int g = 0; g < ray.n; ++g) {
-        if (ray.takesPart(g)) powers[static_cast<std::size_t>(g)] = std::pow(ray.z[g], b[g]);
+        if (ray.isRain(g)) powers[static_cast<std::size_t>(g)] = std::pow(ray.z[g], b[g]);
     }
     return powers;
 }
 
-/* A factor of two coefficients, which rarely differ from gate to gate. */
+/* A function of two coefficients, cached because they rarely change from gate to gate. */
 class Factor {
   public:
     Factor(double (*compute)(double, double, double), double dphi)
@@ -46,32 +49,32 @@ void solveProfile(const Ray& ray, const CoefficientArrays& c, double* ah) {
     };
     double total = 0.0;
     for (int g = 0; g < ray.n; ++g) {
-        if (ray.takesPart(g)) total += term(g);
+        if (ray.isRain(g)) total += term(g);
     }
     Factor factor(profileFactor, ray.dphi);
     double beyond = 0.0;
     for (int g = ray.n - 1; g >= 0; --g) {
-        if (!ray.takesPart(g)) continue;
+        if (!ray.isRain(g)) continue;
         beyond += term(g);
         const double rise = factor.at(c.b[g], c.alpha[g]) - 1.0;
         ah[g] = powers[static_cast<std::size_t>(g)] * rise / (total + rise * beyond);
     }
 }
 
-/* Returns the constraint: the attenuated part of the whole ray and the last gate's factor. */
+/* Returns the constraint: the sum over the whole ray plus the factor of the last gate. */
 double solveFinalValue(const Ray& ray, const CoefficientArrays& c, double* ah) {
     const std::vector<double> powers = powersOf(ray, c.b);
     Factor factor(finalFactor, ray.dphi);
     double beyond = 0.0;
     for (int g = ray.n - 1; g >= 0; --g) {
-        if (!ray.takesPart(g)) continue;
+        if (!ray.isRain(g)) continue;
         const double power = powers[static_cast<std::size_t>(g)];
         beyond += kTwoWayNepers * c.b[g] * power * ray.dr;
         ah[g] = c.a[g] * power / (factor.at(c.b[g], c.alpha[g]) + c.a[g] * beyond);
     }
     double sum = 0.0, last = 0.0;
     for (int g = 0; g < ray.n; ++g) {
-        if (!ray.takesPart(g)) continue;
+        if (!ray.isRain(g)) continue;
         sum += kTwoWayNepers * c.a[g] * c.b[g] * powers[static_cast<std::size_t>(g)] * ray.dr;
         last = factor.at(c.b[g], c.alpha[g]);
     }
@@ -81,7 +84,7 @@ double solveFinalValue(const Ray& ray, const CoefficientArrays& c, double* ah) {
 void solveForward(const Ray& ray, const CoefficientArrays& c, double* ah) {
     double sum = 0.0;
     for (int g = 0; g < ray.n; ++g) {
-        if (!ray.takesPart(g)) continue;
+        if (!ray.isRain(g)) continue;
         const double power = std::pow(ray.z[g], c.b[g]);
         sum += kTwoWayNepers * c.b[g] * c.a[g] * power * ray.dr;
         ah[g] = c.a[g] * power / (1.0 - sum);
@@ -91,7 +94,7 @@ void solveForward(const Ray& ray, const CoefficientArrays& c, double* ah) {
 void followPhaseSlope(const Ray& ray, const CoefficientArrays& c, double* ah) {
     int run = 0;
     for (int last = 0; last < ray.n; ++last) {
-        run = ray.takesPart(last) ? run + 1 : 0;
+        run = ray.isRain(last) ? run + 1 : 0;
         if (run < 2 * kSlopeReach + 1) continue;
         const int g = last - kSlopeReach;
         const double rise = ray.phidp[g + kSlopeReach] - ray.phidp[g - kSlopeReach];

@@ -1,8 +1,7 @@
 /*
  * attenuation.h - specific attenuation along one ray, for one set of coefficients.
  *
- * This is the exact evaluation: double precision, sums in the stated order, the C library's power.
- * A power that was just computed for the same arguments is not computed again.
+ * The exact evaluation: double precision, sums in the stated order, the C library's power.
  */
 #ifndef CLUTTER_CORRECTIONS_ATTENUATION_ATTENUATION_H
 #define CLUTTER_CORRECTIONS_ATTENUATION_ATTENUATION_H
@@ -16,23 +15,23 @@ constexpr double kTwoWayNepers = 0.46;
 
 /* Ah = alpha Kdp and Ah = a z^b. */
 struct Coefficients {
-    double alpha; /* dB/deg */
+    double alpha;  // dB/deg
     double a;
     double b;
 };
 
 constexpr Coefficients kNominal{0.073, 3e-05, 0.78};
 
-/* One ray: n gates of dr km. A mask of exactly 0.0 marks a gate that takes part. */
+/* One ray: n gates of dr km. A mask of exactly 0.0 marks a precipitation gate. */
 struct Ray {
-    const double* z; /* linear reflectivity */
+    const double* z;  // linear reflectivity
     const double* mask;
-    const double* phidp; /* degrees */
+    const double* phidp;  // degrees
     int n;
     double dr;
-    double dphi; /* rise of the phase over the ray, degrees */
+    double dphi;  // rise of the phase over the ray, degrees
 
-    bool takesPart(int g) const { return mask[g] == 0.0; }
+    bool isRain(int g) const { return mask[g] == 0.0; }
 };
 
 /* The coefficients of every gate. */
@@ -48,8 +47,8 @@ double profileFactor(double b, double alpha, double dphi);
 /* U^b of the final-value solution. */
 double finalFactor(double b, double alpha, double dphi);
 
-/* Writes ah at every gate, 0 where nothing takes part or the method is unknown. constraintSum is
- * written by the final-value solution only. */
+/* Writes ah at every gate: 0 at other than precipitation gates and for an unknown method. Only the
+ * final-value solution writes constraintSum. */
 void computeAttenuation(const Ray& ray, const CoefficientArrays& coefficients, int method,
                         double* ah, double& constraintSum);
 

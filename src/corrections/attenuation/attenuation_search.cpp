@@ -1,3 +1,6 @@
+/*
+ * The search: screening where its bounds hold, then the exact costs of the remaining trials.
+ */
 #include "corrections/attenuation/attenuation_search.h"
 
 #include <algorithm>
@@ -9,7 +12,7 @@
 namespace clutter::corrections {
 namespace {
 
-/* Evaluates trials exactly, in arrays of its own. */
+/* Exact costs of trials, computed in its own arrays. */
 class ExactCosts {
   public:
     explicit ExactCosts(const Search& search)
@@ -24,7 +27,7 @@ class ExactCosts {
         double sum = 0.0;
         long long count = 0;
         for (int g = 0; g < search_.ray.n; ++g) {
-            if (!search_.ray.takesPart(g)) continue;
+            if (!search_.ray.isRain(g)) continue;
             sum += std::fabs(out.rebuilt[g] - search_.ray.phidp[g]);
             ++count;
         }
@@ -37,12 +40,12 @@ class ExactCosts {
 };
 
 /* The first of the candidates (ascending) whose exact cost is the smallest. */
-int settle(const Search& search, const Trials& trials, const std::vector<int>& candidates) {
+int pickBest(const Search& search, const Trials& trials, const std::vector<int>& candidates) {
     if (candidates.size() == 1) return candidates[0];
     ExactCosts costs(search);
     int best = candidates[0];
     double bestCost = costs.of(trials.at(best));
-    if (best == 0 && std::isnan(bestCost)) return 0;  // never undercut
+    if (best == 0 && std::isnan(bestCost)) return 0;  // no cost is below NaN
     for (std::size_t k = 1; k < candidates.size(); ++k) {
         const double cost = costs.of(trials.at(candidates[k]));
         if (cost < bestCost || std::isnan(bestCost)) {
@@ -74,10 +77,10 @@ void evaluateTrial(const Search& search, const Coefficients& trial, const Evalua
 
 int findBestTrial(const Search& search, const Trials& trials) {
     if (trials.count() == 1 || everyCostIsUndefined(search)) return 0;
-    if (canScreen(search, trials)) return settle(search, trials, screenTrials(search, trials));
+    if (canScreen(search, trials)) return pickBest(search, trials, screenTrials(search, trials));
     std::vector<int> all(trials.alpha.size());
     std::iota(all.begin(), all.end(), 0);
-    return settle(search, trials, all);
+    return pickBest(search, trials, all);
 }
 
 }  // namespace clutter::corrections

@@ -1,5 +1,5 @@
 /*
- * attenuation_search.h - which of many coefficient sets rebuilds the measured phase best.
+ * attenuation_search.h - finds the coefficient set that rebuilds the measured phase best.
  */
 #ifndef CLUTTER_CORRECTIONS_ATTENUATION_ATTENUATION_SEARCH_H
 #define CLUTTER_CORRECTIONS_ATTENUATION_ATTENUATION_SEARCH_H
@@ -10,17 +10,17 @@
 
 namespace clutter::corrections {
 
-/* What the trials of one ray share. */
+/* The common input of all trials of a ray. */
 struct Search {
     Ray ray;
     int method;
-    double phi0;          /* phase at which the rebuilt phase starts, degrees */
-    const double* select; /* null, or 1.0 at the gates whose coefficients are tried */
+    double phi0;           // start of the rebuilt phase, degrees
+    const double* select;  // null, or 1.0 at gates whose coefficients vary; others are nominal
 
     bool isTried(int g) const { return select == nullptr || select[g] == 1.0; }
 };
 
-/* Trial i is alpha[i], a[i], b[i]; all positive, b below 1. */
+/* Trial i is alpha[i], a[i], b[i]: all positive, b below 1. */
 struct Trials {
     std::vector<double> alpha;
     std::vector<double> a;
@@ -33,13 +33,13 @@ struct Trials {
     }
 };
 
-/* What one coefficient set gives at every gate of the ray. */
+/* The results of one coefficient set, at every gate of the ray. */
 struct Evaluation {
     double* alpha;
     double* a;
     double* b;
     double* ah;
-    double* rebuilt; /* phase, degrees */
+    double* rebuilt;  // phase, degrees
 };
 
 /* The exact evaluation of one coefficient set. constraintSum as in computeAttenuation(). */
@@ -47,9 +47,9 @@ void evaluateTrial(const Search& search, const Coefficients& trial, const Evalua
                    double& constraintSum);
 
 /*
- * The trial of the smallest cost, the mean of |rebuilt - measured phase| over the gates that take
- * part, as evaluateTrial() gives it; the first among equals. A cost that is no number wins for
- * trial 0 only. At least one trial must be given.
+ * The trial of the smallest cost: the mean of |rebuilt - measured phase| over precipitation gates,
+ * as by evaluateTrial(). The first among equals. NaN as a cost wins for trial 0 only. At least one
+ * trial is required.
  */
 int findBestTrial(const Search& search, const Trials& trials);
 

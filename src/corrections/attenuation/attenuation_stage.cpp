@@ -1,6 +1,6 @@
 /*
- * The attenuation stage: offset and smoothing of the differential phase, correction of the rain
- * part of every ray, diagnostic fields.
+ * The attenuation stage: offset and smoothing of the differential phase, correction of the rain in
+ * every ray, diagnostic fields.
  */
 #include <algorithm>
 #include <cmath>
@@ -17,17 +17,17 @@ using namespace clutter::model;
 
 namespace {
 
-constexpr int kOffsetRun = 10;  // gates, of the phase's offset
-constexpr double kNoPhase = -30.0;
+constexpr int kOffsetGates = 10;  // in a row, for the offset of the phase
+constexpr double kNoPhaseDeg = -30.0;
 constexpr int kCorrected = 1;
 
-void takeOffPhaseOffset(Crres& c) {
+void removePhaseOffset(Crres& c) {
     const int ngates = c.zhh.ngates, nrays = c.zhh.nrays;
     const float byCorrelation =
-        c.radarpro.GetInitialPDP(c.pdp.data, c.rhv.data, ngates, nrays, kOffsetRun);
+        c.radarpro.GetInitialPDP(c.pdp.data, c.rhv.data, ngates, nrays, kOffsetGates);
     clutter::base::report("phase0 = %1.2f\n", static_cast<double>(byCorrelation));
     const float byClass =
-        c.radarpro.GetInitialPDP_usingCPI(c.pdp.data, c.ccl.data, ngates, nrays, kOffsetRun);
+        c.radarpro.GetInitialPDP_usingCPI(c.pdp.data, c.ccl.data, ngates, nrays, kOffsetGates);
     clutter::base::report("phase0 = %1.2f\n", static_cast<double>(byClass));
     c.radarpro.CorrectPDPOffset(c.pdp.data, ngates, nrays, byClass);
 }
@@ -70,7 +70,7 @@ class RayCorrector {
     }
 
   private:
-    /* Gates before the melting layer; all but the last where the beam stays below it. */
+    /* Number of gates before the melting layer; n - 1 where the beam stays below it. */
     int rainGates(const float* freezingLevel) const {
         for (int g = 0; g < n_; ++g) {
             if (heights_[static_cast<std::size_t>(g)] >= meltingLayerBase(freezingLevel[g])) {
@@ -80,7 +80,7 @@ class RayCorrector {
         return n_ - 1;
     }
 
-    /* Only precipitation of the path has a linear reflectivity: nothing else is looked at. */
+    /* Only precipitation gates of the path get their linear reflectivity: others are not used. */
     void load(std::ptrdiff_t at, int path) {
         const float* const dbz = c_.zhh.data + at;
         std::copy_n(c_.pdp.data + at, n_, phase_.begin());
@@ -89,13 +89,13 @@ class RayCorrector {
             const std::size_t gate = static_cast<std::size_t>(g);
             z_[gate] = mask_[gate] == 0.0 ? toLinear(dbz[g]) : 1.0;
         }
-        std::fill(rebuilt_.begin(), rebuilt_.end(), kNoPhase);
+        std::fill(rebuilt_.begin(), rebuilt_.end(), kNoPhaseDeg);
         for (std::vector<double>* values : {&ah_, &alpha_, &a_, &b_}) {
             std::fill(values->begin(), values->end(), 0.0);
         }
     }
 
-    /* Gates from the melting layer on are raised by the whole ray's attenuation. */
+    /* Gates in and past the melting layer are raised by the attenuation of the whole ray. */
     void storeReflectivity(std::ptrdiff_t at, int path, bool corrected, float pia) {
         float* const dbz = c_.zhh.data + at;
         for (int g = 0; g < path; ++g) {
@@ -135,7 +135,7 @@ void Crres::AttenuationCorrection() {
         clutter::base::report("Some input variables are missing!\n");
         return;
     }
-    takeOffPhaseOffset(*this);
+    removePhaseOffset(*this);
     dsp.Conv2DPPI(pdp.data, pdp.data, ccl.data, zhh.ngates, zhh.nrays, gates2ave_pdp, rays2ave_pdp,
                   0);
     createDiagnosticFields(*this);

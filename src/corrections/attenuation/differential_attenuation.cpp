@@ -9,18 +9,18 @@
 namespace {
 
 constexpr int kFarGates = 20;
-constexpr double kLeastPhaseRiseDeg = 20.0;
+constexpr double kMinPhaseRiseDeg = 20.0;
 constexpr double kFirstGamma = 0.01;
 constexpr double kGammaStep = 0.001;
-constexpr double kLightRainZ = 100.0;  // at most 20 dBZ: round drops
-constexpr long long kMostSteps = 50000000;
+constexpr double kMaxLightRainZ = 100.0;  // 20 dBZ: drops are round
+constexpr long long kMaxSteps = 50000000;
 
 struct FarEnd {
     double z;
     double zdr;
 };
 
-/* Means over the last gates that take part; nothing when there are too few. */
+/* Means over the last precipitation gates; no result when there are too few. */
 std::optional<FarEnd> averageFarEnd(const double* z, const double* zdr, const double* mask, int n) {
     FarEnd sum{0.0, 0.0};
     int count = 0;
@@ -34,16 +34,16 @@ std::optional<FarEnd> averageFarEnd(const double* z, const double* zdr, const do
     return FarEnd{sum.z / kFarGates, sum.zdr / kFarGates};
 }
 
-/* The differential reflectivity (dB) expected of rain of this reflectivity. */
+/* The expected differential reflectivity (dB) of rain with this reflectivity. */
 double intrinsicZdr(double z) {
-    return z > kLightRainZ ? 0.48 * std::log10(z) - 0.774 : 0.0;
+    return z > kMaxLightRainZ ? 0.48 * std::log10(z) - 0.774 : 0.0;
 }
 
-/* Steps gamma as long as the far end gets closer to the target and gamma stays positive; the step
- * that got no closer is not taken back. */
+/* Steps gamma while the far end gets closer to the target and gamma stays positive. The last step,
+ * which came no closer, is not undone. */
 double fitGamma(double path, double alpha, double measured, double target) {
     double gamma = kFirstGamma, previous = 1e9;
-    for (long long step = 0; step < kMostSteps; ++step) {
+    for (long long step = 0; step < kMaxSteps; ++step) {
         const double difference = 2.0 * gamma / alpha * path + measured - target;
         if (!(std::fabs(difference) < std::fabs(previous)) || !(gamma > 0.0)) break;
         gamma += difference <= 0.0 ? kGammaStep : -kGammaStep;
@@ -57,7 +57,7 @@ double fitGamma(double path, double alpha, double measured, double target) {
 int Cradarpro::Adp_optimal(const double* z, const double* zdr, const double* ah, int n, double dr,
                            double alphaOpt, double dphi, const double* mask, double* zdrcorr,
                            double& gamma, double& pida) {
-    if (!(dphi > kLeastPhaseRiseDeg)) return 0;
+    if (!(dphi > kMinPhaseRiseDeg)) return 0;
     const auto farEnd = averageFarEnd(z, zdr, mask, n);
     if (!farEnd) return 0;
     double path = 0.0;

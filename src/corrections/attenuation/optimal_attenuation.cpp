@@ -18,7 +18,7 @@ namespace {
 constexpr int kDisabled = -1;
 constexpr int kForwardNominal = 6;  // needs no measured phase
 constexpr int kTrials = 1000;
-constexpr int kRunGates = 20;
+constexpr int kRunGates = 20;  // in a row, for the phase at either end
 constexpr double kSelectedAlphaMax = 0.3;
 
 struct Range {
@@ -64,7 +64,7 @@ double meanOfRun(const double* values) {
     return sum / kRunGates;
 }
 
-/* Mean phase of the first 20 gates in a row that take part, starting before gate n - 20. */
+/* Mean phase of the first 20 precipitation gates in a row that start before gate n - 20. */
 std::optional<double> phaseAtStart(const double* phidp, const double* mask, int n) {
     int run = 0;
     for (int g = 0; g < n - 1; ++g) {
@@ -74,7 +74,7 @@ std::optional<double> phaseAtStart(const double* phidp, const double* mask, int 
     return std::nullopt;
 }
 
-/* The same of the last such gates, starting at gate 2 or later. */
+/* The same for the last such gates that start at gate 2 or later. */
 std::optional<double> phaseAtEnd(const double* phidp, const double* mask, int n) {
     int run = 0;
     for (int g = n - 1; g >= 2; --g) {
@@ -84,7 +84,7 @@ std::optional<double> phaseAtEnd(const double* phidp, const double* mask, int n)
     return std::nullopt;
 }
 
-/* Draws the trials of an algorithm; an unknown one has the nominal coefficients only. The order of
+/* Draws the trials of an algorithm; an unknown one has only the nominal coefficients. The order of
  * the draws is fixed: a, b, alpha. */
 Trials drawTrials(const Algorithm* algorithm, bool selected) {
     const bool searches = algorithm != nullptr && algorithm->searches;
@@ -103,13 +103,13 @@ Trials drawTrials(const Algorithm* algorithm, bool selected) {
     return trials;
 }
 
-/* Raises the gates that take part by the attenuation on the way to and back from them; returns that
- * of the whole ray. zcorr may be ray.z. */
+/* Raises precipitation gates by the two-way attenuation of their path. Returns that of the whole
+ * ray. zcorr may be ray.z. */
 double correctReflectivity(const Ray& ray, const double* ah, double* zcorr) {
     double pia = 0.0;
     for (int g = 0; g < ray.n; ++g) {
         pia += 2.0 * ah[g] * ray.dr;
-        if (ray.takesPart(g)) zcorr[g] = std::pow(10.0, (10.0 * std::log10(ray.z[g]) + pia) / 10.0);
+        if (ray.isRain(g)) zcorr[g] = std::pow(10.0, (10.0 * std::log10(ray.z[g]) + pia) / 10.0);
     }
     return pia;
 }

@@ -1,3 +1,6 @@
+/*
+ * Powers by a polynomial, and the step from gate to gate, for all lanes at once.
+ */
 #include "corrections/attenuation/trial_lanes.h"
 
 #include <bit>
@@ -6,17 +9,17 @@
 #include <cstdint>
 
 #include "base/kernel.h"
+#include "base/power_series.h"
 
 namespace clutter::corrections {
 namespace {
 
-/* 2^f for f in [-0.5, 0.5], least relative error. */
+/* 2^f for f in [-0.5, 0.5]: the polynomial of least relative error. */
 constexpr double kPower[] = {1.0000000005541687,    0.6931472057372476,   0.24022646890590554,
                              0.05550328777000997,   0.009618488961886162, 0.0013399931207221938,
                              0.00015345810704741648};
-/* Adding it rounds to a whole number, which is then found in the lowest bits. */
-constexpr double kRounder = 0x1.8p52;
-constexpr int kExponentShift = 52;
+using base::kMantissaBits;
+using base::kRounder;
 
 inline double powerOfTwo(double x) {
     const double shifted = x + kRounder;
@@ -28,19 +31,19 @@ inline double powerOfTwo(double x) {
     p = p * f + kPower[2];
     p = p * f + kPower[1];
     p = p * f + kPower[0];
-    const std::uint64_t whole = std::bit_cast<std::uint64_t>(shifted) << kExponentShift;
+    const std::uint64_t whole = std::bit_cast<std::uint64_t>(shifted) << kMantissaBits;
     return std::bit_cast<double>(std::bit_cast<std::uint64_t>(p) + whole);
 }
 
-/* Takes a group on from one gate to another. */
+/* Advances a group from one gate to another. */
 template <bool kSharedPower, bool kForwardSolution>
 inline void walkGates(const double* powers, const Gates& gates, const Terms* terms, int from,
                       int to, Walk& walk) {
     const double* measured = gates.phase.data();
-    const unsigned char* kind = gates.kind.data();
+    const GateKind* kind = gates.kind.data();
     Walk w = walk;
     for (int g = from; g < to; ++g) {
-        const Terms& t = terms[kind[g]];
+        const Terms& t = terms[index(kind[g])];
         const double* row = powers + static_cast<std::ptrdiff_t>(g) * (kSharedPower ? 1 : kLanes);
         for (int l = 0; l < kLanes; ++l) {
             const double power = kSharedPower ? row[0] : row[l];
@@ -70,9 +73,9 @@ CLUTTER_KERNEL void approximatePowers(const double* x, double* __restrict powers
 CLUTTER_KERNEL void raiseGates(const Gates& gates, const Terms* terms, int from, int to,
                                double* __restrict powers) {
     const double* log2z = gates.log2z.data();
-    const unsigned char* kind = gates.kind.data();
+    const GateKind* kind = gates.kind.data();
     for (int g = from; g < to; ++g) {
-        const Terms& t = terms[kind[g]];
+        const Terms& t = terms[index(kind[g])];
         double* row = powers + static_cast<std::ptrdiff_t>(g) * kLanes;
         for (int l = 0; l < kLanes; ++l) row[l] = powerOfTwo(t.exponent[l] * log2z[g]);
     }
@@ -80,11 +83,11 @@ CLUTTER_KERNEL void raiseGates(const Gates& gates, const Terms* terms, int from,
 
 CLUTTER_KERNEL void sumGates(const double* powers, const Gates& gates, const Terms* terms,
                              double* __restrict total) {
-    const unsigned char* kind = gates.kind.data();
+    const GateKind* kind = gates.kind.data();
     const int n = gates.count();
     for (int l = 0; l < kLanes; ++l) total[l] = 0.0;
     for (int g = 0; g < n; ++g) {
-        const Terms& t = terms[kind[g]];
+        const Terms& t = terms[index(kind[g])];
         const double* row = powers + static_cast<std::ptrdiff_t>(g) * kLanes;
         for (int l = 0; l < kLanes; ++l) total[l] += t.weight[l] * row[l];
     }

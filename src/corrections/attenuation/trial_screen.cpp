@@ -1,14 +1,24 @@
 /*
- * The bounds. Let d be the relative error of z^b and of any sum of such positive terms, rounding of
- * both evaluations included. The denominator is off by at most
+ * Trials are sorted so that neighbours have similar costs, and grouped. A group walks along the ray
+ * in chunks of gates; after each chunk, it is dropped if none of its lanes can still win:
+ *
+ *      trials, sorted  | group 0 | group 1 | ... | group 8 | ...    kLanes trials in a group
+ *      order of visits   trial 0's group first, then groups 0, 8, 16, ..., 1, 9, 17, ...  (kStride)
+ *
+ *      gates           | chunk | chunk | ...                       kChunkGates gates in a chunk
+ *      lane 0 (trial)    ----------x                               dropped with its whole group
+ *      lane 1            ----------x
+ *
+ * The bounds. Let d be the relative error of z^b and of any sum of such positive terms, including
+ * the rounding of both evaluations. The denominator is off by at most
  *
  *   profile      2 d I F, of at least I              final value  d (U^b + 2 a I), of at least U^b
- *   forward      d S, of at least the nearest |1 - S| met, where S is the sum so far
+ *   forward      d S, of at least the nearest |1 - S| met, where S is the sum up to the gate
  *
- * which bounds the relative error of each step of the phase; the phase is off by at most that times
- * the sum of the steps' sizes, and so is the mean of its distances. The factor of 4 in sigma leaves
- * room for the terms of second order, which count for less than a thousandth where sigma < 0.001; a
- * larger sigma is taken for "unknown".
+ * which bounds the relative error of each step of the phase. The error of the phase is at most that
+ * times the sum of the magnitudes of the steps, and so is the error of the mean of its distances.
+ * The factor of 4 in sigma covers the terms of second order, which are below a thousandth where
+ * sigma < 0.001; a larger sigma counts as unknown.
  */
 #include "corrections/attenuation/trial_screen.h"
 
@@ -22,35 +32,38 @@
 namespace clutter::corrections {
 namespace {
 
-constexpr int kChunkGates = 32;  // between two looks at who is still in the race
+constexpr int kChunkGates = 32;  // between two pruning checks
 constexpr int kStride = 8;       // between groups visited one after the other
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
 constexpr double kUnitRoundoff = 0x1p-53;
-constexpr double kLargestSigma = 1e-3;
+constexpr double kMaxSigma = 1e-3;
 
 /*
- * Inputs for which neither powers nor sums can leave the range of numbers. With b from 0.1 to 1,
- * z^b is within 1e-110..1e30 and e = 0.46 b z^b dr a above 1e-130; the rates are 0 or above 1e-26,
- * and so, wherever sigma is known, a step of the phase is 0 or above 1e-200: far from 2e-308, below
- * which roundings are not relative. The argument of the approximate power is within +-366; its two
- * roundings add less than 1e-13 to the power's relative error, which has 2e-9 to spare.
+ * Inputs for which powers and sums cannot overflow or underflow. With b from 0.1 to 1, z^b is
+ * within 1e-110..1e30 and e = 0.46 b z^b dr a above 1e-130; the rates are 0 or above 1e-26. So,
+ * where sigma is known, a step of the phase is 0 or above 1e-200, far above 2e-308, below which
+ * rounding errors are not relative. The argument of the approximate power is within +-366; its two
+ * roundings add less than 1e-13 to the relative error of the power, whose bound has a margin of
+ * 2e-9.
  */
-constexpr double kLeastZ = 1e-110, kLargestZ = 1e30;
-constexpr double kLeastExponent = 0.1, kLargestExponent = 1.0;
-constexpr double kLeastStep = 1e-9, kLargestStep = 1e6;
-constexpr double kLargestPhase = 1e4;
+constexpr double kMinZ = 1e-110, kMaxZ = 1e30;
+constexpr double kMinAlpha = 1e-3, kMaxAlpha = 10.0;
+constexpr double kMinA = 1e-8, kMaxA = 1.0;
+constexpr double kMinB = 0.1, kMaxB = 1.0;
+constexpr double kMinSpacingKm = 1e-9, kMaxSpacingKm = 1e6;
+constexpr double kMaxPhaseDeg = 1e4;
 
-bool within(double value, double least, double largest) {
-    return value >= least && value <= largest;  // false for NaN
+bool within(double value, double min, double max) {
+    return value >= min && value <= max;  // false for NaN
 }
 
 Gates packGates(const Search& search) {
     Gates gates;
     for (int g = 0; g < search.ray.n; ++g) {
-        if (!search.ray.takesPart(g)) continue;
+        if (!search.ray.isRain(g)) continue;
         gates.log2z.push_back(std::log2(search.ray.z[g]));
         gates.phase.push_back(search.ray.phidp[g] - search.phi0);
-        gates.kind.push_back(search.isTried(g) ? 0 : 1);
+        gates.kind.push_back(search.isTried(g) ? GateKind::kVaried : GateKind::kFixed);
     }
     return gates;
 }
@@ -69,6 +82,8 @@ class Screen {
     void finishTerms(Terms& terms, int lane, const Coefficients& c);
     void raiseOnDemand(int from, int to);
     void walkGroup(int first);
+    Terms& tried() { return terms_[index(GateKind::kVaried)]; }
+    Terms& nominal() { return terms_[index(GateKind::kFixed)]; }
     bool isForward() const { return search_.method == kForward; }
     bool sharesPowers() const { return !gates_.sharedPowers.empty(); }
     double errorOf(int lane) const;
@@ -79,19 +94,19 @@ class Screen {
     const Search& search_;
     const Trials& trials_;
     Gates gates_;
-    double rounding_;     /* relative, of sums over all gates */
-    double largestPhase_; /* measured, with phi0 */
+    double rounding_;  // relative error of sums over all gates
+    double maxPhase_;  // magnitude of the measured phase and phi0
     double powerError_ = kPowerError;
     decltype(&walkBackwardSolution) kernel_ = walkBackwardSolution;
-    std::vector<double> powers_; /* of the group, gate by gate */
-    Terms terms_[2] = {};
+    std::vector<double> powers_;  // of the group, gate by gate
+    Terms terms_[kGateKinds] = {};
     Walk walk_{};
-    Lanes total_ = {};           /* of e over the ray; backward solutions */
-    std::vector<int> order_;     /* trials as they are grouped */
-    Lanes floor_ = {};           /* the exact cost is a number not below it, or no number */
-    Lanes sigma_ = {};           /* relative error of the phase's steps; backward solutions */
-    double bound_ = kInfinity;   /* some trial's exact cost is not above it */
-    std::vector<double> lowest_; /* of each trial: its exact cost is not below it */
+    Lanes total_ = {};            // of e over the ray; backward solutions
+    std::vector<int> order_;      // trials, sorted for grouping
+    Lanes floor_ = {};            // lower bound of each lane's exact cost, unless that is NaN
+    Lanes sigma_ = {};            // relative error of the phase's steps; backward solutions
+    double bound_ = kInfinity;    // upper bound of the best exact cost
+    std::vector<double> lowest_;  // lower bound of each trial's exact cost
 };
 
 Screen::Screen(const Search& search, const Trials& trials)
@@ -99,10 +114,10 @@ Screen::Screen(const Search& search, const Trials& trials)
       trials_(trials),
       gates_(packGates(search)),
       rounding_((8.0 * gates_.count() + 64.0) * kUnitRoundoff),
-      largestPhase_(std::fabs(search.phi0)),
+      maxPhase_(std::fabs(search.phi0)),
       lowest_(trials.alpha.size(), kInfinity) {
     for (const double phase : gates_.phase) {
-        largestPhase_ = std::max(largestPhase_, std::fabs(phase) + std::fabs(search.phi0));
+        maxPhase_ = std::max(maxPhase_, std::fabs(phase) + std::fabs(search.phi0));
     }
     const bool oneExponent =
         std::all_of(trials.b.begin(), trials.b.end(), [&](double b) { return b == trials.b[0]; });
@@ -117,7 +132,7 @@ Screen::Screen(const Search& search, const Trials& trials)
     arrange();
 }
 
-/* Groups trials that will fare alike, so that whole groups can be given up. */
+/* Sorts trials by expected cost, so that whole groups can be dropped. */
 void Screen::arrange() {
     double weight = 0.0, moment = 0.0;
     for (const double log2z : gates_.log2z) {
@@ -140,28 +155,28 @@ void Screen::arrange() {
     });
 }
 
-/* A group's last lanes repeat the last trial. */
+/* The last lanes of the last group repeat the last trial. */
 Coefficients Screen::trialOf(int first, int lane) const {
-    const int place = std::min(first + lane, trials_.count() - 1);
-    return trials_.at(order_[static_cast<std::size_t>(place)]);
+    const int position = std::min(first + lane, trials_.count() - 1);
+    return trials_.at(order_[static_cast<std::size_t>(position)]);
 }
 
-/* The only powers of the ray, when b does not change from trial to trial. */
+/* The powers of the ray where b is the same in all trials. */
 void Screen::sharePowers() {
     kernel_ = walkShared;
     powerError_ = 0.0;
     const Coefficients trial = trials_.at(0);
     for (int g = 0; g < search_.ray.n; ++g) {
-        if (!search_.ray.takesPart(g)) continue;
+        if (!search_.ray.isRain(g)) continue;
         const double b = search_.isTried(g) ? trial.b : kNominal.b;
         gates_.sharedPowers.push_back(std::pow(search_.ray.z[g], b));
     }
-    setTerms(terms_[0], 0, trial);
-    setTerms(terms_[1], 0, kNominal);
+    setTerms(tried(), 0, trial);
+    setTerms(nominal(), 0, kNominal);
     double total = 0.0;
     for (int g = 0; g < gates_.count(); ++g) {
         const std::size_t k = static_cast<std::size_t>(g);
-        total += terms_[gates_.kind[k]].weight[0] * gates_.sharedPowers[k];
+        total += terms_[index(gates_.kind[k])].weight[0] * gates_.sharedPowers[k];
     }
     std::fill(total_, total_ + kLanes, total);
 }
@@ -172,7 +187,7 @@ void Screen::setTerms(Terms& terms, int lane, const Coefficients& c) const {
     if (isForward()) terms.weight[lane] *= c.a;
 }
 
-/* Completes a lane's terms, for which the total may be needed, and its sigma. */
+/* Completes the terms of a lane, some of which need the total, and its sigma. */
 void Screen::finishTerms(Terms& terms, int lane, const Coefficients& c) {
     const double d = powerError_ + rounding_;
     const double perAlpha = 2.0 * search_.ray.dr / c.alpha;
@@ -200,8 +215,8 @@ void Screen::finishTerms(Terms& terms, int lane, const Coefficients& c) {
 
 void Screen::startGroup(int first) {
     for (int lane = 0; lane < kLanes; ++lane) {
-        setTerms(terms_[0], lane, trialOf(first, lane));
-        setTerms(terms_[1], lane, kNominal);
+        setTerms(tried(), lane, trialOf(first, lane));
+        setTerms(nominal(), lane, kNominal);
     }
     if (!isForward() && !sharesPowers()) {
         raiseGates(gates_, terms_, 0, gates_.count(), powers_.data());
@@ -209,32 +224,31 @@ void Screen::startGroup(int first) {
     }
     std::fill(sigma_, sigma_ + kLanes, 0.0);
     for (int lane = 0; lane < kLanes; ++lane) {
-        finishTerms(terms_[0], lane, trialOf(first, lane));
-        if (search_.select != nullptr) finishTerms(terms_[1], lane, kNominal);
+        finishTerms(tried(), lane, trialOf(first, lane));
+        if (search_.select != nullptr) finishTerms(nominal(), lane, kNominal);
     }
     walk_ = Walk{};
     std::fill(walk_.nearest, walk_.nearest + kLanes, kInfinity);
     std::fill(floor_, floor_ + kLanes, -kInfinity);
 }
 
-/* The forward solution needs no total: powers beyond the gate where a group is given up are never
+/* The forward solution needs no total: the powers of a dropped group's remaining gates are never
  * computed. */
 void Screen::raiseOnDemand(int from, int to) {
     if (isForward()) raiseGates(gates_, terms_, from, to, powers_.data());
 }
 
-/* How far the cost of a lane may be off so far; infinite where that is not known. */
+/* Bound of the error of a lane's cost up to the gate; infinite where unknown. */
 double Screen::errorOf(int lane) const {
     const double d = powerError_ + rounding_;
     const double sigma =
         isForward() ? 4.0 * d * (1.0 + walk_.before[lane] / walk_.nearest[lane]) : sigma_[lane];
-    if (!(sigma < kLargestSigma)) return kInfinity;
+    if (!(sigma < kMaxSigma)) return kInfinity;
     const double reach = isForward() ? walk_.reach[lane] : walk_.phase[lane];
-    return (sigma + 2.0 * rounding_) * reach +
-           2.0 * rounding_ * (costOf(lane) + reach + largestPhase_);
+    return (sigma + 2.0 * rounding_) * reach + 2.0 * rounding_ * (costOf(lane) + reach + maxPhase_);
 }
 
-/* Costs only grow along the ray: a lane that is beyond the best already cannot win. */
+/* Costs only grow along the ray: a lane already worse than the best cannot win. */
 bool Screen::anyCanWin() {
     bool any = false;
     for (int lane = 0; lane < kLanes; ++lane) {
@@ -248,10 +262,11 @@ bool Screen::anyCanWin() {
 void Screen::record(int first, bool finished) {
     const int n = std::min(kLanes, trials_.count() - first);
     for (int lane = 0; finished && lane < n; ++lane) {
-        const std::size_t place = static_cast<std::size_t>(first) + static_cast<std::size_t>(lane);
-        const int trial = order_[place];
+        const std::size_t position =
+            static_cast<std::size_t>(first) + static_cast<std::size_t>(lane);
+        const int trial = order_[position];
         const double cost = costOf(lane), error = errorOf(lane);
-        // Trial 0 wins if its cost is no number, which only a finite bound rules out.
+        // Trial 0 wins if its cost is NaN, which only a finite bound rules out.
         const bool unknown = trial == 0 && !std::isfinite(cost + error);
         lowest_[static_cast<std::size_t>(trial)] = unknown ? -kInfinity : floor_[lane];
         if (cost + error < bound_) bound_ = cost + error;
@@ -272,11 +287,11 @@ void Screen::walkGroup(int first) {
 }
 
 std::vector<int> Screen::candidates() {
-    // The group of trial 0 first, so that it is not given up; then from all over the range, so that
-    // a good bound is found soon.
+    // The group of trial 0 first, so that it is never dropped; then groups from the whole range, so
+    // that a good bound is found early.
     const int groups = (trials_.count() + kLanes - 1) / kLanes;
-    const auto place = std::find(order_.begin(), order_.end(), 0) - order_.begin();
-    const int firstGroup = static_cast<int>(place) / kLanes;
+    const auto position = std::find(order_.begin(), order_.end(), 0) - order_.begin();
+    const int firstGroup = static_cast<int>(position) / kLanes;
     walkGroup(firstGroup * kLanes);
     for (int offset = 0; offset < kStride; ++offset) {
         for (int k = offset; k < groups; k += kStride) {
@@ -295,7 +310,7 @@ std::vector<int> Screen::candidates() {
 bool everyCostIsUndefined(const Search& search) {
     bool any = false;
     for (int g = 0; g < search.ray.n; ++g) {
-        if (!search.ray.takesPart(g)) continue;
+        if (!search.ray.isRain(g)) continue;
         any = true;
         const double z = search.ray.z[g];
         if (!std::isfinite(search.ray.phidp[g]) || !(z >= 0.0) || std::isinf(z)) return true;
@@ -306,19 +321,19 @@ bool everyCostIsUndefined(const Search& search) {
 bool canScreen(const Search& search, const Trials& trials) {
     const Ray& ray = search.ray;
     if (search.method < kProfile || search.method > kForward) return false;
-    if (!within(ray.dr, kLeastStep, kLargestStep) || !within(ray.dphi, 0.0, kLargestPhase) ||
-        !within(search.phi0, -kLargestPhase, kLargestPhase)) {
+    if (!within(ray.dr, kMinSpacingKm, kMaxSpacingKm) || !within(ray.dphi, 0.0, kMaxPhaseDeg) ||
+        !within(search.phi0, -kMaxPhaseDeg, kMaxPhaseDeg)) {
         return false;
     }
     for (int g = 0; g < ray.n; ++g) {
-        if (!ray.takesPart(g)) continue;
-        if (!within(ray.z[g], kLeastZ, kLargestZ)) return false;
-        if (!within(ray.phidp[g], -kLargestPhase, kLargestPhase)) return false;
+        if (!ray.isRain(g)) continue;
+        if (!within(ray.z[g], kMinZ, kMaxZ)) return false;
+        if (!within(ray.phidp[g], -kMaxPhaseDeg, kMaxPhaseDeg)) return false;
     }
     for (int i = 0; i < trials.count(); ++i) {
         const Coefficients c = trials.at(i);
-        if (!within(c.alpha, 1e-3, 10.0) || !within(c.a, 1e-8, 1.0) ||
-            !within(c.b, kLeastExponent, kLargestExponent)) {
+        if (!within(c.alpha, kMinAlpha, kMaxAlpha) || !within(c.a, kMinA, kMaxA) ||
+            !within(c.b, kMinB, kMaxB)) {
             return false;
         }
     }

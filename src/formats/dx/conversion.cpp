@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "base/array.h"
+#include "base/constants.h"
 #include "base/text.h"
 #include "clutterclassifier/CGermanRadar.h"
 #include "formats/dx/layout.h"
@@ -19,9 +20,8 @@ using namespace clutter::formats;
 namespace {
 
 constexpr int kRecords = 2;
-constexpr double kPi = 3.1415927;
-constexpr float kBeamWidth = 0.019198622f; /* 1.1 degrees */
-constexpr float kGateSize = 1000.0f;
+constexpr float kBeamWidthRad = 0.019198622f;  // 1.1 degrees
+constexpr float kGateSizeM = 1000.0f;
 
 struct Description {
     const char* name;
@@ -36,7 +36,7 @@ constexpr Description kDescriptions[kRecords] = {
 };
 
 float radians(double degrees) {
-    return static_cast<float>(degrees * kPi / 180);
+    return static_cast<float>(degrees * clutter::base::kPiSevenDecimals / 180);
 }
 
 void fillArrays(const CGermanRadar& radar, int ngates, int k, Cpluvek& record) {
@@ -70,8 +70,8 @@ void fillHeader(const CGermanRadar& radar, int ngates, int k, Cpluvek& record) {
     record.hour = radar.hour;
     record.minute = radar.minute;
     record.second = radar.second;
-    record.beamwidth = kBeamWidth;
-    record.gatesize = kGateSize;
+    record.beamwidth = kBeamWidthRad;
+    record.gatesize = kGateSizeM;
     record.firstgate = 0;
 }
 

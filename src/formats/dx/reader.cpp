@@ -28,7 +28,7 @@ std::string_view textOf(Bytes bytes) {
     return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
 }
 
-/* The number that digits start with, behind blanks; 0 when there is none. */
+/* The number at the start of digits, after blanks; 0 without a number. */
 int numberOf(Bytes digits) {
     int value = 0;
     while (!digits.empty() && digits[0] == ' ') digits = digits.subspan(1);
@@ -43,8 +43,8 @@ struct DxTime {
     int day, hour, minute, month, year;
 };
 
-/* As far as the message; false when a token is missing. */
-bool readHeader(ByteCursor& file, DxTime& time) {
+/* Reads up to the message; false when a token is missing. */
+[[nodiscard]] bool readHeader(ByteCursor& file, DxTime& time) {
     if (textOf(file.skip(2)) != kDxStart) return false;
     time.day = numberOf(file.skip(2));
     time.hour = numberOf(file.skip(2));
@@ -59,7 +59,7 @@ bool readHeader(ByteCursor& file, DxTime& time) {
     return textOf(file.skip(2)) == kDxMessage;
 }
 
-/* A message that is longer than the file leaves nothing: a ray is then what is missing. */
+/* A message longer than the file leaves no bytes, so that the first ray is missing. */
 void skipMessage(ByteCursor& file) {
     const Bytes digits = file.skip(std::min(kDxMessageDigits, file.remaining()));
     file.skip(std::min(static_cast<std::size_t>(numberOf(digits)), file.remaining()));
@@ -67,7 +67,7 @@ void skipMessage(ByteCursor& file) {
 
 /* --- rays --- */
 
-/* Two bytes of a ray; failed() of the file tells whether they were there. */
+/* Two bytes of a ray; zeros past the end of the file, which failed() of the cursor reports. */
 struct BinPair {
     unsigned char value = 0;
     unsigned char kind = 0;
@@ -85,8 +85,8 @@ unsigned littleWord(ByteCursor& file) {
     return bytes.value | static_cast<unsigned>(bytes.kind) << 8;
 }
 
-/* Bins of the ray that starts here, or some number beyond the largest ray. A value of 0 ends the
- * count too: it could belong to the next ray's marker. */
+/* The number of bins of the ray that starts here, or a number above the largest count. A value of 0
+ * ends the count too: it may belong to the marker of the next ray. */
 int countBins(ByteCursor file) {
     int count = 0;
     while (count <= kDxSlots) {
@@ -121,8 +121,8 @@ bool isMarker(ByteCursor& file) {
     return !file.failed() && pair.value == kDxMarker[0] && pair.kind == kDxMarker[1];
 }
 
-/* Marker and angles of a ray. */
-bool readAngles(ByteCursor& file, int r, CGermanRadar& radar) {
+/* Marker and angles of a ray; false when they are missing. */
+[[nodiscard]] bool readAngles(ByteCursor& file, int r, CGermanRadar& radar) {
     if (!isMarker(file)) return false;
     const unsigned azimuth = littleWord(file), elevation = littleWord(file);
     if (file.failed()) return false;
@@ -132,7 +132,7 @@ bool readAngles(ByteCursor& file, int r, CGermanRadar& radar) {
 }
 
 /* False when a ray is missing or cut. */
-bool readRays(ByteCursor& file, CGermanRadar& radar) {
+[[nodiscard]] bool readRays(ByteCursor& file, CGermanRadar& radar) {
     skipFiller(file);
     for (int r = 0; r < kDxRays; ++r) {
         if (!readAngles(file, r, radar)) return false;

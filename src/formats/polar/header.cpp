@@ -1,3 +1,6 @@
+/*
+ * Words of the header by their offset; sums and units as the format defines them.
+ */
 #include "formats/polar/header.h"
 
 #include <algorithm>
@@ -7,6 +10,7 @@
 #include <iterator>
 
 #include "base/claims.h"
+#include "base/constants.h"
 #include "base/message.h"
 #include "base/number.h"
 #include "formats/polar/layout.h"
@@ -15,9 +19,8 @@ namespace clutter::formats {
 namespace {
 
 constexpr std::size_t kMagicLetters = 4;
-constexpr double kPi = 3.141592653589793;
 
-/* Words by their place; what the file does not have is 0. */
+/* Words by their offset; 0 past the end of the file. */
 class HeaderWords {
   public:
     explicit HeaderWords(base::Bytes file) {
@@ -75,7 +78,7 @@ void readRadar(const HeaderWords& words, PolarHeader& header) {
     header.pulsedepth = static_cast<float>(words.count(polar_offset::kPulseLength));
     header.rpm = static_cast<float>(words.count(polar_offset::kRotation) / 360);
     header.prf = static_cast<float>(words.count(polar_offset::kRepetition));
-    // Pulses of one ray; the word that tells them is passed over.
+    // Pulses of one ray; the header word for it is ignored.
     const auto rays = static_cast<float>(words.number(polar_offset::kRays));
     header.nsamples = 60.0f / header.rpm / rays * header.prf;
     header.nyquist = static_cast<float>(words.count(polar_offset::kNyquist) * 0.01);
@@ -100,11 +103,11 @@ void readGrid(const HeaderWords& words, PolarHeader& header) {
 float readElevation(const HeaderWords& words, short product) {
     if (product != kIndexedElevationProduct) {
         const double degrees = words.number(polar_offset::kElevation) / 10.0;
-        return static_cast<float>(degrees * kPi / 180);
+        return static_cast<float>(degrees * base::kPi / 180);
     }
     const int index = words.number(polar_offset::kElevationIndex);
     const bool known = index >= 0 && index < static_cast<int>(std::size(kIndexedElevations));
-    return static_cast<float>(kIndexedElevations[known ? index : 0] * kPi / 180);
+    return static_cast<float>(kIndexedElevations[known ? index : 0] * base::kPi / 180);
 }
 
 }  // namespace

@@ -1,13 +1,13 @@
 /*
- * packing.h - where the values of a gate are in its bytes, and what their codes mean.
+ * packing.h - the position of values in the bytes of a gate, and the meaning of their codes.
  */
 // clang-format off
 /*
-The bytes of a gate, bit 7 on the left. A value of 12 bits has its lowest 8 in the first of its bytes.
+The bytes of a gate, bit 7 on the left. The lowest 8 of 12 bits are in the first of their bytes.
 
   Z reflectivity   C clutter index   V velocity        Q signal quality   W spectrum width
   D differential reflectivity        P differential phase                 R correlation
-  L linear depolarisation ratio      A absolute phase  S its deviation    . not read
+  L linear depolarisation ratio      A absolute phase  S its deviation    . ignored
 
 byte         0        1        2        3        4        5        6        7        8        9
 2111     ZZZZZZZZ CCCCZZZZ   (on a little-endian machine: one word a gate)
@@ -24,15 +24,18 @@ byte         0        1        2        3        4        5        6        7   
 #ifndef CLUTTER_FORMATS_POLAR_PACKING_H
 #define CLUTTER_FORMATS_POLAR_PACKING_H
 
+#include <algorithm>
 #include <bit>
 #include <cstddef>
 #include <iterator>
 
+#include "base/constants.h"
 #include "formats/polar/layout.h"
 
 namespace clutter::formats {
 
-/* code = (byte[low] + 256 byte[high]) >> shift & mask. A code in one byte names it twice. */
+/* code = (byte[low] + 256 byte[high]) >> shift & mask. For a code of one byte, low and high are the
+ * same. */
 struct CodeBits {
     unsigned char low;
     unsigned char high;
@@ -43,7 +46,7 @@ struct CodeBits {
 constexpr CodeBits wholeByte(unsigned char at) {
     return {at, at, 0, 0xFF};
 }
-/* The lower bits of two bytes, and what is left of the second one. */
+/* The lowest bits of two bytes, and the highest bits of the second one. */
 constexpr CodeBits lowerBits(unsigned char at, int bits) {
     return {at, static_cast<unsigned char>(at + 1), 0,
             static_cast<unsigned short>((1 << bits) - 1)};
@@ -53,18 +56,17 @@ constexpr CodeBits upperBits(unsigned char at, int bits) {
             static_cast<unsigned short>((1 << bits) - 1)};
 }
 
-/* The word of product 2111 is in the machine's byte order. */
+/* The word of product 2111 is in the byte order of the machine. */
 constexpr bool kLittle = std::endian::native == std::endian::little;
 constexpr CodeBits kWordLower = {kLittle ? 0 : 1, kLittle ? 1 : 0, 0, 0xFFF};
 constexpr CodeBits kWordUpper = {kLittle ? 0 : 1, kLittle ? 1 : 0, 12, 0xF};
 
-/* A code's value, in double precision as it is written; nyquist in m/s. */
+/* The value of a code, in double precision, in the order of operations below. nyquist in m/s. */
 using Formula = double (*)(double code, double nyquist);
 
 namespace polar_formula {
 
-constexpr double kPi = 3.141592653589793;
-constexpr double kDegreesPerRadian = 57.29578;
+using base::kPi;
 
 constexpr double kClutterIndex[16] = {0.0,  1.5, 2.0,  2.5, 2.75, 3.0, 3.25, 3.5,
                                       3.75, 4.0, 4.25, 4.5, 5.0,  5.5, 6.0,  7.0};
@@ -75,7 +77,7 @@ constexpr double reflectivity(double code, double) {
 constexpr double clutterIndex(double code, double) {
     return kClutterIndex[static_cast<int>(code)];
 }
-/* The word's sign takes part: what lies in the upper half of the table is never reached. */
+/* The word is signed: the upper half of the table is never reached. */
 constexpr double signedClutterIndex(double code, double) {
     return code < 8 ? kClutterIndex[static_cast<int>(code)] : 0.0;
 }
@@ -94,8 +96,8 @@ constexpr double width252(double code, double nyquist) {
 constexpr double width(double code, double nyquist) {
     return nyquist / kPi * code * kPi / 256;
 }
-/* Product 2213 keeps its width as an angle and its quality as a count: files were always read so.
- */
+/* Product 2213 gives its width as an angle and its quality as a count, kept for compatibility with
+ * records of existing files. */
 constexpr double widthAngle(double code, double) {
     return code * kPi / 256;
 }
@@ -115,7 +117,7 @@ constexpr double phase252(double code, double) {
     return (code * kPi / 256 - kPi) * 180 / kPi;
 }
 constexpr double phase(double code, double) {
-    return (code * kPi / 2048 - kPi) * kDegreesPerRadian;
+    return (code * kPi / 2048 - kPi) * base::kDegreesPerRadianFiveDecimals;
 }
 constexpr double absolutePhase(double code, double) {
     return code * kPi / 2048 - kPi;
@@ -149,8 +151,8 @@ struct Packing {
     short product;
     int layout;
     std::size_t gateBytes;
-    bool wholeRays; /* a ray is read in one piece, not gate by gate */
-    FieldPacking fields[kMostPolarFields];
+    bool wholeRays;  // rays are read in one piece, not gate by gate
+    FieldPacking fields[kMaxPolarFields];
 };
 
 constexpr FieldPacking kReflectivity = {lowerBits(0, 12), polar_formula::reflectivity};
@@ -161,7 +163,7 @@ constexpr FieldPacking kWidth = {wholeByte(4), polar_formula::width};
 constexpr FieldPacking kDifferential = {wholeByte(5), polar_formula::differentialReflectivity};
 constexpr FieldPacking kDepolarisation = {wholeByte(5), polar_formula::depolarisation};
 constexpr FieldPacking kAbsolutePhase = {lowerBits(6, 12), polar_formula::absolutePhase};
-constexpr FieldPacking kUnused = {{0, 0, 0, 0}, polar_formula::unused};
+constexpr FieldPacking kUnused = {wholeByte(0), polar_formula::unused};
 
 constexpr Packing depolarisedPacking(int layout) {
     return {2212,
@@ -243,7 +245,17 @@ constexpr Packing kPackings[] = {
       kQuality}},
 };
 
-/* Null when the product is packed in another layout only, or not at all. */
+/* Every packing describes as many values as its product has fields. */
+constexpr bool packingsAreComplete() {
+    return std::all_of(std::begin(kPackings), std::end(kPackings), [](const Packing& packing) {
+        const auto values = std::count_if(std::begin(packing.fields), std::end(packing.fields),
+                                          [](const FieldPacking& f) { return f.bits.mask != 0; });
+        return values == fieldsOfProduct(packing.product);
+    });
+}
+static_assert(packingsAreComplete());
+
+/* Null when the product is not packed in this layout. */
 inline const Packing* findPacking(int product, int layout) {
     for (const Packing& packing : kPackings) {
         if (packing.product != product) continue;
@@ -252,7 +264,7 @@ inline const Packing* findPacking(int product, int layout) {
     return nullptr;
 }
 
-/* The fewest bytes of a gate of a product in any layout. */
+/* The bytes of a gate of a product in its smallest layout. */
 inline std::size_t smallestGateBytes(int product) {
     for (const Packing& packing : kPackings) {
         if (packing.product == product) return packing.gateBytes;  // 252 comes first

@@ -1,9 +1,9 @@
 /*
  * rays.h - rays of a polar data file piece by piece.
  *
- * Readers of this format have always filled one buffer after the other and never asked how much
- * came: in a file that ends early a buffer keeps what it held. The two classes keep that, without
- * reading anything that is not there.
+ * Readers of this format fill one buffer after the other without checking how many bytes arrived:
+ * in a file that ends early, a buffer keeps its previous bytes. The two classes reproduce this
+ * without reading past the end.
  */
 #ifndef CLUTTER_FORMATS_POLAR_RAYS_H
 #define CLUTTER_FORMATS_POLAR_RAYS_H
@@ -22,7 +22,7 @@ class StaleReader {
   public:
     explicit StaleReader(base::Bytes bytes) : rest_(bytes) {}
 
-    /* Fills the first bytes of a buffer, as many as there are; returns how many. */
+    /* Fills the first bytes of a buffer with those that remain, at most n; returns their number. */
     std::size_t read(unsigned char* buffer, std::size_t n) {
         const std::size_t held = std::min(n, rest_.size());
         std::copy_n(rest_.begin(), held, buffer);
@@ -36,9 +36,9 @@ class StaleReader {
 };
 
 /*
- * The bytes of one ray after the other, as if they were read in pieces of unit bytes into one
- * buffer of that size: behind the end of the file every piece repeats the one before it, also
- * across rays. The first buffer is zeros. bytes is a multiple of unit.
+ * The bytes of one ray after the other, as if read in pieces of unit bytes into one buffer of that
+ * size: past the end of the file, each piece repeats the previous one, also across rays. The buffer
+ * starts with zeros. bytes is a multiple of unit.
  */
 class RayBytes {
   public:

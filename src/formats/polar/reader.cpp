@@ -1,8 +1,8 @@
 /*
  * Polar data files into field records (docs/formats/polar-data.md).
  *
- * A code of a few bits stands for every value: each is decoded once into a table, and a gate is a
- * look-up. Files may end anywhere: what is missing reads as what was there before.
+ * Values are codes of a few bits: all codes are decoded once into a table, and a gate is a look-up.
+ * Files may end anywhere: missing bytes repeat the ones before (rays.h).
  */
 #include <algorithm>
 #include <cstddef>
@@ -14,6 +14,7 @@
 
 #include "base/array.h"
 #include "base/byte_cursor.h"
+#include "base/constants.h"
 #include "base/file.h"
 #include "base/kernel.h"
 #include "base/text.h"
@@ -31,27 +32,26 @@ using namespace clutter::formats;
 
 namespace {
 
-constexpr double kPi = 3.141592653589793;
-constexpr int kFullCircle = 36000;      /* 0.01 degree */
-constexpr float kSaturatedDbz = 377.5f; /* all bits set: no echo, not the strongest one */
+constexpr int kFullCircle = 36000;       // 0.01 degree
+constexpr float kSaturatedDbz = 377.5f;  // all bits set: no echo, not the strongest one
 constexpr float kNoEchoDbz = -32.0f;
 constexpr float kBlanked = -999.0f;
 constexpr int kBlankedFields = 6;
 constexpr int kPhaseField = 2;
 constexpr int kCorrelationField = 3;
-constexpr int kPhaseWindow = 10; /* gates */
+constexpr int kPhaseWindow = 10;  // gates
 
 /* --- angles --- */
 
 /* Azimuths are written as 0 to 360 degrees or as negative ones. */
 float azimuthOf(std::uint16_t word) {
     const int hundredths = word <= kFullCircle ? word : static_cast<std::int16_t>(word);
-    const double azimuth = hundredths * 0.01 * kPi / 180;
-    return static_cast<float>(azimuth >= 2 * kPi ? azimuth - 2 * kPi : azimuth);
+    const double azimuth = hundredths * 0.01 * base::kPi / 180;
+    return static_cast<float>(azimuth >= base::kTwoPi ? azimuth - base::kTwoPi : azimuth);
 }
 
 float rayElevationOf(std::uint16_t word) {
-    return static_cast<float>(static_cast<std::int16_t>(word) * 0.1 * kPi / 180);
+    return static_cast<float>(static_cast<std::int16_t>(word) * 0.1 * base::kPi / 180);
 }
 
 void storeAngles(const RayBytes& header, const PolarHeader& scan, int ray, float* angles) {
@@ -117,7 +117,7 @@ CLUTTER_KERNEL void clearSaturated(float* values, std::size_t n) {
 
 /* --- scans --- */
 
-/* Data and angles of a scan, zeros until they are read; records get them when all is done. */
+/* Data and angles of a scan, zeros at first. Records receive them when all are complete. */
 struct ScanArrays {
     std::unique_ptr<float[]> angles;
     std::vector<std::unique_ptr<float[]>> fields;
@@ -153,7 +153,7 @@ void readPacked(StaleReader& file, const PolarHeader& header, const Packing& pac
     }
 }
 
-/* In a layout that the product does not have, rays are nothing but their headers. */
+/* In a layout that the product does not have, rays consist of their headers only. */
 void readAnglesOnly(StaleReader& file, const PolarHeader& header, ScanArrays& scan) {
     RayBytes rayHeader(kRayHeaderBytes, kRayHeaderBytes);
     for (int r = 0; r < header.nrays; ++r) {

@@ -1,5 +1,5 @@
 /*
- * What the fields of a scan have in common, and the order of its rays.
+ * The common header of the fields of a scan, and the order of its rays.
  */
 #include <algorithm>
 #include <cstddef>
@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "base/array.h"
+#include "base/constants.h"
 #include "base/text.h"
 #include "clutterclassifier/CDSP.h"
 #include "clutterclassifier/CThuPolDaFor.h"
@@ -21,8 +22,6 @@ using namespace clutter::formats;
 namespace {
 
 constexpr float kDefaultThreshold = 26.0f;
-constexpr float kOneDegree = 0.017453292f;
-constexpr float kPi = 3.1415927f;
 
 void copyHeader(const Cpluvek& from, Cpluvek& to) {
     to.nrecords = from.nrecords;
@@ -68,12 +67,12 @@ void copyAngles(const Cpluvek& from, Cpluvek& to) {
 void describe(int field, Cpluvek& record) {
     const PolarField known = describeField(record.radarid, field);
     const float elevation = record.angles != nullptr ? record.angles[0] : 0.0f;
-    record.beamwidth = kOneDegree;  // whatever the file says: displays count on it
+    record.beamwidth = base::kFloatOneDegreeRad;  // not the file's: displays rely on it
     record.GetDateTime();
     base::copyText(record.name, known.name);
     base::copyText(record.units, known.units);
     std::snprintf(record.title, sizeof record.title, "%s, %s, %2.2fdeg", record.name,
-                  record.datetime, static_cast<double>(180.0f * elevation / kPi));
+                  record.datetime, static_cast<double>(180.0f * elevation / base::kFloatPi));
     record.displaymin = known.lowest.at(record.nyquist);
     record.displaymax = known.highest.at(record.nyquist);
 }

@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "base/array.h"
+#include "base/constants.h"
 #include "base/file.h"
 #include "base/number.h"
 #include "clutterclassifier/CThuPolDaFor.h"
@@ -27,9 +28,6 @@ using namespace clutter::formats;
 namespace {
 
 using Output = std::vector<unsigned char>;
-
-using polar_formula::kPi;
-constexpr float kPiOfFloats = 3.1415927f;
 
 template <class Value>
 void append(Output& out, Value value) {
@@ -47,23 +45,21 @@ bool save(const Output& bytes, const char* path) {
 
 /* --- shortened copies --- */
 
-constexpr double kHalfDegree = 0.008726646259971648;
-constexpr double kLowestElevationDeg = 1.5;
-constexpr double kEarthRadius = 6.378e6;
-constexpr double kTopHeight = 10000.0;
-constexpr double kRangeStep = 5000.0;
+constexpr double kMinElevationDeg = 1.5;
+constexpr double kTopHeightM = 10000.0;
+constexpr double kRangeStepM = 5000.0;
 
 /* Range at which a beam reaches the top height over a sphere, rounded up to whole steps:
  * r^2 + 2 R sin(e) r + R^2 - (R + H)^2 = 0. */
 double rangeToTop(double elevation) {
-    const double b = 2 * kEarthRadius * std::sin(elevation);
-    const double c =
-        kEarthRadius * kEarthRadius - (kEarthRadius + kTopHeight) * (kEarthRadius + kTopHeight);
+    const double b = 2 * base::kEarthRadiusM * std::sin(elevation);
+    const double c = base::kEarthRadiusM * base::kEarthRadiusM -
+                     (base::kEarthRadiusM + kTopHeightM) * (base::kEarthRadiusM + kTopHeightM);
     const double range = (-b + std::sqrt(b * b - 4 * c)) / 2;
-    return std::ceil(range / kRangeStep) * kRangeStep;
+    return std::ceil(range / kRangeStepM) * kRangeStepM;
 }
 
-/* Told by the number of fields alone, so that a file of product 2214 is taken for one of 2211. */
+/* Depends only on the number of fields, so that product 2214 is treated as 2211. */
 std::size_t repackedGateBytes(int nfields, int layout) {
     if (nfields == 5) return 8;
     if (nfields != 7) return 0;
@@ -71,10 +67,10 @@ std::size_t repackedGateBytes(int nfields, int layout) {
     return layout == 260 || layout == 280 ? 10 : 0;
 }
 
-/* Gates that stay; a number that is not below the present one when the file is to stay as it is. */
+/* The number of gates to keep; not below the present number when the file must stay as it is. */
 int shortenedGates(const PolarHeader& header) {
-    const double elevation = static_cast<double>(header.elevation) + kHalfDegree;
-    const bool low = !(elevation * 180 / kPi > kLowestElevationDeg);
+    const double elevation = static_cast<double>(header.elevation) + base::kHalfDegreeRad;
+    const bool low = !(elevation * 180 / base::kPi > kMinElevationDeg);
     if (low || header.firstgate != 0 || header.gatesize == 0.0f) return header.ngates;
     return base::truncateToInt(rangeToTop(elevation) / static_cast<double>(header.gatesize));
 }
@@ -102,7 +98,7 @@ void copyShortened(base::Bytes file, const PolarHeader& header, int ngates, std:
 
 /* --- single-parameter products --- */
 
-/* The 320 bytes of a header; what nothing is put into is 0. */
+/* The 320 bytes of a header; unset bytes are 0. */
 class HeaderWriter {
   public:
     void text(const char (&bytes)[kPolarMagicBytes]) {
@@ -124,9 +120,10 @@ class HeaderWriter {
     std::array<unsigned char, kPolarHeaderBytes> bytes_ = {};
 };
 
-/* An angle in parts of a degree, rounded down but for the rounding of the angle itself. */
-double partsOfDegree(float angle, int parts) {
-    return std::floor(static_cast<double>(angle) * 180 / kPi * parts + 0.1);
+/* An angle in steps of 1 / steps degree, rounded down with a tolerance for the rounding of the
+ * angle itself. */
+double degreeSteps(float angle, int steps) {
+    return std::floor(static_cast<double>(angle) * 180 / base::kPi * steps + 0.1);
 }
 
 /* Words that are the same in every file. */
@@ -159,7 +156,7 @@ void putTimeAndSite(const Cpluvek& source, HeaderWriter& header) {
 void putRadarAndGrid(const Cpluvek& source, HeaderWriter& header) {
     header.value(polar_offset::kRadarConstant, source.radarconst * 10.0f);
     header.value(polar_offset::kWavelength, source.wavelength * 1000.0f);
-    header.value(polar_offset::kBeamWidth, source.beamwidth * 180.0f / kPiOfFloats * 100.0f);
+    header.value(polar_offset::kBeamWidth, source.beamwidth * 180.0f / base::kFloatPi * 100.0f);
     header.words(polar_offset::kRays, {source.nrays, source.ngates});
     header.value(polar_offset::kGateLength, source.gatesize);
     header.value(polar_offset::kPulseLength, source.pulsedepth);
@@ -171,15 +168,15 @@ void putRadarAndGrid(const Cpluvek& source, HeaderWriter& header) {
     header.words(polar_offset::kRaysAgain, {source.nrays, source.ngates});
     header.value(polar_offset::kFirstGate, static_cast<float>(source.firstgate) * source.gatesize);
     const float elevation = source.angles != nullptr ? source.angles[0] : 0.0f;
-    // A reader takes the scan's elevation from here.
+    // Readers take the elevation of the scan from here.
     header.words(polar_offset::kElevation,
-                 {base::truncateAndWrap<std::uint16_t>(partsOfDegree(elevation, 10))});
+                 {base::truncateAndWrap<std::uint16_t>(degreeSteps(elevation, 10))});
 }
 
 void appendRayHeader(const Cpluvek& source, int ray, Output& out) {
     const bool known = source.angles != nullptr;
-    const double azimuth = known ? partsOfDegree(source.angles[1 + ray], 100) : 0.0;
-    const double elevation = known ? partsOfDegree(source.angles[0], 100) : 0.0;
+    const double azimuth = known ? degreeSteps(source.angles[1 + ray], 100) : 0.0;
+    const double elevation = known ? degreeSteps(source.angles[0], 100) : 0.0;
     append(out, std::uint16_t{0});
     append(out, base::truncateAndWrap<std::uint16_t>(azimuth));
     append(out, base::truncateAndWrap<std::uint16_t>(elevation));
@@ -231,7 +228,7 @@ void appendRays(const Cpluvek& source, Storage storage, Output& out) {
     }
 }
 
-/* One byte a gate of the scan, 0 where the layer has none. */
+/* One byte for each gate of the scan, 0 where the layer has no value. */
 void appendLayer(const Cpluvek* layer, std::size_t cells, Output& out) {
     const std::size_t start = out.size();
     if (layer != nullptr && layer->data != nullptr) {

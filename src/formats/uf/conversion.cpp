@@ -1,7 +1,7 @@
 /*
  * Universal Format rays from field records and back (docs/formats/universal-format.md).
  *
- * Header arithmetic is single precision throughout, left to right as it is written here.
+ * Header arithmetic is single precision throughout, left to right as in these expressions.
  */
 #include <algorithm>
 #include <cmath>
@@ -17,6 +17,8 @@
 
 #include "base/array.h"
 #include "base/claims.h"
+#include "base/constants.h"
+#include "base/number.h"
 #include "base/text.h"
 #include "clutterclassifier/Cpluvek.h"
 #include "clutterclassifier/Cufrw.h"
@@ -27,23 +29,18 @@
 using clutter::base::adopt;
 using clutter::base::cellCount;
 using clutter::base::copyText;
+using clutter::base::kFloatPi;
 using namespace clutter::formats;
 
 namespace {
-
-/* Two roundings of pi: angles are written with the first and read with the second. */
-constexpr float kPiWritten = 3.1416f;
-constexpr float kPiRead = 3.1415927f;
 
 constexpr short kMissing = std::numeric_limits<short>::min();
 constexpr short kValueScale = 100;
 constexpr short kBitsPerGate = 16;
 
-/* A value truncated toward zero and wrapped to a word; 0 for what is no finite number. */
+/* A value truncated toward zero and wrapped to a word; 0 for NaN and infinities. */
 short wordOf(float value) {
-    if (!std::isfinite(value)) return 0;
-    const double wrapped = std::fmod(std::trunc(static_cast<double>(value)), 65536.0);
-    return static_cast<short>(static_cast<std::uint16_t>(static_cast<std::int32_t>(wrapped)));
+    return clutter::base::truncateAndWrap<short>(static_cast<double>(value));
 }
 
 short wordOf(int value) {
@@ -52,16 +49,16 @@ short wordOf(int value) {
 
 /* An angle in radians as degrees x 64. */
 short angleWord(float radians) {
-    return wordOf(64.0f * radians * 180.0f / kPiWritten);
+    return wordOf(64.0f * radians * 180.0f / clutter::base::kFloatPiFourDecimals);
 }
 
 float angleOf(short word) {
-    return static_cast<float>(word) / 64.0f * kPiRead / 180.0f;
+    return static_cast<float>(word) / 64.0f * kFloatPi / 180.0f;
 }
 
 /* --- field records to rays --- */
 
-/* Words of a ray: the headers, then the fields' headers, then their data without gaps. */
+/* Number of words of a ray: headers, field headers, then data without gaps. */
 std::size_t wordsOfRay(const Cpluvek* fields, std::size_t nfields, std::size_t ngates) {
     std::size_t words = firstFreePosition(nfields) - 1 + nfields * ngates;
     for (std::size_t f = 0; f < nfields; ++f) words += fieldHeaderWords(ufNameOf(fields[f].name));
@@ -98,12 +95,12 @@ void fillPointing(float azimuth, float elevation, float rpm, Cufray& ray) {
     ray.azimuth = ray.baselineazimuth = angleWord(azimuth);
     ray.elevation = ray.baselineelevation = angleWord(elevation);
     ray.sweepmode = 1;
-    // In radians, though the word is read as degrees elsewhere: files have always been written so.
+    // In radians, although readers expect degrees: compatible with existing files.
     ray.fixedangle = wordOf(64.0f * azimuth);
     ray.sweeprate = wordOf(360.0f * rpm / 60.0f * 64.0f);
 }
 
-/* Everything of a ray's headers that is the same for all its fields. */
+/* The header words of a ray that all its fields share. */
 void fillHeaders(const Cpluvek& source, int r, const std::tm& today, Cufray& ray) {
     copyText(ray.format, "UF");
     ray.recordnumber = ray.raynumber = wordOf(r + 1);
@@ -140,7 +137,7 @@ void fillFieldHeader(const Cpluvek& source, CufFieldHeader& header) {
     header.bitspergate = kBitsPerGate;
 }
 
-/* Names the fields and gives every header and field its place, ready to be written. */
+/* Names the fields and sets the positions of all headers and fields for the writer. */
 void placeFields(const Cpluvek* fields, std::size_t nfields, Cufray& ray) {
     ray.optionalposition = kOptionalPosition;
     ray.localposition = kLocalPositionWithOptional;
@@ -161,7 +158,7 @@ void placeFields(const Cpluvek* fields, std::size_t nfields, Cufray& ray) {
     ray.recordlength = static_cast<unsigned short>(position - 1);
 }
 
-/* Words of one ray of a field; a field with fewer values than the first one lacks the last. */
+/* The words of one ray of a field. Values past the end of the field are missing. */
 void fillData(const Cpluvek& field, std::size_t ray, std::size_t ngates, short* out) {
     const std::size_t held = field.data ? cellCount(field.ngates, field.nrays) : 0;
     const std::size_t from = std::min(held, ray * ngates);
@@ -211,7 +208,7 @@ void fillDescription(const Cufray& first, Cpluvek& record) {
 void fillGeometry(const CufFieldHeader& header, short missing, Cpluvek& record) {
     const float beamWord = header.horizontalbeamwidth;
     const bool known = header.horizontalbeamwidth != missing;
-    record.beamwidth = known ? beamWord / 64.0f * kPiRead / 180.0f : kPiRead / 180.0f;
+    record.beamwidth = known ? beamWord / 64.0f * kFloatPi / 180.0f : kFloatPi / 180.0f;
     record.gatesize = header.gatespacing;
     record.firstgate = 0;
     if (header.gatespacing != 0) {
@@ -228,8 +225,8 @@ void fillDisplay(const char* ufName, Cpluvek& record) {
     record.displaymax = range.highest;
 }
 
-/* Values of one ray; gates that are missing or beyond its end are left as they are. A scale of 0
- * gives no values. */
+/* Decodes the values of one ray. Missing gates and gates past its end keep their value, and so do
+ * all gates for a scale of 0. */
 void decodeRay(const Cufray& ray, std::size_t field, short scale, float* out, std::size_t ngates) {
     if (ray.data == nullptr || scale == 0) return;
     const short* words = ray.data + field * ray.ngates;

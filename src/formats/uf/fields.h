@@ -1,5 +1,5 @@
 /*
- * fields.h - what is known of Universal Format fields by their two-letter names.
+ * fields.h - Universal Format fields by their two-letter names.
  */
 #ifndef CLUTTER_FORMATS_UF_FIELDS_H
 #define CLUTTER_FORMATS_UF_FIELDS_H
@@ -16,8 +16,8 @@ struct UfName {
     const char* ufName;
 };
 
-/* Names that field records are written under. "CI", as another reader of this library names its
- * records, is not among them: the comparison is with "Ci". */
+/* The two-letter names of field records. Records named "CI", as by the reader of polar data, are
+ * not among them: the comparison is with "Ci". */
 constexpr UfName kUfNames[] = {
     {"Zh", "DZ"}, {"Zdr", "DR"}, {"Phidp", "PH"}, {"RhoHV", "RH"}, {"W", "SW"},   {"V", "VR"},
     {"Zv", "DZ"}, {"Ci", "CI"},  {"SQI", "SQ"},   {"KDP", "KD"},   {"LDR", "LD"},
@@ -54,8 +54,8 @@ constexpr std::string_view kReflectivities[] = {"DZ", "CZ", "ZT", "UZ", "ZH", "Z
 
 constexpr float kNoRainDbz = -32.0f;
 
-/* What a gate without a measurement holds: no rain in reflectivity, so that it counts as noise;
- * nothing in other quantities. */
+/* The value of a gate without a measurement: no rain in reflectivity, so that it counts as noise;
+ * NaN in other fields. */
 inline float absentValueOf(std::string_view ufName) {
     const bool reflectivity = std::find(std::begin(kReflectivities), std::end(kReflectivities),
                                         ufName) != std::end(kReflectivities);

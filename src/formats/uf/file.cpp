@@ -27,12 +27,12 @@ namespace {
 constexpr const char* kTooManyFields =
     "The number of fields is larger than 20!. Please increase the array sizes.";
 
-/* Years below this one are counted from 2000; other two-digit years stay as they are. */
+/* Years below this one are counted from 2000; other two-digit years do not change. */
 constexpr short kTwoDigitYearLimit = 20;
 
-/* Byte of a record at which a position lies; nothing lies at position 0. */
+/* Offset in bytes of a position, which is not 0. */
 std::size_t byteOffset(std::size_t position) {
-    return 2 * (position - 1);
+    return kWordBytes * (position - 1);
 }
 
 std::string_view fieldName(const CufTableEntry& entry) {
@@ -41,7 +41,7 @@ std::string_view fieldName(const CufTableEntry& entry) {
 
 /* --- reading --- */
 
-/* Visitor that fills the members of a header; words behind the end of the record are 0. */
+/* Visitor that fills the members of a header. Words past the end of the record are 0. */
 class WordReader {
   public:
     explicit WordReader(Bytes from) : cursor_(from) {}
@@ -63,13 +63,13 @@ Bytes fromPosition(Bytes record, std::size_t position) {
     return position == 0 ? Bytes{} : bytesFrom(record, byteOffset(position));
 }
 
-/* The whole records of a file. The length behind the last one may be missing. */
+/* The complete records of a file. The length after the last one may be missing. */
 std::vector<Bytes> splitRecords(Bytes file) {
     std::vector<Bytes> records;
     ByteCursor cursor(file);
     while (cursor.remaining() > 0) {
         const Bytes record = cursor.skip(cursor.big32());
-        if (record.size() < kSmallestRecordBytes) break;
+        if (record.size() < kMinRecordBytes) break;
         records.push_back(record);
         cursor.skip(kFramingBytes);
     }
@@ -84,7 +84,8 @@ void completeYear(short& year) {
     if (year < kTwoDigitYearLimit) year = static_cast<short>(year + 2000);
 }
 
-/* The headers of a ray; the data header follows the other headers wherever it is said to be. */
+/* The headers of a ray. The data header directly follows the others, whatever its position word
+ * says. */
 void readHeaders(WordReader& reader, Cufray& ray) {
     visitMandatoryHeader(ray, reader);
     completeYear(ray.year);
@@ -93,23 +94,23 @@ void readHeaders(WordReader& reader, Cufray& ray) {
     visitDataHeader(ray, reader);
 }
 
-/* The words of one field; those that the record does not hold are missing data. */
+/* The words of one field. Words past the end of the record are missing data. */
 void readData(Bytes stored, short missing, short* out, std::size_t ngates) {
     ByteCursor cursor(stored);
-    const std::size_t held = std::min(ngates, stored.size() / 2);
+    const std::size_t held = std::min(ngates, stored.size() / kWordBytes);
     for (std::size_t g = 0; g < held; ++g) out[g] = static_cast<short>(cursor.big16());
     std::fill(out + held, out + ngates, missing);
 }
 
 /* Field headers and data. False when the ray has more gates than its record has words. */
-bool readFields(Bytes record, std::size_t fields, Cufray& ray) {
+[[nodiscard]] bool readFields(Bytes record, std::size_t fields, Cufray& ray) {
     for (std::size_t f = 0; f < fields; ++f) {
         CufFieldHeader& header = ray.headers[f];
         WordReader reader(fromPosition(record, ray.table[f].position));
         visitFieldHeader(header, reader);
         visitFieldWords(ray, fieldName(ray.table[f]), reader);
         if (f == 0) {
-            if (header.ngates > record.size() / 2) return false;
+            if (header.ngates > record.size() / kWordBytes) return false;
             ray.ngates = header.ngates;
             ray.data = new short[fields * ray.ngates];
         }
@@ -121,8 +122,8 @@ bool readFields(Bytes record, std::size_t fields, Cufray& ray) {
 
 /* --- writing --- */
 
-/* Visitor that lays the members of a header down from a position on. What no visit has written is
- * zero; the record ends behind the farthest word. */
+/* Visitor that writes the members of a header, starting at a position. Unwritten bytes are 0. The
+ * record ends after its last written word. */
 class WordWriter {
   public:
     void seek(std::size_t position) { at_ = byteOffset(position); }
@@ -156,14 +157,14 @@ class WordWriter {
     std::size_t at_ = 0;
 };
 
-/* A field without a place in the record is left out of it. */
-bool hasPlace(const Cufray& ray, std::size_t f) {
+/* A field without positions is not written. */
+bool hasPositions(const Cufray& ray, std::size_t f) {
     return ray.table[f].position != 0 && ray.headers[f].dataposition != 0;
 }
 
 /*
- * Sets the positions of the headers. A ray read from a record without an optional header has its
- * fields where this header and the table will be: they then move back, all by the same distance.
+ * Sets the positions of the headers. In a ray read from a record without an optional header, fields
+ * occupy the words of this header and the table: they all move back by the same distance.
  */
 void placeHeaders(Cufray& ray, std::size_t fields) {
     ray.optionalposition = kOptionalPosition;
@@ -171,7 +172,7 @@ void placeHeaders(Cufray& ray, std::size_t fields) {
     ray.dataposition = kDataHeaderPosition;
     std::size_t first = SIZE_MAX, last = 0;
     for (std::size_t f = 0; f < fields; ++f) {
-        if (!hasPlace(ray, f)) continue;
+        if (!hasPositions(ray, f)) continue;
         const auto ends = std::minmax(ray.table[f].position, ray.headers[f].dataposition);
         first = std::min<std::size_t>(first, ends.first);
         last = std::max<std::size_t>(last, ends.second);
@@ -180,7 +181,7 @@ void placeHeaders(Cufray& ray, std::size_t fields) {
     const std::size_t distance = firstFreePosition(fields) - first;
     if (last + distance > UINT16_MAX) return;
     for (std::size_t f = 0; f < fields; ++f) {
-        if (!hasPlace(ray, f)) continue;
+        if (!hasPositions(ray, f)) continue;
         ray.table[f].position = static_cast<unsigned short>(ray.table[f].position + distance);
         ray.headers[f].dataposition =
             static_cast<unsigned short>(ray.headers[f].dataposition + distance);
@@ -188,22 +189,22 @@ void placeHeaders(Cufray& ray, std::size_t fields) {
 }
 
 /*
- * Fields in three passes. Some makers leave no room for the words behind a velocity or power
- * field's header: where these would lie on another header or on data, the others must win.
+ * Writes fields in three passes. Some makers leave no room for the words after the header of a
+ * velocity or power field: later passes overwrite them with headers and data.
  */
 void writeFields(const Cufray& ray, std::size_t fields, WordWriter& writer) {
     for (std::size_t f = 0; f < fields; ++f) {
-        if (!hasPlace(ray, f)) continue;
+        if (!hasPositions(ray, f)) continue;
         writer.seek(ray.table[f].position + kFieldHeaderWords);
         visitFieldWords(ray, fieldName(ray.table[f]), writer);
     }
     for (std::size_t f = 0; f < fields; ++f) {
-        if (!hasPlace(ray, f)) continue;
+        if (!hasPositions(ray, f)) continue;
         writer.seek(ray.table[f].position);
         visitFieldHeader(ray.headers[f], writer);
     }
     for (std::size_t f = 0; f < fields && ray.data != nullptr; ++f) {
-        if (!hasPlace(ray, f)) continue;
+        if (!hasPositions(ray, f)) continue;
         writer.seek(ray.headers[f].dataposition);
         writer.words(ray.data + f * ray.ngates, ray.ngates);
     }
@@ -217,7 +218,7 @@ std::vector<unsigned char> buildRecord(Cufray& ray, std::size_t fields) {
     visitDataHeader(std::as_const(ray), writer);
     visitFieldTable(std::as_const(ray), fields, writer);
     writeFields(ray, fields, writer);
-    ray.recordlength = static_cast<unsigned short>(writer.record().size() / 2);
+    ray.recordlength = static_cast<unsigned short>(writer.record().size() / kWordBytes);
     writer.seek(kLengthWord);
     writer.word(ray.recordlength);
     return writer.record();

@@ -4,7 +4,7 @@
  * A record is framed by its length in bytes:
  *
  *     length (4) | mandatory header (45 words) | optional header (14 words)
- *                | data header (3 words) | field table (2 words a field)
+ *                | data header (3 words) | field table (2 words for each field)
  *                | field headers (19 words and more) and data, where their positions say
  *     length (4)
  *
@@ -18,6 +18,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <string_view>
+#include <type_traits>
 
 #include "clutterclassifier/Cufrw.h"
 
@@ -25,35 +26,36 @@ namespace clutter::formats {
 
 constexpr std::size_t kFramingBytes = 4;
 constexpr std::size_t kWordBytes = 2;
-constexpr std::size_t kMaxFields = 20;
-/* Mandatory header and 12 words more: what is looked at before a record is believed to be one. */
-constexpr std::size_t kSmallestRecordBytes = 114;
+constexpr std::size_t kMaxFields = std::extent_v<decltype(Cufray::table)>;
+static_assert(std::extent_v<decltype(Cufray::headers)> == kMaxFields);
+/* Mandatory header and 12 words more. Shorter records are not accepted. */
+constexpr std::size_t kMinRecordBytes = kWordBytes * (45 + 12);
 
-/* Where the writer puts the headers. */
+/* Positions of the headers in written records. */
 constexpr std::size_t kOptionalPosition = 46;
 constexpr std::size_t kDataHeaderPosition = 60;
 constexpr std::size_t kTablePosition = 63;
-/* A record whose local-use header would start here has an optional header. */
+/* A record with this position of its local-use header has an optional header. */
 constexpr std::size_t kLocalPositionWithOptional = 60;
 
 constexpr std::size_t kLengthWord = 2;
 
 constexpr std::size_t kFieldHeaderWords = 19;
 
-/* First word behind the headers and the table of a written record. */
+/* First position after the headers and the table of a written record. */
 constexpr std::size_t firstFreePosition(std::size_t fields) {
     return kTablePosition + 2 * fields;
 }
 
-/* Fields that a ray's arrays hold: the count of the first ray serves for every ray. */
+/* Number of fields of every ray: the count of the first one. */
 inline std::size_t fieldCount(const Cufray& firstRay) {
     return std::min<std::size_t>(static_cast<std::uint16_t>(firstRay.nfields), kMaxFields);
 }
 
 /*
- * The visits below hand every word of a header, in the order of the file, to a visitor:
- * word(member) for a number and text(member) for a text, which fills the member but for its
- * terminator. Reading they take a Cufray, writing a const one.
+ * The visits below pass every word of a header, in the order of the file, to a visitor:
+ * word(member) for a number and text(member) for a string, which fills the member except for its
+ * terminator. They take a Cufray for reading and a const one for writing.
  */
 template <class Ray, class Visitor>
 void visitMandatoryHeader(Ray& ray, Visitor& visitor) {
@@ -145,7 +147,7 @@ void visitFieldHeader(Header& header, Visitor& visitor) {
     visitor.word(header.bitspergate);
 }
 
-/* Kinds of fields that have words of their own behind the common field header. */
+/* Fields with words of their own after the common field header. */
 inline bool isVelocity(std::string_view name) {
     return name == "VR";
 }
@@ -153,7 +155,7 @@ inline bool isPower(std::string_view name) {
     return name == "DM";
 }
 
-/* Words 20 and 21 of a velocity field (the second one is not kept), 20 to 25 of a power field. */
+/* Words 20 and 21 of a velocity field (the second one is ignored), 20 to 25 of a power field. */
 template <class Ray, class Visitor>
 void visitFieldWords(Ray& ray, std::string_view name, Visitor& visitor) {
     if (isVelocity(name)) {
