@@ -1,5 +1,6 @@
-/*
- * Cradarpro.h - radar algorithms: fuzzy classifiers, unit conversions, isolated pixels, corrections
+/**
+ * @file Cradarpro.h
+ * Radar algorithms: fuzzy classifiers, unit conversions, isolated pixels, corrections
  * of phase and attenuation, rainfall, beam geometry, vertical profiles.
  */
 #ifndef CLUTTERCLASSIFIER_CRADARPRO_H
@@ -16,12 +17,12 @@ class CLUTTERCLASSIFIER_EXPORT Cradarpro {
     Cradarpro& operator=(const Cradarpro&) = delete;
 
     /* clang-format off */
-    /*
+    /**
      * Two-class fuzzy logic: ground clutter against precipitation.
      *
      * All arrays hold n elements of the same gates. Any of the nine inputs may be null (not used).
-     * dir is the directory text of the membership files, with its trailing separator: an input
-     * tagged T uses the files <dir>cal_mf_T_clutter.dat and <dir>cal_mf_T_precipi.dat.
+     * dir is the directory DIR of the membership files, with its trailing separator: an input
+     * tagged T uses the files DIR/cal_mf_T_clutter.dat and DIR/cal_mf_T_precipi.dat.
      *
      *   stdZhh, stdZdr, stdPdp, stdRhv   textures (tags sZhh, sZdr, sPdp, sRhv)
      *   velocity   m/s (tag Vel)         ldr   dB (tag LDR)      rhv   0..1 (tag Rhv)
@@ -39,10 +40,10 @@ class CLUTTERCLASSIFIER_EXPORT Cradarpro {
                                            float* rhv, float* width, float* out, int n,
                                            double* weights, int combination);
 
-    /*
+    /**
      * Four-class fuzzy logic: ground, sea and wind-turbine clutter against precipitation. Arguments
      * and result are those of PrecipitationClutterClassification(); an input tagged T also uses the
-     * files <dir>cal_mf_T_seaclut.dat and <dir>cal_mf_T_turclut.dat, and the clutter likelihood is
+     * files DIR/cal_mf_T_seaclut.dat and DIR/cal_mf_T_turclut.dat, and the clutter likelihood is
      * the degree of all three kinds of clutter alike, so that it cannot tell them apart.
      *
      *   out   0 ground clutter, 1 precipitation, 2 sea clutter, 3 turbine clutter (the earliest of
@@ -55,9 +56,9 @@ class CLUTTERCLASSIFIER_EXPORT Cradarpro {
                                               float* ldr, float* pdf, float* rhv, float* width,
                                               float* out, int n, double* weights, int combination);
 
-    /*
-     * The frame of a classifier of rain, snow, melting snow and hail, with placeholders for its
-     * membership functions; it gives no classes yet. zh (dBZ), zdr (dB), rhv (0..1), ldr (dB) and
+    /**
+     * The frame of a classifier of rain, snow, melting snow and hail, with placeholder
+     * membership functions; returns no classes yet. zh (dBZ), zdr (dB), rhv (0..1), ldr (dB) and
      * the heights h0 and fl (m) hold n elements each; dir is not used. Does nothing when out is
      * null. Without any input out is -1.0 everywhere; with one, "Membership function not found:
      * ..." is printed and out is left untouched.
@@ -65,24 +66,22 @@ class CLUTTERCLASSIFIER_EXPORT Cradarpro {
     void HydrometeorClassification(char* dir, float* zh, float* zdr, float* rhv, float* ldr,
                                    float* h0, float* fl, float* out, int n);
 
-    /* out = 10 log10(in), in double precision. in may be out; null arrays and n < 1 do nothing. */
+    /** out = 10 log10(in), in double precision. in may be out; null arrays and n < 1 do nothing. */
     void ZmmtoZdb(float* in, float* out, int n);
 
-    /* out = 10^(0.1 in), in double precision. in may be out; null arrays and n < 1 do nothing. */
+    /** out = 10^(0.1 in), in double precision. in may be out; null arrays and n < 1 do nothing. */
     void ZdBtoZmm(float* in, float* out, int n);
 
-    /*
+    /**
      * Flags (1.0, else 0.0) every gate whose class is exactly 0.0 and whose window of wgates x
      * wrays (each from -w/2 to w/2) holds at most maxcount such gates, itself included. Gates
-     * beyond the ends count the edge gate again; rays wrap. flags may be cls. Does nothing unless
+     * past the ends count the edge gate again; rays wrap. flags may be cls. Does nothing unless
      * both arrays are given, both sizes positive and both window sizes above 1.
      */
     void GetIsolatedPixels(float* cls, float* flags, int ngates, int nrays, int wgates, int wrays,
                            int maxcount);
 
-    /*
-     * --- Corrections ---
-     *
+    /** @name Corrections
      * Scans are flat blocks of single precision, gate g of ray r at g + ngates * r; rays are n
      * doubles, gate 0 nearest the radar. Inputs are not modified, outputs belong to the caller and
      * must not overlap the inputs unless an operation says so. A mask or class of exactly 0.0 marks
@@ -91,7 +90,7 @@ class CLUTTERCLASSIFIER_EXPORT Cradarpro {
      * array must be given and hold as many values as stated.
      */
 
-    /*
+    /**
      * Offset of the differential phase (degrees): in each ray, the first nwin gates in a row whose
      * correlation is above 0.9 (NaN counts as above) are averaged; the mean over all rays, a
      * single-precision sum in ray, gate order. A run must start before gate ngates - nwin. Returns
@@ -99,24 +98,24 @@ class CLUTTERCLASSIFIER_EXPORT Cradarpro {
      */
     float GetInitialPDP(float* phidp, float* rhohv, int ngates, int nrays, int nwin);
 
-    /* The same with runs of nwin precipitation gates (cls exactly 0.0; NaN is none). */
+    /** The same with runs of nwin precipitation gates (cls exactly 0.0, so not NaN). */
     float GetInitialPDP_usingCPI(float* phidp, float* cls, int ngates, int nrays, int nwin);
 
-    /* Subtracts offset from every value. Checked. */
+    /** Subtracts offset from every value. Checked. */
     void CorrectPDPOffset(float* phidp, int ngates, int nrays, float offset);
 
-    /* Changes the sign of every value. The array must be given. */
+    /** Changes the sign of every value. The array must be given. */
     void InvertPDP(float* phidp, int ngates, int nrays);
 
-    /*
+    /**
      * Unfolds one jump a ray: the first precipitation gate g, at least 20 gates from both ends,
      * where the mean phase of gates g..g+19 differs by more than 250 degrees from that of gates
      * g-20..g. Adds 360 to the precipitation gates from g to the end of the ray. The windows
-     * average every gate, precipitation or not; a NaN among them hides the jump. Checked.
+     * average all gates, precipitation or not; NaN among them hides the jump. Checked.
      */
     void CorrectPDPFolding(float* phidp, float* cls, int ngates, int nrays);
 
-    /*
+    /**
      * Fills gaps of one ray from their edges: up to nfill gates before a stretch of valid gates
      * with the mean of its first navg gates, and up to nfill gates after it with the mean of its
      * last navg. Means are of the values given, gaps included where a stretch is shorter. Gate 0 is
@@ -126,15 +125,15 @@ class CLUTTERCLASSIFIER_EXPORT Cradarpro {
      */
     void CompletePhidp(double* in, double* out, int n, int nfill, int navg, double* mask);
 
-    /*
+    /**
      * Fills gaps of one ray by linear interpolation between the valid gates on both sides. The
      * first gate of a gap keeps its input; gates before the first valid one become 0; a trailing
-     * gap keeps its input. A valid value of -99999.0 counts as none seen yet. out may be in.
+     * gap keeps its input. A valid value of -99999.0 counts as not valid. out may be in.
      * Returns 0.
      */
     int interpPDP(const double* in, const double* mask, int n, double* out);
 
-    /*
+    /**
      * Coefficient ranges, number of trials and method of an attenuation algorithm; ntrials is the
      * number for the algorithms that search.
      *
@@ -150,7 +149,7 @@ class CLUTTERCLASSIFIER_EXPORT Cradarpro {
                     double& amax, double& bmin, double& bmax, double& alphamin, double& alphamax,
                     int& count, int& method);
 
-    /*
+    /**
      * Specific attenuation (dB/km, one way) along one ray of n gates, from linear reflectivity z
      * (mm^6/m^3) and per-gate coefficients of Ah = alpha Kdp (dB/deg) and Ah = a z^b. dphi is the
      * rise of the differential phase over the ray (degrees), dr the gate spacing (km). Sums I run
@@ -170,11 +169,11 @@ class CLUTTERCLASSIFIER_EXPORT Cradarpro {
     void Ah(const double* z, const double* mask, const double* phidp, int n, const double* alpha,
             const double* a, const double* b, double dphi, double dr, double* ah, int method);
 
-    /*
+    /**
      * Corrects the reflectivity of one ray with the coefficients, drawn at random from the ranges
      * of an algorithm (1,000 trials), whose attenuation rebuilds the measured phase best: the least
-     * mean |rebuilt - phidp| over precipitation gates, the first trial among equals. A cost that is
-     * no number wins only for trial 0.
+     * mean |rebuilt - phidp| over precipitation gates, the first trial among equals. NaN as a cost
+     * wins only for trial 0.
      *
      *   phidp, z   phase (degrees, offset removed) and linear reflectivity, n gates of dr km
      *   mask       0.0 marks precipitation
@@ -191,7 +190,7 @@ class CLUTTERCLASSIFIER_EXPORT Cradarpro {
      * Algorithm 7 and unknown ones give no attenuation. Draws come from rand(), reseeded from
      * rand() and the clock before each of the three fills (a, b, alpha).
      *
-     * Returns 1; -1 for algorithm -1, untouched; 0 without two runs of 20 gates (everything
+     * Returns 1; -1 for algorithm -1, untouched; 0 without two runs of 20 gates (all outputs
      * untouched) or with a rise not above dphiMin (only dphi written).
      */
     int Ah_optimal(const double* phidp, const double* z, int n, double dr, const double* mask,
@@ -199,10 +198,10 @@ class CLUTTERCLASSIFIER_EXPORT Cradarpro {
                    double* b, double& dphi, double& pia, int alg, const double* select,
                    double dphiMin);
 
-    /*
+    /**
      * Corrects the differential reflectivity of one ray (dB): gamma, the ratio of the differential
      * to the horizontal attenuation's factor, is stepped by 0.001 from 0.01 until the mean of the
-     * last 20 precipitation gates meets 0.48 log10(mean z) - 0.774 (0 where mean z <= 100) as
+     * last 20 precipitation gates reaches 0.48 log10(mean z) - 0.774 (0 where mean z <= 100) as
      * nearly as it gets; alphaOpt is the coefficient that ah was found with. zdrcorr receives n
      * values, raised by the two-way differential attenuation at precipitation gates; it may be zdr.
      * pida receives the ray's total (dB). At most 5e7 steps.
@@ -213,7 +212,7 @@ class CLUTTERCLASSIFIER_EXPORT Cradarpro {
                     double alphaOpt, double dphi, const double* mask, double* zdrcorr,
                     double& gamma, double& pida);
 
-    /*
+    /**
      * Finds stretches of heavy precipitation: consecutive precipitation gates of at least 45 dBZ
      * and a correlation of at least 0.7, longer than 2 km, over which the phase rises by more than
      * 20 degrees. flag (n values) becomes 1.0 on their gates, else 0.0. spots (40 values) holds
@@ -223,7 +222,7 @@ class CLUTTERCLASSIFIER_EXPORT Cradarpro {
     int findHotSpot(const double* phidp, const double* z, const double* rhohv, const double* mask,
                     double dr, int n, double* flag, double* spots);
 
-    /*
+    /**
      * Averages of six fields over gates g0..g1 (both included) of all rays of a vertical scan:
      * out[k] is the single-precision sum divided by (g1 - g0 + 1) * nrays. Of f1 only values above
      * 0 are summed, though the divisor counts all gates; the others are summed unscreened. Null
@@ -233,10 +232,10 @@ class CLUTTERCLASSIFIER_EXPORT Cradarpro {
     void CalibrationAt90deg(float* f1, float* f2, float* f3, float* f4, float* f5, float* f6,
                             int ngates, int nrays, int g0, int g1, float* out);
 
-    /* Reserved; does nothing. */
+    /** Reserved; does nothing. */
     void CalibrationZhZdrKdp(double* zh, double* zdr, double* kdp, int n);
 
-    /*
+    /**
      * Rain rate (mm/h) of n gates from reflectivity zh (dBZ), zdr (dB) and kdp (deg/km) by row alg
      * of coefficients (c0, c1, ...), with Z = 10^(0.1 zh):
      *
@@ -254,22 +253,22 @@ class CLUTTERCLASSIFIER_EXPORT Cradarpro {
     void RainfallEstimation(float* zh, float* zdr, float* kdp, int n, int alg, float* coeffs,
                             int ncoeffs, float* rain);
 
-    /* rain (output, mm/h) = (10^(0.1 zh) / a)^(1 / b) where zh (dBZ) is above threshold, else 0
+    /** rain (output, mm/h) = (10^(0.1 zh) / a)^(1 / b) where zh (dBZ) is above threshold, else 0
      * (NaN too). Arrays may be the same. Checked. */
     void ZtoR(float* rain, float* zh, int n, float a, float b);
 
-    /* zh (output, dBZ) = 10 log10(a rain^b) where rain (mm/h) is above 0, else threshold (NaN too).
-     * Arrays may be the same. Checked. */
+    /** zh (output, dBZ) = 10 log10(a rain^b) where rain (mm/h) is above 0, else threshold (NaN
+     * too). Arrays may be the same. Checked. */
     void RtoZ(float* rain, float* zh, int n, float a, float b);
 
-    /*
+    /**
      * Geometry of a straight beam over an Earth of radius 6.378e6 m (no refraction): heights above
      * the antenna and slant ranges in metres, angles in radians, n values each. Output may be
      * input.
      *
      *   h_beam   h = (r^2 + R^2 + 2 r R sin(elevation))^0.5 - R
-     *   r_beam   the larger root r of the same relation; NaN where the beam never gets there
-     *   gama     the elevation under which a height is seen at a range; NaN where it cannot be
+     *   r_beam   the larger root r of the same relation; NaN where the beam never reaches the
+     * height gama     the elevation of a height seen at a range; NaN where it is out of sight
      *
      * Sine, arc sine and power are those of the C library. Where it runs on a processor without
      * fused multiply-add, h_beam and gama may differ from other machines in the last bit.
@@ -278,7 +277,7 @@ class CLUTTERCLASSIFIER_EXPORT Cradarpro {
     void r_beam(double* height, double elevation, double* range, int n);
     void gama(double* height, double range, double* angle, int n);
 
-    /*
+    /**
      * Power pattern of a beam (two-way, (sin x / x)^4; beamwidth, elevation in radians, range in
      * metres), over 1,000 angles from -5 degrees (radians, step 0.01 degrees) and over heights at
      * that range (metres, step 7.5, symmetric about 0, as wide as half a beam is high on both
@@ -290,33 +289,33 @@ class CLUTTERCLASSIFIER_EXPORT Cradarpro {
                           double** angles, int& nangles, double** powerH, double** heights,
                           int& nheights);
 
-    /*
+    /**
      * Reads a library of vertical profiles: text, 1,800 levels of 60 values (dB) each, into *vpr
      * (replaced as above) as linear values, profile j level i at i + 1800 j; 7.5 m between levels
-     * (dh), freezing level at reflevel 600. Missing values are 0 dB, text counts as its leading
-     * number or 0. The last argument is not used. Returns 1; 0 when the file cannot be read,
-     * everything untouched.
+     * (dh), freezing level at reflevel 600. Missing values are 0 dB, tokens count as the number at
+     * their start or 0. The last argument is not used. Returns 1; 0 when the file cannot be read,
+     * all outputs untouched.
      */
     int GetVPR(double** vpr, int& nprofiles, int& nlevels, int& reflevel, double& dh,
                char* filename, int unused);
 
-    /*
+    /**
      * Replaces linear reflectivity near the melting layer by the value at the ground of the profile
      * (of the file, see GetVPR) that, seen through the beam, comes closest to it. Applies to gates
      * with zin above 1 and a beam height less than 1,000 m from the gate's freezing level fl (m)
      * whose best profile is less than 1 dB away, the first among equals; other gates, and those
-     * whose window of levels leaves the profile, keep zin. zout may be zin. Gates of one range in a
-     * row share the beam pattern. The last argument is not used. Returns 1; 0 without a readable
+     * whose window of levels exceeds the profile, keep zin. zout may be zin. Gates of one range in
+     * a row share the beam pattern. The last argument is not used. Returns 1; 0 without a readable
      * file, zout untouched.
      */
     int VPRCorrection(double* zout, double* zin, double* range, double* fl, int n, double elevation,
                       double beamwidth, char* filename, int unused);
 
     CDSP dsp;
-    float threshold;             /* lowest (no-rain) reflectivity, -32 dBZ */
-    double coefficients[20][10]; /* rainfall relations, one a row: 0 Z-R, 1 Z-ZDR-R, 2 KDP-ZDR-R, 3
-                                    KDP-R, 4 Z-ZDR polynomial */
-    double ahConstraintSum; /* by-product of attenuation method 1; not set by the constructor */
+    float threshold;             /**< lowest (no-rain) reflectivity, -32 dBZ */
+    double coefficients[20][10]; /**< rainfall relations, one a row: 0 Z-R, 1 Z-ZDR-R, 2 KDP-ZDR-R,
+                                    3 KDP-R, 4 Z-ZDR polynomial */
+    double ahConstraintSum; /**< by-product of attenuation method 1; not set by the constructor */
 };
 
 #endif
