@@ -1,4 +1,4 @@
-#include "support/literal_polar.h"
+#include "literal_polar.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -2,8 +2,8 @@
  * literal_polar.h - a polar data file read the plain way: one fread() after the other into buffers
  * that are never cleared, one formula a gate.
  */
-#ifndef TESTS_SUPPORT_LITERAL_POLAR_H
-#define TESTS_SUPPORT_LITERAL_POLAR_H
+#ifndef BENCH_LITERAL_POLAR_H
+#define BENCH_LITERAL_POLAR_H
 
 #include <string>
 #include <vector>

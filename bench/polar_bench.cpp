@@ -8,7 +8,7 @@
 
 #include "clutterclassifier/CThuPolDaFor.h"
 #include "formats/polar_bytes.h"
-#include "support/literal_polar.h"
+#include "literal_polar.h"
 #include "support/temp_dir.h"
 
 namespace {

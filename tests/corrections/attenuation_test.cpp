@@ -188,36 +188,32 @@ TEST(DifferentialAttenuation, WhatIsNotCorrectedIsLeftAlone) {
     EXPECT_GT(gamma, 0.011);
 }
 
-TEST(HotSpots, SameAsThePlainDefinition) {
-    std::mt19937 random(52);
-    Cradarpro radar;
-    int most = 0;
-    for (unsigned round = 0; round < 200; ++round) {
-        AttenuationRay ray;
-        Values rhohv;
-        ray.dr = 0.25;
-        const int n = static_cast<int>(random() % 600);
-        double phase = 0.0;
-        bool hot = false;
-        for (int g = 0; g < n; ++g) {
-            if (random() % 14 == 0) hot = !hot;
-            phase += hot ? 3.0 : 0.1;
-            ray.z.push_back(hot ? 40000.0 : 500.0);
-            if (random() % 100 == 0) ray.z.back() = kNan;
-            ray.phidp.push_back(phase);
-            ray.mask.push_back(random() % 100 == 0 ? kNan : 0.0);
-            rhohv.push_back(random() % 100 == 0 ? 0.69 : 0.7);
+/* Twelve stretches of ten hot gates and one other gate each: the second stretch is broken. */
+TEST(HotSpots, TenAreRecordedAndAllAreFlagged) {
+    const std::size_t n = 12 * 11;
+    enum Break { kMaskNan, kMasked, kReflectivity, kReflectivityNan, kCorrelation };
+    for (const Break kind : {kMaskNan, kMasked, kReflectivity, kReflectivityNan, kCorrelation}) {
+        Values z(n, 1e5), phidp, rhohv(n, 0.7), mask(n, 0.0), flag(n, -7.0), spots(40, -7.0);
+        for (std::size_t g = 0; g < n; ++g) phidp.push_back(3.0 * static_cast<double>(g));
+        for (std::size_t g = 10; g < n; g += 11) z[g] = 100.0;
+        if (kind == kMaskNan) mask[16] = kNan;
+        if (kind == kMasked) mask[16] = 3.0;
+        if (kind == kReflectivity) z[16] = 31600.0;
+        if (kind == kReflectivityNan) z[16] = kNan;
+        if (kind == kCorrelation) rhohv[16] = 0.69;
+        EXPECT_EQ(Cradarpro().findHotSpot(phidp.data(), z.data(), rhohv.data(), mask.data(), 0.25,
+                                          static_cast<int>(n), flag.data(), spots.data()),
+                  11);
+        EXPECT_EQ(spots[0], 11.0);
+        for (std::size_t k = 0; k < 10; ++k) {
+            const double first = k == 0 ? 0.0 : 11.0 * static_cast<double>(k + 1);
+            const Values spot(&spots[4 * k + 1], &spots[4 * k + 4]);
+            EXPECT_EQ(spot, Values({first, first + 9, 27.0})) << k;
         }
-        Values flag(ray.z.size(), -7.0), spots(40, -7.0), expectedFlag, expectedSpots;
-        const int count = radar.findHotSpot(ray.phidp.data(), ray.z.data(), rhohv.data(),
-                                            ray.mask.data(), ray.dr, n, flag.data(), spots.data());
-        literal::hotSpots(ray, rhohv, expectedFlag, expectedSpots);
-        ASSERT_EQ(flag, expectedFlag) << round;
-        ASSERT_EQ(spots, expectedSpots) << round;
-        ASSERT_EQ(count, static_cast<int>(spots[0]));
-        most = std::max(most, count);
+        for (std::size_t g = 0; g < n; ++g) {
+            EXPECT_EQ(flag[g], g / 11 == 1 || g % 11 == 10 ? 0.0 : 1.0) << g;
+        }
     }
-    EXPECT_GT(most, 10) << "more than are recorded";
 }
 
 TEST(HotSpots, LengthAndRiseAreExclusiveBounds) {

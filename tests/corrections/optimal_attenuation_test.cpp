@@ -44,26 +44,13 @@ bool untouched(const Corrected& c) {
     return c.pia == -7.0;
 }
 
-double meanOf20(const Values& values, int first) {
-    double sum = 0.0;
-    for (int k = first; k < first + 20; ++k) sum += values[static_cast<std::size_t>(k)];
-    return sum / 20;
-}
-
 /* The plain definition, draws included: a, b, then alpha, the generator reseeded before each. */
 Corrected literalCorrection(Cradarpro& radar, AttenuationRay ray, int alg, double dphiMin) {
-    const int n = ray.n();
-    int first = 0, last = n - 21;
-    const auto run = [&](int g) {
-        for (int k = g; k < g + 20; ++k) {
-            if (!(ray.mask[static_cast<std::size_t>(k)] == 0.0)) return false;
-        }
-        return true;
-    };
-    while (!run(first)) ++first;
-    while (!run(last + 1)) --last;
-    ray.phi0 = alg == 6 ? 0.0 : meanOf20(ray.phidp, first);
-    ray.dphi = alg == 6 ? dphiMin + 1 : meanOf20(ray.phidp, last + 1) - ray.phi0;
+    EXPECT_TRUE(literal::measurePhase(ray));
+    if (alg == 6) {
+        ray.phi0 = 0.0;
+        ray.dphi = dphiMin + 1;
+    }
     double alpha0, a0, b0, range[6] = {3e-5, 3e-5, 0.78, 0.78, 0.073, 0.073};
     int count = 1, method = 0;
     radar.algs_attcor(alg, 1000, alpha0, a0, b0, range[0], range[1], range[2], range[3], range[4],

@@ -7,62 +7,13 @@
 
 #include "clutterclassifier/Cradarpro.h"
 #include "support/bits.h"
+#include "support/literal_corrections.h"
 
 namespace {
 
 using clutter::test::sameBits;
 
 constexpr float kNan = std::numeric_limits<float>::quiet_NaN();
-
-/* The relations, one value at a time. */
-float literalRain(const double* c, int alg, float dbz, float zdr, float kdp) {
-    const double z = std::pow(10.0, 0.1 * static_cast<double>(dbz));
-    const double ratio = std::pow(10.0, c[2] * static_cast<double>(zdr));
-    const double k = static_cast<double>(kdp);
-    const float zdr2 = zdr * zdr, zdr3 = zdr2 * zdr;
-    double rain = 0.0;
-    if (alg == 0) rain = std::pow(z / c[0], 1 / c[1]);
-    if (alg == 1) rain = c[0] * std::pow(z, c[1]) * ratio;
-    if (alg == 2) rain = c[0] * std::pow(k, c[1]) * ratio;
-    if (alg == 3) rain = c[0] * std::pow(k, c[1]);
-    if (alg == 4) {
-        rain = std::pow(
-            10.0, 0.1 * (static_cast<double>(dbz) -
-                         (c[0] + c[1] * static_cast<double>(zdr) +
-                          c[2] * static_cast<double>(zdr2) + c[3] * static_cast<double>(zdr3))));
-    }
-    return static_cast<float>(rain);
-}
-
-struct Gates {
-    std::vector<float> zh, zdr, kdp, rain;
-    explicit Gates(int n) {
-        std::mt19937 random(61);
-        std::normal_distribution<float> normal;
-        for (int i = 0; i < n; ++i) {
-            zh.push_back(random() % 30 == 0 ? kNan : 25.0f + 15.0f * normal(random));
-            zdr.push_back(random() % 30 == 0 ? kNan : 1.0f + normal(random));
-            kdp.push_back(random() % 30 == 0 ? HUGE_VALF : 0.5f + normal(random));
-        }
-        rain.assign(zh.size(), -7.0f);
-    }
-    int n() const { return static_cast<int>(zh.size()); }
-};
-
-TEST(Rainfall, RelationsInDoublePrecision) {
-    Gates gates(400);
-    Cradarpro radar;
-    for (int alg = 0; alg < 7; ++alg) {
-        radar.RainfallEstimation(gates.zh.data(), gates.zdr.data(), gates.kdp.data(), gates.n(),
-                                 alg, nullptr, 0, gates.rain.data());
-        for (std::size_t i = 0; i < gates.rain.size(); ++i) {
-            ASSERT_TRUE(sameBits(
-                gates.rain[i],
-                literalRain(radar.coefficients[alg], alg, gates.zh[i], gates.zdr[i], gates.kdp[i])))
-                << alg << ' ' << i;
-        }
-    }
-}
 
 /* Ordinary and impossible coefficients, values of every size; the result replaces an input. */
 TEST(Rainfall, AnyCoefficientsAndValues) {
@@ -90,7 +41,7 @@ TEST(Rainfall, AnyCoefficientsAndValues) {
             zdr.push_back(value(3.0f));
             kdp.push_back(std::fabs(value(1.0f)));
             expected.push_back(
-                literalRain(radar.coefficients[alg], alg, zh.back(), zdr.back(), kdp.back()));
+                literal::rainRate(radar.coefficients[alg], alg, zh.back(), zdr.back(), kdp.back()));
         }
         std::vector<float>& out = alg == 0 || alg == 4 ? zh : alg == 1 ? zdr : kdp;
         radar.RainfallEstimation(zh.data(), zdr.data(), kdp.data(), n, alg, nullptr, 0, out.data());

@@ -61,7 +61,7 @@ inline ByteVector randomBytes(std::size_t n, std::mt19937& random) {
     return bytes;
 }
 
-/* A whole file of random gates of gateBytes each, with layerBytes bytes behind the rays. */
+/* A whole file of random gates of gateBytes each, with a layer after the rays if wanted. */
 inline PolarBytes randomPolarFile(int product, std::size_t gateBytes, bool layer, int nrays,
                                   int ngates, std::mt19937& random) {
     PolarBytes file(product, nrays, ngates);

@@ -10,7 +10,6 @@
 #include "clutterclassifier/CThuPolDaFor.h"
 #include "formats/polar_bytes.h"
 #include "support/bits.h"
-#include "support/literal_polar.h"
 #include "support/temp_dir.h"
 
 namespace {
@@ -20,20 +19,42 @@ using namespace clutter::test;
 constexpr int kRecords = 8;
 constexpr double kPi = std::numbers::pi;
 
-/* Every product, with each layout that matters to it and one that does not exist. */
+/* One gate of every product, in each layout that matters to it and one that it does not have. */
+constexpr unsigned char kGate[] = {0x12, 0x34, 0x56, 0x78, 0x9A, 0xBC, 0xDE, 0xF0, 0x11, 0x22};
 struct Kind {
     int product;
     int layout;
     std::size_t gateBytes;
-    bool layer;
+    bool wholeRays;             // a cut ray repeats the one before, not the gate before
+    std::vector<float> values;  // of the fields at the gate above
+
+    bool hasLayer() const { return product < 2000 || product > 3000; }
 };
 
 const Kind kKinds[] = {
-    {2111, 252, 2, false},  {2122, 252, 4, false},  {2141, 260, 4, false}, {2211, 252, 9, false},
-    {2211, 260, 10, false}, {2211, 280, 10, false}, {2211, 300, 0, false}, {2212, 252, 8, false},
-    {2212, 280, 8, false},  {2212, 1, 0, false},    {2213, 1, 10, false},  {2214, 0, 8, false},
-    {1113, 0, 4, true},     {1115, 0, 1, true},     {1117, 0, 4, true},    {1126, 0, 4, true},
-    {1400, 0, 2, true},     {1521, 0, 2, true},     {1814, 0, 4, true},    {3333, 0, 2, true},
+    {2111, 252, 2, true, {72.2f, 2.5f}},
+    {2122, 252, 4, false, {72.2f, 2.5f, 0.518183589f, 0.4375f}},
+    {2141, 260, 4, false, {72.2f, 2.5f, 0.527689397f, -21.25f}},
+    {2211, 252, 9, false, {72.2f, 3.75f, -11.25f, -0.115f, 0.518183589f, 7.42328119f, -10}},
+    {2211, 260, 10, false, {72.2f, 3.75f, -136.40625f, -0.03f, 0.518183589f, 7.42328119f, -10}},
+    {2211, 280, 10, false, {72.2f, 3.75f, -133.505859f, 1, 0.518183589f, 7.42328119f, -10}},
+    {2211, 300, 0, false, {0, 0, 0, 0, 0, 0, 0}},
+    {2212, 252, 8, false, {72.2f, -2.4f, 0.518183589f, 7.42328119f, -2.80104899f}},
+    {2212, 280, 8, false, {72.2f, -2.4f, 0.518183589f, 7.42328119f, -2.80104899f}},
+    {2212, 1, 0, false, {0, 0, 0, 0, 0}},
+    {2213,
+     1,
+     10,
+     false,
+     {72.2f, 3.75f, -133.505859f, 1.03324f, 0.518183589f, 1.88986433f, 2.5f, 7}},
+    {2214, 0, 8, false, {72.2f, -2.4f, 0.518183589f, 7.42328119f, -2.80104899f, 2.5f, 0.4375f}},
+    {1113, 0, 4, true, {1.73782444e+34f, 5}},
+    {1115, 0, 1, false, {18, 5}},
+    {1117, 0, 4, false, {2018915346.0f, 5}},
+    {1126, 0, 4, false, {2018915346.0f, 5}},
+    {1400, 0, 2, false, {13330, 5}},
+    {1521, 0, 2, false, {13330, 5}},
+    {3333, 0, 2, false, {13330, 5}},
 };
 
 class PolarReader : public testing::Test {
@@ -43,24 +64,16 @@ class PolarReader : public testing::Test {
         return polar_.ReadPolarData(path_.data(), records_, layout, skip);
     }
 
-    /* All fields and angles are those of the plain reader. */
-    void expectLiteral(const ByteVector& bytes, int layout) {
-        ASSERT_EQ(read(bytes, layout), 1);
-        const literal::PolarScan scan = literal::readPolar(path_, layout);
-        ASSERT_EQ(records_[0].nrecords, static_cast<int>(scan.fields.size()));
-        for (std::size_t f = 0; f < scan.fields.size(); ++f) {
-            const Cpluvek& record = records_[f];
-            ASSERT_EQ(record.nrays, scan.nrays);
-            ASSERT_EQ(record.ngates, scan.ngates);
-            for (std::size_t i = 0; i < scan.fields[f].size(); ++i) {
-                ASSERT_TRUE(sameBits(record.data[i], scan.fields[f][i]))
-                    << "field " << f << " at " << i << ": " << record.data[i] << " for "
-                    << scan.fields[f][i];
-            }
-            for (std::size_t r = 0; r < scan.angles.size(); ++r) {
-                ASSERT_EQ(record.angles[r], scan.angles[r]) << "angle " << r;
-            }
+    /* Values of all fields and angles, one after the other. */
+    std::vector<float> everything(const ByteVector& bytes, int layout, int skip = 1) {
+        EXPECT_EQ(read(bytes, layout, skip), 1);
+        const Cpluvek& first = records_[0];
+        std::vector<float> all(first.angles, first.angles + 1 + first.nrays);
+        for (int f = 0; f < first.nrecords; ++f) {
+            const float* data = records_[f].data;
+            all.insert(all.end(), data, data + first.nrays * first.ngates);
         }
+        return all;
     }
 
     TempDir dir_;
@@ -69,26 +82,67 @@ class PolarReader : public testing::Test {
     Cpluvek records_[kRecords];
 };
 
-TEST_F(PolarReader, EveryProductReadsAsThePlainReaderDoes) {
-    std::mt19937 random(1);
+/* The gate is the last one of the second ray. */
+TEST_F(PolarReader, EveryProductHasItsPacking) {
     for (const Kind& kind : kKinds) {
         SCOPED_TRACE(std::to_string(kind.product) + ", layout " + std::to_string(kind.layout));
-        const PolarBytes file =
-            randomPolarFile(kind.product, kind.gateBytes, kind.layer, 7, 23, random);
-        expectLiteral(file.bytes(), kind.layout);
+        ByteVector gates(2 * kind.gateBytes, 0);
+        gates.insert(gates.end(), kGate, kGate + kind.gateBytes);
+        PolarBytes file(kind.product, 2, 3);
+        file.ray(0, ByteVector(gates.size(), 0)).ray(900, gates);
+        if (kind.hasLayer()) file.append({0, 1, 2, 3, 4, 5});
+        ASSERT_EQ(read(file.bytes(), kind.layout), 1);
+        ASSERT_EQ(records_[0].nrecords, static_cast<int>(kind.values.size()));
+        EXPECT_FLOAT_EQ(records_[1].angles[2], static_cast<float>(9 * kPi / 180));
+        for (std::size_t f = 0; f < kind.values.size(); ++f) {
+            EXPECT_FLOAT_EQ(records_[f].data[5], kind.values[f]) << "field " << f;
+        }
     }
+}
+
+TEST_F(PolarReader, TheClutterIndexIsATable) {
+    const float indices[] = {0,     1.5f, 2,     2.5f, 2.75f, 3,    3.25f, 3.5f,
+                             3.75f, 4,    4.25f, 4.5f, 5,     5.5f, 6,     7};
+    ByteVector gates;
+    for (int code = 0; code < 16; ++code) {
+        const auto upper = static_cast<unsigned char>(code << 4);
+        gates.insert(gates.end(), {0, upper, 0, 0});
+    }
+    ASSERT_EQ(read(PolarBytes(2122, 1, 16).ray(0, gates).bytes()), 1);
+    for (int code = 0; code < 16; ++code) EXPECT_EQ(records_[1].data[code], indices[code]);
+}
+
+/* A file cut after n bytes, completed as its reader has to: every piece repeats the one before. */
+ByteVector completed(const ByteVector& whole, const Kind& kind, std::size_t n, std::size_t nrays,
+                     std::size_t ngates) {
+    std::size_t at = 0;
+    ByteVector out, header(320, 0), rayHeader(10, 0);
+    ByteVector gates(kind.gateBytes * (kind.wholeRays ? ngates : 1), 0);
+    const auto copy = [&](ByteVector& piece) {
+        for (std::size_t i = 0; i < piece.size() && at + i < n; ++i) piece[i] = whole[at + i];
+        at += piece.size();
+        out.insert(out.end(), piece.begin(), piece.end());
+    };
+    copy(header);
+    for (std::size_t r = 0; r < nrays; ++r) {
+        copy(rayHeader);
+        for (std::size_t g = 0; g < (kind.wholeRays ? 1 : ngates); ++g) copy(gates);
+    }
+    ByteVector layer(kind.hasLayer() ? nrays * ngates : 0, 0);
+    copy(layer);
+    return out;
 }
 
 TEST_F(PolarReader, AFileThatEndsEarlyRepeatsWhatWasThere) {
     std::mt19937 random(2);
     for (const Kind& kind : kKinds) {
         const ByteVector whole =
-            randomPolarFile(kind.product, kind.gateBytes, kind.layer, 3, 4, random).bytes();
+            randomPolarFile(kind.product, kind.gateBytes, kind.hasLayer(), 3, 4, random).bytes();
         for (std::size_t n = 278; n < whole.size(); n += 3) {
-            SCOPED_TRACE(std::to_string(kind.product) + " cut at " + std::to_string(n));
-            expectLiteral(ByteVector(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(n)),
-                          kind.layout);
-            if (HasFatalFailure()) return;
+            const ByteVector cut(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(n));
+            ASSERT_TRUE(sameBits(everything(cut, kind.layout),
+                                 everything(completed(whole, kind, n, 3, 4), kind.layout)))
+                << kind.product << ", layout " << kind.layout << " cut at " << n;
         }
     }
 }
@@ -308,20 +362,16 @@ TEST_F(PolarReader, PhaseOffsetIsRemovedAndWeakEchoesAreBlanked) {
     EXPECT_NEAR(records_[2].data[0], 45.0f, 1e-4) << "not corrected";
 }
 
-/* Products with other fields in the places of phase and correlation are left alone. */
+/* Products with other fields in the positions of phase and correlation are not corrected. */
 TEST_F(PolarReader, OnlyTwoProductsAreCorrected) {
     std::mt19937 random(3);
     for (const Kind& kind : kKinds) {
-        if (kind.product == 2211 || kind.product == 2213) continue;
+        const bool corrected = kind.product == 2211 || kind.product == 2213;
         const ByteVector bytes =
-            randomPolarFile(kind.product, kind.gateBytes, kind.layer, 2, 30, random).bytes();
-        ASSERT_EQ(read(bytes, kind.layout, 0), 1);
-        const literal::PolarScan scan = literal::readPolar(path_, kind.layout);
-        for (std::size_t f = 0; f < scan.fields.size(); ++f) {
-            for (std::size_t i = 0; i < scan.fields[f].size(); ++i) {
-                ASSERT_TRUE(sameBits(records_[f].data[i], scan.fields[f][i])) << kind.product;
-            }
-        }
+            randomPolarFile(kind.product, kind.gateBytes, kind.hasLayer(), 2, 30, random).bytes();
+        EXPECT_EQ(sameBits(everything(bytes, kind.layout, 0), everything(bytes, kind.layout, 1)),
+                  !corrected)
+            << kind.product << ", layout " << kind.layout;
     }
 }
 
@@ -347,47 +397,6 @@ TEST_F(PolarReader, RaysAreSortedByAzimuthInEveryField) {
     EXPECT_GT(records_[0].angles[1], records_[0].angles[2]) << "no rays on a grid";
     polar_.SortPolarDataRays(nullptr);
     polar_.FillingFields(nullptr);
-}
-
-TEST(PolarNames, TellElevationTimeAndSite) {
-    struct Row {
-        std::string name;
-        int elevation;
-        unsigned int time;
-        int site;
-    };
-    const unsigned int kAugust = 1186770000;  // 2007-08-10 18:20:00
-    const Row rows[] = {
-        {"/data/b/200708101820_sidpol_b3.dat", 3, kAugust, 0},
-        {"200708101820_augldr_xb", 0, kAugust, 1},
-        {"/blob/200708101820augldr", 0, kAugust, 1},
-        {"200708101820_augldr", -99, kAugust, 1},
-        {"/sidpol/200708101820wetbulbfreezinglevel", 0, kAugust, 0},
-        {"/x/200708101820wetbulbfreezinglevel", 0, kAugust, -1},
-        {"/x/200708101820_wetbulbfreezinglev_b2", 2, kAugust, -1},
-        {"200713101820_sidpol_b3", 3, 0, 0},
-        {"sidpol_b3", 3, 0, 0},
-        {"tavo-rain-radar_chenies_200708101820_el3.0", 0, kAugust, 2},
-        {"tavo-rain-radar_chenies_200708101820", -99, kAugust, 2},
-        {"/model/tavo-rain-radar_chenies_20070810182", 0, 0, 2},
-        {"/sidpol/other.dat", -1, 0, -1},
-        {"", -1, 0, -1},
-    };
-    CThuPolDaFor polar;
-    for (Row row : rows) {
-        int elevation = 9, site = 9;
-        unsigned int time = 9;
-        polar.GetCharacteristics(row.name.data(), elevation, time, site, '/');
-        EXPECT_EQ(elevation, row.elevation) << row.name;
-        EXPECT_EQ(time, row.time) << row.name;
-        EXPECT_EQ(site, row.site) << row.name;
-    }
-    int elevation = 9, site = 9;
-    unsigned int time = 9;
-    polar.GetCharacteristics(nullptr, elevation, time, site, '/');
-    EXPECT_EQ(elevation, -1);
-    EXPECT_EQ(time, 0u);
-    EXPECT_EQ(site, -1);
 }
 
 }  // namespace

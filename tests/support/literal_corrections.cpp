@@ -56,59 +56,6 @@ void unfold(float* phidp, const float* cls, int ngates, int nrays) {
     }
 }
 
-void interpolateGaps(const double* in, const double* mask, int n, double* out) {
-    for (int g = 0; g < n; ++g) out[g] = in[g];
-    double previous = -99999.0;
-    int previousGate = -99999;
-    int g = 0;
-    while (g < n) {
-        if (mask[g] == 0.0) {
-            previous = in[g];
-            previousGate = g;
-            ++g;
-            continue;
-        }
-        if (previous == -99999.0) {
-            out[g++] = 0.0;
-            continue;
-        }
-        int k = g + 1;
-        while (k < n && !(mask[k] == 0.0)) ++k;
-        if (k >= n) {
-            ++g;
-            continue;
-        }
-        for (int j = g + 1; j <= k - 1; ++j) {
-            out[j] = previous + (in[k] - previous) * (j - previousGate) / (k - previousGate);
-        }
-        previous = in[k];
-        previousGate = k;
-        g = k + 1;
-    }
-}
-
-void completeGaps(const double* in, double* out, int n, int nfill, int navg, const double* mask) {
-    std::vector<double> copy(in, in + n);
-    for (int g = 1; g <= n - 2; ++g) {
-        double sum = 0.0;
-        int count = 0;
-        if (!(mask[g - 1] == 0.0) && mask[g] == 0.0) {
-            for (int k = g; k <= std::min(g + navg, n) - 1; ++k) sum = sum + in[k], ++count;
-            for (int k = g - 1; k > std::max(g - nfill, 0); --k) {
-                if (mask[k] == 0.0) break;
-                copy[index(k)] = sum / count;
-            }
-        } else if (!(mask[g + 1] == 0.0) && mask[g] == 0.0) {
-            for (int k = g; k > std::max(g - navg, 0); --k) sum = sum + in[k], ++count;
-            for (int k = std::min(g + 1, n); k < std::min(g + nfill, n); ++k) {
-                if (mask[k] == 0.0) break;
-                copy[index(k)] = sum / count;
-            }
-        }
-    }
-    for (int g = 0; g < n; ++g) out[g] = copy[index(g)];
-}
-
 void attenuation(const AttenuationRay& ray, const Values& alpha, const Values& a, const Values& b,
                  int method, Values& ah, double& constraint) {
     const int n = ray.n();
@@ -195,35 +142,53 @@ int bestTrial(const AttenuationRay& ray, const Values& alpha, const Values& a, c
     return best;
 }
 
-void hotSpots(const AttenuationRay& ray, const Values& rhohv, Values& flag, Values& spots) {
+bool measurePhase(AttenuationRay& ray) {
     const int n = ray.n();
-    flag.assign(ray.z.size(), 0.0);
-    spots.assign(40, 0.0);
-    const auto hot = [&](int i) {
-        const std::size_t g = index(i);
-        return 10 * std::log10(ray.z[g]) >= 45 && rhohv[g] >= 0.7 && ray.mask[g] == 0.0;
-    };
-    int count = 0, g = 0;
-    while (g < n) {
-        if (!hot(g)) {
-            ++g;
-            continue;
+    bool found = false;
+    double end = 0.0;
+    for (int g = 0; g < n - 20 && !found; ++g) {
+        double sum = 0.0;
+        found = true;
+        for (std::size_t k = static_cast<std::size_t>(g); k < static_cast<std::size_t>(g) + 20;
+             ++k) {
+            found = found && ray.mask[k] == 0.0;
+            sum = sum + ray.phidp[k];
         }
-        int e = g;
-        while (e + 1 < n && hot(e + 1)) ++e;
-        const double rise = ray.phidp[index(e)] - ray.phidp[index(g)];
-        if ((e - g) * ray.dr > 2.0 && rise > 20) {
-            if (count < 10) {
-                spots[index(4 * count + 1)] = g;
-                spots[index(4 * count + 2)] = e;
-                spots[index(4 * count + 3)] = rise;
-            }
-            for (int k = g; k <= e; ++k) flag[index(k)] = 1.0;
-            ++count;
-        }
-        g = e + 1;
+        ray.phi0 = sum / 20;
     }
-    spots[0] = count;
+    if (!found) return false;
+    found = false;
+    for (int g = n - 21; g >= 1 && !found; --g) {
+        double sum = 0.0;
+        found = true;
+        for (std::size_t k = static_cast<std::size_t>(g) + 1; k <= static_cast<std::size_t>(g) + 20;
+             ++k) {
+            found = found && ray.mask[k] == 0.0;
+            sum = sum + ray.phidp[k];
+        }
+        end = sum / 20;
+    }
+    ray.dphi = end - ray.phi0;
+    return found;
+}
+
+float rainRate(const double* c, int alg, float dbz, float zdr, float kdp) {
+    const double z = std::pow(10.0, 0.1 * static_cast<double>(dbz));
+    const double ratio = std::pow(10.0, c[2] * static_cast<double>(zdr));
+    const double k = static_cast<double>(kdp);
+    const float zdr2 = zdr * zdr, zdr3 = zdr2 * zdr;
+    double rain = 0.0;
+    if (alg == 0) rain = std::pow(z / c[0], 1 / c[1]);
+    if (alg == 1) rain = c[0] * std::pow(z, c[1]) * ratio;
+    if (alg == 2) rain = c[0] * std::pow(k, c[1]) * ratio;
+    if (alg == 3) rain = c[0] * std::pow(k, c[1]);
+    if (alg == 4) {
+        rain = std::pow(
+            10.0, 0.1 * (static_cast<double>(dbz) -
+                         (c[0] + c[1] * static_cast<double>(zdr) +
+                          c[2] * static_cast<double>(zdr2) + c[3] * static_cast<double>(zdr3))));
+    }
+    return static_cast<float>(rain);
 }
 
 Values matchProfiles(const Values& zin, const Values& range, const Values& freezing,

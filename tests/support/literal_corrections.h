@@ -15,10 +15,6 @@ float initialPhase(const float* phidp, const std::vector<int>& qualifies, int ng
 
 void unfold(float* phidp, const float* cls, int ngates, int nrays);
 
-void interpolateGaps(const double* in, const double* mask, int n, double* out);
-
-void completeGaps(const double* in, double* out, int n, int nfill, int navg, const double* mask);
-
 using Values = std::vector<double>;
 
 /* One ray; select may be empty. */
@@ -45,7 +41,11 @@ TrialResult evaluateTrial(const AttenuationRay& ray, double alpha, double a, dou
 int bestTrial(const AttenuationRay& ray, const Values& alpha, const Values& a, const Values& b,
               int method);
 
-void hotSpots(const AttenuationRay& ray, const Values& rhohv, Values& flag, Values& spots);
+/* Sets phi0 and dphi of a ray; false without two runs of 20 gates. */
+bool measurePhase(AttenuationRay& ray);
+
+/* A relation with coefficients c at one gate. */
+float rainRate(const double* c, int relation, float dbz, float zdr, float kdp);
 
 /* Matches gates against profiles (profile j, level i at i + 1800 j). */
 Values matchProfiles(const Values& zin, const Values& range, const Values& freezing,

@@ -12,43 +12,13 @@ namespace literal {
 namespace {
 
 constexpr double kEarth = 6.378e6;
-constexpr float kNoResult = -99.0f;
+/* Coefficients of the relations without KDP. */
+constexpr double kDefaults[][3] = {{200.0, 1.6, 0.0}, {0.01583, 0.8349, -0.3732}};
 
 double heightOf(double range, double elevation) {
     return std::pow(range * range + kEarth * kEarth + 2 * range * kEarth * std::sin(elevation),
                     0.5) -
            kEarth;
-}
-
-/* phi0 and dphi of a ray; false without two runs of 20 gates. */
-bool phaseRise(AttenuationRay& ray) {
-    const int n = ray.n();
-    bool found = false;
-    double end = 0.0;
-    for (int g = 0; g < n - 20 && !found; ++g) {
-        double sum = 0.0;
-        found = true;
-        for (std::size_t k = static_cast<std::size_t>(g); k < static_cast<std::size_t>(g) + 20;
-             ++k) {
-            found = found && ray.mask[k] == 0.0;
-            sum = sum + ray.phidp[k];
-        }
-        ray.phi0 = sum / 20;
-    }
-    if (!found) return false;
-    found = false;
-    for (int g = n - 21; g >= 1 && !found; --g) {
-        double sum = 0.0;
-        found = true;
-        for (std::size_t k = static_cast<std::size_t>(g) + 1; k <= static_cast<std::size_t>(g) + 20;
-             ++k) {
-            found = found && ray.mask[k] == 0.0;
-            sum = sum + ray.phidp[k];
-        }
-        end = sum / 20;
-    }
-    ray.dphi = end - ray.phi0;
-    return found;
 }
 
 /* The result of the ray's correction: nominal coefficients only. */
@@ -64,7 +34,7 @@ Correction correctRay(AttenuationRay& ray, int algorithm, double leastRise) {
     if (algorithm == -1) return result;
     if (algorithm == 6) {
         ray.dphi = leastRise + 1;
-    } else if (!phaseRise(ray)) {
+    } else if (!measurePhase(ray)) {
         return result;
     }
     result.rise = ray.dphi;
@@ -90,13 +60,6 @@ int rainGates(const PolarScan& scan, std::size_t at) {
         }
     }
     return scan.ngates - 1;
-}
-
-float relationAt(int relation, float dbz, float zdr) {
-    const double z = std::pow(10.0, 0.1 * static_cast<double>(dbz));
-    if (relation == 0) return static_cast<float>(std::pow(z / 200.0, 1 / 1.6));
-    return static_cast<float>(0.01583 * std::pow(z, 0.8349) *
-                              std::pow(10.0, -0.3732 * static_cast<double>(zdr)));
 }
 
 void classify(PolarScan& scan, const PipelineSettings& settings, const std::string& directory) {
@@ -192,58 +155,8 @@ void estimateRain(PolarScan& scan, int relation) {
             const double base = static_cast<double>(scan.fzl[i]) - 500.0;
             chosen = trust && static_cast<double>(height) <= base ? 1 : 0;
         }
-        scan.rain[i] = relationAt(chosen, scan.zhh[i], scan.zdr[i]);
+        scan.rain[i] = rainRate(kDefaults[chosen], chosen, scan.zhh[i], scan.zdr[i], 0.0f);
     }
-}
-
-std::vector<float> zdrStatistics(const PolarScan& scan, float r0, float r1, float rhoMin,
-                                 float zMin, float zMax, bool low) {
-    std::vector<float> stats(7, kNoResult);
-    stats[0] = scan.elevation * 180.0f / 3.1415927f;
-    if (!low && (stats[0] < 88.0f || stats[0] > 92.0f)) return stats;
-    const int from = static_cast<int>(r0 / scan.gateSize),
-              to = static_cast<int>(r1 / scan.gateSize);
-    if (from >= to || from >= scan.ngates || to >= scan.ngates || from < 0) return stats;
-    double powers[2] = {1.0, 1.0};
-    float sums[4] = {0.0f, 0.0f, 0.0f, 0.0f};
-    int count = 0;
-    for (int r = 0; r < scan.nrays; ++r) {
-        for (int g = from; g < to; ++g) {
-            const std::size_t i = static_cast<std::size_t>(r * scan.ngates + g);
-            if (!(scan.rhv[i] >= rhoMin && scan.zhh[i] >= zMin)) continue;
-            if (low && !(scan.ccl[i] == 0.0f && scan.zhh[i] <= zMax)) continue;
-            powers[0] = powers[0] + std::pow(10.0, 0.1 * static_cast<double>(scan.zhh[i]));
-            powers[1] = powers[1] + std::pow(10.0, 0.1 * static_cast<double>(scan.zdr[i]));
-            const float values[4] = {scan.pdp[i], scan.rhv[i], scan.vel[i], scan.wid[i]};
-            for (int k = 0; k < 4; ++k) sums[k] = sums[k] + values[k];
-            ++count;
-        }
-    }
-    if (count <= 100) return stats;
-    for (std::size_t k = 0; k < 2; ++k) {
-        stats[k + 1] = static_cast<float>(10 * std::log10(powers[k] / count));
-    }
-    for (std::size_t k = 0; k < 4; ++k) stats[k + 3] = sums[k] / static_cast<float>(count);
-    return stats;
-}
-
-std::vector<Field> zdrSamples(const PolarScan& scan, float height, float zMin, float zMax) {
-    const double b = 2 * kEarth * std::sin(static_cast<double>(scan.elevation));
-    const double outer = kEarth + static_cast<double>(height);
-    const double range = (-b + std::sqrt(b * b - 4 * (kEarth * kEarth - outer * outer))) / 2;
-    const int gates = static_cast<int>(range / static_cast<double>(scan.gateSize));
-    std::vector<Field> samples(static_cast<std::size_t>(scan.nrays));
-    for (int r = 0; r < scan.nrays; ++r) {
-        for (int g = 0; g < gates; ++g) {
-            const std::size_t i = static_cast<std::size_t>(r * scan.ngates + g);
-            if (i >= scan.cells()) break;
-            if (scan.zhh[i] >= zMin && scan.zhh[i] <= zMax && scan.ccl[i] == 0.0f &&
-                scan.rhv[i] >= 0.95f) {
-                samples[static_cast<std::size_t>(r)].push_back(scan.zdr[i]);
-            }
-        }
-    }
-    return samples;
 }
 
 std::string process(PolarScan& scan, const PipelineSettings& settings,

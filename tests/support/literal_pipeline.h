@@ -39,14 +39,7 @@ std::string correctAttenuation(PolarScan& scan, const PipelineSettings& settings
 /* With the default coefficients. relation below 0: the hybrid of 0 and 1. */
 void estimateRain(PolarScan& scan, int relation);
 
-/* The seven statistics of a vertical scan, or of a low one where low is set. */
-std::vector<float> zdrStatistics(const PolarScan& scan, float r0, float r1, float rhoMin,
-                                 float zMin, float zMax, bool low);
-
-/* Samples of each ray below a height. */
-std::vector<Field> zdrSamples(const PolarScan& scan, float height, float zMin, float zMax);
-
-/* Everything but the plain conversions. Returns what attenuation correction prints. */
+/* Everything except the conversions. Returns what attenuation correction prints. */
 std::string process(PolarScan& scan, const PipelineSettings& settings,
                     const std::string& membershipDirectory);
 

@@ -122,42 +122,4 @@ std::vector<float> boxMean(const std::vector<float>& x, int nrows, int ncols, in
     return out;
 }
 
-std::vector<float> shift(const std::vector<float>& in, int ncols, int nrows, int rowShift,
-                         int colShift) {
-    std::vector<float> out(in.size(), 0.0f);
-    for (int row = 0; row < nrows; ++row) {
-        for (int col = 0; col < ncols; ++col) {
-            const int toRow = row + rowShift;
-            const int toCol = col + colShift;
-            if (toRow < 0 || toRow >= nrows || toCol < 0 || toCol >= ncols) continue;
-            out[at(toRow, toCol, ncols)] = in[at(row, col, ncols)];
-        }
-    }
-    return out;
-}
-
-bool bestShift(const std::vector<float>& current, const std::vector<float>& previous, int ncols,
-               int nrows, int window, int step, int& rowShift, int& colShift) {
-    if (window < 1 || step < 1) return false;
-    const int half = window / 2;
-    std::vector<float> scores(static_cast<std::size_t>(window * window), 0.0f);
-    std::vector<float> shifted(current.size(), 0.0f);
-    for (int r = -half; r <= half; r += step) {
-        for (int c = -half; c <= half; c += step) {
-            if (r <= nrows && c <= ncols) shifted = shift(previous, ncols, nrows, r, c);
-            float score = 0.0f;
-            for (std::size_t i = 0; i < current.size(); ++i) score += current[i] * shifted[i];
-            const std::size_t cell = static_cast<std::size_t>((r + half) * window + c + half);
-            if (cell < scores.size()) scores[cell] = score;
-        }
-    }
-    std::size_t best = 0;
-    for (std::size_t cell = 1; cell + 1 < scores.size(); ++cell) {
-        if (scores[cell] > scores[best]) best = cell;
-    }
-    rowShift = half - static_cast<int>(best) / window;
-    colShift = half - static_cast<int>(best) % window;
-    return true;
-}
-
 }  // namespace literal

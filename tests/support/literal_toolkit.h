@@ -1,6 +1,6 @@
 /*
- * literal_toolkit.h - the plain, slow definitions of the toolkit's filters, smoothers, sort and
- * shift search, to compare with bit by bit.
+ * literal_toolkit.h - the plain, slow definitions of the toolkit's filters, smoothers and sort,
+ * for comparison bit by bit.
  */
 #ifndef TESTS_SUPPORT_LITERAL_TOOLKIT_H
 #define TESTS_SUPPORT_LITERAL_TOOLKIT_H
@@ -26,13 +26,6 @@ std::vector<float> correlateImage(const std::vector<float>& in, int nx, int ny,
                                   const std::vector<float>& k, int kx, int ky);
 
 std::vector<float> boxMean(const std::vector<float>& x, int nrows, int ncols, int size);
-
-std::vector<float> shift(const std::vector<float>& in, int ncols, int nrows, int rowShift,
-                         int colShift);
-
-/* The best shift's rows and columns; false when nothing was searched. */
-bool bestShift(const std::vector<float>& current, const std::vector<float>& previous, int ncols,
-               int nrows, int window, int step, int& rowShift, int& colShift);
 
 }  // namespace literal
 
