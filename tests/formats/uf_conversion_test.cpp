@@ -2,6 +2,7 @@
 
 #include <cmath>
 #include <cstring>
+#include <ctime>
 #include <limits>
 #include <memory>
 #include <string>
@@ -115,7 +116,18 @@ TEST(ToUniversalFormat, HeadersComeFromTheFirstRecord) {
     EXPECT_STREQ(ray.projectname, "RADAR   ");
     EXPECT_STREQ(ray.tapename, "RADAR   ");
     EXPECT_STREQ(h.editcode, "--");
-    EXPECT_GE(ray.generationyear, 2024);
+    // Made today, or yesterday where midnight has just passed.
+    std::string days;
+    for (const std::time_t age : {0, 86400}) {
+        const std::time_t then = std::time(nullptr) - age;
+        const std::tm day = *std::localtime(&then);
+        days += std::to_string(day.tm_year + 1900) + "-" + std::to_string(day.tm_mon + 1) + "-" +
+                std::to_string(day.tm_mday) + " ";
+    }
+    EXPECT_NE(
+        days.find(std::to_string(ray.generationyear) + "-" + std::to_string(ray.generationmonth) +
+                  "-" + std::to_string(ray.generationday) + " "),
+        std::string::npos);
 }
 
 TEST(ToUniversalFormat, WhatIsAbsentIsZeroOrMissing) {

@@ -128,6 +128,18 @@ TEST(Interpolation, LongTablesWithNanPointsAndNoPoints) {
     EXPECT_EQ(untouched, std::vector<double>(x.size(), 4.0));
 }
 
+TEST(Shapes, WithoutInputOrOutputNothingIsDone) {
+    for (const auto shape :
+         {&Cmfs::same, &Cmfs::complement, &Cmfs::gaussian, &Cmfs::gaussian2s, &Cmfs::trapezoidal}) {
+        Cmfs mf;
+        float x[] = {1.0f, 2.0f};
+        double out[] = {4.0, 4.0};
+        (mf.*shape)(nullptr, out, 2);
+        (mf.*shape)(x, nullptr, 2);
+        EXPECT_TRUE(out[0] == 4.0 && out[1] == 4.0 && x[0] == 1.0f);
+    }
+}
+
 TEST(Variable, FunctionsAreCreatedOnce) {
     Cvars variable;
     EXPECT_STREQ(variable.name, " ");

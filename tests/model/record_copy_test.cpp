@@ -5,6 +5,7 @@
 
 #include <cstring>
 #include <memory>
+#include <new>
 #include <vector>
 
 #include "clutterclassifier/Cpluvek.h"
@@ -108,6 +109,56 @@ TEST(CopyOfAnArray, ReplacesWhatWasThereEvenItself) {
         }
         delete[] records;
     }
+}
+
+/* Whatever the memory held before. */
+TEST(FreshRecord, IsEmptyAndHasItsDefaults) {
+    alignas(Cpluvek) unsigned char memory[sizeof(Cpluvek)];
+    std::memset(memory, 0x5a, sizeof memory);
+    auto* record = new (memory) Cpluvek;
+    const Cpluvek& r = *record;
+    const std::vector<double> zeros = {double(r.valid),
+                                       double(r.hour),
+                                       double(r.minute),
+                                       double(r.second),
+                                       double(r.ngates),
+                                       double(r.nrays),
+                                       r.beamwidth,
+                                       double(r.colormap),
+                                       r.displaymin,
+                                       r.radarconst,
+                                       double(r.radarid),
+                                       double(r.nrecords),
+                                       double(r.nsets),
+                                       r.rpm,
+                                       r.prf,
+                                       r.pulsedepth,
+                                       r.nsamples,
+                                       r.wavelength,
+                                       r.latitude,
+                                       r.longitude,
+                                       r.altitude,
+                                       r.nyquist,
+                                       r.spare,
+                                       double(r.datatype),
+                                       r.scale,
+                                       r.offset,
+                                       r.axislimits[0],
+                                       r.axislimits[3],
+                                       r.axislimits0[0],
+                                       r.axislimits0[3]};
+    EXPECT_EQ(zeros, std::vector<double>(zeros.size(), 0.0));
+    const std::vector<float> ones = {
+        float(r.month),   float(r.day),     r.displaymax,    -r.gridxy[0],    -r.gridxy[1],
+        r.axislimits[1],  r.axislimits[2],  r.axislimits[4], r.axislimits[5], r.axislimits0[1],
+        r.axislimits0[2], r.axislimits0[4], r.axislimits0[5]};
+    EXPECT_EQ(ones, std::vector<float>(ones.size(), 1.0f));
+    EXPECT_EQ(r.year, 1900);
+    EXPECT_EQ(r.minsnr, 26.0f);
+    for (const char* text : {r.datetime, r.xlabel, r.ylabel, r.title}) EXPECT_STREQ(text, " ");
+    for (const char* text : {r.name, r.units}) EXPECT_STREQ(text, "-");
+    EXPECT_TRUE(r.angles == nullptr && r.data == nullptr);
+    record->~Cpluvek();
 }
 
 }  // namespace

@@ -89,8 +89,10 @@ TEST(Calibration, IsWhereEnoughRingsAgree) {
         scan::NoiseEvidence evidence;
         double constant;
     } cases[] = {
-        {0, scan::NoiseEvidence::kNoiseGates, 34.75}, {2, scan::NoiseEvidence::kNoiseGates, 34.75},
-        {3, scan::NoiseEvidence::kLowerEnvelope, 44.8}, {7, scan::NoiseEvidence::kLowerEnvelope, 44.8},
+        {0, scan::NoiseEvidence::kNoiseGates, 34.75},
+        {2, scan::NoiseEvidence::kNoiseGates, 34.75},
+        {3, scan::NoiseEvidence::kLowerEnvelope, 44.8},
+        {7, scan::NoiseEvidence::kLowerEnvelope, 44.8},
         {8, scan::NoiseEvidence::kNoiseGates, 44.75},
     };
     for (const auto& row : cases) {

@@ -17,7 +17,8 @@ Sweep sweepOf(const std::vector<std::string>& names) {
     sweep.nrays = 1;
     sweep.ngates = 4;
     sweep.gateSpacingM = 250;
-    for (const std::string& name : names) sweep.fields.push_back({name, "", {0.1f, 0.2f, 0.3f, 0.4f}});
+    for (const std::string& name : names)
+        sweep.fields.push_back({name, "", {0.1f, 0.2f, 0.3f, 0.4f}});
     return sweep;
 }
 
