@@ -54,18 +54,31 @@ class Evidence {
   private:
     static constexpr int kBlock = fuzzy::Table::kMaxElements;
 
+    /* The inputs from first to last - 1 that are in use, at n gates. */
+    struct Slice {
+        int first;
+        int last;
+        const float* const* inputs;
+        int n;
+    };
+
     void computeBlock(int start, int n, EvidenceRow& row);
-    void multiplyInputs(int first, int last, int start, int n, EvidenceRow& row);
+    void multiply(const Slice& slice, int start, EvidenceRow& row);
+    void multiplyExactly(int input, const float* x, int n);
+    void takeShares(int input, int start, int n, EvidenceRow& row) const;
     void takeLogs(std::vector<float> (&rows)[kMaxKinds], int start, int n) const;
+    void decideCloseOnes(const float* const* inputs, float* margins, int n);
 
     const MembershipSet& set_;
     const Request& request_;
     driver::ScanInputs& inputs_;
     GateStates& states_;
     Wanted wanted_;
+    bool quick_;  // products of two classes by lookup
     fuzzy::Ranking ranking_;
     double degrees_[kMaxClasses][kBlock];
     double strengths_[kMaxClasses][kBlock];
+    float gathered_[kBlock];
 };
 
 }  // namespace clutter::classifier

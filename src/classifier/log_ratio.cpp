@@ -63,17 +63,17 @@ constexpr float kLnOfTwoLow = -2.12194440e-4f;
 CLUTTER_KERNEL void probabilitiesOf(const float* __restrict margins, float* __restrict out, int n) {
     for (int j = 0; j < n; ++j) {
         float x = -margins[j];
-        x = x < kMaxExponent ? x : kMaxExponent;
-        x = x > -kMaxExponent ? x : -kMaxExponent;
-        const int power = static_cast<int>(x * kLogOfE + (x < 0.0f ? -0.5f : 0.5f));
+        x = x > kMaxExponent ? kMaxExponent : x;
+        x = x < -kMaxExponent ? -kMaxExponent : x;
+        const float number = x == x ? x : 0.0f;  // the conversion must be defined, NaN stays in r
+        const int power = static_cast<int>(number * kLogOfE + (number < 0.0f ? -0.5f : 0.5f));
         const float whole = static_cast<float>(power);
         const float r = x - whole * kLnOfTwoHigh - whole * kLnOfTwoLow;
         const float series =
             1.0f +
             r * (1.0f + r * (1.0f / 2 + r * (1.0f / 6 + r * (1.0f / 24 + r * (1.0f / 120)))));
         const auto scale = std::bit_cast<float>(static_cast<std::uint32_t>(power + 127) << 23);
-        const float probability = 1.0f / (1.0f + series * scale);
-        out[j] = margins[j] == margins[j] ? probability : margins[j];
+        out[j] = 1.0f / (1.0f + series * scale);
     }
 }
 

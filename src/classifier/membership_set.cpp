@@ -11,6 +11,7 @@
 #include <utility>
 #include <vector>
 
+#include "base/kernel.h"
 #include "classifier/refusal.h"
 #include "classifier/strict_table.h"
 #include "fuzzy/precipitation_clutter.h"
@@ -55,10 +56,34 @@ InputFunctions readFunctions(const std::string& directory, int input, int classe
     }
     functions.cells = fuzzy::RatioCells::make(functions.terms[0],
                                               functions.terms[std::size_t{kPrecipitationClass}]);
+    if (functions.tables[0]) {
+        functions.rows =
+            StrengthRows::make(*functions.tables[0], *functions.tables[kPrecipitationClass]);
+    }
     return functions;
 }
 
+/* The likelihood is its own degree of clutter. */
+CLUTTER_KERNEL void multiplyLikelihood(const float* __restrict x, bool leaveOutNan,
+                                       double* __restrict clutter, double* __restrict precipitation,
+                                       int n) {
+    for (int j = 0; j < n; ++j) {
+        const bool leftOut = leaveOutNan && !(x[j] == x[j]);
+        clutter[j] *= leftOut ? 1.0 : static_cast<double>(x[j]);
+        precipitation[j] *= leftOut ? 1.0 : static_cast<double>(1.0f - x[j]);
+    }
+}
+
 }  // namespace
+
+void InputFunctions::multiplyTwo(const float* x, bool leaveOutNan, double* clutter,
+                                 double* precipitation, int n) const {
+    if (rows) {
+        rows->multiply(x, leaveOutNan, clutter, precipitation, n);
+    } else {
+        multiplyLikelihood(x, leaveOutNan, clutter, precipitation, n);
+    }
+}
 
 void InputFunctions::evaluate(const float* x, int n, int classes, double* const* degrees) const {
     if (!sameAbscissas) {

@@ -6,8 +6,10 @@
 
 #include <array>
 #include <memory>
+#include <optional>
 #include <string>
 
+#include "classifier/strength_rows.h"
 #include "fuzzy/engine.h"
 #include "fuzzy/inputs.h"
 #include "fuzzy/membership.h"
@@ -25,6 +27,14 @@ struct InputFunctions {
     std::array<fuzzy::Term, kMaxClasses> terms;
     bool sameAbscissas = false;                      // all tables have those of the first
     std::shared_ptr<const fuzzy::RatioCells> cells;  // ground clutter over precipitation
+    std::optional<StrengthRows> rows;                // of ground clutter and precipitation
+
+    /* Whether multiplyTwo() can be used. */
+    bool isQuick() const { return rows || !tables[0]; }
+
+    /* Multiplies the degrees in ground clutter and precipitation to both products. */
+    void multiplyTwo(const float* x, bool leaveOutNan, double* clutter, double* precipitation,
+                     int n) const;
 
     /* Degrees of n <= fuzzy::Table::kMaxElements values in the first classes. */
     void evaluate(const float* x, int n, int classes, double* const* degrees) const;

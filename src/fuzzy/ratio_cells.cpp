@@ -122,41 +122,6 @@ class RatioRange {
     bool broken_ = false;
 };
 
-struct Interval {
-    float low;
-    float high;
-};
-
-/* Where the sorted corners crowd: cells are not wasted on a far tail. */
-Interval coreOf(const std::vector<float>& corners) {
-    const std::size_t n = corners.size();
-    const float middle = corners[n / 2];
-    const float reach = 16.0f * (corners[3 * n / 4] - corners[n / 4]);
-    if (!(reach > 0.0f)) return {corners.front(), corners.back()};
-    const auto low = std::lower_bound(corners.begin(), corners.end(), middle - reach);
-    const auto high = std::upper_bound(corners.begin(), corners.end(), middle + reach);
-    return {*low, *std::prev(high)};
-}
-
-struct Grid {
-    float origin;
-    float cellsPerUnit;
-};
-
-/* The comparisons send NaN to cell 0 first, so that the conversion is defined; it then gets its
- * own. */
-CLUTTER_KERNEL void findCells(const float* __restrict x, Grid grid, int cells,
-                              int* __restrict found, int n) {
-    const float last = static_cast<float>(cells - 1);
-    for (int j = 0; j < n; ++j) {
-        float position = (x[j] - grid.origin) * grid.cellsPerUnit;
-        position = position > 0.0f ? position : 0.0f;
-        position = position < last ? position : last;
-        const int cell = static_cast<int>(position);
-        found[j] = x[j] == x[j] ? cell : cells;
-    }
-}
-
 /* No kernel: vector gathers are slower than plain loads. */
 void addCells(const int* __restrict found, const float* __restrict table, float* __restrict scores,
               int n) {
@@ -174,22 +139,13 @@ std::shared_ptr<const RatioCells> RatioCells::make(const Term& rule0, const Term
 bool RatioCells::fill(const Term& rule0, const Term& rule1) {
     const LogRatio logRatio(rule0, rule1);
     const std::vector<float> corners = logRatio.corners();
-    const Interval core = coreOf(corners);
-    origin_ = core.low;
-    cellsPerUnit_ = kCells / (core.high - core.low);
-    if (!std::isfinite(origin_) || !std::isfinite(cellsPerUnit_)) return false;
-    if (!(cellsPerUnit_ > 0.0f)) return false;
+    if (!grid_.fit(corners, kCells)) return false;
 
     // Ends of the cells, outward, then NaN.
     std::vector<float> ends;
-    const auto edge = [this](double cells) {
-        return static_cast<float>(static_cast<double>(origin_) +
-                                  cells / static_cast<double>(cellsPerUnit_));
-    };
     for (int c = 0; c < kCells; ++c) {
-        ends.push_back(c == 0 ? -kInfinity : std::nextafter(edge(c - kCellOverlap), -kInfinity));
-        ends.push_back(c == kCells - 1 ? kInfinity
-                                       : std::nextafter(edge(c + 1 + kCellOverlap), kInfinity));
+        ends.push_back(grid_.lowEnd(c));
+        ends.push_back(grid_.highEnd(c));
     }
     ends.push_back(kNan);
     const std::vector<float> atEnds = logRatio.at(ends);
@@ -212,7 +168,7 @@ bool RatioCells::fill(const Term& rule0, const Term& rule1) {
 
 void RatioCells::add(const float* x, float* scores, int n) const {
     int found[kMaxElements];
-    findCells(x, {origin_, cellsPerUnit_}, kCells, found, n);
+    grid_.find(x, found, n);
     addCells(found, cells_.data(), scores, n);
 }
 

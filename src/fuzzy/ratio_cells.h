@@ -10,6 +10,7 @@
 #include <memory>
 #include <vector>
 
+#include "fuzzy/cell_grid.h"
 #include "fuzzy/term.h"
 
 namespace clutter::fuzzy {
@@ -33,8 +34,7 @@ class RatioCells {
     RatioCells() = default;
     bool fill(const Term& rule0, const Term& rule1);
 
-    float origin_ = 0.0f;
-    float cellsPerUnit_ = 0.0f;
+    CellGrid grid_;
     float widestHalf_ = 0.0f;
     std::vector<float> cells_;  // and one for NaN
 };
