@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstring>
+#include <memory>
 #include <string>
 
 #include "base/array.h"
@@ -18,9 +19,10 @@ namespace {
 constexpr const char* kPathTooLong = "/dev/null/path-too-long";
 constexpr int kManyElements = 4096;  // from here on, tables for quick verdicts pay
 
-Cvars* makeVariables(int count, int functions) {
-    Cvars* variables = new Cvars[static_cast<std::size_t>(count)];
-    for (int i = 0; i < count; ++i) variables[i].CreateMFSspace(functions);
+std::unique_ptr<Cvars[]> makeVariables(int count, int functions) {
+    std::unique_ptr<Cvars[]> variables(new Cvars[static_cast<std::size_t>(count)]);
+    for (int i = 0; i < count; ++i)
+        variables[static_cast<std::size_t>(i)].CreateMFSspace(functions);
     return variables;
 }
 
@@ -51,11 +53,16 @@ Cfuzzy::Cfuzzy(int ninputs_, int nmfs_in, int noutputs_, int nmfs_out)
       nrules(0),
       rules(nullptr),
       data(nullptr) {
-    inputs = makeVariables(ninputs, nmfs_in);
-    outputs = makeVariables(noutputs, nmfs_out);
-    weights = new double[static_cast<std::size_t>(ninputs)];
-    std::fill_n(weights, ninputs, 1.0);
-    data = new float*[static_cast<std::size_t>(ninputs)]();
+    // Owned until all of them are there: the destructor does not run after a failed allocation.
+    const auto count = static_cast<std::size_t>(ninputs);
+    auto freshInputs = makeVariables(ninputs, nmfs_in);
+    auto freshOutputs = makeVariables(noutputs, nmfs_out);
+    std::unique_ptr<double[]> freshWeights(new double[count]);
+    std::fill_n(freshWeights.get(), ninputs, 1.0);
+    data = new float*[count]();
+    inputs = freshInputs.release();
+    outputs = freshOutputs.release();
+    weights = freshWeights.release();
 }
 
 Cfuzzy::~Cfuzzy() {
