@@ -47,6 +47,8 @@ Scan readAs(FileFormat format, const std::string& path, std::unique_ptr<Cufrw>& 
             return containers().readHdf5(path);
         case FileFormat::kNexrad:
             return readNexrad(path);
+        case FileFormat::kNetcdf:
+            return containers().readNetcdf(path);
         case FileFormat::kUnknown:
             break;
     }
@@ -73,7 +75,8 @@ void hideNoEcho(Scan& scan) {
 }
 
 bool marksNoEcho(FileFormat format) {
-    return format == FileFormat::kHdf5 || format == FileFormat::kNexrad;
+    return format == FileFormat::kHdf5 || format == FileFormat::kNetcdf ||
+           format == FileFormat::kNexrad;
 }
 
 }  // namespace
@@ -91,6 +94,9 @@ FileFormat recognise(const std::string& path) {
     if (startsWith(head, "RADF") || startsWith(head, "ARFD")) return FileFormat::kPolarData;
     if (startsWith(head, "AR2V") || startsWith(head, "ARCHIVE2")) return FileFormat::kNexrad;
     if (startsWith(head, "\x89HDF\r\n")) return FileFormat::kHdf5;
+    if (startsWith(head, "CDF\x01") || startsWith(head, "CDF\x02") || startsWith(head, "CDF\x05")) {
+        return FileFormat::kNetcdf;
+    }
     if (isGermanDx(head)) return FileFormat::kGermanDx;
     if (file.gcount() >= 6 && head[4] == 'U' && head[5] == 'F') return FileFormat::kUniversalFormat;
     return FileFormat::kUnknown;

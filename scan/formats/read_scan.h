@@ -20,7 +20,8 @@ enum class FileFormat {
     kPolarData,
     kGermanDx,
     kNexrad,
-    kHdf5,  // ODIM_H5, or CfRadial in a NetCDF-4 file
+    kNetcdf,  // CfRadial in a file of the classic model
+    kHdf5,    // ODIM_H5, or CfRadial in a NetCDF-4 file
 };
 
 /* Looks at the first bytes. Throws std::runtime_error when the file cannot be opened. */

@@ -131,7 +131,7 @@ def test_an_elevation_scan(tmp_path):
     ([], {"dataset1/data1/data": RAW.reshape(1, 3, 4)}, "dataset1/data1/data does not have two dimensions"),
     ([], {"dataset1/data1/data": np.array([[b"a"]])}, "dataset1/data1/data does not hold numbers"),
     ([], {"other": RAW}, "holds no sweeps"),
-    ([("", "Conventions", None), ("what", "object", None)], None, "not one of ODIM_H5"),
+    ([("", "Conventions", None), ("what", "object", None)], None, "neither ODIM_H5 nor CfRadial"),
 ])
 def test_what_is_wrong_is_named(tmp_path, changes, data, message):
     with pytest.raises(ValueError, match=re.escape(message)):

@@ -4,8 +4,9 @@
  */
 #include <filesystem>
 #include <mutex>
-#include <stdexcept>
+#include <optional>
 
+#include "scan/formats/cfradial/read_cfradial.h"
 #include "scan/formats/containers/containers.h"
 #include "scan/formats/hdf5/hdf5_group.h"
 #include "scan/formats/odim/read_odim.h"
@@ -18,19 +19,32 @@ std::mutex& oneAtATime() {
     return mutex;
 }
 
-Scan readNetcdf(const std::string&) {
-    throw std::runtime_error("is a NetCDF file");
+Scan readAsCfRadial(const std::string& path) {
+    ValueBudget budget(std::filesystem::file_size(path));
+    return cfradial::readCfRadial(netcdf::openFile(path), budget);
+}
+
+Scan readNetcdf(const std::string& path) {
+    const std::lock_guard<std::mutex> lock(oneAtATime());
+    const hdf5::QuietErrors quiet;
+    return readAsCfRadial(path);
+}
+
+/* Nothing if it is HDF5, but not ODIM_H5. */
+std::optional<Scan> readAsOdim(const std::string& path) {
+    ValueBudget budget(std::filesystem::file_size(path));
+    const hdf5::Group file = hdf5::openFile(path);
+    if (!odim::isOdim(file)) {
+        return std::nullopt;
+    }
+    return odim::readOdim(file, budget);
 }
 
 Scan readHdf5(const std::string& path) {
     const std::lock_guard<std::mutex> lock(oneAtATime());
     const hdf5::QuietErrors quiet;
-    ValueBudget budget(std::filesystem::file_size(path));
-    const hdf5::Group file = hdf5::openFile(path);
-    if (odim::isOdim(file)) {
-        return odim::readOdim(file, budget);
-    }
-    throw std::runtime_error("is an HDF5 file, but not one of ODIM_H5 or CfRadial");
+    std::optional<Scan> scan = readAsOdim(path);
+    return scan ? std::move(*scan) : readAsCfRadial(path);
 }
 
 constexpr Containers kContainers = {kContainersLayout, readHdf5, readNetcdf};

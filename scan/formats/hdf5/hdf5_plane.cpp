@@ -6,15 +6,11 @@
 
 #include <array>
 #include <climits>
-#include <cmath>
 #include <cstdint>
-#include <limits>
 #include <stdexcept>
 
 namespace scan::hdf5 {
 namespace {
-
-constexpr float kNoValue = std::numeric_limits<float>::quiet_NaN();
 
 [[noreturn]] void fail(const std::string& path, const std::string& reason) {
     throw std::runtime_error(path + " " + reason);
@@ -50,33 +46,6 @@ void readShape(hid_t data, const std::string& path, ValueBudget& budget, Plane& 
     plane.rows = static_cast<int>(shape[0]);
     plane.columns = static_cast<int>(shape[1]);
 }
-
-/* A mark in double precision may name what was stored in single precision. NaN equals nothing. */
-struct Mark {
-    explicit Mark(const std::optional<double>& mark)
-        : value(mark.value_or(std::nan(""))), single(static_cast<float>(value)) {}
-    bool matches(double raw) const { return (raw == value) | (raw == single); }
-    double value, single;
-};
-
-/* What is marked as measured stays a value, also where a writer marks both alike. */
-class Decoder {
-  public:
-    explicit Decoder(const Packing& packing)
-        : gain_(packing.gain),
-          offset_(packing.offset),
-          nodata_(packing.nodata),
-          undetect_(packing.undetect) {}
-
-    float operator()(double raw) const {
-        const auto value = static_cast<float>(raw * gain_ + offset_);
-        return nodata_.matches(raw) & !undetect_.matches(raw) ? kNoValue : value;
-    }
-
-  private:
-    double gain_, offset_;
-    Mark nodata_, undetect_;
-};
 
 template <class Raw>
 void decodeAll(const std::vector<Raw>& raw, const Packing& packing, std::vector<float>& values) {

@@ -4,22 +4,14 @@
 #ifndef SCAN_FORMATS_HDF5_HDF5_PLANE_H
 #define SCAN_FORMATS_HDF5_HDF5_PLANE_H
 
-#include <optional>
 #include <string>
 #include <vector>
 
 #include "scan/formats/hdf5/hdf5_group.h"
+#include "scan/formats/packing.h"
 #include "scan/formats/value_budget.h"
 
 namespace scan::hdf5 {
-
-/* value = raw * gain + offset, in double precision, rounded once. */
-struct Packing {
-    double gain = 1;
-    double offset = 0;
-    std::optional<double> nodata;    // raw value of what was not measured
-    std::optional<double> undetect;  // raw value of what was measured without an echo
-};
 
 struct Plane {
     int rows = 0;

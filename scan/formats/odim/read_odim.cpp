@@ -103,8 +103,8 @@ void fillRadar(const Level& dataset, Scan& scan) {
     scan.operation.pulsesPerRay = static_cast<float>(number("Vsamples"));
 }
 
-hdf5::Packing packingOf(const Level& data) {
-    hdf5::Packing packing;
+Packing packingOf(const Level& data) {
+    Packing packing;
     packing.gain = data.number(Folder::kWhat, "gain").value_or(1);
     packing.offset = data.number(Folder::kWhat, "offset").value_or(0);
     packing.nodata = data.number(Folder::kWhat, "nodata");
@@ -145,7 +145,7 @@ class SweepReader {
             return;
         }
         const Level level(*group, &dataset_);
-        const hdf5::Packing packing = packingOf(level);
+        const Packing packing = packingOf(level);
         Field field;
         try {
             hdf5::Plane plane = hdf5::readPlane(*group, "data", packing, budget_);
@@ -157,9 +157,7 @@ class SweepReader {
         }
         field.name = unique(nameOf(level, *group, name), sweep);
         field.units = unitsOf(field.name);
-        if (packing.undetect && std::isfinite(*packing.undetect * packing.gain + packing.offset)) {
-            field.noEcho = static_cast<float>(*packing.undetect * packing.gain + packing.offset);
-        }
+        field.noEcho = noEchoOf(packing);
         sweep.fields.push_back(std::move(field));
     }
 

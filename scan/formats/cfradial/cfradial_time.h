@@ -1,0 +1,53 @@
+/* cfradial_time.h - times as CF writes them: "seconds since 2011-05-20T10:54:08Z". */
+#ifndef SCAN_FORMATS_CFRADIAL_CFRADIAL_TIME_H
+#define SCAN_FORMATS_CFRADIAL_CFRADIAL_TIME_H
+
+#include <cstdio>
+#include <optional>
+#include <string>
+
+#include "scan/formats/calendar.h"
+
+namespace scan::cfradial {
+
+/* Seconds since 1970 of "2011-05-20T10:54:08Z", "2011-05-20 10:54:08.5" or a date alone. */
+inline std::optional<double> parseMoment(const std::string& text) {
+    DateTime time;
+    double second = 0;
+    const int parts = std::sscanf(text.c_str(), "%d-%d-%d%*1[T ]%d:%d:%lf", &time.year, &time.month,
+                                  &time.day, &time.hour, &time.minute, &second);
+    const bool possible = parts >= 3 && time.year >= 1 && time.year <= 9999 && time.month >= 1 &&
+                          time.month <= 12 && time.day >= 1 && time.day <= 31;
+    if (!possible || !std::isfinite(second)) {
+        return std::nullopt;
+    }
+    return secondsOf(time) + second;
+}
+
+/* What a number of units means: seconds since 1970 of zero, and seconds a unit. */
+struct TimeUnits {
+    double zeroS = 0;
+    double unitS = 1;
+};
+
+inline std::optional<TimeUnits> parseTimeUnits(const std::string& text) {
+    const std::size_t since = text.find(" since ");
+    if (since == std::string::npos) {
+        return std::nullopt;
+    }
+    const std::optional<double> zero = parseMoment(text.substr(since + 7));
+    if (!zero) {
+        return std::nullopt;
+    }
+    const std::string unit = text.substr(0, since);
+    const double seconds = unit.rfind("milli", 0) == 0 || unit == "ms" ? 1e-3
+                           : unit.rfind("d", 0) == 0                   ? kSecondsPerDay
+                           : unit.rfind("h", 0) == 0                   ? 3600
+                           : unit.rfind("m", 0) == 0                   ? 60
+                                                                       : 1;
+    return TimeUnits{*zero, seconds};
+}
+
+}  // namespace scan::cfradial
+
+#endif

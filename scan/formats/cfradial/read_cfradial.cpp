@@ -1,0 +1,220 @@
+/*
+ * CfRadial. Release 1 stacks the rays of all sweeps; release 2 has a group for each. What belongs
+ * to the whole volume is at the top of the file in both.
+ */
+#include "scan/formats/cfradial/read_cfradial.h"
+
+#include <algorithm>
+#include <cmath>
+#include <stdexcept>
+
+#include "scan/formats/cfradial/cfradial_rays.h"
+#include "scan/formats/cfradial/cfradial_time.h"
+
+namespace scan::cfradial {
+namespace {
+
+constexpr double kLightSpeedMPerS = 299792458;
+constexpr char kSweepGroup[] = "sweep_";
+
+/* A sweep's rays in the stack, and what is said of it as a whole. */
+struct Slice {
+    std::size_t begin = 0, end = 0;
+    int number = 0;
+    double fixedAngleDeg = NAN;
+    std::string mode;
+};
+
+bool isRhi(const std::string& mode) {
+    return mode.find("rhi") != std::string::npos || mode == "elevation_surveillance";
+}
+
+double middle(std::vector<double> values) {
+    const auto at = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
+    std::nth_element(values.begin(), at, values.end());
+    return *at;
+}
+
+int wholeOr(const std::vector<double>& values, std::size_t at, int otherwise) {
+    return at < values.size() && std::abs(values[at]) < 1e9 ? static_cast<int>(values[at])
+                                                            : otherwise;
+}
+
+/* By the indices of the sweeps' rays; all rays are one sweep where there are none. */
+std::vector<Slice> slicesOf(const netcdf::Group& file, std::size_t rays, ValueBudget& budget,
+                            std::vector<std::string>& damage) {
+    const auto begins = file.numbers("sweep_start_ray_index", budget);
+    const auto ends = file.numbers("sweep_end_ray_index", budget);
+    const auto numbers = file.numbers("sweep_number", budget);
+    const auto angles = file.numbers("fixed_angle", budget);
+    const auto modes = file.texts("sweep_mode", budget);
+    std::vector<Slice> slices;
+    const std::size_t count = std::max<std::size_t>(1, std::min(begins.size(), ends.size()));
+    for (std::size_t s = 0; s < count; ++s) {
+        Slice slice;
+        const int begin = wholeOr(begins, s, 0);
+        const int end = wholeOr(ends, s, static_cast<int>(rays) - 1);
+        slice.number = wholeOr(numbers, s, static_cast<int>(s));
+        slice.fixedAngleDeg = s < angles.size() ? angles[s] : NAN;
+        slice.mode = s < modes.size() ? modes[s] : "";
+        if (begin < 0 || end < begin || static_cast<std::size_t>(end) >= rays) {
+            damage.push_back("Sweep " + std::to_string(slice.number) +
+                             " has impossible ray indices and is left out.");
+            continue;
+        }
+        slice.begin = static_cast<std::size_t>(begin);
+        slice.end = static_cast<std::size_t>(end) + 1;
+        slices.push_back(std::move(slice));
+    }
+    return slices;
+}
+
+void addSweep(const Slice& slice, const Rays& rays, const std::vector<StackedField>& fields,
+              ValueBudget& budget, Scan& scan) {
+    Sweep sweep;
+    sweep.number = slice.number;
+    sweep.mode = slice.mode;
+    sweep.rhi = isRhi(slice.mode);
+    fillSweep(rays, slice.begin, slice.end, sweep);
+    sweep.fixedAngleDeg = std::isfinite(slice.fixedAngleDeg)
+                              ? slice.fixedAngleDeg
+                              : middle(sweep.rhi ? sweep.azimuthDeg : sweep.elevationDeg);
+    if (!(sweep.gateSpacingM > 0)) {
+        scan.damage.push_back("The gate spacing of sweep " + std::to_string(sweep.number) +
+                              " is not known: the sweep is left out.");
+        return;
+    }
+    budget.take(fields.size() * static_cast<std::size_t>(sweep.nrays),
+                static_cast<std::uint64_t>(sweep.ngates), "a sweep");
+    for (const StackedField& stacked : fields) {
+        sweep.fields.push_back(cutField(stacked, rays, slice.begin, sweep));
+    }
+    scan.sweeps.push_back(std::move(sweep));
+}
+
+void noteRange(const Rays& rays, Scan& scan) {
+    const std::string sentence = "The ranges of the gates are not evenly spaced.";
+    if (rays.irregular && (scan.oddities.empty() || scan.oddities.back() != sentence)) {
+        scan.oddities.push_back(sentence);
+    }
+}
+
+void readStacked(const netcdf::Group& file, ValueBudget& budget, Scan& scan) {
+    const Rays rays = readRays(file, budget);
+    const std::vector<StackedField> fields = readFields(file, rays, budget, scan.damage);
+    for (const Slice& slice : slicesOf(file, rays.count, budget, scan.damage)) {
+        addSweep(slice, rays, fields, budget, scan);
+    }
+    noteRange(rays, scan);
+}
+
+void readSweepGroup(const netcdf::Group& group, int index, ValueBudget& budget, Scan& scan) {
+    const Rays rays = readRays(group, budget);
+    const auto modes = group.texts("sweep_mode", budget);
+    Slice slice;
+    slice.end = rays.count;
+    slice.number = wholeOr(group.numbers("sweep_number", budget), 0, index);
+    slice.fixedAngleDeg =
+        group.firstNumber({"sweep_fixed_angle", "fixed_angle"}, budget).value_or(NAN);
+    slice.mode = modes.empty() ? group.text("sweep_mode") : modes[0];
+    addSweep(slice, rays, readFields(group, rays, budget, scan.damage), budget, scan);
+    noteRange(rays, scan);
+}
+
+/* Groups sweep_1 ... sweep_N in the order of their numbers. */
+std::vector<netcdf::Group> sweepGroups(const netcdf::Group& file) {
+    std::vector<netcdf::Group> found;
+    for (const netcdf::Group& group : file.groups()) {
+        if (group.name().rfind(kSweepGroup, 0) == 0) {
+            found.push_back(group);
+        }
+    }
+    const auto number = [](const netcdf::Group& group) {
+        return std::atol(group.name().c_str() + sizeof kSweepGroup - 1);
+    };
+    std::stable_sort(found.begin(), found.end(),
+                     [&](const auto& a, const auto& b) { return number(a) < number(b); });
+    return found;
+}
+
+void fillSite(const netcdf::Group& file, ValueBudget& budget, Scan& scan) {
+    scan.radarName = file.text("instrument_name");
+    scan.siteName = file.text("site_name");
+    scan.latitudeDeg = file.firstNumber({"latitude"}, budget).value_or(0);
+    scan.longitudeDeg = file.firstNumber({"longitude"}, budget).value_or(0);
+    scan.altitudeM = file.firstNumber({"altitude"}, budget).value_or(0);
+    const std::vector<std::string> start = file.texts("time_coverage_start", budget);
+    std::optional<double> seconds =
+        parseMoment(start.empty() ? file.text("time_coverage_start") : start[0]);
+    if (!seconds && !scan.sweeps[0].rayTimeS.empty()) {
+        seconds = scan.sweeps[0].rayTimeS[0];
+    }
+    if (seconds) {
+        scan.time = dateTimeOf(*seconds);
+    }
+}
+
+/* Parameters are at the top in release 1, in groups in release 2. */
+void fillRadar(const netcdf::Group& file, ValueBudget& budget, Scan& scan) {
+    std::vector<netcdf::Group> places = {file};
+    for (const char* name : {"radar_parameters", "instrument_parameters", "radar_calibration"}) {
+        const auto group = file.find(name);
+        if (group) {
+            places.push_back(*group);
+        }
+    }
+    for (const netcdf::Group& place : places) {
+        const auto number = [&](std::initializer_list<const char*> names) {
+            return place.firstNumber(names, budget);
+        };
+        scan.beamWidthDeg = number({"radar_beam_width_h", "beam_width_h", "beamwidth_h"})
+                                .value_or(scan.beamWidthDeg);
+        const auto frequency = number({"frequency"});
+        if (frequency && *frequency > 0) {
+            scan.wavelengthM = kLightSpeedMPerS / *frequency;
+        }
+        const auto pulse = number({"pulse_width"});
+        if (pulse && *pulse > 0) {
+            scan.operation.pulseLengthM = static_cast<float>(*pulse * kLightSpeedMPerS);
+        }
+        const auto interval = number({"prt"});
+        if (interval && *interval > 0) {
+            scan.operation.pulsesPerSecond = static_cast<float>(1 / *interval);
+        }
+        const auto base = number({"r_calib_base_dbz_1km_hc", "base_1km_hc", "base_dbz_1km_hc"});
+        if (base) {
+            scan.hasRadarConstant = true;
+            scan.radarConstantDb = -*base;
+        }
+    }
+}
+
+}  // namespace
+
+Scan readCfRadial(const netcdf::Group& file, ValueBudget& budget) {
+    Scan scan;
+    const std::vector<netcdf::Group> groups = sweepGroups(file);
+    scan.format = groups.empty() ? "CfRadial 1" : "CfRadial 2";
+    if (groups.empty() && !file.variable("azimuth")) {
+        throw std::runtime_error("is a NetCDF or HDF5 file, but neither ODIM_H5 nor CfRadial");
+    }
+    if (groups.empty()) {
+        readStacked(file, budget, scan);
+    }
+    for (std::size_t i = 0; i < groups.size(); ++i) {
+        try {
+            readSweepGroup(groups[i], static_cast<int>(i), budget, scan);
+        } catch (const std::runtime_error& error) {
+            scan.damage.push_back(std::string(error.what()) + ": the sweep is left out.");
+        }
+    }
+    if (scan.sweeps.empty()) {
+        throw std::runtime_error(scan.damage.empty() ? "holds no sweeps"
+                                                     : "holds no sweeps: " + scan.damage[0]);
+    }
+    fillSite(file, budget, scan);
+    fillRadar(file, budget, scan);
+    return scan;
+}
+
+}  // namespace scan::cfradial

@@ -1,0 +1,82 @@
+/*
+ * nc_group.h - variables and attributes of a NetCDF file or group, whatever types a writer chose.
+ */
+#ifndef SCAN_FORMATS_NETCDF_NC_GROUP_H
+#define SCAN_FORMATS_NETCDF_NC_GROUP_H
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "scan/formats/packing.h"
+#include "scan/formats/value_budget.h"
+
+namespace scan::netcdf {
+
+/* A variable's name, type and shape. */
+struct Variable {
+    int id = -1;
+    std::string name;
+    int type = 0;
+    std::vector<std::string> dimensions;
+    std::vector<std::size_t> shape;
+
+    std::size_t count() const;
+};
+
+/* Neither text nor a type of the file's own. */
+bool isNumeric(const Variable& variable);
+
+class Group {
+  public:
+    /* The groups directly in it, by name. */
+    std::vector<Group> groups() const;
+    std::optional<Group> find(const std::string& name) const;
+    const std::string& name() const { return name_; }
+
+    /* In the order of the file. */
+    std::vector<Variable> variables() const;
+    std::optional<Variable> variable(const std::string& name) const;
+
+    /* An attribute of a variable, or of the group where there is none. */
+    std::optional<double> number(const std::string& attribute,
+                                 const Variable* variable = nullptr) const;
+    std::string text(const std::string& attribute, const Variable* variable = nullptr) const;
+
+    /* All values of a variable, unpacked, NaN where missing; empty if there is no such variable of
+     * numbers. Throws std::runtime_error when it cannot be read, or is larger than the budget. */
+    std::vector<double> numbers(const std::string& variable, ValueBudget& budget) const;
+
+    /* The first of them that there is. */
+    std::optional<double> firstNumber(std::initializer_list<const char*> variables,
+                                      ValueBudget& budget) const;
+
+    /* The texts of a variable of characters or strings, one for each of its first dimension. */
+    std::vector<std::string> texts(const std::string& variable, ValueBudget& budget) const;
+
+    /* Values of a variable, decoded as packing says. */
+    std::vector<float> values(const Variable& variable, const Packing& packing,
+                              ValueBudget& budget) const;
+
+    /* scale_factor, add_offset, _FillValue (or the default of the type), missing_value, _Undetect.
+     */
+    Packing packingOf(const Variable& variable) const;
+
+  private:
+    friend Group openFile(const std::string& path);
+    Group(std::shared_ptr<const int> file, int id, std::string name)
+        : file_(std::move(file)), id_(id), name_(std::move(name)) {}
+    void check(int status, const std::string& what) const;
+
+    std::shared_ptr<const int> file_;  // closes the file when the last group of it goes
+    int id_;
+    std::string name_;
+};
+
+/* Throws std::runtime_error if it is not a NetCDF file, or damaged. */
+Group openFile(const std::string& path);
+
+}  // namespace scan::netcdf
+
+#endif
