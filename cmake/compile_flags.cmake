@@ -1,0 +1,25 @@
+# Flags of everything that is compiled here: warnings, hardening, no paths of the build machine, and
+# the sanitizers of a preset. All of them are settings of this directory: a host project keeps its own.
+add_compile_options(-Wall -Wextra)
+if(CLUTTERCLASSIFIER_WERROR)
+  add_compile_options(-Werror)
+endif()
+
+# Debug information, assertions and coverage name files relative to the sources.
+add_compile_options(-ffile-prefix-map=${PROJECT_SOURCE_DIR}/=)
+
+# Stack protection and immediate binding cost nothing that can be measured; the checked C functions
+# need an optimised build and would hide faults from sanitizers.
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+include(CheckPIESupported)
+check_pie_supported(LANGUAGES C CXX)
+add_compile_options(-fstack-protector-strong)
+add_link_options(-Wl,-z,relro -Wl,-z,now)
+if(CLUTTERCLASSIFIER_SANITIZE)
+  add_compile_options(-fsanitize=${CLUTTERCLASSIFIER_SANITIZE} -fno-omit-frame-pointer
+                      -fno-sanitize-recover=all)
+  add_link_options(-fsanitize=${CLUTTERCLASSIFIER_SANITIZE})
+else()
+  add_compile_options(
+    "$<$<CONFIG:Release,RelWithDebInfo,MinSizeRel>:-U_FORTIFY_SOURCE;-D_FORTIFY_SOURCE=2>")
+endif()
