@@ -1,12 +1,17 @@
 # Flags of everything that is compiled here: warnings, hardening, no paths of the build machine, and
 # the sanitizers of a preset. All of them are settings of this directory: a host project keeps its own.
 add_compile_options(-Wall -Wextra)
+if(CMAKE_CXX_COMPILER_ID STREQUAL GNU)
+  add_compile_options(-Wno-format-truncation) # texts are cut to the size of their member on purpose
+endif()
 if(CLUTTERCLASSIFIER_WERROR)
   add_compile_options(-Werror)
 endif()
 
-# Debug information, assertions and coverage name files relative to the sources.
-add_compile_options(-ffile-prefix-map=${PROJECT_SOURCE_DIR}/=)
+# Debug information, assertions and coverage name files relative to the sources. A debug build keeps
+# the full names, which a debugger opens.
+add_compile_options(
+  "$<$<NOT:$<CONFIG:Debug>>:-ffile-prefix-map=${PROJECT_SOURCE_DIR}/=;-ffile-prefix-map=${PROJECT_BINARY_DIR}=.>")
 
 # Stack protection and immediate binding cost nothing that can be measured; the checked C functions
 # need an optimised build and would hide faults from sanitizers.
@@ -23,3 +28,6 @@ else()
   add_compile_options(
     "$<$<CONFIG:Release,RelWithDebInfo,MinSizeRel>:-U_FORTIFY_SOURCE;-D_FORTIFY_SOURCE=2>")
 endif()
+
+# For code whose own speed does not matter: it compiles faster. A debug build keeps its level.
+set(CLUTTERCLASSIFIER_QUICK_TO_COMPILE $<$<NOT:$<CONFIG:Debug>>:-O1>)
