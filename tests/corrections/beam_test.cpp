@@ -11,7 +11,6 @@
 #include <vector>
 
 #include "clutterclassifier/Cradarpro.h"
-#include "dsp/search/interpolation.h"
 #include "support/bits.h"
 #include "support/literal_corrections.h"
 #include "support/profile_files.h"
@@ -54,29 +53,6 @@ TEST(BeamGeometry, KnownTriangles) {
     height[0] = -1e6;
     radar.r_beam(height, 0.0, back, 1);
     EXPECT_TRUE(std::isnan(back[0])) << "never reached";
-}
-
-/* The last bit is that of the power 0.5, which is not always the root's, at every place of a row.
- */
-TEST(BeamGeometry, HeightsArePowersNotRoots) {
-    const volatile double half = 0.5;
-    std::mt19937 random(64);
-    std::uniform_real_distribution<double> range(0.0, 3e5), elevation(-0.1, 1.6);
-    std::vector<double> ranges(41), heights(ranges.size());
-    int unlikeRoots = 0;
-    Cradarpro radar;
-    for (int round = 0; round < 1000; ++round) {
-        const double e = elevation(random);
-        for (double& r : ranges) r = range(random);
-        radar.h_beam(ranges.data(), e, heights.data(), static_cast<int>(ranges.size()));
-        for (std::size_t i = 0; i < ranges.size(); ++i) {
-            const double r = ranges[i];
-            const double squared = r * r + kEarth * kEarth + 2 * r * kEarth * std::sin(e);
-            ASSERT_EQ(heights[i], std::pow(squared, half) - kEarth) << round << ' ' << i;
-            unlikeRoots += heights[i] != std::sqrt(squared) - kEarth ? 1 : 0;
-        }
-    }
-    EXPECT_GT(unlikeRoots, 0) << "the two ways are not told apart";
 }
 
 struct Pattern {
@@ -123,24 +99,6 @@ TEST(BeamPattern, HalfPowerHalfABeamOffTheAxis) {
     }
 }
 
-TEST(BeamPattern, AnglesAndPowersInTheStatedOrder) {
-    const double width = 0.0172, k = 159.46 / (width * 180 / std::numbers::pi);
-    Pattern pattern;
-    pattern.compute(width, 3e4, 0.02);
-    ASSERT_EQ(pattern.nangles, 1000);
-    std::vector<double> power;
-    double sum = 0.0;
-    for (int i = 0; i < 1000; ++i) {
-        const double angle = (i * 0.01 - 5) * std::numbers::pi / 180;
-        ASSERT_EQ(pattern.angles[i], angle) << i;
-        power.push_back(angle == 0 ? 1.0 : std::pow(std::sin(k * angle) / (k * angle), 4.0));
-        sum += power.back();
-    }
-    for (int i = 0; i < 1000; ++i) {
-        ASSERT_EQ(pattern.power[i], power[static_cast<std::size_t>(i)] / sum) << i;
-    }
-}
-
 TEST(BeamPattern, NoHeightsWhereTheyMakeNoSense) {
     Pattern p;
     p.compute(1.0 * kDeg, 30000.0, 5.0 * kDeg);
@@ -154,16 +112,6 @@ TEST(BeamPattern, NoHeightsWhereTheyMakeNoSense) {
         EXPECT_EQ(p.nheights, 0) << range << ' ' << elevation;
         EXPECT_EQ(p.nangles, 1000);
     }
-}
-
-/* The last segment has no slope. */
-TEST(Interpolation, BetweenAndBeyondTheKnots) {
-    const double x[] = {0.0, 1.0, 2.0, 3.0}, y[] = {10.0, 20.0, 40.0, 80.0};
-    const double xi[] = {-1.0, 0.0, 0.5, 1.0, 1.75, 2.0, 2.5, 3.0, 9.0, kNan};
-    const double expected[] = {10.0, 10.0, 15.0, 20.0, 35.0, 80.0, 80.0, 80.0, 80.0, 80.0};
-    double yi[std::size(xi)];
-    clutter::dsp::interpolateLinear(x, y, 4, xi, yi, static_cast<int>(std::size(xi)));
-    for (std::size_t i = 0; i < std::size(xi); ++i) EXPECT_EQ(yi[i], expected[i]) << xi[i];
 }
 
 class Profiles : public testing::Test {

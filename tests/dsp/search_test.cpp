@@ -315,42 +315,42 @@ double normal(double mean, double sd) {
     return radius * sd * std::sin(std::rand() * 6.283185307179586 / 2147483647.0) + mean;
 }
 
-TEST(RandomFills, FollowTheGeneratorsSequence) {
+template <class T>
+T uniform(T min, T max) {
+    const T product = static_cast<T>(std::rand()) * (max - min);
+    return static_cast<T>(static_cast<double>(product) / 2147483647.0 + static_cast<double>(min));
+}
+
+template <class T>
+void expectSequences() {
     CDSP dsp;
-    Doubles wide(50);
-    Floats narrow(50);
-    compareWithGenerator([&] { dsp.GenerateRandomNoise(wide.data(), 50, -3.0, 5.0); },
-                         [&] {
-                             for (const double value : wide) {
-                                 ASSERT_EQ(value, std::rand() * 8.0 / 2147483647.0 - 3.0);
-                             }
-                         });
+    std::vector<T> x(50);
+    const auto expect = [&x](auto next) {
+        return [&x, next] {
+            for (const T value : x) ASSERT_EQ(value, static_cast<T>(next()));
+        };
+    };
+    const T min = static_cast<T>(-3.1), max = 5;
+    compareWithGenerator([&] { dsp.GenerateRandomNoise(x.data(), 50, min, max); },
+                         expect([=] { return uniform(min, max); }));
+    compareWithGenerator([&] { dsp.GenerateNormallyDistributed(x.data(), 50, T{2}, T{3}); },
+                         expect([] { return normal(2.0, 3.0); }));
+}
+
+TEST(RandomFills, FollowTheGeneratorsSequence) {
+    expectSequences<double>();
+    expectSequences<float>();
+    Floats x;
     compareWithGenerator(
-        [&] { dsp.GenerateRandomNoise(narrow.data(), 50, -3.1f, 5.0f); },
         [&] {
-            for (const float value : narrow) {
-                const float product = static_cast<float>(std::rand()) * (5.0f + 3.1f);
-                ASSERT_EQ(value, static_cast<float>(product / 2147483647.0 - 3.1f));
+            x.assign(50, 100.0f);
+            CDSP().AddNoiseNormallyDistributed(x.data(), 50, 0.0f, 3.0f);
+        },
+        [&] {
+            for (const float value : x) {
+                ASSERT_EQ(value, static_cast<float>(100.0 + normal(0.0, 3.0)));
             }
         });
-    compareWithGenerator([&] { dsp.GenerateNormallyDistributed(wide.data(), 50, 2.0, 3.0); },
-                         [&] {
-                             for (const double value : wide) ASSERT_EQ(value, normal(2.0, 3.0));
-                         });
-    compareWithGenerator([&] { dsp.GenerateNormallyDistributed(narrow.data(), 50, 2.0f, 3.0f); },
-                         [&] {
-                             for (const float value : narrow) {
-                                 ASSERT_EQ(value, static_cast<float>(normal(2.0, 3.0)));
-                             }
-                         });
-    std::fill(narrow.begin(), narrow.end(), 100.0f);
-    compareWithGenerator([&] { dsp.AddNoiseNormallyDistributed(narrow.data(), 50, 0.0f, 3.0f); },
-                         [&] {
-                             for (const float value : narrow) {
-                                 ASSERT_EQ(value, static_cast<float>(100.0 + normal(0.0, 3.0)));
-                             }
-                             std::fill(narrow.begin(), narrow.end(), 100.0f);
-                         });
 }
 
 TEST(RandomFills, MomentsOfTheNormalDistribution) {

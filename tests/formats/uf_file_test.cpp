@@ -75,16 +75,12 @@ TEST_F(UfFile, EveryWordOfAHeaderReachesItsMember) {
     };
     // clang-format on
     for (const auto& [member, word] : words) EXPECT_EQ(member, 1000 + word);
-    const std::pair<const char*, const char*> texts[] = {{r.format, "UF"},
-                                                         {r.radarname, "RADAR---"},
-                                                         {r.sitename, "SITE----"},
-                                                         {r.timezone, "UT"},
-                                                         {r.generationfacility, "FACILITY"},
-                                                         {r.projectname, "PROJECT-"},
-                                                         {r.tapename, "TAPENAME"},
-                                                         {r.table[0].name, "DM"},
-                                                         {h.thresholdfield, "TH"},
-                                                         {h.editcode, "EC"}};
+    // clang-format off
+    const std::pair<const char*, const char*> texts[] = {
+        {r.format, "UF"}, {r.radarname, "RADAR---"}, {r.sitename, "SITE----"}, {r.timezone, "UT"},
+        {r.generationfacility, "FACILITY"}, {r.projectname, "PROJECT-"}, {r.tapename, "TAPENAME"},
+        {r.table[0].name, "DM"}, {h.thresholdfield, "TH"}, {h.editcode, "EC"}};
+    // clang-format on
     for (const auto& [member, text] : texts) EXPECT_STREQ(member, text);
     EXPECT_EQ(h.dataposition, 91);
     EXPECT_EQ(r.table[0].position, 65);

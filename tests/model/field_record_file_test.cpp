@@ -111,23 +111,12 @@ TEST_F(FieldRecordFile, EveryMemberLiesWhereTheFormatHasIt) {
     ASSERT_EQ(file.size(), 2 * kBlock);
     const ByteVector block(file.begin() + kBlock, file.end());
     EXPECT_EQ(std::memcmp(block.data(), "PLUVEK V1.3  \x05\xAC\x1A\xE1\x40\x6F", 20), 0);
-    const std::pair<std::size_t, int> ints[] = {{20, kGates},
-                                                {24, kRays},
-                                                {28, 61},
-                                                {32, 62},
-                                                {64, 2},
-                                                {224, 71},
-                                                {250, 2011},
-                                                {254, 5},
-                                                {258, 24},
-                                                {262, 23},
-                                                {266, 56},
-                                                {270, 7},
-                                                {1024, 0},
-                                                {1044, kRays + 1},
-                                                {1048, 1},
-                                                {kValueCounts, kGates},
-                                                {kValueCounts + 4, kRays}};
+    // clang-format off
+    const std::pair<std::size_t, int> ints[] = {
+        {20, kGates}, {24, kRays}, {28, 61}, {32, 62}, {64, 2}, {224, 71}, {250, 2011}, {254, 5},
+        {258, 24}, {262, 23}, {266, 56}, {270, 7}, {1024, 0}, {1044, kRays + 1}, {1048, 1},
+        {kValueCounts, kGates}, {kValueCounts + 4, kRays}};
+    // clang-format on
     for (const auto& [offset, value] : ints) EXPECT_EQ(at<int>(block, offset), value) << offset;
     for (int i = 0; i < 7; ++i) EXPECT_EQ(at<float>(block, 36 + 4 * i), 1.25f + i) << i;
     for (int i = 0; i < 6; ++i) EXPECT_EQ(at<float>(block, 200 + 4 * i), 10.5f + i) << i;

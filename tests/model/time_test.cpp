@@ -103,6 +103,7 @@ TEST(Ctiempo, ParsesStampsOfFourteenCharacters) {
     EXPECT_EQ(time.ReadYYYYMMDDHHMMSS(stamp, seconds, t), 1);
     EXPECT_EQ(text({t[0], t[1], t[2], t[3], t[4], t[5]}), "2010-5-3 4:5:6");
     EXPECT_EQ(seconds, 1272859506u);
+    EXPECT_EQ(time.GetSecondsSince1970(t), seconds);
     EXPECT_EQ(time.ReadYYYYMMDDHHMMSS(stamp, seconds, nullptr), 1);
     char notANumber[] = "2010xx03 4050a";
     EXPECT_EQ(time.ReadYYYYMMDDHHMMSS(notANumber, seconds, t), 1);
