@@ -10,8 +10,8 @@
 
 /**
  * Stateless routines over flat arrays. A polar field holds gate g of ray r at g + ngates * r; rays
- * are circular, gates are not. A mask element takes part only when it is exactly 0.0 (so NaN
- * excludes). Inputs are not modified, outputs belong to the caller and must not overlap the inputs
+ * are circular, gates are not. A gate is unmasked only where the mask is exactly 0.0 (so NaN
+ * masks). Inputs are not modified, outputs belong to the caller and must not overlap the inputs
  * unless a routine says so. Status codes: 1 done, -1 rejected arguments (no message, outputs
  * untouched).
  */
@@ -190,7 +190,7 @@ class CLUTTERCLASSIFIER_EXPORT CDSP {
                        double& sxy, double threshold, int linear);
 
     /**
-     * Contingency of two fields, an event being a value >= threshold (NaN is none): counts of
+     * Contingency of two fields, an event being a value >= threshold (so not NaN): counts of
      * pairs with the event in both, in the second or the first only, in neither; and
      *
      *     scoreA = secondOnly / (firstOnly + secondOnly)    scoreB = both / (both + firstOnly)
@@ -331,7 +331,7 @@ class CLUTTERCLASSIFIER_EXPORT CDSP {
      * may be null. Values that the file does not have are 0.
      *
      * Returns 1; 0 when the header's keys are not the expected ones in their order, or its counts
-     * are negative, beyond int, or - above 2^18 cells - more than 64 for each byte of the file.
+     * are negative, exceed int, or - above 2^18 cells - more than 64 for each byte of the file.
      */
     int ReadDataFromGISformat(char* path, float** data, int& nrows, int& ncols, float& xll,
                               float& yll, float& cellsize, char* nodata);

@@ -34,9 +34,9 @@ class CLUTTERCLASSIFIER_EXPORT Cpluvek {
     void GetDateTime();
 
     /**
-     * Whole array. Copies the record at position index (0 when index is negative or beyond
-     * nrecords) into dst: everything but datatype, scale, offset and spare, with both axis-limit
-     * sets of dst taken from the source's axislimits, dst.nsets = the source's nrecords,
+     * Whole array. Copies the record at position index (0 when index is negative or not
+     * below nrecords) into dst: everything but datatype, scale, offset and spare, with both
+     * axis-limit sets of dst taken from the source's axislimits, dst.nsets = the source's nrecords,
      * dst.recindex = the position, and dst.nrecords raised to at least 1. dst may be the source
      * itself.
      *
@@ -105,7 +105,7 @@ class CLUTTERCLASSIFIER_EXPORT Cpluvek {
 
     /**
      * Moves points off gates that hold exactly the value invalid: a point (ray and gate as in
-     * ExtractDataRA, but a gate beyond the last is counted on) whose value is invalid becomes the
+     * ExtractDataRA, but a gate past the last is counted on) whose value is invalid becomes the
      * first other value in a window of wgates x wrays around it, ray by ray from -(wrays / 2) to
      * wrays / 2, gate by gate from -(wgates / 2) to wgates / 2. Rays wrap, gates stop at the ends.
      * New points are at gate * gatesize and the ray's azimuth in degrees. All other points, those
@@ -136,7 +136,7 @@ class CLUTTERCLASSIFIER_EXPORT Cpluvek {
 
     /**
      * Writes a polar record (coordtype 0) as a comma-separated table (docs/formats/csv.md). A null
-     * file stands for YYYYMMDDhhmmss_NAME.csv of the record's date and name, in the working
+     * file means YYYYMMDDhhmmss_NAME.csv of the record's date and name, in the working
      * directory. Prints "Saving results to ...".
      *
      * Returns 1; 0 after "Invalid data file " (another record, no data, no angles) or "Could not

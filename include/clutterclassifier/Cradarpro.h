@@ -179,7 +179,7 @@ class CLUTTERCLASSIFIER_EXPORT Cradarpro {
      *   mask       0.0 marks precipitation
      *   ah, phidpRebuilt, alpha, a, b   n values each, written at every gate
      *   zcorr      corrected linear reflectivity at precipitation gates, others untouched; may be z
-     *   dphi       the phase rise: mean of the last 20 precipitation gates in a row (beyond gate 1)
+     *   dphi       the phase rise: mean of the last 20 precipitation gates in a row (past gate 1)
      *              less the mean of the first such run (before gate n - 20); the runs may overlap
      *   pia        two-way attenuation of the whole ray (dB)
      *   select     null, or n values: gates other than 1.0 keep the nominal coefficients, and a
@@ -282,7 +282,7 @@ class CLUTTERCLASSIFIER_EXPORT Cradarpro {
      * metres), over 1,000 angles from -5 degrees (radians, step 0.01 degrees) and over heights at
      * that range (metres, step 7.5, symmetric about 0, as wide as half a beam is high on both
      * sides). Both powers sum to 1. The four arrays are replaced (delete[] of the old, null at
-     * first; new[] for the new): the caller frees them. A beam at or beyond the vertical, or one
+     * first; new[] for the new): the caller frees them. A beam at or past the vertical, or one
      * too wide for 100,000 heights, has no heights: nheights is 0.
      */
     void BeamPowerProfile(double beamwidth, double range, double elevation, double** power,

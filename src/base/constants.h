@@ -2,7 +2,7 @@
  * constants.h - numbers that several folders need, each in every precision that is in use.
  *
  * Results are defined bit by bit. Some definitions and files use a rounded constant: its name says
- * so, and it is no mistake.
+ * so; the rounding is deliberate.
  */
 #ifndef CLUTTER_BASE_CONSTANTS_H
 #define CLUTTER_BASE_CONSTANTS_H

@@ -22,7 +22,7 @@ namespace {
 constexpr float kOutside = -9999.0f;
 constexpr int kNoCell = -1;
 
-/* Substitutes for quotients that are no int. */
+/* Substitutes for quotients that do not fit an int. */
 constexpr int kFarBelow = INT_MIN;
 constexpr int kFarAbove = INT_MAX;
 

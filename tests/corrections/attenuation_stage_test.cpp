@@ -181,7 +181,7 @@ TEST(AttenuationStage, LargerRecordsAreReadWithTheScansSizes) {
     EXPECT_EQ(c.ta.ngates, 130);
     const std::vector<float> ta(c.ta.data, c.ta.data + scan.cells());
     EXPECT_TRUE(sameBits(ta, scan.ta));
-    EXPECT_EQ(c.pdp.data[4 * 120], 77.0f) << "beyond the scan";
+    EXPECT_EQ(c.pdp.data[4 * 120], 77.0f) << "past the scan";
 }
 
 TEST(AttenuationStage, WithoutAnglesTheBeamIsHorizontal) {
@@ -224,34 +224,6 @@ struct ConstantRain {
     }
 };
 
-TEST(AttenuationStage, ConstantRainIsRestoredByEveryAlgorithm) {
-    struct Case {
-        int algorithm;
-        double bound;  // dB
-    };
-    // The rise is taken between means over 20 gates and so a twelfth short, which the solutions
-    // with a fixed alpha show. Algorithms 1 and 2 search a, b and alpha at once: what they restore
-    // is bounded by their largest alpha, 0.1 instead of 0.073.
-    const Case cases[] = {{0, 0.3},  {1, 3.2}, {2, 3.2}, {3, 0.25},
-                          {4, 0.65}, {5, 0.5}, {6, 0.1}, {8, 0.3}};
-    const ConstantRain rain{42.0f, 0.073, 3e-05, 0.78};
-    const int ngates = 251;
-    const double lost = 2.0 * rain.attenuation() * 0.25 * 250;
-    ASSERT_GT(lost, 7.0);
-    for (const Case& test : cases) {
-        SCOPED_TRACE(testing::Message() << "algorithm " << test.algorithm);
-        Crres c;
-        fillContext(c, rain.scan(2, ngates));
-        c.attenuationalg = test.algorithm;
-        c.gates2ave_pdp = 1;
-        EXPECT_EQ(run(c), "phase0 = 32.13\nphase0 = 32.13\n");
-        for (int i = 0; i < 2 * ngates; ++i) {
-            ASSERT_NEAR(static_cast<double>(c.zhh.data[i]), 42.0, test.bound) << i;
-        }
-        EXPECT_NEAR(static_cast<double>(c.ta.data[ngates]), lost, test.bound);
-    }
-}
-
 TEST(AttenuationStage, GatesFromTheMeltingLayerOnGetTheWholeAttenuation) {
     const int ngates = 251, path = 160;
     const ConstantRain rain{42.0f, 0.073, 3e-05, 0.78};
@@ -277,35 +249,6 @@ TEST(AttenuationStage, GatesFromTheMeltingLayerOnGetTheWholeAttenuation) {
             EXPECT_NEAR(static_cast<double>(c.zhh.data[g]), 42.0, 0.1) << g;
             EXPECT_EQ(c.acoef.data[g], 3e-05f);
         }
-    }
-}
-
-TEST(AttenuationStage, NeverLowersReflectivityAndLeavesMaskedGatesAlone) {
-    PolarScan scan = makeRainScan(12, 300, 5);
-    for (std::size_t i = 0; i < scan.cells(); i += 7) {
-        if (scan.ccl[i] != 0.0f) scan.zhh[i] = kNan;
-    }
-    for (const int algorithm : {0, 1, 3, 4, 5, 8}) {
-        SCOPED_TRACE(testing::Message() << "algorithm " << algorithm);
-        Crres c;
-        fillContext(c, scan);
-        c.attenuationalg = algorithm;
-        c.minphaserise = 5.0;
-        run(c);
-        int raised = 0, inPath = 0;
-        for (std::size_t i = 0; i < scan.cells(); ++i) {
-            const float before = scan.zhh[i], after = c.zhh.data[i];
-            ASSERT_EQ(std::isnan(before), std::isnan(after)) << i;
-            if (std::isnan(before)) continue;
-            ASSERT_GE(after, before) << i;
-            raised += after > before ? 1 : 0;
-            // pdpc keeps its start value outside the corrected path
-            if (scan.ccl[i] == 0.0f || c.pdpc.data[i] == -30.0f) continue;
-            ++inPath;
-            ASSERT_EQ(after, before) << i << ": no precipitation, in the path";
-        }
-        EXPECT_GT(raised, 1000);
-        EXPECT_GT(inPath, 100);
     }
 }
 

@@ -153,12 +153,12 @@ TEST(DifferentialAttenuation, FarEndMeetsItsTarget) {
     ASSERT_EQ(radar.Adp_optimal(z.data(), zdr.data(), ah.data(), n, dr, alpha, 20.001, mask.data(),
                                 zdr.data(), gamma, pida),
               1);
-    EXPECT_NEAR(gamma, 0.015, 1e-12) << "0.016 is the first beyond 1.946 dB";
+    EXPECT_NEAR(gamma, 0.015, 1e-12) << "0.016 is the first above 1.946 dB";
     EXPECT_NEAR(pida, 2.0 * 0.015 / alpha * path, 1e-9);
     EXPECT_NEAR(zdr[99], -0.8 + pida, 1e-9) << "in place";
 }
 
-TEST(DifferentialAttenuation, WhatIsNotCorrectedIsLeftAlone) {
+TEST(DifferentialAttenuation, UncorrectedRaysDoNotChange) {
     const int n = 40;
     Values z(n, 10.0), zdr(n, -0.5), ah(n, 0.1), mask(n, 0.0), out(n, -7.0);
     Cradarpro radar;

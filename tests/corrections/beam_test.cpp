@@ -91,7 +91,7 @@ TEST(BeamPattern, HalfPowerHalfABeamOffTheAxis) {
         EXPECT_EQ(p.heights[0], -p.nheights / 2 * 7.5);
         EXPECT_EQ(p.heights[p.nheights / 2], 0.0);
         EXPECT_NEAR(std::accumulate(p.powerH, p.powerH + p.nheights, 0.0), 1.0, 1e-12);
-        // Seen at 50 km, what lies level with the antenna is r / 2a below the horizon.
+        // Seen at 50 km, a point at the height of the antenna is r / 2a below the horizon.
         const int top =
             static_cast<int>(std::max_element(p.powerH, p.powerH + p.nheights) - p.powerH);
         EXPECT_NEAR(p.heights[top], std::min(-p.heights[0] - 7.5, 50000.0 * 50000.0 / 2 / kEarth),

@@ -100,7 +100,7 @@ TEST(AttenuationSearch, SelectsTheTrialOfThePlainDefinition) {
 }
 
 /* Trials that differ in their last bits, or by as much as the approximation may be off. */
-TEST(AttenuationSearch, NearTiesAreSettledExactly) {
+TEST(AttenuationSearch, NearTiesAreComparedExactly) {
     std::mt19937 random(42);
     for (unsigned round = 0; round < 80; ++round) {
         const AttenuationRay ray = makeRainRay(120, 100 + round);
@@ -155,7 +155,7 @@ TEST(AttenuationSearch, DifferentTrialsOfEqualCost) {
     EXPECT_GT(pairs, 30);
 }
 
-/* The forward solution has poles; reflectivity may be no number, zero, endless or negative. */
+/* The forward solution has poles; reflectivity may be NaN, zero, infinite or negative. */
 TEST(AttenuationSearch, OddRays) {
     const struct {
         const char* name;
@@ -174,13 +174,13 @@ TEST(AttenuationSearch, OddRays) {
              for (double& z : r.z) z *= 1e-5;
          }},
         {"NaN in the phase", [](AttenuationRay& r) { r.phidp[60] = kNan; }},
-        {"endless phase", [](AttenuationRay& r) { r.phidp[60] = HUGE_VAL; }},
+        {"infinite phase", [](AttenuationRay& r) { r.phidp[60] = HUGE_VAL; }},
         {"NaN in z", [](AttenuationRay& r) { r.z[60] = kNan; }},
-        {"endless z", [](AttenuationRay& r) { r.z[60] = HUGE_VAL; }},
+        {"infinite z", [](AttenuationRay& r) { r.z[60] = HUGE_VAL; }},
         {"negative z", [](AttenuationRay& r) { r.z[60] = -1.0; }},
         {"no echo at one gate", [](AttenuationRay& r) { r.z[60] = 0.0; }},
         {"no echo at all", [](AttenuationRay& r) { r.z.assign(r.z.size(), 0.0); }},
-        {"oddities where nothing takes part",
+        {"oddities at masked gates",
          [](AttenuationRay& r) {
              r.z[60] = r.phidp[60] = kNan;
              r.mask[60] = 3.0;
@@ -190,7 +190,7 @@ TEST(AttenuationSearch, OddRays) {
         {"large rise", [](AttenuationRay& r) { r.dphi = 2000.0; }},
         {"no spacing", [](AttenuationRay& r) { r.dr = 0.0; }},
         {"backward spacing", [](AttenuationRay& r) { r.dr = -0.25; }},
-        {"nothing takes part", [](AttenuationRay& r) { r.mask.assign(r.mask.size(), kNan); }},
+        {"all gates masked", [](AttenuationRay& r) { r.mask.assign(r.mask.size(), kNan); }},
     };
     std::mt19937 random(43);
     for (const auto& odd : rays) {

@@ -257,7 +257,7 @@ ByteVector mutate(const ByteVector& sound, std::mt19937& random) {
     return bytes;
 }
 
-/* Whether a word lies deep in zeros, as the gaps of a format are. */
+/* Whether a word is among zeros, as in the gaps of a format. */
 bool isInGap(const ByteVector& bytes, std::size_t at) {
     if (at < 16 || at + 18 > bytes.size()) return false;
     const auto from = bytes.begin() + static_cast<std::ptrdiff_t>(at);

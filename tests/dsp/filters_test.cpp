@@ -32,7 +32,7 @@ TEST(Conv, CentredSumsWithZeroEnds) {
     EXPECT_EQ(x, (Floats{0, 6, 9, 12, 0}));
     Doubles profile = {1, 2, 3, 4}, even = {10, 1}, y(4, -1.0);
     dsp.conv(profile.data(), even.data(), y.data(), 4, 2);
-    EXPECT_EQ(y, (Doubles{12, 23, 34, 40})) << "the last term beyond the end is dropped";
+    EXPECT_EQ(y, (Doubles{12, 23, 34, 40})) << "the last term past the end is dropped";
     dsp.conv(profile.data(), even.data(), y.data(), 4, 0);
     EXPECT_EQ(y, Doubles(4, 0.0));
     Doubles lopsided = {1, 10, 100};  // not reversed

@@ -10,6 +10,7 @@
 #include "dsp/windows/decibel_mean.h"
 #include "support/bits.h"
 #include "support/literal_toolkit.h"
+#include "support/rough_fields.h"
 
 namespace {
 
@@ -22,8 +23,6 @@ using Values = std::vector<float>;
 enum class Kind { kReflectivity, kSteps, kSmall, kRough };
 
 float drawValue(Kind kind, std::mt19937& random) {
-    const float odd[] = {kNan,   kInfinity, -kInfinity, -0.0f,    0.0f,   1e30f,   -1e30f, 1e-30f,
-                         300.0f, -300.0f,   300.1f,     -3000.0f, 3100.f, -4000.f, -9999.f};
     std::normal_distribution<float> normal(20.0f, 15.0f);
     const float value = normal(random);
     switch (kind) {
@@ -34,7 +33,7 @@ float drawValue(Kind kind, std::mt19937& random) {
         case Kind::kSmall:  // means near 0 dB: the last bits are worth least there
             return (value - 20.0f) * 1e-4f;
         case Kind::kRough:
-            return random() % 12 == 0 ? odd[random() % std::size(odd)] : value;
+            return clutter::test::roughValue(random);
     }
     return value;
 }
@@ -47,12 +46,11 @@ Values drawField(std::size_t n, Kind kind, std::mt19937& random) {
 
 /* Unmasked, speckled, or in long runs with whole rays of noise. */
 Values drawMask(int ngates, int nrays, unsigned pattern, std::mt19937& random) {
-    const float masked[] = {3.0f, kNan, 1e-40f, -5.0f};
     Values mask;
     for (int i = 0; i < ngates * nrays; ++i) {
         const bool run = i / 150 % 2 == 0 || i / ngates % 4 == 1;
         const bool out = pattern == 1 ? random() % 3 == 0 : pattern == 2 ? run : false;
-        mask.push_back(out ? masked[random() % 4] : random() % 2 == 0 ? 0.0f : -0.0f);
+        mask.push_back(clutter::test::maskValue(out, random));
     }
     return mask;
 }
@@ -153,7 +151,8 @@ TEST(PolarSmoothing, WhatIsRejectedAndWhatIsAnEmptyWindow) {
     }
 }
 
-/* The settled gates rest on this: series and C library lie much closer together than the margin. */
+/* The certain gates rely on this: the series differ from the C library by much less than the
+ * margin. */
 TEST(DecibelMean, PowersStayFarWithinTheMargin) {
     std::mt19937 random(23);
     std::uniform_real_distribution<float> uniform(-300.0f, 300.0f);
@@ -202,7 +201,7 @@ TEST(DecibelMean, LogarithmsStayFarWithinTheMargin) {
     EXPECT_LT(worst, clutter::dsp::roundingMargin(1) / 10.0) << "dB";
 }
 
-TEST(DecibelMean, SettlesOnlyWhatTheMarginAllows) {
+TEST(DecibelMean, IsCertainOnlyWithinTheMargin) {
     std::mt19937 random(24);
     std::uniform_real_distribution<double> exponent(-99.0, 30.0);
     for (int i = 0; i < 200000; ++i) {
@@ -211,15 +210,15 @@ TEST(DecibelMean, SettlesOnlyWhatTheMarginAllows) {
         const double exact = 10.0 * std::log10(sum / static_cast<double>(count));
         const float own = -1.0f;
         float result = 0.0f;
-        std::int32_t open = 7;
-        // With a tenth of the margin, what is called settled must still be right.
+        std::int32_t uncertain = 7;
+        // With a tenth of the margin, certain results must still be right.
         (void)clutter::dsp::decibelsOf(&sum, &count, &own, clutter::dsp::roundingMargin(1) / 10.0,
-                                       &result, &open, 1);
-        ASSERT_TRUE(open == 1 || result == static_cast<float>(exact)) << exact;
+                                       &result, &uncertain, 1);
+        ASSERT_TRUE(uncertain == 1 || result == static_cast<float>(exact)) << exact;
     }
 }
 
-TEST(DecibelMean, LeavesOpenWhatItDoesNotKnow) {
+TEST(DecibelMean, IsUncertainPastTheRangeOfPowers) {
     double sums[] = {std::numeric_limits<double>::infinity(),
                      1.0,
                      1e-99,
@@ -229,9 +228,9 @@ TEST(DecibelMean, LeavesOpenWhatItDoesNotKnow) {
     const float counts[] = {1.0f, 1.0f, 1.0f, 0.0f, 1.0f, 1.0f};
     const float own[] = {5.0f, 5.0f, 5.0f, 5.0f, 5.0f, 5.0f};
     float result[6];
-    std::int32_t open[6];
-    EXPECT_TRUE(clutter::dsp::decibelsOf(sums, counts, own, 4e-12, result, open, 6));
-    EXPECT_EQ(std::vector<int>(open, open + 6), (std::vector<int>{1, 1, 0, 0, 0, 0}));
+    std::int32_t uncertain[6];
+    EXPECT_TRUE(clutter::dsp::decibelsOf(sums, counts, own, 4e-12, result, uncertain, 6));
+    EXPECT_EQ(std::vector<int>(uncertain, uncertain + 6), (std::vector<int>{1, 1, 0, 0, 0, 0}));
     EXPECT_EQ(result[2], -990.0f);
     EXPECT_EQ(result[3], 5.0f) << "no member";
     EXPECT_EQ(result[4], 20.0f);

@@ -6,6 +6,7 @@
 #include <ctime>
 #include <limits>
 #include <random>
+#include <type_traits>
 #include <vector>
 
 #include "clutterclassifier/CDSP.h"
@@ -35,25 +36,19 @@ TEST(Extremes, OnlyWithinAcceptedRanges) {
     Floats narrow(wide.begin(), wide.end());
     for (const Range& range : kRanges) {
         SCOPED_TRACE(testing::Message() << range.n << ": " << range.from << " .. " << range.to);
-        double value = -9.0;
-        int index = -9;
-        dsp.GetMax(wide.data(), range.n, range.from, range.to, value, index);
-        EXPECT_EQ(index, range.strict ? 2 : -9);
-        EXPECT_EQ(value, range.strict ? 7.0 : -9.0);
-        value = index = -9;
-        dsp.GetMin(wide.data(), range.n, range.from, range.to, value, index);
-        EXPECT_EQ(index, range.strict ? 1 : -9);
-        EXPECT_EQ(value, range.strict ? 1.0 : -9.0);
-        float least = -9.0f;
-        index = -9;
-        dsp.GetMin(narrow.data(), range.n, range.from, range.to, least, index);
-        EXPECT_EQ(index, range.strict ? 1 : -9);
-        EXPECT_EQ(least, range.strict ? 1.0f : -9.0f);
-        float most = -9.0f;
-        index = -9;
-        dsp.GetMax(narrow.data(), range.n, range.from, range.to, most, index);
-        EXPECT_EQ(index, range.lax ? 2 : -9);
-        EXPECT_EQ(most, range.lax ? 7.0f : -9.0f);
+        const auto expect = [&](auto& x, auto search, bool accepted, double extreme, int at) {
+            std::remove_reference_t<decltype(x[0])> value = -9;
+            int index = -9;
+            search(x.data(), range.n, range.from, range.to, value, index);
+            EXPECT_EQ(index, accepted ? at : -9);
+            EXPECT_EQ(value, accepted ? extreme : -9.0);
+        };
+        const auto max = [&](auto&&... a) { dsp.GetMax(a...); };
+        const auto min = [&](auto&&... a) { dsp.GetMin(a...); };
+        expect(wide, max, range.strict, 7.0, 2);
+        expect(wide, min, range.strict, 1.0, 1);
+        expect(narrow, min, range.strict, 1.0, 1);
+        expect(narrow, max, range.lax, 7.0, 2);
     }
 }
 
@@ -286,7 +281,7 @@ TEST(Interp, BetweenKnotsAndBeyond) {
     EXPECT_EQ(one, (Doubles{10, 10}));
     dsp.interp(x.data(), y.data(), 0, one.data(), one.data(), 2);
     EXPECT_EQ(one, (Doubles{10, 10}));
-    Doubles unordered = {5, 1, 8, 9}, at = {3};  // the first knot beyond, whatever the order
+    Doubles unordered = {5, 1, 8, 9}, at = {3};  // the first knot above, whatever the order
     dsp.interp(unordered.data(), y.data(), 4, at.data(), at.data(), 1);
     EXPECT_EQ(at[0], 10.0);
 }

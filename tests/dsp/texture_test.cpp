@@ -8,28 +8,22 @@
 #include "clutterclassifier/CDSP.h"
 #include "support/bits.h"
 #include "support/literal.h"
+#include "support/rough_fields.h"
 
 namespace {
 
 constexpr float kNan = std::numeric_limits<float>::quiet_NaN();
-constexpr float kInfinity = std::numeric_limits<float>::infinity();
 
-/* Values with everything a file may hold: NaN, infinities, signed zeros, huge and tiny numbers. */
 std::vector<float> roughField(int n, std::mt19937& random) {
-    std::normal_distribution<float> normal(20.0f, 10.0f);
-    const float odd[] = {kNan, kInfinity, -kInfinity, -0.0f, 1e30f, 1e-30f, -32.0f};
     std::vector<float> field;
-    for (int i = 0; i < n; ++i) {
-        field.push_back(random() % 25 == 0 ? odd[random() % std::size(odd)] : normal(random));
-    }
+    for (int i = 0; i < n; ++i) field.push_back(clutter::test::roughValue(random));
     return field;
 }
 
 std::vector<float> roughMask(int n, std::mt19937& random) {
-    const float masked[] = {3.0f, kNan, 1e-40f, -5.0f};
     std::vector<float> mask;
     for (int i = 0; i < n; ++i) {
-        mask.push_back(random() % 3 == 0 ? masked[random() % 4] : random() % 2 == 0 ? 0.0f : -0.0f);
+        mask.push_back(clutter::test::maskValue(random() % 3 == 0, random));
     }
     return mask;
 }

@@ -46,7 +46,7 @@ TEST_F(GermanDx, ReadsBothWidths) {
             EXPECT_EQ(bin(r, 0), (r % 200 + 1) * 0.5 - 32.5);
             EXPECT_EQ(bin(r, 1), -29.0);
             for (int b = 2; b < bins - 1; ++b) EXPECT_EQ(bin(r, b), -32.5);
-            EXPECT_EQ(bin(r, bins - 1), -28.0) << "behind a run";
+            EXPECT_EQ(bin(r, bins - 1), -28.0) << "after a run";
         }
     }
     EXPECT_EQ(radar_->year, 2008);
@@ -135,7 +135,7 @@ TEST_F(GermanDx, MissingAndCutRaysAreAFault) {
     EXPECT_EQ(message_, kNoRay);
     EXPECT_EQ(read(dxStart()), 0) << "no ray at all";
     EXPECT_EQ(message_, kNoRay);
-    // A run beyond the last bin ends the ray, and the next one is found.
+    // A run past the last bin ends the ray, and the next one is found.
     ByteVector bytes = dxStart();
     for (int r = 0; r < 360; ++r) {
         appendDxRay(bytes, r, 0, r == 0 ? ByteVector{100, 16} : ByteVector{99, 16, 255, 16});

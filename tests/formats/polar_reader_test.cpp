@@ -259,7 +259,7 @@ TEST_F(PolarReader, CountsAnglesAndElevations) {
     EXPECT_EQ(read(PolarBytes(2122, 9, 9).set(258, 2).set(260, 1).text(0, "ARFD").bytes()), 1);
     EXPECT_EQ(records_[0].nrays, 2);
     EXPECT_EQ(records_[3].ngates, 1);
-    EXPECT_EQ(read(PolarBytes(2122, 2, 3).set(258, 5).bytes()), 1) << "one override is none";
+    EXPECT_EQ(read(PolarBytes(2122, 2, 3).set(258, 5).bytes()), 1) << "one override is ignored";
     EXPECT_EQ(records_[0].nrays, 2);
 
     PolarBytes file(2122, 3, 1);
@@ -335,7 +335,7 @@ TEST_F(PolarReader, ShortFilesDeclareNoMoreThanTheyJustify) {
 /* 30 rays: phase 45 degrees and high correlation, so that an offset is found and removed. */
 TEST_F(PolarReader, PhaseOffsetIsRemovedAndWeakEchoesAreBlanked) {
     const int ngates = 40;
-    // 8 dBZ: weak beyond the range where 20 log10(r) is above 8 + 40 - 26.
+    // 8 dBZ: weak past the range where 20 log10(r) is above 8 + 40 - 26.
     ByteVector gates;
     for (int g = 0; g < ngates; ++g) {
         const unsigned char gate[10] = {0x90, 0x51, 0, 0x88, 9, 0x80, 0x60, 0xEA, 0, 0x0A};

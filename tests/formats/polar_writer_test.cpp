@@ -105,14 +105,14 @@ TEST_F(PolarWriter, EveryStorageComesBack) {
         int product;
         std::vector<float> back;
     };
-    const float beyond = 705032704.0f;  // 5e9 modulo 2^32
+    const float wrapped = 705032704.0f;  // 5e9 modulo 2^32
     const Row rows[] = {
         {1113, values},
         {1120, {0, 255, 4, 112, 0, 0, 0, 7}},
         {1521, {0, 65535, 260, 4464, 61952, 0, 0, 7}},
         {1500, {0, -1, 260, 4464, 61952 - 65536, 0, 0, 7}},
-        {1119, {0, -1, 260, 70000, beyond, 0, 0, 7}},
-        {1711, {0, 4294967295.0f, 260, 70000, beyond, 0, 0, 7}},
+        {1119, {0, -1, 260, 70000, wrapped, 0, 0, 7}},
+        {1711, {0, 4294967295.0f, 260, 70000, wrapped, 0, 0, 7}},
     };
     fill(layer_, 0, {0, 1, 2, 3, 255, 256, kNan, -1});
     for (const Row& row : rows) {
@@ -156,7 +156,7 @@ TEST_F(PolarWriter, RefusalsAndMissingParts) {
 
 /* --- shortened copies --- */
 
-/* Gates of which a beam at an elevation of e degrees (and a half) needs none beyond 10 km. */
+/* The gates that a beam at an elevation of e degrees (and a half) needs up to 10 km. */
 int gatesTo10Km(double elevationDeg, double gateSize) {
     const double re = 6.378e6, sine = std::sin((elevationDeg + 0.5) * kPi / 180);
     double range = 0;  // the height grows with range: walk it up in the steps that are kept

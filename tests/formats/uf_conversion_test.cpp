@@ -169,7 +169,7 @@ TEST(ToUniversalFormat, RaysThatDoNotFitARecordAreRefused) {
     EXPECT_EQ(uf.pluvek2uf(&empty), 1);
     EXPECT_EQ(uf.nrays, 0);
     empty.nrays = 1, empty.ngates = 65536;
-    EXPECT_EQ(uf.pluvek2uf(&empty), 0) << "no fields, but a gate count that is no word";
+    EXPECT_EQ(uf.pluvek2uf(&empty), 0) << "no fields, but a gate count that exceeds a word";
     std::string nowhere = "/nonexistent/scan.uf";
     EXPECT_EQ(uf.write2file(nowhere.data()), 0);
 }

@@ -87,7 +87,7 @@ TEST_F(UfFile, EveryWordOfAHeaderReachesItsMember) {
     EXPECT_EQ(fieldWords(r, 0), (std::vector<int>{-5, 6}));
 }
 
-TEST_F(UfFile, WritingGivesBackTheWordsReadButForLengthsAndPositions) {
+TEST_F(UfFile, WritingGivesBackTheWordsReadExceptLengthsAndPositions) {
     Cufrw uf;
     UfRecord record = numberedRecord();
     ASSERT_EQ(read(ufFile({record}), uf), 1);
@@ -142,14 +142,14 @@ TEST_F(UfFile, ARayWithoutOptionalHeaderGetsOneWhenWritten) {
     EXPECT_EQ(ray.headers[1].scalefactor, 50);
     EXPECT_EQ(fieldWords(ray, 0), (std::vector<int>{11, 22, 33}));
     EXPECT_EQ(fieldWords(ray, 1), (std::vector<int>{44, 55, 66}));
-    // The fields moved just behind the table, keeping their distances.
+    // The fields moved to the end of the table, keeping their distances.
     EXPECT_EQ(ray.table[0].position, 67);
     EXPECT_EQ(ray.headers[1].dataposition, 94 + 14);
     EXPECT_EQ(ray.recordlength, 96 + 14);
     EXPECT_EQ(written(back), file);
 }
 
-TEST_F(UfFile, WordsBehindAFieldHeaderNeverDamageOtherWords) {
+TEST_F(UfFile, WordsAfterAFieldHeaderNeverDamageOtherWords) {
     // Headers of 19 words without room, the velocity's just before the data of another field.
     UfRecord ray = ufRay({});
     ray.set(60, 2).set(62, 2).text(63, "DZ").set(64, 67).text(65, "VR").set(66, 86);
@@ -163,7 +163,7 @@ TEST_F(UfFile, WordsBehindAFieldHeaderNeverDamageOtherWords) {
     EXPECT_EQ(fieldWords(back.rays[0], 1), (std::vector<int>{4, 5, 6}));
 }
 
-TEST_F(UfFile, AFieldWithoutAPlaceIsNotWritten) {
+TEST_F(UfFile, AFieldWithoutAPositionIsNotWritten) {
     Cufrw uf, back;
     ASSERT_EQ(read(ufFile({ufRay({{"DZ", {1, 2}}, {"ZD", {3, 4}}})}), uf), 1);
     uf.rays[0].table[1].position = 0;
@@ -174,7 +174,7 @@ TEST_F(UfFile, AFieldWithoutAPlaceIsNotWritten) {
 
 TEST_F(UfFile, WhatARecordDoesNotHoldIsZeroOrMissing) {
     UfRecord ray = ufRay({{"DZ", {1, 2, 3}}, {"ZD", {4, 5, 6}}, {"VR", {7, 8, 9}}});
-    ray.set(45, -99).set(68, 60000);  // the third field's header lies behind the end
+    ray.set(45, -99).set(68, 60000);  // the third field's header is past the end
     ray.cut(ray.size() - 4);          // and the second field's last gate too
     Cufrw uf;
     ASSERT_EQ(read(ufFile({ray}), uf), 1);
@@ -221,10 +221,10 @@ std::vector<Framing> framings() {
             {"only the first record is looked at", ufFile({ray, other}), 1, 2},
             {"first record of 57 words", ufFile({UfRecord(57)}), 1, 1},
             {"first record of 56 words", ufFile({UfRecord(56)}), 0, 0},
-            {"first record beyond the end", cut(one, 5), 0, 0},
-            {"no length behind the last record", cut(two, 4), 1, 2},
-            {"part of a length behind the last record", cut(two, 1), 1, 2},
-            {"second record beyond the end", cut(two, 5), 1, 1},
+            {"first record past the end", cut(one, 5), 0, 0},
+            {"no length after the last record", cut(two, 4), 1, 2},
+            {"part of a length after the last record", cut(two, 1), 1, 2},
+            {"second record past the end", cut(two, 5), 1, 1},
             {"second record endless", endless, 1, 1},
             {"second record of no length", backwards, 1, 1},
             {"second record too short", ufFile({ray, UfRecord(56), ray}), 1, 1},

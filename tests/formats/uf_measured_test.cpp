@@ -31,7 +31,7 @@ bool sameData(const Cufray& a, const Cufray& b, int nfields) {
     return a.ngates == b.ngates && std::equal(a.data, a.data + nfields * a.ngates, b.data);
 }
 
-/* The same words but for lengths and positions, which are set anew when writing. */
+/* The same words except lengths and positions, which writing sets anew. */
 bool sameHeader(CufFieldHeader a, const CufFieldHeader& b) {
     a.dataposition = b.dataposition;
     return std::memcmp(&a, &b, sizeof a) == 0;

@@ -145,7 +145,7 @@ TEST(FindValidDataRA, MovesToTheFirstValidGateOfTheWindow) {
         return std::pair{newRange, std::round(newAzimuth * 10) / 10};
     };
     using Point = std::pair<float, float>;
-    EXPECT_EQ(moved(170, 1, 3, 3), (Point{200, 17.2f}));      // behind ray 0
+    EXPECT_EQ(moved(170, 1, 3, 3), (Point{200, 17.2f}));      // ray 3 precedes ray 0
     EXPECT_EQ(moved(170, 6, 3, 3), (Point{0, 5.7f}));         // in its own ray
     EXPECT_EQ(moved(170, 1, 1, 1), (Point{170, 1}));          // 1 x 1 never moves
     EXPECT_EQ(moved(170, 11.5f, 1, 1), (Point{170, 11.5f}));  // nothing there

@@ -44,7 +44,7 @@ TEST(Geometry, TwoTurnsAndTwoMirrorsAreNothing) {
             record.HorzMirror();
             record.VertMirror();
             EXPECT_EQ(valuesOf(record), before) << nrays << " x " << ngates;
-            // A turned record does not tell that its angles once were more.
+            // A turned record no longer knows how many angles it had.
             if (nrays <= ngates) {
                 EXPECT_EQ(azimuthsOf(record), azimuths);
             }

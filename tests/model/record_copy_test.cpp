@@ -15,7 +15,7 @@ namespace {
 constexpr int kGates = 3;
 constexpr int kRays = 2;
 
-/* A record of an array of two: every value tells the record. */
+/* A record of an array of two: every value depends on the record. */
 void fill(Cpluvek& record, int index) {
     const float tag = 100.0f * static_cast<float>(index + 1);
     record.nrecords = 2;
@@ -72,7 +72,7 @@ TEST(CopyPointerToObject, TakesTheElementButKeepsTheStorageType) {
         EXPECT_EQ(copy.datatype, 3);
         EXPECT_EQ(copy.scale, 0.5);
     }
-    source[0].nrecords = 1;  // the second element is beyond the count now, but has data
+    source[0].nrecords = 1;  // the second element is past the count now, but has data
     Cpluvek first;
     ASSERT_EQ(source[0].CopyPointerToObject(1, first), 1);
     expectCopyOf(0, first);

@@ -129,8 +129,8 @@ std::string correctAttenuation(PolarScan& scan, const PipelineSettings& settings
             const bool corrected = inPath && !c.trial.ah.empty();
             const double z =
                 inPath ? c.z[g] : std::pow(10.0, 0.1 * static_cast<double>(scan.zhh[at + g]));
-            const double beyond = inPath ? 0.0 : c.pia;
-            scan.zhh[at + g] = static_cast<float>(10 * std::log10(z)) + static_cast<float>(beyond);
+            const double added = inPath ? 0.0 : c.pia;
+            scan.zhh[at + g] = static_cast<float>(10 * std::log10(z)) + static_cast<float>(added);
             scan.ta[at + g] = static_cast<float>(c.pia);
             scan.dpdp[at + g] = static_cast<float>(c.rise);
             scan.acoef[at + g] = corrected ? static_cast<float>(c.trial.a[g]) : 0.0f;

@@ -21,7 +21,7 @@ std::vector<double> correlate(const std::vector<double>& x, const std::vector<do
 /* All n + m - 1 values, each summed in kernel order. */
 std::vector<float> fullConvolution(const std::vector<float>& x, const std::vector<float>& h);
 
-/* Terms beyond the image's end are dropped. */
+/* Terms past the image's end are dropped. */
 std::vector<float> correlateImage(const std::vector<float>& in, int nx, int ny,
                                   const std::vector<float>& k, int kx, int ky);
 

@@ -50,7 +50,7 @@ inline ByteVector readFile(const std::string& path) {
     return ByteVector(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
 }
 
-/* Directory of measured files, which is no part of the sources; "" where there is none. */
+/* Directory of measured files, which are not in the sources; "" without one. */
 inline std::string measuredDataDir() {
     const char* dir = getenv("CLUTTERCLASSIFIER_DATA");
     return dir != nullptr && std::filesystem::is_directory(dir) ? dir : "";
