@@ -2,13 +2,21 @@
 #include <gmock/gmock.h>
 #include <sys/stat.h>
 
+#include <algorithm>
+#include <array>
+#include <cmath>
 #include <filesystem>
+#include <map>
+#include <sstream>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "program_scan.h"
 #include "report/failure.h"
 #include "run_program.h"
+#include "scan/formats/read_scan.h"
+#include "scan/synthetic/synthetic.h"
 #include "support/directories.h"
 
 namespace {
@@ -62,7 +70,7 @@ TEST_F(Program, InfoShowsWhatAFileHolds) {
   1     PPI   0.0 deg     36      4     250 m     1500 m         -  full circle
   2     RHI  200.0 deg      3      4     250 m     1500 m         -  el 1.0..3.0
 
-  field  part units      lowest    median   highest   present
+  field  role units      lowest    median   highest   present
   DZ     zhh  dBZ          0.00     19.00     38.00    74.8 %  horizontal reflectivity
   SW     wid  m/s          1.00      1.00      1.00   100.0 %  spectrum width
   VR     vel  m/s             -         -         -     0.0 %  Doppler velocity
@@ -70,6 +78,59 @@ TEST_F(Program, InfoShowsWhatAFileHolds) {
   Worth knowing:
   - The year has two digits: 14, read as 2014.
 )"));
+}
+
+/* The table counts every gate under its truth; the scan comes back as it was made. */
+TEST_F(Program, TheDemoFindsTheClutterThatItHides) {
+    const std::string file = directory_.file("demo.uf");
+    const Outcome outcome =
+        runProgram("demo --seed 5 -o " + directory_.file("demo.png") + " --scan " + file);
+    ASSERT_EQ(outcome.code, 0) << outcome.out;
+    const scan::SyntheticScan made = scan::makeSyntheticScan(5);
+    std::istringstream words(outcome.out);
+    std::vector<double> skills;
+    std::map<std::string, std::array<long, 3>> rows;
+    for (std::string word; words >> word;) {
+        if (word == "HSS") words >> skills.emplace_back();
+        if (word != "precipitation" && word != "clutter" && word != "noise") continue;
+        std::array<long, 3> row{};
+        if (words >> row[0] >> row[1] >> row[2]) rows[word] = row;
+        words.clear();
+    }
+    ASSERT_EQ(skills.size(), 2u) << outcome.out;
+    EXPECT_TRUE(skills[0] > 0.9 && skills[0] < 0.99) << outcome.out;
+    EXPECT_TRUE(skills[1] > 0.8 && skills[1] < skills[0]) << outcome.out;
+    for (const auto& [name, code, most] :
+         {std::tuple{"precipitation", 0.0f, 0}, {"clutter", 5.0f, 1}, {"noise", 3.0f, 2}}) {
+        const std::array<long, 3>& row = rows[name];
+        EXPECT_EQ(row[0] + row[1] + row[2], std::count(made.truth.begin(), made.truth.end(), code))
+            << outcome.out;
+        EXPECT_EQ(*std::max_element(row.begin(), row.end()), row[most]) << name;
+    }
+
+    const scan::Scan read = scan::readScan(file);
+    const scan::Sweep& sweep = read.sweeps.at(0);
+    EXPECT_EQ(read.radarName, "DEMO");
+    EXPECT_EQ(sweep.firstGateM, made.rangeM[0]);
+    EXPECT_EQ(sweep.gateSpacingM, made.gateSpacingM);
+    EXPECT_NEAR(sweep.azimuthDeg.at(77), made.azimuthDeg[77], 0.01);
+    const std::tuple<const char*, const std::vector<double>*, double> fields[] = {
+        {"DZ", &made.zhh, 0.006},     {"DR", &made.zdr, 0.006},      {"PH", &made.phidp, 0.011},
+        {"RH", &made.rhohv, 0.00006}, {"VR", &made.velocity, 0.006}, {"SW", &made.width, 0.006},
+        {"LD", &made.ldr, 0.006},
+    };
+    for (std::size_t f = 0; f < std::size(fields); ++f) {
+        const auto& [name, values, tolerance] = fields[f];
+        EXPECT_EQ(sweep.fields.at(f).name, name);
+        double worst = 0;
+        for (std::size_t i = 0; i < values->size(); ++i) {
+            const double difference = std::abs(sweep.fields[f].values[i] - (*values)[i]);
+            const bool missing = std::isnan((*values)[i]);
+            ASSERT_EQ(std::isnan(difference), missing) << name << " " << i;
+            if (!missing) worst = std::max(worst, difference);
+        }
+        EXPECT_LT(worst, tolerance) << name;
+    }
 }
 
 TEST_F(Program, ErrorsAreOneLineWithFileAndReason) {
