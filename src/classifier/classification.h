@@ -7,12 +7,12 @@
 #include <optional>
 #include <vector>
 
-#include "classifier/decision.h"
-#include "classifier/evidence.h"
-#include "classifier/membership_set.h"
-#include "classifier/neighbourhood.h"
-#include "classifier/request.h"
-#include "classifier/scan_rows.h"
+#include "classifier/evidence/decision.h"
+#include "classifier/evidence/evidence.h"
+#include "classifier/evidence/neighbourhood.h"
+#include "classifier/functions/membership_set.h"
+#include "classifier/scan/request.h"
+#include "classifier/scan/scan_rows.h"
 
 namespace clutter::classifier {
 

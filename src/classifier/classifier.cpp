@@ -11,11 +11,11 @@
 
 #include "base/text.h"
 #include "classifier/explain.h"
-#include "classifier/membership_set.h"
+#include "classifier/functions/membership_set.h"
+#include "classifier/functions/refusal.h"
 #include "classifier/output.h"
-#include "classifier/refusal.h"
-#include "classifier/request.h"
-#include "fuzzy/inputs.h"
+#include "classifier/scan/request.h"
+#include "fuzzy/classifiers/inputs.h"
 
 using clutter::classifier::MembershipSet;
 using clutter::classifier::Refusal;

@@ -11,7 +11,7 @@
 #include <vector>
 
 #include "classifier/classification.h"
-#include "classifier/log_ratio.h"
+#include "classifier/evidence/log_ratio.h"
 
 namespace clutter::classifier {
 namespace {

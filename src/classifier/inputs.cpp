@@ -1,7 +1,7 @@
 /*
  * The table of inputs, for hosts.
  */
-#include "fuzzy/inputs.h"
+#include "fuzzy/classifiers/inputs.h"
 
 #include <array>
 #include <cstddef>

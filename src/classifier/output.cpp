@@ -11,7 +11,7 @@
 
 #include "base/kernel.h"
 #include "classifier/classification.h"
-#include "classifier/log_ratio.h"
+#include "classifier/evidence/log_ratio.h"
 #include "driver/scan_classifier.h"
 
 namespace clutter::classifier {

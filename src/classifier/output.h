@@ -4,8 +4,8 @@
 #ifndef CLUTTER_CLASSIFIER_OUTPUT_H
 #define CLUTTER_CLASSIFIER_OUTPUT_H
 
-#include "classifier/membership_set.h"
-#include "classifier/request.h"
+#include "classifier/functions/membership_set.h"
+#include "classifier/scan/request.h"
 #include "clutterclassifier/classifier.h"
 
 namespace clutter::classifier {

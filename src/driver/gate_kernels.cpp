@@ -2,7 +2,7 @@
 
 #include "base/kernel.h"
 #include "driver/echo_class.h"
-#include "fuzzy/precipitation_clutter.h"
+#include "fuzzy/classifiers/precipitation_clutter.h"
 
 namespace clutter::driver {
 

@@ -6,7 +6,7 @@
 #include <cstddef>
 
 #include "driver/gate_kernels.h"
-#include "fuzzy/precipitation_clutter.h"
+#include "fuzzy/classifiers/precipitation_clutter.h"
 
 namespace clutter::driver {
 namespace {

@@ -11,7 +11,7 @@
 #include <vector>
 
 #include "driver/scan_inputs.h"
-#include "fuzzy/engine.h"
+#include "fuzzy/engine/engine.h"
 
 namespace clutter::driver {
 

@@ -11,7 +11,7 @@
 
 #include "dsp/windows/row_source.h"
 #include "dsp/windows/texture.h"
-#include "fuzzy/inputs.h"
+#include "fuzzy/classifiers/inputs.h"
 
 namespace clutter::driver {
 

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "clutterclassifier/Cradarpro.h"
-#include "fuzzy/precipitation_clutter.h"
+#include "fuzzy/classifiers/precipitation_clutter.h"
 #include "support/directories.h"
 #include "support/literal.h"
 #include "support/membership_files.h"
