@@ -21,7 +21,7 @@ from ._synthetic import synthetic_arrays, synthetic_scan
 from ._version import __version__
 from .echo import (GROUND_CLUTTER, MISSING, NOISE, PRECIPITATION, SEA_CLUTTER, TURBINE_CLUTTER, EchoClass,
                    Inputs)
-from .readers import open_dx, open_polar, open_record, open_uf, read, recognise
+from .readers import open_dx, open_polar, open_record, open_uf, read, recognise, write
 
 __all__ = [
     "AttenuationAlgorithm", "AttenuationResult", "BeamPattern", "Contingency", "EchoClass",
@@ -34,7 +34,7 @@ __all__ = [
     "open_polar", "open_record", "open_uf", "process", "rain_rate", "rain_statistics", "rain_to_z",
     "read", "recognise", "signal_to_noise", "slant_range", "smooth", "specific_attenuation",
     "synthetic_arrays", "synthetic_scan", "system_phase", "texture", "to_decibels", "to_linear",
-    "unfold_phase", "vertical_profiles", "vertical_statistics", "z_to_rain",
+    "unfold_phase", "vertical_profiles", "vertical_statistics", "write", "z_to_rain",
 ]
 
 try:  # with xarray: ds.clutter, and the functions of sweeps

@@ -55,6 +55,7 @@ void forChunks(py::ssize_t size, Visit visit) {
 /* Registers the functions of one source file. */
 void bindClassify(py::module_& module);
 void bindScans(py::module_& module);
+void bindWrite(py::module_& module);
 void bindProcess(py::module_& module);
 void bindToolkit(py::module_& module);
 void bindPhase(py::module_& module);

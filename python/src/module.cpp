@@ -7,6 +7,7 @@ PYBIND11_MODULE(_core, module) {
         "Operations of the library on contiguous arrays; the package checks and documents.";
     python::bindClassify(module);
     python::bindScans(module);
+    python::bindWrite(module);
     python::bindProcess(module);
     python::bindToolkit(module);
     python::bindPhase(module);

@@ -76,6 +76,8 @@ const char* nameOf(scan::FileFormat format) {
             return "polar";
         case scan::FileFormat::kGermanDx:
             return "dx";
+        case scan::FileFormat::kHdf5:
+            return "hdf5";
         case scan::FileFormat::kUnknown:
             break;
     }

@@ -12,6 +12,7 @@ files know only one kind of missing.
 
 from ._read import (FORMATS, LAYOUTS, Path, check_layout, open_dx, open_polar, open_record, open_uf, read,
                     read_sweep, recognise, require_format)
+from ._write import write
 
 __all__ = ["FORMATS", "LAYOUTS", "Path", "check_layout", "open_dx", "open_polar", "open_record", "open_uf",
-           "read", "read_sweep", "recognise", "require_format"]
+           "read", "read_sweep", "recognise", "require_format", "write"]

@@ -20,7 +20,8 @@ if TYPE_CHECKING:
 Path = Union[str, bytes, "os.PathLike[str]", "os.PathLike[bytes]"]
 
 #: What the formats are called in messages.
-FORMATS = {"uf": "Universal Format", "dx": "German DX", "polar": "polar data", "record": "field record"}
+FORMATS = {"uf": "Universal Format", "dx": "German DX", "polar": "polar data", "record": "field record",
+           "hdf5": "HDF5"}
 
 #: Packings of polar data files, where a file does not tell.
 LAYOUTS = (252, 260, 280)
@@ -54,7 +55,7 @@ def recognise(path: Path) -> str | None:
     ...     print(recognise(file.name))
     None
     """
-    name = _file_name(path)
+    name = as_file_name(path)
     with open(path, "rb") as file:
         if not file.read(1):
             return None
@@ -256,7 +257,7 @@ def require_format(path: Path, wanted: str) -> None:
         raise ValueError(f"{os.fsdecode(path)}: is no {FORMATS[wanted]} file, but {what}")
 
 
-def _file_name(path: Path) -> bytes:
+def as_file_name(path: Path) -> bytes:
     """A path as the library takes it. (`open` would take a number for an open file, and close that.)"""
     if not isinstance(path, (str, bytes, os.PathLike)):
         raise TypeError(f"path must be a path, not {path!r}")
@@ -276,7 +277,7 @@ def _failure(path: Path, error: Exception) -> ValueError:
 def _scan(path: Path, layout: int | None, names: Mapping[str, str] | None) -> dict[str, Any]:
     """The file as arrays, each of which goes to one Dataset."""
     check_layout(layout)
-    name = _file_name(path)
+    name = as_file_name(path)
     with open(path, "rb"):  # for the OSError with its reason and name
         pass
     try:

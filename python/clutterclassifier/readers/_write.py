@@ -1,0 +1,173 @@
+"""Sweep Datasets as files of the library's formats."""
+
+from __future__ import annotations
+
+import errno
+import os
+import warnings
+from collections.abc import Iterable
+from typing import TYPE_CHECKING, Any, Union
+
+import numpy as np
+from numpy.typing import NDArray
+
+from .. import _core
+from .._arrays.scans import angles as per_ray_angles
+from ..echo import MISSING
+from ._read import Path, as_file_name
+
+if TYPE_CHECKING:
+    import xarray as xr
+
+Sweeps = Union["xr.Dataset", Iterable["xr.Dataset"]]
+
+#: What field records and Universal Format files call a field of classes.
+_CLASS_NAMES = {".uf": "CC"}
+_CLASS_NAME = "CCl"
+
+#: Endings of other formats: a field record of such a name would mislead.
+_FOREIGN = (".asc", ".bin", ".dx", ".h5", ".hdf", ".nc", ".pdf", ".png", ".pol", ".svg", ".zarr")
+
+
+def write(sweeps: Sweeps, path: Path) -> list[str]:
+    """Write sweeps as files; the ending says which format.
+
+    =========  =============================================================================
+    ending     file
+    =========  =============================================================================
+    ``.uf``    Universal Format: one file with all sweeps and all fields
+    ``.csv``   comma-separated table of the classes, one file a sweep
+    other      field record with all fields, one file a sweep; ``.plv`` is customary
+    =========  =============================================================================
+
+    With several sweeps ``_sweepN`` goes before the ending of files that hold one. No file takes its
+    name before all are complete.
+
+    Parameters
+    ----------
+    sweeps : xarray.Dataset or several
+        Sweeps of one volume, with the fields as variables of the dimensions (azimuth, range) or
+        (elevation, range). A field has the name of its attribute ``raw_name``, else that of its
+        variable. The variable ``CLASS`` holds the classes; gates without one have none.
+    path : path
+        File to write.
+
+    Returns
+    -------
+    list of str
+        The files that were written.
+
+    Raises
+    ------
+    ValueError
+        A dataset is not a sweep, or the format cannot hold the fields; the message names it.
+    OSError
+        A file cannot be written.
+
+    Warns
+    -----
+    UserWarning
+        The format loses something, such as the elevations of a range-height scan.
+
+    Examples
+    --------
+    >>> import tempfile
+    >>> import clutterclassifier as cc
+    >>> folder = tempfile.TemporaryDirectory()
+    >>> scan = cc.synthetic_scan(5, nrays=90, ngates=200)
+    >>> [name] = cc.write(scan.assign(CLASS=scan.clutter.classify()), folder.name + "/scan.uf")
+    >>> [sweep] = cc.read(name)
+    >>> "CLASS" in sweep, sweep.DBZH.attrs["raw_name"]
+    (True, 'DZ')
+    """
+    import xarray as xr
+
+    name = as_file_name(path)
+    ending = os.path.splitext(os.fsdecode(name))[1].lower()
+    if ending in _FOREIGN:
+        raise ValueError(f"path: a {ending} file cannot be written here, but .uf, .csv or, for a field "
+                         "record, .plv")
+    if not os.path.isdir(os.path.dirname(name) or b"."):
+        raise FileNotFoundError(errno.ENOENT, "No such directory", os.path.dirname(os.fsdecode(name)))
+    volume = [sweeps] if isinstance(sweeps, xr.Dataset) else list(sweeps)
+    if not volume:
+        raise ValueError("sweeps: there is none to write")
+    described = [_sweep(ds, at, _CLASS_NAMES.get(ending, _CLASS_NAME)) for at, ds in enumerate(volume)]
+    try:
+        paths, notes = _core.write_scan(name, _scan(volume[0]) | {"sweeps": described})
+    except RuntimeError as error:
+        raise _failure(name, error) from None
+    for note in notes:
+        warnings.warn(note, stacklevel=2)
+    return [os.fsdecode(written) for written in paths]
+
+
+def _failure(name: bytes, error: RuntimeError) -> Exception:
+    text = str(error)
+    kind = OSError if text.startswith("cannot write") else ValueError
+    return kind(text if kind is OSError else f"{os.fsdecode(name)}: {text}")
+
+
+def _scan(first: xr.Dataset) -> dict[str, Any]:
+    """What holds for all sweeps. Unknown is 0 or empty."""
+    def number(name: str) -> float:
+        value = first[name] if name in first.variables else first.attrs.get(name, 0.0)
+        single = np.ravel(np.asarray(value))
+        known = single.size == 1 and single.dtype.kind in "fiu" and np.isfinite(single[0])
+        return float(single[0]) if known else 0.0
+
+    return {"radar_name": str(first.attrs.get("instrument_name", "")),
+            "site_name": str(first.attrs.get("site_name", "")), "time": _time(first),
+            **{name: number(name) for name in ("latitude", "longitude", "altitude", "beam_width", "wavelength")}}
+
+
+def _time(ds: xr.Dataset) -> list[int]:
+    times = np.ravel(ds["time"].values) if "time" in ds.variables else np.array([])
+    known = times[~np.isnat(times)] if times.dtype.kind == "M" else times[:0]
+    if known.size == 0:
+        return [1900, 1, 1, 0, 0, 0]
+    day, _, clock = str(known.min().astype("datetime64[s]")).partition("T")
+    return [int(part) for part in (*day.split("-"), *clock.split(":"))]
+
+
+def _sweep(ds: xr.Dataset, at: int, class_name: str) -> dict[str, Any]:
+    from ..sweeps._geometry import is_rhi
+    from ..sweeps._sweep import RANGE, gate_step, has_gates, ray_dimension
+
+    fields = [field for field in ds.data_vars.values() if has_gates(field) and field.dtype.kind in "fiub"]
+    if not fields:
+        raise ValueError(f"sweeps[{at}] has no field with the dimensions (azimuth, range)")
+    rays = ray_dimension(fields[0])
+    for field in fields:
+        if set(field.dims) != {rays, RANGE}:
+            raise ValueError(f"sweeps[{at}]: {field.name} has the dimensions {field.dims}, not one sweep's")
+    fixed = ds.get("sweep_fixed_angle")
+    rhi = is_rhi(ds, rays)
+    still = "azimuth" if rhi else "elevation"
+    angles = {name: _angle(ds.get(name, fixed if name == still else None), name, rays, ds.sizes[rays], at)
+              for name in ("azimuth", "elevation")}
+    spacing = gate_step(ds)
+    number = ds.attrs.get("raw_sweep_number", at + 1)
+    return {**angles, "number": int(number), "rhi": rhi, "ngates": ds.sizes[RANGE], "gate_spacing": spacing,
+            "fixed_angle": float(np.median(angles[still]) if fixed is None else fixed),
+            "first_gate": float(np.ravel(ds[RANGE].values)[0]),
+            "nyquist_velocity": float(ds.attrs.get("nyquist_velocity", 0.0)),
+            "fields": [_field(field.transpose(rays, RANGE), class_name) for field in fields]}
+
+
+def _angle(source: xr.DataArray | None, name: str, rays: str, count: int, at: int) -> NDArray[np.float64]:
+    """One angle a ray."""
+    if source is None or not set(source.dims) <= {rays}:
+        raise ValueError(f"sweeps[{at}] has no {name} along {rays}")
+    return per_ray_angles(f"sweeps[{at}]: {name}", source.values, (count, 1))
+
+
+def _field(field: xr.DataArray, class_name: str) -> dict[str, Any]:
+    from ..sweeps._codes import CLASS, library_codes
+
+    if field.name == CLASS:
+        codes = library_codes(field).values
+        values = np.where(codes == MISSING, np.float32(np.nan), codes.astype(np.float32))
+        return {"name": class_name, "units": "-", "values": np.ascontiguousarray(values)}
+    return {"name": str(field.attrs.get("raw_name") or field.name), "units": str(field.attrs.get("units", "")),
+            "values": np.ascontiguousarray(field.values, np.float32)}
