@@ -8,7 +8,7 @@ from ._arrays.attenuation import (AttenuationAlgorithm, AttenuationResult, HotSp
                                   attenuation, correct_zdr, hot_spots, specific_attenuation)
 from ._arrays.beam import (BeamPattern, VerticalProfiles, beam_elevation, beam_height, beam_pattern,
                            correct_profile, slant_range, vertical_profiles)
-from ._arrays.classify import classify, membership_directory
+from ._arrays.classify import Certainty, classify, membership_directory
 from ._arrays.phase import close_phase_gaps, extend_phase, fill_phase, system_phase, unfold_phase
 from ._arrays.process import Processed, Stage, process
 from ._arrays.rain import hybrid_rain_rate, rain_rate, rain_to_z, z_to_rain
@@ -24,7 +24,7 @@ from .echo import (GROUND_CLUTTER, MISSING, NOISE, PRECIPITATION, SEA_CLUTTER, T
 from .readers import open_dx, open_polar, open_record, open_uf, read, recognise, write
 
 __all__ = [
-    "AttenuationAlgorithm", "AttenuationResult", "BeamPattern", "Contingency", "EchoClass",
+    "AttenuationAlgorithm", "AttenuationResult", "BeamPattern", "Certainty", "Contingency", "EchoClass",
     "GROUND_CLUTTER", "HotSpot", "HotSpots", "Inputs", "MISSING", "NOISE", "PRECIPITATION", "Processed",
     "RadarConstant", "SEA_CLUTTER", "ScanStatistics", "Stage", "TURBINE_CLUTTER", "VerticalProfiles",
     "ZdrCorrection", "__version__", "attenuation", "beam_elevation", "beam_height", "beam_pattern",

@@ -40,9 +40,16 @@ class ClutterAccessor:
     def __init__(self, ds: xr.Dataset) -> None:
         self._ds = ds
 
-    def classify(self, **keywords: Any) -> xr.DataArray:
-        """Classes of the sweep, see `clutterclassifier.sweeps.classify`."""
-        return _steps().classify(self._ds, **keywords)[keywords.get("name", "CLASS")]
+    def classify(self, **keywords: Any) -> Any:
+        """Classes of the sweep, see `clutterclassifier.sweeps.classify`; with ``certainty=True`` a dataset
+        of CLASS, PROBABILITY and MARGIN."""
+        name = keywords.get("name", "CLASS")
+        classified = _steps().classify(self._ds, **keywords)
+        return classified[[name, "PROBABILITY", "MARGIN"] if keywords.get("certainty") else name]
+
+    def explain(self, **keywords: Any) -> xr.Dataset:
+        """Why a gate has its class, see `clutterclassifier.sweeps.explain`."""
+        return _steps().explain(self._ds, **keywords)
 
     def clean(self, **keywords: Any) -> xr.Dataset:
         """The sweep with clutter and noise blanked, see `clutterclassifier.sweeps.clean`."""

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <cstring>
 #include <map>
 #include <memory>
 #include <optional>
@@ -12,6 +13,7 @@
 #include <vector>
 
 #include "arrays.h"
+#include "clutterclassifier/classifier.hpp"
 #include "clutterclassifier/clutterclassifier.h"
 #include "scan/classes/membership_files.h"
 #include "scan/process/configuration.h"
@@ -98,6 +100,13 @@ py::dict resultOf(const scan::ProcessedSweep& processed) {
     return result;
 }
 
+// The chain reports its stages. A classification that did not happen is only reported, too.
+void keepComplaint(void* complaint, const char* text) {
+    if (std::strncmp(text, "Membership function", 19) == 0) {
+        *static_cast<std::string*>(complaint) = text;
+    }
+}
+
 py::dict process(const std::string& membership, const Fields& fields, double spacing, bool rhi,
                  double fixedAngle, const Array<double>& azimuth, const Array<double>& elevation,
                  std::optional<double> radarConstant, std::optional<double> minSnr,
@@ -114,12 +123,17 @@ py::dict process(const std::string& membership, const Fields& fields, double spa
     options.classify.removeIsolated = true;
     options.classify.map = partsOf(fields);
     scan::ProcessedSweep processed;
+    std::string complaint;
     {
         const py::gil_scoped_release release;
         const scan::Sweep sweep = sweepOf(fields, spacing, rhi, fixedAngle, azimuth, elevation);
-        const scan::QuietLibrary quiet; /* it tells of its stages on standard output */
+        const clutter::MessageSink listening(&keepComplaint, &complaint);
         processed = scan::processSweep(scan::Scan(), sweep, options);
         processed.context.reset();
+    }
+    if (!complaint.empty()) {
+        PyErr_SetString(PyExc_OSError, complaint.c_str());
+        throw py::error_already_set();
     }
     return resultOf(processed);
 }

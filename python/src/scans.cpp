@@ -78,6 +78,8 @@ const char* nameOf(scan::FileFormat format) {
             return "dx";
         case scan::FileFormat::kHdf5:
             return "hdf5";
+        case scan::FileFormat::kNexrad:
+            return "nexrad";
         case scan::FileFormat::kUnknown:
             break;
     }

@@ -5,6 +5,7 @@ from __future__ import annotations
 import numpy as np
 import pytest
 import xarray as xr
+from clutterclassifier import sweeps
 from entry_point import scan_fields
 
 SPACING = 250.0
@@ -49,6 +50,12 @@ def rainy_sweep() -> xr.Dataset:
     ds = make_sweep(36, 200).drop_vars(["LDR", "CMAP"])
     return ds.assign({names[name]: (("azimuth", "range"), values, {"raw_name": name})
                       for name, values in rainy().items()})
+
+
+@pytest.fixture
+def gate_by_gate(monkeypatch: pytest.MonkeyPatch) -> None:
+    """Sweeps are decided without the neighbourhood, as by the entry point."""
+    monkeypatch.setitem(sweeps.classify.__kwdefaults__, "neighbourhood", None)
 
 
 @pytest.fixture

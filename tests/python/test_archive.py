@@ -17,6 +17,7 @@ import pytest
 import xarray as xr
 from clutterclassifier import sweeps
 from clutterclassifier._arrays import classify as packaged
+from clutterclassifier.archive import _command
 from clutterclassifier.archive._netcdf import read_netcdf, write_sweeps
 from clutterclassifier.archive._plan import plan_jobs
 from clutterclassifier.archive._progress import Progress
@@ -113,6 +114,18 @@ def test_output_holds_the_classes_and_where_they_are_from(tmp_path):
     assert root.sweep_group_name.values.tolist() == ["sweep_0"]
     assert root.attrs["source_file"] == str(source)
     assert "scan.nc" in root.attrs["history"] and '"min_snr": 12.0' in root.attrs["settings"]
+
+
+def test_each_gate_can_be_decided_alone_and_how_surely(tmp_path):
+    scan = sweeps.classify(xr.load_dataset(make_scan(tmp_path / "in/scan.nc")), neighbourhood=None, certainty=True)
+    assert serial(tmp_path / "in", tmp_path / "out", neighbourhood=None, certainty=True).done == 1
+    assert _command.main([str(tmp_path / "in"), "--out", str(tmp_path / "other"), "--workers", "0", "--certainty",
+                          "--neighbourhood", "off", "--quiet"]) == 0
+    for folder in ("out", "other"):
+        with xr.open_dataset(tmp_path / folder / "scan.nc.nc", group="sweep_0", mask_and_scale=False) as made:
+            for name in ("CLASS", "PROBABILITY", "MARGIN"):
+                np.testing.assert_array_equal(made[name], scan[name])
+    assert serial(tmp_path / "in", tmp_path / "out", certainty=True).done == 1
 
 
 @pytest.mark.parametrize("process", [False, True])
@@ -397,7 +410,6 @@ def test_exit_codes(tmp_path, capsys):
 
 
 def test_a_batch_system_ends_a_run_as_a_user_does(tmp_path, capsys, monkeypatch):
-    from clutterclassifier.archive import _command
 
     make_archive(tmp_path / "in", 1)
     before = signal.getsignal(signal.SIGTERM)

@@ -75,10 +75,10 @@ NEEDED = {"range": 100.0, "radar_constant": 0.0, "threshold": 1.0, "elevation": 
 FURTHER = {"system_phase": {"classes": C}, "rain_rate": {"dbzh": F, "zdr": F, "relation": "z_zdr"},
            "despeckle": {"window": (5, 5)}}
 NOT_CHECKED = {"open_dx", "open_polar", "open_record", "open_uf", "read", "recognise", "check_config",
-               "config_table", "example_config", "membership_directory", "vertical_profiles"}
+               "config_table", "example_config", "membership_directory", "vertical_profiles", "write"}
 FUNCTIONS = {name: function for name, function in vars(cc).items()
              if name in cc.__all__ and inspect.isfunction(function) and name not in NOT_CHECKED}
-USED_AS_GIVEN = {"rhi", "closed", "decibels", "fill_gaps", "remove_isolated", "all_classes"}
+USED_AS_GIVEN = {"rhi", "closed", "decibels", "fill_gaps", "remove_isolated", "all_classes", "certainty"}
 
 
 def call_of(name: str) -> dict[str, object]:

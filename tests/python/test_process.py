@@ -217,6 +217,7 @@ def test_settings_that_leave_no_input_are_named() -> None:
         cc.process(scan_fields()["dbzh"], **KEYWORDS, config={"CLUTTER_ALG": 2})
 
 
+@pytest.mark.usefixtures("gate_by_gate")
 def test_ends_of_a_range_height_scan_are_no_neighbours() -> None:
     ds = make_sweep(rays="elevation")
     result = sweeps.process(ds, what=Stage.CLASSIFICATION)

@@ -12,6 +12,8 @@ from clutterclassifier import pyart, sweeps
 from conftest import CONSTANT, SPACING
 from entry_point import entry_point, scan_fields
 
+pytestmark = pytest.mark.usefixtures("gate_by_gate")
+
 LONG_NAMES = {"dbzh": "reflectivity", "zdr": "differential_reflectivity", "phidp": "differential_phase",
               "rhohv": "cross_correlation_ratio", "vrad": "velocity", "ldr": "linear_depolarization_ratio"}
 SIZES = (24, 30)

@@ -12,6 +12,8 @@ from conftest import NAMES, SPACING, make_sweep
 from entry_point import scan_fields
 from sweep_classes import MIN_SNR, expected
 
+pytestmark = pytest.mark.usefixtures("gate_by_gate")
+
 
 @pytest.mark.parametrize("chunks", [None, {"azimuth": 7}])
 @pytest.mark.parametrize("step", ["classify", "clean", "process", "signal_to_noise"])

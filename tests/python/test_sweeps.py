@@ -15,6 +15,8 @@ from conftest import CONSTANT, NAMES, SPACING, make_sweep
 from entry_point import entry_point, scan_fields
 from sweep_classes import MIN_SNR, chosen, expected
 
+pytestmark = pytest.mark.usefixtures("gate_by_gate")
+
 SUBSETS = range(1, 128)
 
 

@@ -4,35 +4,37 @@ from __future__ import annotations
 
 import functools
 import os
-from collections.abc import Callable, Iterable
+from collections.abc import Iterable
 from pathlib import Path
 from typing import Any, NamedTuple, Union
 
 import numpy as np
-from numpy.typing import ArrayLike, DTypeLike, NDArray
+from numpy.typing import ArrayLike, NDArray
 
 from .. import _core
 from ..echo import Inputs
 from .arguments import (NO_ECHO, as_field, as_field_like, finite, gate_spacing, number, only_given, whole,
                         window_pair)
 from .scans import angles
+from .toolkit import despeckle
 
 InputSelection = Union[Inputs, int, str, Iterable[Union[Inputs, int, str]], None]
 
 #: Membership functions that come with the package.
 _PACKAGED = str(Path(__file__).parent.parent / "membership")
 
-#: Defaults, which need no checks: what is done beside the library's own work is paid for by every scan.
+Membership = Union[str, "os.PathLike[str]", None]
+
+#: Defaults, which need no checks: every scan pays for what is done beside the library's own work.
 _WINDOW = (5, 3)
 _HORIZONTAL = 0.0
-_WRAD = int(Inputs.WRAD)
+
+#: Arguments by the library's names of fields.
+ARGUMENTS = {"zhh": "dbzh", "zdr": "zdr", "pdp": "phidp", "rhv": "rhohv", "vel": "vrad", "wid": "wrad",
+             "ldr": "ldr", "pdf": "clutter_likelihood"}
 
 #: The array that each input is made of.
-ARRAYS = {
-    Inputs.DBZH_TEXTURE: "dbzh", Inputs.ZDR_TEXTURE: "zdr", Inputs.PHIDP_TEXTURE: "phidp",
-    Inputs.RHOHV_TEXTURE: "rhohv", Inputs.VRAD: "vrad", Inputs.LDR: "ldr",
-    Inputs.CLUTTER_LIKELIHOOD: "clutter_likelihood", Inputs.RHOHV: "rhohv", Inputs.WRAD: "wrad",
-}
+ARRAYS = {Inputs(bit): ARGUMENTS[field] for _, field, _, bit, _ in _core.input_table()}
 
 
 def membership_directory(membership: str | os.PathLike[str] | None = None) -> str:
@@ -58,24 +60,6 @@ def membership_directory(membership: str | os.PathLike[str] | None = None) -> st
     if membership is not None and not isinstance(membership, (str, bytes, os.PathLike)):
         raise TypeError(f"membership must be a path, not {membership!r}")
     return os.fsdecode(membership or os.environ.get("CLUTTERCLASSIFIER_MEMBERSHIP") or _PACKAGED)
-
-
-@functools.lru_cache(maxsize=64)
-def _checked_directory(directory: str, mask: int, all_classes: bool, changed: int) -> str:
-    """The directory as the library takes it, once its files were seen to be readable."""
-    try:
-        return _core.membership_directory(directory, mask, all_classes)
-    except RuntimeError as error:
-        raise FileNotFoundError(str(error)) from None
-
-
-def ready_directory(membership: str | os.PathLike[str] | None, mask: int, all_classes: bool) -> str:
-    directory = membership_directory(membership)
-    try:
-        changed = os.stat(directory).st_mtime_ns
-    except OSError as error:
-        raise FileNotFoundError(f"no membership functions: {error}") from None
-    return _checked_directory(directory, mask, all_classes, changed)
 
 
 @functools.lru_cache(maxsize=None)
@@ -116,34 +100,49 @@ def parse_inputs(inputs: InputSelection, available: Iterable[str]) -> Inputs:
 
 
 class Options(NamedTuple):
-    """What the classification does beside its default, checked."""
+    """How to classify, checked."""
 
-    window: tuple[int, int] = _WINDOW
+    texture: tuple[int, int] = _WINDOW
+    neighbourhood: tuple[int, int] | None = None
     remove_isolated: bool = False
     all_classes: bool = False
 
 
-def check_options(texture_window: tuple[int, int], remove_isolated: bool, all_classes: bool) -> Options:
+class Certainty(NamedTuple):
+    """Classes, and how sure they are.
+
+    Attributes
+    ----------
+    classes : uint8 array
+        Codes of `EchoClass`.
+    probability : float32 array
+        Of precipitation, 0..1: 1 / (1 + exp(-margin)).
+    margin : float32 array
+        Natural logarithm of the strength of precipitation over that of clutter; positive is
+        precipitation. Infinite where one of them is 0. NaN, as the probability, at gates that are
+        noise.
+    """
+
+    classes: NDArray[np.uint8]
+    probability: NDArray[np.float32]
+    margin: NDArray[np.float32]
+
+
+def check_options(texture_window: Any, neighbourhood: Any, remove_isolated: bool,
+                  all_classes: bool) -> Options:
     """The options of a call.
 
     Raises
     ------
     TypeError, ValueError
-        for a window that is none.
+        A window of a wrong size; the message names it.
     """
     window = texture_window
     if window is not _WINDOW:
         window = window_pair("texture_window", texture_window, odd=True)
-    return Options(window, bool(remove_isolated), bool(all_classes))
-
-
-def _precision(given: Any, inputs: Inputs, options: Options) -> DTypeLike:
-    """Doubles go through the entry point; it has no argument for anything but the defaults."""
-    plain = given != np.float32 and options == _DEFAULTS and not int(inputs) & _WRAD
-    return np.float64 if plain else np.float32
-
-
-_DEFAULTS = Options()
+    if neighbourhood is not None:
+        neighbourhood = window_pair("neighbourhood", neighbourhood, odd=True)
+    return Options(window, neighbourhood, bool(remove_isolated), bool(all_classes))
 
 
 def classify(dbzh: ArrayLike, *, zdr: ArrayLike | None = None, phidp: ArrayLike | None = None,
@@ -154,7 +153,8 @@ def classify(dbzh: ArrayLike, *, zdr: ArrayLike | None = None, phidp: ArrayLike 
              min_snr: float = 26.0, inputs: InputSelection = None,
              membership: str | os.PathLike[str] | None = None,
              texture_window: tuple[int, int] = _WINDOW, remove_isolated: bool = False,
-             all_classes: bool = False, missing: str = "keep") -> NDArray[np.uint8]:
+             all_classes: bool = False, missing: str = "keep", neighbourhood: tuple[int, int] | None = None,
+             certainty: bool = False) -> Any:
     """Tell precipitation from ground clutter and noise, gate by gate.
 
     Fuzzy logic over textures and raw quantities. A gate whose signal-to-noise ratio
@@ -195,18 +195,25 @@ def classify(dbzh: ArrayLike, *, zdr: ArrayLike | None = None, phidp: ArrayLike 
         What a NaN in `dbzh` means. ``"keep"`` hands it to the library as it is: such a gate is not
         noise, and spoils the textures around it. ``"no_echo"`` makes it noise. Masked gates of a
         masked array always count as without echo.
+    neighbourhood : (int, int), optional
+        Gates and rays, both odd, over which the share of the textures is averaged before the classes
+        are decided: ``(5, 3)`` finds more of the clutter and loses less of the rain. By default each
+        gate is decided alone, as by the library's entry point.
+    certainty : bool
+        Also return how sure the classes are.
 
     Returns
     -------
-    numpy.ndarray of uint8
-        Codes of `EchoClass`, in the shape of `dbzh`.
+    numpy.ndarray of uint8, or Certainty
+        Codes of `EchoClass`, in the shape of `dbzh`; with `certainty` a tuple of them, the probability
+        of precipitation and the margin.
 
     Raises
     ------
     ValueError
         An argument of a wrong shape or outside its range; the message names it.
-    FileNotFoundError
-        A membership function of a used input is missing.
+    OSError
+        A membership function of a used input cannot be read: there is no result without it.
 
     Examples
     --------
@@ -223,9 +230,8 @@ def classify(dbzh: ArrayLike, *, zdr: ArrayLike | None = None, phidp: ArrayLike 
     given = only_given(zdr=zdr, phidp=phidp, rhohv=rhohv, vrad=vrad, wrad=wrad, ldr=ldr,
                        clutter_likelihood=clutter_likelihood)
     mask = parse_inputs(inputs, ["dbzh", *given])
-    options = check_options(texture_window, remove_isolated, all_classes)
-    dtype = _precision(getattr(dbzh, "dtype", None), mask, options)
-    fields = {"dbzh": as_field("dbzh", dbzh, dtype, NO_ECHO)}
+    options = check_options(texture_window, neighbourhood, remove_isolated, all_classes)
+    fields = {"dbzh": _as_gates("dbzh", dbzh, NO_ECHO)}
     for name, value in given.items():
         fields[name] = as_field_like(name, value, fields["dbzh"], "dbzh")
     if missing == "no_echo" and np.isnan(fields["dbzh"]).any():
@@ -236,40 +242,48 @@ def classify(dbzh: ArrayLike, *, zdr: ArrayLike | None = None, phidp: ArrayLike 
         angles("azimuth", azimuth, shape)
     if elevation is not _HORIZONTAL:
         angles("elevation", elevation, shape)
-    settings: dict[str, Any] = {
-        "spacing": gate_spacing(range, shape[-1]),
-        "radar_constant": finite("radar_constant", radar_constant),
-        "min_snr": number("min_snr", min_snr),
-        "inputs": mask, "options": options,
-        "directory": ready_directory(membership, int(mask), all_classes),
-    }
-    out = np.empty(shape, np.uint8)
-    for at in [*np.ndindex(shape[:-2])] if len(shape) > 2 else [()]:
-        classify_scan({name: field[at] for name, field in fields.items()}, out=out[at], **settings)
-    return out
+    result = classify_scans(
+        fields, spacing=gate_spacing(range, shape[-1]), min_snr=number("min_snr", min_snr), inputs=mask,
+        radar_constant=finite("radar_constant", radar_constant), options=options, membership=membership,
+        certainty=certainty)
+    return result if certainty else result.classes
 
 
-def classify_scan(fields: dict[str, NDArray[Any]], *, out: NDArray[np.uint8], spacing: float,
-                  radar_constant: float, min_snr: float, inputs: Inputs, options: Options,
-                  directory: str) -> None:
-    """Writes the classes of one scan to `out`. Everything was checked before."""
-    dtype = _precision(fields["dbzh"].dtype, inputs, options)
-    plain = dtype == np.float64
-    arrays = [None if name not in fields else np.ascontiguousarray(fields[name], dtype)
-              for name in _ORDER[plain]]
-    settings: dict[str, Any] = {"spacing": spacing, "radar_constant": radar_constant, "min_snr": min_snr,
-                                "inputs": int(inputs), "out": out}
-    run: Callable[..., None] = _core.classify
-    if not plain:
-        gates, rays = options.window
-        settings |= {"texture_gates": gates, "texture_rays": rays,
-                     "remove_isolated": options.remove_isolated, "all_classes": options.all_classes}
-        run = _core.classify_stage
-    run(directory, *arrays, **settings)
+def _as_gates(name: str, value: ArrayLike, masked: float) -> NDArray[Any]:
+    """Floats stay floats, all other numbers become doubles."""
+    single = getattr(value, "dtype", None) == np.float32
+    return as_field(name, value, np.float32 if single else np.float64, masked)
 
 
-#: Arguments of the two ways through the library, in their order.
-_ORDER = {
-    True: ("dbzh", "zdr", "phidp", "rhohv", "vrad", "ldr", "clutter_likelihood"),
-    False: ("dbzh", "zdr", "phidp", "rhohv", "vrad", "wrad", "ldr", "clutter_likelihood"),
-}
+def settings_of(spacing: float, radar_constant: float, min_snr: float, inputs: Inputs, options: Options,
+                sector: bool) -> dict[str, Any]:
+    """The settings of the extension. The library knows spacings in whole metres."""
+    gates, rays = options.neighbourhood or (0, 0)
+    return {"spacing": float(int(spacing)), "radar_constant": radar_constant, "min_snr": min_snr,
+            "inputs": int(inputs), "texture_gates": options.texture[0], "texture_rays": options.texture[1],
+            "neighbourhood_gates": gates, "neighbourhood_rays": rays, "sector": sector,
+            "all_classes": options.all_classes}
+
+
+def classify_scans(fields: dict[str, NDArray[Any]], *, spacing: float, radar_constant: float,
+                   min_snr: float, inputs: Inputs, options: Options, membership: Membership = None,
+                   sector: bool = False, certainty: bool = False) -> Certainty:
+    """Classes of fields by the names of arguments. Everything was checked before.
+
+    Without `certainty` its arrays are empty. In a `sector` the last ray is not next to the first.
+    """
+    shape = fields["dbzh"].shape
+    classes = np.empty(shape, np.uint8)
+    probability, margin = (np.empty(shape if certainty else 0, np.float32) for _ in range(2))
+    arrays = {name: as_contiguous(field) for name, field in fields.items()}
+    settings = settings_of(spacing, radar_constant, min_snr, inputs, options, sector)
+    _core.classify(membership_directory(membership), arrays, settings, classes,
+                   probability if certainty else None, margin if certainty else None)
+    if options.remove_isolated:
+        classes = despeckle(classes, closed=not sector)
+    return Certainty(classes, probability, margin)
+
+
+def as_contiguous(field: NDArray[Any]) -> NDArray[Any]:
+    """An array that the extension takes as it is."""
+    return np.ascontiguousarray(field, np.float32 if field.dtype == np.float32 else np.float64)

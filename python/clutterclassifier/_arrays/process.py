@@ -14,7 +14,7 @@ from numpy.typing import ArrayLike, NDArray
 from .. import _core
 from ..echo import MISSING, Inputs
 from .arguments import as_field, as_field_like, finite, gate_spacing, number, only_given, whole
-from .classify import InputSelection, ready_directory, parse_inputs
+from .classify import ARGUMENTS, InputSelection, membership_directory, parse_inputs
 from .scans import angles, per_ray
 from .settings import Config, Settings, read_settings, settings_file
 
@@ -37,9 +37,8 @@ class Stage(IntFlag):
 #: Lowest signal-to-noise ratio (dB) of an echo where the caller gives the calibration constant.
 DEFAULT_MIN_SNR = 26.0
 
-#: Arguments by the keys that the library's own readers use.
-KEYS = {"dbzh": "zhh", "zdr": "zdr", "phidp": "pdp", "rhohv": "rhv", "vrad": "vel", "wrad": "wid",
-         "ldr": "ldr", "clutter_likelihood": "pdf"}
+#: The library's names of fields by arguments.
+KEYS = {argument: field for field, argument in ARGUMENTS.items()}
 
 #: CfRadial names of results; others keep the name of their record.
 _NAMES = {"Zh": "DBZH", "Zdr": "ZDR", "Phidp": "PHIDP", "RhoHV": "RHOHV", "V": "VRADH", "W": "WRADH",
@@ -107,12 +106,11 @@ def _class_field(classes: ArrayLike, reference: NDArray[Any]) -> NDArray[np.floa
 
 #: What notes call quantities, by the keys of the library's own readers.
 _KEY_WORDS = re.compile(rf"\b({'|'.join(KEYS.values())})\b")
-_BY_KEY = {key: argument for argument, key in KEYS.items()}
 
 
 def _note(text: str) -> str:
     """A note with the names of arguments."""
-    return _KEY_WORDS.sub(lambda found: _BY_KEY[found[0]], text)
+    return _KEY_WORDS.sub(lambda found: ARGUMENTS[found[0]], text)
 
 
 def _stacked(results: list[dict[str, Any]], leading: tuple[int, ...]) -> Processed:
@@ -231,7 +229,9 @@ def process(dbzh: ArrayLike, *, zdr: ArrayLike | None = None, phidp: ArrayLike |
     }
     if stages & Stage.CLASSIFICATION:
         directory = settings.membership if membership is None else membership
-        arguments["membership"] = ready_directory(directory, int(mask), False)
+        path = os.path.join(membership_directory(directory), "")
+        _core.check_membership(path, int(mask))
+        arguments["membership"] = path
     with settings_file(settings.text) as path:
         results = [_one_scan({name: field[at] for name, field in fields.items()}, azimuths[at],
                              elevations[at], configuration=path, **arguments)

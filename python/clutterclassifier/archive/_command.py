@@ -77,7 +77,10 @@ def _complain(text: str, code: int) -> int:
 def _run_of(arguments: argparse.Namespace) -> Run:
     options = {name: getattr(arguments, name) for name in
                ("inputs", "fields", "radar_constant", "min_snr", "membership", "texture_window")}
-    options |= {name: True for name in ("remove_isolated", "all_classes") if getattr(arguments, name)}
+    if hasattr(arguments, "neighbourhood"):
+        options["neighbourhood"] = arguments.neighbourhood
+    options |= {name: True for name in ("remove_isolated", "all_classes", "certainty")
+                if getattr(arguments, name)}
     place = Place(arguments.scheduler, arguments.workers, arguments.timeout or None)
     settings = settings_of(process=arguments.process, config=arguments.config, layout=arguments.layout,
                            with_fields=arguments.with_fields, options=options)
@@ -131,6 +134,9 @@ def _add_step(parser: argparse.ArgumentParser) -> None:
         help="calibration constant of the signal-to-noise ratio (default: the file's, else estimated)")
     add("--min-snr", type=float, metavar="DB", help="lowest signal-to-noise ratio of an echo")
     add("--texture-window", type=_window, metavar="GATESxRAYS", help="window of textures, odd sizes")
+    add("--neighbourhood", type=_window_or_none, default=argparse.SUPPRESS, metavar="GATESxRAYS",
+        help="window over which textures count (default: 5x3; off: each gate alone)")
+    add("--certainty", action="store_true", help="add the probability of precipitation and the margin")
     add("--remove-isolated", action="store_true", help="turn isolated precipitation gates into clutter")
     add("--all-classes", action="store_true", help="tell sea and wind-turbine clutter from ground clutter")
     add("--membership", metavar="DIR", help="folder of membership functions (default: the package's)")
@@ -145,6 +151,10 @@ def _pairs(text: str) -> dict[str, str]:
 
 def _names(text: str) -> list[str]:
     return [name.strip() for name in text.split(",")]
+
+
+def _window_or_none(text: str) -> tuple[int, int] | None:
+    return None if text == "off" else _window(text)
 
 
 def _window(text: str) -> tuple[int, int]:

@@ -11,7 +11,7 @@ _GUARD = 'call classify_archive below `if __name__ == "__main__":`'
 def refuse_while_imported() -> None:
     """Raise RuntimeError in a new process that is importing the main module of its parent."""
     if getattr(multiprocessing.current_process(), "_inheriting", False):
-        raise RuntimeError(f"a process of the cluster came to this call while it imported the script: {_GUARD}")
+        raise RuntimeError(f"a process of the cluster called this while it imported the script: {_GUARD}")
 
 
 def require_importable() -> None:

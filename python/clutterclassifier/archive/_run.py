@@ -75,7 +75,8 @@ def settings_of(*, process: bool, config: PathLike | dict[str, Any] | None, layo
     if config is not None and not process:
         raise ValueError("config is only used with process")
     check_layout(layout)
-    options = {name: value for name, value in options.items() if value is not None}
+    options = {name: value for name, value in options.items()
+               if value is not None or name == "neighbourhood"}  # where None decides each gate alone
     chain = read_settings(config)
     if process:
         options["config"] = chain

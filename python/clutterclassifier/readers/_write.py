@@ -25,6 +25,8 @@ Sweeps = Union["xr.Dataset", Iterable["xr.Dataset"]]
 _CLASS_NAMES = {".uf": "CC"}
 _CLASS_NAME = "CCl"
 
+_SITE = ("latitude", "longitude", "altitude")
+
 #: Endings of other formats: a field record of such a name would mislead.
 _FOREIGN = (".asc", ".bin", ".dx", ".h5", ".hdf", ".nc", ".pdf", ".png", ".pol", ".svg", ".zarr")
 
@@ -118,7 +120,7 @@ def _scan(first: xr.Dataset) -> dict[str, Any]:
 
     return {"radar_name": str(first.attrs.get("instrument_name", "")),
             "site_name": str(first.attrs.get("site_name", "")), "time": _time(first),
-            **{name: number(name) for name in ("latitude", "longitude", "altitude", "beam_width", "wavelength")}}
+            **{name: number(name) for name in (*_SITE, "beam_width", "wavelength")}}
 
 
 def _time(ds: xr.Dataset) -> list[int]:
@@ -144,8 +146,10 @@ def _sweep(ds: xr.Dataset, at: int, class_name: str) -> dict[str, Any]:
     fixed = ds.get("sweep_fixed_angle")
     rhi = is_rhi(ds, rays)
     still = "azimuth" if rhi else "elevation"
-    angles = {name: _angle(ds.get(name, fixed if name == still else None), name, rays, ds.sizes[rays], at)
-              for name in ("azimuth", "elevation")}
+    sources = {name: ds[name] if name in ds.variables else None for name in ("azimuth", "elevation")}
+    if sources[still] is None:
+        sources[still] = fixed
+    angles = {name: _angle(source, name, rays, ds.sizes[rays], at) for name, source in sources.items()}
     spacing = gate_step(ds)
     number = ds.attrs.get("raw_sweep_number", at + 1)
     return {**angles, "number": int(number), "rhi": rhi, "ngates": ds.sizes[RANGE], "gate_spacing": spacing,
@@ -169,5 +173,6 @@ def _field(field: xr.DataArray, class_name: str) -> dict[str, Any]:
         codes = library_codes(field).values
         values = np.where(codes == MISSING, np.float32(np.nan), codes.astype(np.float32))
         return {"name": class_name, "units": "-", "values": np.ascontiguousarray(values)}
-    return {"name": str(field.attrs.get("raw_name") or field.name), "units": str(field.attrs.get("units", "")),
+    name, units = field.attrs.get("raw_name") or field.name, field.attrs.get("units", "")
+    return {"name": str(name), "units": str(units),
             "values": np.ascontiguousarray(field.values, np.float32)}

@@ -15,9 +15,10 @@ would compute it.
 """
 
 from ._classify import classify, clean
+from ._explain import explain
 from ._process import process
 from ._rain import attenuation, beam_height, rain_rate, signal_to_noise
 from ._window import despeckle, smooth, texture
 
-__all__ = ["attenuation", "beam_height", "classify", "clean", "despeckle", "process", "rain_rate",
-           "signal_to_noise", "smooth", "texture"]
+__all__ = ["attenuation", "beam_height", "classify", "clean", "despeckle", "explain", "process",
+           "rain_rate", "signal_to_noise", "smooth", "texture"]

@@ -3,111 +3,58 @@
 from __future__ import annotations
 
 import inspect
-import os
 from collections.abc import Collection
 from typing import Any
 
 import numpy as np
 import xarray as xr
-from numpy.typing import DTypeLike, NDArray
+from numpy.typing import NDArray
 
-from .._arrays.arguments import NO_ECHO
-from .._arrays.classify import (ARRAYS, InputSelection, Options, check_options, classify_scan, parse_inputs,
-                                ready_directory)
-from .._arrays.process import KEYS
+from .._arrays.classify import (ARRAYS, InputSelection, Membership, Options, check_options, classify_scans,
+                                parse_inputs)
 from ..echo import MISSING, PRECIPITATION, Inputs
-from ._apply import apply, is_no_echo, no_echo_value, with_front
-from ._calibration import Calibration, estimate_now, estimated, find_calibration
+from ._apply import apply, no_echo_value
+from ._calibration import Calibration, estimate_now, find_calibration
 from ._codes import CLASS, ClassSelection, class_attributes, code_table, library_codes, parse_classes
 from ._geometry import is_closed
+from ._prepare import How, filtered_reflectivity, is_filtered, prepare
 from ._results import describe, extended, unusual, with_attributes, with_history
-from ._sweep import FieldMap, Sweep, find_sweep, has_gates, is_unfiltered, other_reflectivity
+from ._sweep import FieldMap, Sweep, find_sweep, has_gates
 
-#: Share of gates that a clutter filter changes, at least.
-_FILTERED_SHARE = 0.01
+#: Gates and rays over which the textures' share is averaged by default.
+NEIGHBOURHOOD = (5, 3)
 
-
-def is_filtered(one: NDArray[Any], other: NDArray[Any]) -> bool:
-    """Whether a clutter filter stands between two reflectivities."""
-    known = other[~np.isnan(other)]
-    if known.size == 0 or (known == known[0]).all():
-        return False
-    same = (one == other) | (np.isnan(one) & np.isnan(other))
-    return bool(np.count_nonzero(~same) >= _FILTERED_SHARE * same.size)
+#: Variables of `certainty`, and what they are.
+_CERTAINTY = {"PROBABILITY": ("Probability of precipitation", "unitless"),
+              "MARGIN": ("Logarithm of the strength of precipitation over that of clutter", "unitless")}
 
 
-def _classify_arrays(dbzh: NDArray[Any], *, filtered: NDArray[Any] | None = None, **settings: Any
-                     ) -> NDArray[np.uint8]:
-    """Classes of scans, each on its own."""
-    others = {name: settings.pop(name) for name in KEYS if name in settings}
-    if dbzh.dtype.kind != "f":
-        dbzh = dbzh.astype(np.float64)
-    out = np.empty(dbzh.shape, np.uint8)
+def _classify_arrays(dbzh: NDArray[Any], *, filtered: NDArray[Any] | None = None, how: How,
+                     options: Options, membership: Membership, closed: bool,
+                     table: NDArray[np.uint8] | None, certainty: bool, **others: NDArray[Any]) -> Any:
+    """Classes of scans, each on its own, and with `certainty` probabilities and margins."""
+    out = tuple(np.empty(dbzh.shape, dtype) for dtype in (np.uint8, np.float32, np.float32))
     for at in np.ndindex(dbzh.shape[:-2]):
-        one = {name: values[at] for name, values in others.items()}
-        out[at] = _classify_one(dbzh[at], one, None if filtered is None else filtered[at], **settings)
-    return out
-
-
-def _classify_one(dbzh: NDArray[Any], others: dict[str, NDArray[Any]], filtered: NDArray[Any] | None, *,
-                  spacing: float, front: int, calibration: Calibration, inputs: Inputs,
-                  no_echo: float | None, missing: str, closed: bool, table: NDArray[np.uint8] | None,
-                  options: Options, membership: str | os.PathLike[str] | None) -> NDArray[np.uint8]:
-    constant, ratio, _ = calibration
-    if constant is None:
-        constant, ratio = estimated(dbzh, others.get("rhohv"), spacing, ratio, no_echo, front)
-    assert ratio is not None  # it is known wherever the constant is
-    if filtered is not None and is_filtered(dbzh, filtered):
-        inputs &= ~Inputs.VRAD
-    fields: dict[str, Any] = {"dbzh": dbzh, **others}
-    unknown = np.isnan(dbzh) if missing == "mask" else None
-    if missing != "keep":
-        nothing = is_no_echo(dbzh, no_echo) | np.isnan(dbzh)
-        if nothing.any():
-            fields["dbzh"] = np.where(nothing, dbzh.dtype.type(NO_ECHO), dbzh)
-    fields = {name: with_front(values, front, _nothing(name)) for name, values in fields.items()}
-    if not closed:
-        fields = {name: _with_empty_rays(name, values, _reach(options)) for name, values in fields.items()}
-    whole = np.empty(fields["dbzh"].shape, np.uint8)
-    classify_scan(fields, out=whole, spacing=spacing, radar_constant=constant, min_snr=ratio, inputs=inputs,
-                  options=options, directory=ready_directory(membership, int(inputs), options.all_classes))
-    classes = whole[:len(dbzh), front:]
-    if unknown is not None:
-        classes[unknown] = MISSING
-    return classes if table is None else table[classes]
-
-
-def _reach(options: Options) -> int:
-    """Rays that windows reach to either side."""
-    return max(options.window[1] // 2, 5 if options.remove_isolated else 0)
-
-
-def _with_empty_rays(name: str, values: NDArray[Any], count: int) -> NDArray[Any]:
-    """With rays without echo behind the last, so that windows do not go round to the first."""
-    dtype: DTypeLike = values.dtype if values.dtype.kind == "f" else np.float64
-    return np.concatenate([values, np.full((count, values.shape[1]), _nothing(name), dtype)])
-
-
-def _nothing(name: str) -> float:
-    """What a field holds where there is no echo."""
-    return NO_ECHO if name == "dbzh" else np.nan
-
-
-def behind_filter(ds: xr.Dataset, sweep: Sweep, fields: FieldMap) -> xr.DataArray | None:
-    """The reflectivity that tells whether the velocity is from behind the clutter filter; None where
-    that is no question."""
-    named = {str(key).lower() for key in fields or {}}
-    velocity = sweep.fields.get("vrad")
-    if velocity is None or named & {"vrad", "vradh"} or is_unfiltered(velocity):
-        return None
-    return other_reflectivity(ds, sweep.dbzh)
+        scan = prepare(dbzh[at], {name: values[at] for name, values in others.items()},
+                       None if filtered is None else filtered[at], how)
+        found = classify_scans(
+            scan.fields, spacing=how.spacing, radar_constant=scan.radar_constant, min_snr=scan.min_snr,
+            inputs=scan.inputs, options=options, membership=membership, sector=not closed,
+            certainty=certainty)
+        classes = found.classes[..., how.front:]
+        if scan.unknown is not None:
+            classes[scan.unknown] = MISSING
+        out[0][at] = classes if table is None else table[classes]
+        if certainty:
+            out[1][at], out[2][at] = found.probability[..., how.front:], found.margin[..., how.front:]
+    return out if certainty else out[0]
 
 
 def classify(ds: xr.Dataset, *, fields: FieldMap = None, inputs: InputSelection = None,
              radar_constant: float | None = None, min_snr: float | None = None,
-             membership: str | os.PathLike[str] | None = None,
-             texture_window: tuple[int, int] = (5, 3), remove_isolated: bool = False,
-             all_classes: bool = False, missing: str = "mask", closed: bool | None = None,
+             membership: Membership = None, texture_window: tuple[int, int] = (5, 3),
+             neighbourhood: tuple[int, int] | None = NEIGHBOURHOOD, certainty: bool = False,
+             remove_isolated: bool = False, all_classes: bool = False, missing: str = "mask", closed: bool | None = None,
              codes: str = "library", name: str = CLASS) -> xr.Dataset:
     """Tell precipitation from ground clutter and noise: the sweep with a variable ``CLASS``.
 
@@ -132,6 +79,11 @@ def classify(ds: xr.Dataset, *, fields: FieldMap = None, inputs: InputSelection 
         estimated one (10 where it found the noise).
     membership, texture_window, remove_isolated, all_classes
         As for `clutterclassifier.classify`.
+    neighbourhood : (int, int) or None
+        Gates and rays over which the share of the textures is averaged; None decides each gate alone.
+    certainty : bool
+        Also add ``PROBABILITY`` (of precipitation, 0..1) and ``MARGIN`` (logarithm of the strength of
+        precipitation over that of clutter); NaN where there is no echo.
     missing : {"mask", "no_echo", "keep"}
         What NaN in the reflectivity means. ``"mask"``: not measured, no echo to the gates around it,
         class 255 (``_FillValue``). ``"no_echo"``: noise. ``"keep"``: handed to the library as it is.
@@ -159,31 +111,50 @@ def classify(ds: xr.Dataset, *, fields: FieldMap = None, inputs: InputSelection 
     if missing not in ("mask", "no_echo", "keep"):
         raise ValueError(f"missing must be 'mask', 'no_echo' or 'keep', not {missing!r}")
     table = code_table(codes)
+    options = check_options(texture_window, neighbourhood, remove_isolated, all_classes)
+    sweep, how, arrays = examine(ds, fields, inputs, find_calibration(ds, radar_constant, min_snr), missing)
+    dtypes = [np.uint8] + [np.float32] * (2 * bool(certainty))
+    results = apply(_classify_arrays, arrays, sweep.rays, dtypes, how=how, options=options,
+                    membership=membership, closed=is_closed(ds, sweep.rays, closed), table=table,
+                    certainty=bool(certainty))
+    history = _history("classify", how, texture_window=texture_window,
+                       neighbourhood=neighbourhood or "none", **_circumstances(how, arrays),
+                       **unusual(classify, remove_isolated=remove_isolated, all_classes=all_classes,
+                                 missing=missing, closed=closed, codes=codes, membership=membership,
+                                 fields=words_of(fields), certainty=certainty))
+    classes = with_attributes(results[0], name, None, history, **class_attributes(codes, all_classes))
+    classes.encoding = {"_FillValue": np.uint8(MISSING if table is None else 0), "dtype": "uint8"}
+    variables = {name: classes}
+    for (key, (words, units)), result in zip(_CERTAINTY.items(), results[1:]):
+        variables[key] = with_attributes(result, key, None, history, long_name=words, units=units,
+                                         is_quality_field=1, qualified_variables=name)
+    if certainty:
+        classes.attrs["ancillary_variables"] = " ".join(_CERTAINTY)
+    return with_history(ds.assign(variables), history)
+
+
+def examine(ds: xr.Dataset, fields: FieldMap, inputs: InputSelection, calibration: Calibration,
+            missing: str) -> tuple[Sweep, How, dict[str, xr.DataArray]]:
+    """A sweep, what the preparation of its scans needs to know, and the fields that take part."""
     sweep = find_sweep(ds, fields)
     mask = parse_inputs(inputs, sweep.fields) & (Inputs.ALL if inputs is not None else ~Inputs.WRAD)
-    filtered = behind_filter(ds, sweep, fields) if inputs is None else None
-    calibration = estimate_now(sweep, find_calibration(ds, radar_constant, min_snr))
+    filtered = filtered_reflectivity(ds, sweep, fields) if inputs is None else None
+    calibration = estimate_now(sweep, calibration)
     if filtered is not None and not sweep.is_lazy and sweep.dbzh.ndim == 2:
         mask = mask & ~Inputs.VRAD if is_filtered(sweep.dbzh.values, filtered.values) else mask
         filtered = None
     arrays = needed(sweep, mask, calibration)
     if filtered is not None:
         arrays["filtered"] = filtered
-    options = check_options(texture_window, remove_isolated, all_classes)
-    (classes,) = apply(_classify_arrays, arrays, sweep.rays, [np.uint8], spacing=sweep.spacing,
-                       front=sweep.front, calibration=calibration, inputs=mask,
-                       no_echo=no_echo_value(sweep.dbzh), missing=missing,
-                       closed=is_closed(ds, sweep.rays, closed), table=table, options=options,
-                       membership=membership)
-    history = _history("classify", mask, calibration, texture_window=texture_window,
-                       **unusual(classify, remove_isolated=remove_isolated, all_classes=all_classes,
-                                 missing=missing, closed=closed, codes=codes, membership=membership,
-                                 fields=words_of(fields)),
-                       gates_in_front=sweep.front or None,
-                       without_vrad=None if filtered is None else f"where {filtered.name} differs in 1 %")
-    classes = with_attributes(classes, name, None, history, **class_attributes(codes, all_classes))
-    classes.encoding = {"_FillValue": np.uint8(MISSING if table is None else 0), "dtype": "uint8"}
-    return with_history(ds.assign({name: classes}), history)
+    how = How(sweep.spacing, sweep.front, calibration, mask, no_echo_value(sweep.dbzh), missing)
+    return sweep, how, arrays
+
+
+def _circumstances(how: How, arrays: dict[str, xr.DataArray]) -> dict[str, Any]:
+    """What the sweep itself brings about, for the history."""
+    filtered = arrays.get("filtered")
+    return {"gates_in_front": how.front or None,
+            "without_vrad": None if filtered is None else f"where {filtered.name} differs in 1 %"}
 
 
 def words_of(fields: FieldMap) -> str | None:
@@ -199,10 +170,10 @@ def needed(sweep: Sweep, mask: Inputs, calibration: Calibration) -> dict[str, xr
     return {name: field for name, field in sweep.fields.items() if name in names}
 
 
-def _history(function: str, inputs: Inputs, calibration: Calibration, **settings: Any) -> str:
-    names = "|".join(str(bit.name) for bit in Inputs if bit & inputs and bit in ARRAYS)
-    return describe(function, inputs=names, radar_constant=calibration.words, min_snr=calibration.min_snr,
-                    **settings)
+def _history(function: str, how: How, **settings: Any) -> str:
+    names = "|".join(str(bit.name) for bit in Inputs if bit & how.inputs and bit in ARRAYS)
+    return describe(function, inputs=names, radar_constant=how.calibration.words,
+                    min_snr=how.calibration.min_snr, **settings)
 
 
 def refuse_keywords(step: str, keywords: Collection[str], why: str) -> None:

@@ -16,9 +16,10 @@ from .._arrays.settings import Config, Settings, read_settings
 from ..echo import MISSING, Inputs
 from ._apply import apply, is_no_echo, no_echo_value, on_measured, with_front
 from ._calibration import Calibration, estimate_now, find_calibration
-from ._classify import behind_filter, is_filtered, words_of
+from ._classify import words_of
 from ._codes import CLASS, class_attributes, library_codes
 from ._geometry import angles, is_rhi
+from ._prepare import filtered_reflectivity, is_filtered
 from ._results import describe, described, unusual, with_attributes, with_history
 from ._sweep import FieldMap, Sweep, find_sweep, has_gates
 
@@ -118,7 +119,7 @@ def process(ds: xr.Dataset, config: Config | Settings = None, *, fields: FieldMa
                 "freezing_level": freezing_level}
     outcome = _foresee(sweep, set(arrays), keywords)
     usual = inputs is None and settings.inputs in (None, 255)
-    filtered = behind_filter(ds, sweep, fields) if usual else None
+    filtered = filtered_reflectivity(ds, sweep, fields) if usual else None
     if filtered is not None:
         arrays["filtered"] = filtered
     keywords |= {"range": sweep.spacing, "radar_constant": calibration.radar_constant,
