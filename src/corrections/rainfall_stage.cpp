@@ -7,9 +7,12 @@
 #include "corrections/scan_geometry.h"
 #include "model/field_access.h"
 
-using namespace clutter::model;
 using clutter::corrections::gateHeights;
 using clutter::corrections::meltingLayerBase;
+using clutter::model::cells;
+using clutter::model::forEachRay;
+using clutter::model::holdAll;
+using clutter::model::valuesOf;
 
 namespace {
 

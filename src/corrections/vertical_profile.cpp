@@ -140,8 +140,8 @@ int Cradarpro::VPRCorrection(double* zout, double* zin, double* range, double* f
         zout[i] = zin[i];
         if (!(zin[i] > kMinZ)) continue;
         const double height = beamHeight(range[i], elevation);
-        if (!(fl[i] - kMeltingLayerReachM < height && height < fl[i] + kMeltingLayerReachM))
-            continue;
+        const double reach = kMeltingLayerReachM;
+        if (!(fl[i] - reach < height && height < fl[i] + reach)) continue;
         const int level = kFreezingLevel - static_cast<int>((fl[i] - height) / kLevelStepM);
         if (const auto ground = matcher.match(zin[i], range[i], level)) zout[i] = *ground;
     }

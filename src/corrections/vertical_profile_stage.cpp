@@ -11,7 +11,9 @@
 #include "model/field_access.h"
 
 using namespace clutter::corrections;
-using namespace clutter::model;
+using clutter::model::cells;
+using clutter::model::elevationOf;
+using clutter::model::holdAll;
 
 namespace {
 

@@ -16,7 +16,10 @@
 #include "model/field_access.h"
 
 using namespace clutter;
-using namespace clutter::model;
+using clutter::model::cells;
+using clutter::model::elevationOf;
+using clutter::model::forEachRay;
+using clutter::model::holdAll;
 
 namespace {
 

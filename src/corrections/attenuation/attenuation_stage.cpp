@@ -13,7 +13,10 @@
 #include "model/field_access.h"
 
 using namespace clutter::corrections;
-using namespace clutter::model;
+using clutter::model::cells;
+using clutter::model::copyField;
+using clutter::model::forEachRay;
+using clutter::model::holdAll;
 
 namespace {
 

@@ -39,8 +39,7 @@ CLUTTER_KERNEL void divideOrKeep(const float* counts, const float* own, int n,
     for (int j = 0; j < n; ++j) sums[j] = counts[j] != 0.0f ? sums[j] / counts[j] : own[j];
 }
 
-/* Sums the windows of n gates, the first of them gate, in ray order. sums has kBlockLanes elements.
- */
+/* Sums the windows of gates gate .. gate + n - 1 in ray order. sums has kBlockLanes elements. */
 template <class Cell>
 void sumBlock(const SmoothingRows& rows, std::vector<Cell> SmoothingRow::*cells, int gate, int n,
               Cell start, Cell* sums) {

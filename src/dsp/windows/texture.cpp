@@ -36,8 +36,7 @@ CLUTTER_KERNEL void selectUnmasked(const float* field, const float* lanes, float
     for (int g = 0; g < n; ++g) selected[g] = lanes[g] != 0.0f ? field[g] : 0.0f;
 }
 
-/* sums[j] = the window sum of n gates in row order. Also counts members: counts are exact in float.
- */
+/* sums[j] = the window sum of n gates in row order. Also counts members, exactly so in float. */
 CLUTTER_KERNEL void sumWindow(const WindowRows& rows, int windowGates, int windowRays, int gate,
                               int n, float* __restrict sums) {
     for (int j = 0; j < n; ++j) sums[j] = 0.0f;

@@ -29,7 +29,7 @@ struct PolarHeader {
     float nsamples = 0.0f;
     float nyquist = 0.0f;  // m/s
     int firstgate = 0;
-    float elevation = 0.0f; /* rad */
+    float elevation = 0.0f;  // rad
 
     std::size_t cells() const {
         return static_cast<std::size_t>(nrays) * static_cast<std::size_t>(ngates);
