@@ -40,7 +40,6 @@ using scan::writeUniversalFormat;
 
 namespace {
 
-constexpr int kAllInputs = 255, kTextures = 15;
 constexpr int kRuns = 5;
 constexpr int kPanels = 3, kNarrowestPx = kPanels * 240;
 
@@ -157,8 +156,8 @@ void writeScan(Scan scan, const std::string& path) {
 std::vector<int> masksOf(const DemoArguments& arguments) {
     try {
         checkPictureEnding(arguments.output);
-        if (arguments.inputs.empty()) return {kAllInputs, kTextures};
-        return {parseInputs(arguments.inputs) & kAllInputs};
+        if (arguments.inputs.empty()) return {scan::kDefaultInputs, CLUTTER_TEXTURES};
+        return {parseInputs(arguments.inputs) & scan::kDefaultInputs};
     } catch (const std::invalid_argument& error) {
         throw CLI::ValidationError(error.what());
     }

@@ -84,9 +84,6 @@ struct Arguments {
     ReadOptions read;
 };
 
-/* Inputs of the classification that are no wish: the default, which an example file repeats. */
-constexpr short kUsualInputs = 255;
-
 /* What the settings say that the program, not the library, has to know. */
 struct Settings {
     Configuration pairs;
@@ -118,7 +115,7 @@ Settings readSettings(const std::string& path) {
     const QuietLibrary quiet;
     context->readinitialconfiguration(name.data());
     if (settings.pairs.names("WHAT2DO")) settings.what = context->what2do;
-    if (context->clutteralg != kUsualInputs) settings.mask = context->clutteralg;
+    if (context->clutteralg != scan::kDefaultInputs) settings.mask = context->clutteralg;
     if (settings.pairs.names("CLUTTER_MFS")) settings.membership = context->mfdir;
     return settings;
 }

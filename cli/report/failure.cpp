@@ -6,6 +6,7 @@
 #include <new>
 
 #include "report/terminal.h"
+#include "scan/scan_error.h"
 
 namespace cli {
 
@@ -17,11 +18,27 @@ void printError(const std::string& text) {
     std::fprintf(stderr, "clutterclassifier: %s\n", forTerminal(text).c_str());
 }
 
+/* What a user of the program can do about a failure. */
+const char* hintFor(scan::Failure failure) {
+    switch (failure) {
+        case scan::Failure::kNoReflectivity:
+            return ": name it with --map FIELD=zhh";
+        case scan::Failure::kLayoutNeeded:
+            return ": give --layout 252, 260 or 280";
+        case scan::Failure::kNoInputs:
+            break;
+    }
+    return "";
+}
+
 }  // namespace
 
 std::string reasonOf(const std::exception& error) {
     if (dynamic_cast<const std::bad_alloc*>(&error) != nullptr) {
         return "not enough memory";
+    }
+    if (const auto* known = dynamic_cast<const scan::ScanError*>(&error)) {
+        return error.what() + std::string(hintFor(known->failure()));
     }
     return error.what();
 }

@@ -121,6 +121,7 @@ py::dict process(const std::string& membership, const Fields& fields, double spa
     options.classify.minSnrDb = minSnr;
     options.classify.radarConstantDb = radarConstant;
     options.classify.removeIsolated = true;
+    options.classify.neighbourhood = {}; /* gate by gate, as the package classifies */
     options.classify.map = partsOf(fields);
     scan::ProcessedSweep processed;
     std::string complaint;

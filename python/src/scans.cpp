@@ -2,6 +2,7 @@
  * files. */
 #include <cstdint>
 #include <memory>
+#include <stdexcept>
 #include <string>
 #include <utility>
 #include <vector>
@@ -11,6 +12,7 @@
 #include "scan/fields/roles.h"
 #include "scan/formats/read_scan.h"
 #include "scan/quiet_library.h"
+#include "scan/scan_error.h"
 #include "scan/synthetic/synthetic.h"
 
 namespace python {
@@ -115,14 +117,27 @@ py::dict sweepDict(scan::Sweep& sweep) {
     return result;
 }
 
+/* Names the argument that helps where one is missing. */
+template <class Read>
+scan::Scan withHint(Read read) {
+    try {
+        return read();
+    } catch (const scan::ScanError& error) {
+        if (error.failure() != scan::Failure::kLayoutNeeded) throw;
+        throw std::runtime_error(error.what() + std::string(": give layout=252, 260 or 280"));
+    }
+}
+
 /* The values of a file of any format; those of "no echo" stay as they are. */
 py::dict readScan(const std::string& path, int polarLayout) {
     scan::Scan scan;
     {
         const py::gil_scoped_release release;
         const scan::QuietLibrary quiet;
-        scan = scan::readScan(path,
-                              {.polarLayout = polarLayout, .keepNoEcho = true, .oddities = false});
+        scan = withHint([&] {
+            return scan::readScan(
+                path, {.polarLayout = polarLayout, .keepNoEcho = true, .oddities = false});
+        });
     }
     py::list sweeps;
     for (scan::Sweep& sweep : scan.sweeps) sweeps.append(sweepDict(sweep));

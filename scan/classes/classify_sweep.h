@@ -1,67 +1,52 @@
-/* classify_sweep.h - one sweep through the classification stage of the library. */
+/* classify_sweep.h - one sweep through the library's classifier. */
 #ifndef SCAN_CLASSES_CLASSIFY_SWEEP_H
 #define SCAN_CLASSES_CLASSIFY_SWEEP_H
 
-#include <optional>
-#include <string>
 #include <vector>
 
-#include "scan/classes/calibration.h"
-#include "scan/fields/roles.h"
+#include "clutterclassifier/classifier.h"
+#include "scan/classes/plan.h"
 #include "scan/scan.h"
-
-class Crres;
 
 namespace scan {
 
-struct ClassifyOptions {
-    std::string membership;  /* directory with its trailing separator */
-    std::optional<int> mask; /* inputs that were asked for; none: all that the sweep has */
-    std::optional<double> minSnrDb;
-    std::optional<double> radarConstantDb;
-    int textureGates = 5;
-    int textureRays = 3;
-    bool removeIsolated = false;
-    bool allClasses = false; /* tell sea and wind-turbine clutter from ground clutter */
-    FieldMap map;
-};
-
-enum class ConstantSource { kUser, kFile, kEstimate };
-
-struct ClassifiedSweep {
-    std::vector<float> classes; /* nrays x ngates; NaN beyond the end of a ray */
+/* The classes, and the plan that they were made by. */
+struct ClassifiedSweep : ClassificationPlan {
+    std::vector<float> classes;      // nrays x ngates; NaN past the end of a ray
+    std::vector<float> probability;  // of precipitation, with ClassifyOptions::certainty; NaN where
+                                     // the gate is noise
+    std::vector<float> margin;       // logarithm of the ratio of the strengths of both classes
     long precipitation = 0, groundClutter = 0, noise = 0;
     long seaClutter = 0, turbineClutter = 0;
-    long withoutValue = 0; /* of the noise: gates without a reflectivity */
-    double seconds = 0;    /* classification alone */
-    int mask = 0;          /* inputs that took part */
-    FieldChoice fields;    /* points into the sweep */
-    ConstantSource source = ConstantSource::kUser;
-    Calibration calibration;
-    std::vector<std::string> notes;
+    long withoutValue = 0;  // of the noise: gates without a reflectivity
+    double seconds = 0;     // classification alone
     long gates() const {
         return precipitation + groundClutter + seaClutter + turbineClutter + noise;
     }
 };
 
-/* The fields, inputs and calibration of a sweep that is about to be classified. Throws
- * std::runtime_error with the reason when it cannot be. */
-ClassifiedSweep prepareSweep(const Scan& scan, const Sweep& sweep, const ClassifyOptions& options);
-
-/* Takes the classes of a context and counts them. */
-void takeClasses(const Sweep& sweep, const Crres& context, ClassifiedSweep& result);
-
-/* Throws std::runtime_error with the reason when the sweep cannot be classified. */
+/* Throws std::runtime_error with the reason when the sweep cannot be classified: then there are no
+ * classes. */
 ClassifiedSweep classifySweep(const Scan& scan, const Sweep& sweep, const ClassifyOptions& options);
 
-/* Whether the fields of a role take part: always for the reflectivity. */
-bool takesPart(Role role, int mask);
+/* The classes of a sweep whose plan is made, into result. */
+void classifyByPlan(const Sweep& sweep, const ClassifyOptions& options, ClassifiedSweep& result);
 
-/* Parses "zhh-texture,vel,...", "textures" or "all". Throws std::invalid_argument. */
-int parseInputs(const std::string& text);
+/* Counts the classes of result; gates past the end of a ray lose theirs. */
+void countClasses(const Sweep& sweep, ClassifiedSweep& result);
 
-/* "textures of zhh zdr; vel": the other way round, to be read. */
-std::string describeInputs(int mask);
+/* Why one gate has its class: its inputs, their degrees and contributions, the neighbourhood's
+ * share. The classes are those of classifySweep() before isolated gates are removed. Throws
+ * std::runtime_error. */
+struct ExplainedGate {
+    ClassificationPlan plan;
+    clutter_explanation explanation;
+};
+ExplainedGate explainGate(const Scan& scan, const Sweep& sweep, const ClassifyOptions& options,
+                          int ray, int gate);
+
+/* The probability and the margin as fields of the sweep; none where they were not asked for. */
+std::vector<Field> certaintyFields(const ClassifiedSweep& result);
 
 }  // namespace scan
 

@@ -10,8 +10,8 @@ namespace scan {
  * the name is too long for the library. */
 std::string withSeparator(std::string directory);
 
-/* Throws std::runtime_error naming the first file missing from directory for the inputs of mask;
- * with allClasses sea and turbine clutter have theirs too. */
+/* Throws std::runtime_error naming the first file of directory that is missing or malformed for the
+ * inputs of mask; with allClasses sea and turbine clutter have theirs too. */
 void requireMembershipFiles(const std::string& directory, int mask, bool allClasses = false);
 
 }  // namespace scan

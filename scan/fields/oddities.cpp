@@ -133,8 +133,7 @@ void addUnknownNames(Scan& scan) {
             unknown += (unknown.empty() ? "" : ", ") + field.name;
     }
     if (!unknown.empty())
-        scan.oddities.push_back("Fields that play no part in the classification: " + unknown +
-                                " (--map gives one a part).");
+        scan.oddities.push_back("Fields without a role in the classification: " + unknown + ".");
 }
 
 }  // namespace

@@ -13,6 +13,7 @@ namespace scan {
 struct SweepClasses {
     const Sweep* sweep;
     const std::vector<float>* classes;  // NaN where the ray has no such gate
+    std::vector<Field> certainty = {};  // fields to be written beside the classes
 };
 
 /* Files that were written, and what their format could not hold. */

@@ -111,6 +111,8 @@ WrittenFiles writeClasses(const std::string& path, const Scan& scan, Cufrw* word
                   [&](const OutputFile& file, std::size_t i) { write(file, scan, classes[i]); });
     if (!table) {
         noteElevations(sweeps, written);
+    } else if (!classes.empty() && !classes.front().certainty.empty()) {
+        written.notes.push_back("a table holds the classes only, not how certain they are");
     }
     return written;
 }

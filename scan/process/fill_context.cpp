@@ -1,19 +1,17 @@
+/* fill_context.cpp - one record a role. */
 #include "scan/process/fill_context.h"
 
 #include <algorithm>
-#include <cmath>
-#include <limits>
+#include <cstddef>
 
 #include "clutterclassifier/clutterclassifier.h"
+#include "scan/fields/missing.h"
 #include "scan/fields/oddities.h"
 
 namespace scan {
 namespace {
 
 constexpr double kRadiansPerDegree = 3.14159265358979323846 / 180;
-
-/* So weak that it is noise at any range and with any constant. */
-constexpr float kNoEcho = -999;
 
 constexpr struct {
     Role role;
@@ -24,19 +22,7 @@ constexpr struct {
     {Role::kLdr, &Crres::ldr}, {Role::kPdf, &Crres::pdf},
 };
 
-/* What a gate without a value holds: no echo; a clutter likelihood that favours neither class; NaN,
- * where the membership functions favour neither. */
-float fillValue(Role role) {
-    if (role == Role::kZhh) return kNoEcho;
-    if (role == Role::kPdf) return 0.5F;
-    return std::numeric_limits<float>::quiet_NaN();
-}
-
 }  // namespace
-
-bool isMissing(Role role, float value) {
-    return !std::isfinite(value) || (role == Role::kZhh && value == kNoRainDbz);
-}
 
 void fillRecord(const Sweep& sweep, const Field& field, Role role, int rays, Cpluvek& record) {
     const auto count = static_cast<size_t>(rays) * static_cast<size_t>(sweep.ngates);

@@ -10,16 +10,10 @@ class Crres;
 
 namespace scan {
 
-/* Rays that the removal of isolated pixels looks at, to either side. */
-constexpr int kIsolatedReach = 5;
-
-/* Whether a gate has no value of a quantity: the library's mark of no rain is none either. */
-bool isMissing(Role role, float value);
-
 /*
  * Fills the records of a new context with the chosen fields. Gates without a value hold no echo
  * (zhh), a likelihood that favours neither class (pdf) or NaN. Where the rays do not close a
- * circle, empty ones behind the last keep windows that reach so many rays to either side from
+ * circle, empty ones after the last keep windows that reach so many rays to either side from
  * going round to the first.
  */
 void fillContext(const Sweep& sweep, const FieldChoice& fields, int reach, Crres& context);

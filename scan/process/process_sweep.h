@@ -32,8 +32,8 @@ struct ProcessOptions {
 };
 
 struct ProcessedSweep {
-    ClassifiedSweep classified; /* of a sweep that was not classified: fields and notes only */
-    int what = 0;               /* stages that ran */
+    ClassifiedSweep classified;  // of a sweep that was not classified: fields and notes only
+    int what = 0;                // stages that ran
     bool hasClasses = false;
     double freezingLevelM = 0;
     Sweep sweep; /* the fields after the chain, by their record names; NaN is no value */

@@ -10,6 +10,7 @@
 #include "clutterclassifier/clutterclassifier.h"
 #include "program_scan.h"
 #include "run_program.h"
+#include "scan/classes/classify_sweep.h"
 #include "scan/formats/read_scan.h"
 
 namespace {
@@ -210,14 +211,17 @@ TEST_F(Classify, OptionsChangeTheResult) {
     ASSERT_EQ(runProgram("classify -q " + scan_ + " -o " + plain).code, 0);
     const auto reference = readFile(plain);
     for (const char* option :
-         {"--inputs zhh-texture", "--inputs rhv", "--window 3x1", "--min-snr 45",
-          "--radar-constant 10", "--map DR=none,PH=none,RH=none"}) {
+         {"--inputs rhv", "--window 3x1", "--min-snr 45", "--radar-constant 10"}) {
         const std::string output = directory_.file("other.plv");
         const Outcome outcome = runProgram("classify -q " + scan_ + " -o " + output + " " + option);
         ASSERT_EQ(outcome.code, 0) << option << outcome.out;
         EXPECT_NE(readFile(output), reference) << option;
     }
     const Outcome given = runProgram("classify " + scan_ + " --radar-constant 30 --min-snr 10");
+    for (const char* option : {"--inputs zhh-texture", "--map DR=none,PH=none,RH=none"}) {
+        EXPECT_THAT(runProgram("classify " + scan_ + " " + option).out,
+                    HasSubstr("inputs       textures of zhh\n"));
+    }
     EXPECT_THAT(given.out, HasSubstr("30.0 dB, as given"));
     EXPECT_THAT(given.out, Not(HasSubstr("estimated")));
 }
@@ -231,9 +235,13 @@ TEST_F(Classify, TheEndsOfASectorDoNotMeet) {
         rays.back().set(33, r * 64);
     }
     writeFile(scan_, ufFile(rays));
-    const std::string output = directory_.file("classes.plv");
-    ASSERT_EQ(runProgram("classify -q " + scan_ + " --radar-constant 60 -o " + output).code, 0);
-    const std::vector<float> classes = scan::readScan(output).sweeps.at(0).fields.at(0).values;
+    const scan::Scan sector = scan::readScan(scan_);
+    scan::ClassifyOptions options;
+    options.membership = kMembershipDirectory;
+    options.radarConstantDb = 60;
+    options.neighbourhood = {};
+    const std::vector<float> classes =
+        scan::classifySweep(sector, sector.sweeps.at(0), options).classes;
     EXPECT_EQ(classes[8 * 60 + 30], 5); /* the border inside the sector is seen */
     EXPECT_EQ(classes[0 * 60 + 30], 0); /* the one round the back is not */
     EXPECT_EQ(classes[11 * 60 + 30], 0);

@@ -74,7 +74,9 @@ TEST_F(Formats, PolarDataAsksForALayoutOnlyWhereItMatters) {
     const std::string full =
         put("2211", randomPolarFile(2211, 10, false, 36, 20, random_).set(84, 400).bytes());
     EXPECT_EQ(scan::recognise(full), scan::FileFormat::kPolarData);
-    EXPECT_THAT(refusal(full), HasSubstr("--layout"));
+    EXPECT_THAT(refusal(full), HasSubstr("a layout that the file does not state"));
+    EXPECT_FALSE(run("info " + full));
+    EXPECT_THAT(said_, HasSubstr("give --layout 252"));
     const scan::Scan scan = scan::readScan(full, {280});
     EXPECT_EQ(sweepOf(scan).fields.size(), 6u) << "without the padding";
     EXPECT_TRUE(scan.hasRadarConstant);
@@ -262,7 +264,7 @@ TEST_F(Formats, AllClassesAreToldApartOnRequest) {
     EXPECT_TRUE(run(common + " --membership " + membership)) << said_;
     EXPECT_FALSE(run(common + " --classes all --membership " + membership));
     EXPECT_THAT(said_,
-                HasSubstr("no membership function in " + membership + "/cal_mf_sZhh_turclut.dat"));
+                HasSubstr(membership + "/cal_mf_sZhh_turclut.dat: No such file"));
 }
 
 TEST_F(Formats, RepackShortensOrSaysWhyNot) {

@@ -145,7 +145,7 @@ TEST_F(Process, RestoresTheReflectivityOfUniformRain) {
         const Outcome outcome = process("--what 159 --config " + config + " -o " + out);
         ASSERT_EQ(outcome.code, 0) << outcome.out;
         EXPECT_THAT(outcome.out,
-                    HasSubstr("17 rays without any phase, taken as the others begin: 60.0 deg"));
+                    HasSubstr("17 rays have no phase; using the start phase of the others: 60.0 deg"));
         EXPECT_EQ(scan::recognise(out),
                   words ? scan::FileFormat::kUniversalFormat : scan::FileFormat::kFieldRecord);
         const scan::Scan scan = scan::readScan(out);
@@ -237,7 +237,7 @@ TEST_F(Process, TakesStagesFromTheSettingsAndClassesFromTheFile) {
     const std::string classes = directory_.file("classes.uf");
     const Outcome first = process("--config " + config + " -o " + classes);
     ASSERT_EQ(first.code, 0) << first.out;
-    EXPECT_THAT(first.out, HasSubstr("Clutter classification: ccl=15,"));
+    EXPECT_THAT(first.out, HasSubstr("inputs       textures of zhh zdr pdp rhv\n"));
     EXPECT_THAT(first.out, Not(HasSubstr("Filtering")));
     const Outcome second = runProgram("process " + classes + " --what 4");
     ASSERT_EQ(second.code, 0) << second.out;

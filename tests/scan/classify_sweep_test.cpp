@@ -42,7 +42,7 @@ TEST(ClassifySweep, TakesTheInputsThatExistAndNamesThoseThatWereAskedFor) {
         options.membership = kMembershipDirectory;
         if (row.inputs) options.mask = parseInputs(row.inputs);
         const Sweep sweep = sweepOf(row.fields);
-        const ClassifiedSweep plan = prepareSweep({}, sweep, options);
+        const ClassificationPlan plan = planClassification({}, sweep, options);
         EXPECT_EQ(plan.mask, row.mask);
         std::vector<std::string> notes;
         if (*row.absent)
@@ -54,13 +54,47 @@ TEST(ClassifySweep, TakesTheInputsThatExistAndNamesThoseThatWereAskedFor) {
     EXPECT_EQ(describeInputs(2), "textures of zdr");
 }
 
+/* Rough gates among calm ones: the neighbours outvote a single one, and isolated ones go. */
+TEST(ClassifySweep, AveragesOverTheNeighbourhoodAndExplainsItself) {
+    Sweep sweep = sweepOf({"DZ"});
+    sweep.nrays = 9;
+    sweep.ngates = 40;
+    std::vector<float>& values = sweep.fields[0].values;
+    values.assign(360, 40.0f);
+    values[4 * 40 + 20] = 60.0f;
+    sweep.azimuthDeg = {0, 1, 2, 3, 4, 5, 6, 7, 8};
+    sweep.elevationDeg.assign(9, 1.0);
+    ClassifyOptions options;
+    options.membership = kMembershipDirectory;
+    options.radarConstantDb = 60;
+    const ClassifiedSweep averaged = classifySweep({}, sweep, options);
+    options.neighbourhood = {};
+    const ClassifiedSweep alone = classifySweep({}, sweep, options);
+    EXPECT_EQ(alone.groundClutter, 15) << "every window that holds the gate";
+    EXPECT_LT(averaged.groundClutter, 15);
+    EXPECT_TRUE(certaintyFields(averaged).empty());
+    options.certainty = true;
+    const ClassifiedSweep certain = classifySweep({}, sweep, options);
+    EXPECT_EQ(certain.classes, alone.classes);
+    const std::vector<Field> fields = certaintyFields(certain);
+    ASSERT_EQ(fields.size(), 2u);
+    const ExplainedGate why = explainGate({}, sweep, options, 4, 20);
+    EXPECT_EQ(why.explanation.gate_class, CLUTTER_GROUND);
+    EXPECT_EQ(static_cast<float>(why.explanation.margin), fields[1].values[4 * 40 + 20]);
+    EXPECT_LT(fields[0].values[4 * 40 + 20], 0.5f);
+    EXPECT_EQ(why.explanation.inputs, static_cast<unsigned>(CLUTTER_ZHH_TEXTURE));
+
+    options.membership = "/nowhere";
+    EXPECT_THROW(classifySweep({}, sweep, options), std::runtime_error) << "no class without tables";
+}
+
 TEST(ClassifySweep, TakesTheNearestCalibration) {
     const Sweep sweep = sweepOf({"DZ"});
     Scan scan;
     ClassifyOptions options;
     options.membership = kMembershipDirectory;
     const auto expect = [&](ConstantSource source, double constant, double minSnrDb) {
-        const ClassifiedSweep plan = prepareSweep(scan, sweep, options);
+        const ClassificationPlan plan = planClassification(scan, sweep, options);
         EXPECT_EQ(plan.source, source);
         EXPECT_EQ(plan.calibration.radarConstantDb, constant);
         EXPECT_EQ(plan.calibration.minSnrDb, minSnrDb);

@@ -85,7 +85,7 @@ TEST(Oddities, AreSaidOfValues) {
     EXPECT_EQ(found[1], "Sweep 1: DZ holds no value.");
     EXPECT_EQ(found[2], "Sweep 1: ZQ is 7 wherever it has a value.");
     EXPECT_EQ(found[3].substr(0, 30), "Sweep 1: 1 % of VR lie outside");
-    EXPECT_NE(found[4].find(": ZQ, QX ("), std::string::npos) << found[4];
+    EXPECT_NE(found[4].find(": ZQ, QX."), std::string::npos) << found[4];
     EXPECT_EQ(odditiesOf({other}), std::vector<std::string>{lengths});
 }
 

@@ -10,6 +10,7 @@
 #include "clutterclassifier/clutterclassifier.h"
 #include "formats/polar/packing.h"
 #include "scan/formats/record/read_record.h"
+#include "scan/scan_error.h"
 
 namespace scan {
 namespace {
@@ -67,9 +68,9 @@ Scan readPolarData(const std::string& path, int layout) {
     requireRead(polar.ReadPolarData(name.data(), records, layout, 1));
     const int product = records[0].radarid;
     if (layout == 0 && needsLayout(product))
-        throw std::runtime_error("holds product " + std::to_string(product) +
-                                 ", packed in a layout that the file does not tell: give --layout "
-                                 "252, 260 or 280");
+        throw ScanError(Failure::kLayoutNeeded,
+                        "holds product " + std::to_string(product) +
+                            ", packed in a layout that the file does not state");
     Scan scan = scanFromRecords(records, records[0].nrecords);
     scan.format = "polar data, product " + std::to_string(product);
     scan.radarConstantDb = records[0].radarconst;

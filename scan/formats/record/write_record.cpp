@@ -99,6 +99,11 @@ void writeRecords(const OutputFile& file, const Scan& scan, const Sweep& sweep,
 }
 
 void writeClassRecord(const OutputFile& file, const Scan& scan, const SweepClasses& classes) {
+    if (!classes.certainty.empty()) {
+        std::vector<Field> fields = {{"CCl", "-", *classes.classes}};
+        fields.insert(fields.end(), classes.certainty.begin(), classes.certainty.end());
+        return writeRecords(file, scan, *classes.sweep, fields);
+    }
     Cpluvek record;
     fillFieldRecord(scan, *classes.sweep, "CCl", "-", withoutNan(*classes.classes), record);
     record.datatype = kStoredAsByte;

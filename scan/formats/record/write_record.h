@@ -23,7 +23,9 @@ std::string lostElevationsNote(const char* kind);
 void writeRecords(const OutputFile& file, const Scan& scan, const Sweep& sweep,
                   const std::vector<Field>& fields);
 
-/* A field record file of one record, "CCl", one byte a gate. */
+/* A field record file of one record, "CCl", one byte a gate; with certainty one more record a
+ * field.
+ */
 void writeClassRecord(const OutputFile& file, const Scan& scan, const SweepClasses& classes);
 
 /* Puts the elevations in place of the azimuths: the columns of a range-height scan's table. */

@@ -12,6 +12,7 @@
 
 #include "clutterclassifier/clutterclassifier.h"
 #include "scan/fields/roles.h"
+#include "scan/formats/uf/field_words.h"
 #include "scan/formats/uf/make_words.h"
 
 namespace scan {
@@ -36,41 +37,74 @@ std::string classFieldName(const Scan& scan, const Cufray& ray, int count) {
     throw std::runtime_error("no name is left for the class field");
 }
 
-/* Room for one more field, which starts as a copy of the first one's header and is all missing. */
-void appendField(Cufray& ray, int count, const std::string& name) {
-    std::unique_ptr<short[]> data(new short[static_cast<size_t>(count + 1) * ray.ngates]);
-    std::copy(ray.data, ray.data + static_cast<size_t>(count) * ray.ngates, data.get());
+/* A field that is added to every ray, or takes the place of an earlier one. */
+struct AddedField {
+    std::string name;
+    int wordsPerUnit = kClassScale;
+    int earlier = -1;  // its index where the rays have it already
+};
+
+/* The class field first, then those that come with the classes. */
+std::vector<AddedField> fieldsToAdd(const Scan& scan, const Cufray& ray, int count,
+                                    const std::vector<SweepClasses>& classes) {
+    std::vector<AddedField> added = {{classFieldName(scan, ray, count), kClassScale, -1}};
+    if (!classes.empty()) {
+        for (const Field& field : classes.front().certainty) {
+            added.push_back({field.name, field.wordsPerUnit, -1});
+        }
+    }
+    for (AddedField& field : added) {
+        field.earlier = findField(ray, count, field.name);
+    }
+    return added;
+}
+
+/* Room for one more field, with a copy of the first one's header. */
+void appendField(Cufray& ray, int count, const AddedField& added) {
+    std::unique_ptr<short[]> data(new short[static_cast<std::size_t>(count + 1) * ray.ngates]);
+    std::copy(ray.data, ray.data + static_cast<std::size_t>(count) * ray.ngates, data.get());
     delete[] ray.data;
     ray.data = data.release();
-    std::memcpy(ray.table[count].name, name.c_str(), 3);
+    std::memcpy(ray.table[count].name, added.name.c_str(), 3);
     ray.headers[count] = ray.headers[0];
     ray.headers[count].ngates = ray.ngates;
-    ray.headers[count].scalefactor = kClassScale;
+    ray.headers[count].scalefactor = static_cast<short>(added.wordsPerUnit);
     ray.nfields = static_cast<short>(count + 1);
     ray.nrecordfields = static_cast<short>(count + 1);
 }
 
-short classWord(float value, short missing) {
-    return std::isnan(value) ? missing : static_cast<short>(value * kClassScale);
+/* values of one ray; null where the sweep was not classified. */
+void fillField(Cufray& ray, int field, int wordsPerUnit, const float* values) {
+    short* words = ray.data + static_cast<std::size_t>(field) * ray.ngates;
+    fillFieldWords(values, ray.ngates, wordsPerUnit, words);
+    std::replace(words, words + ray.ngates, kMissingWord, ray.missingvalue);
 }
 
-/* classes of one ray; null where the sweep was not classified. */
-void fillField(Cufray& ray, int field, const float* classes) {
-    short* words = ray.data + static_cast<size_t>(field) * ray.ngates;
-    for (int g = 0; g < ray.ngates; ++g)
-        words[g] = classes ? classWord(classes[g], ray.missingvalue) : ray.missingvalue;
+const SweepClasses* findClasses(const Sweep& sweep, const std::vector<SweepClasses>& classes) {
+    const auto found = std::find_if(classes.begin(), classes.end(), [&](const SweepClasses& entry) {
+        return entry.sweep == &sweep;
+    });
+    return found == classes.end() ? nullptr : &*found;
 }
 
-const std::vector<float>* classesOf(const Sweep& sweep, const std::vector<SweepClasses>& classes) {
-    for (const SweepClasses& entry : classes)
-        if (entry.sweep == &sweep) return entry.classes;
-    return nullptr;
+/* Values of added field number index for one ray; null where there are none. */
+const float* valuesFor(const SweepClasses* classes, std::size_t index, std::size_t at) {
+    if (classes == nullptr) {
+        return nullptr;
+    }
+    const std::vector<float>& values =
+        index == 0 ? *classes->classes : classes->certainty[index - 1].values;
+    return values.data() + at;
 }
 
 /* Everything that can be refused is refused before a ray is touched. */
-void requireRoom(const Cufrw& words, int count, bool appends) {
-    if (appends && count >= kMaxFields)
-        throw std::runtime_error("holds 20 fields already: no room for the classes");
+void requireRoom(const Cufrw& words, int count, const std::vector<AddedField>& added) {
+    const auto more = std::count_if(added.begin(), added.end(),
+                                    [](const AddedField& field) { return field.earlier < 0; });
+    if (count + more > kMaxFields) {
+        throw std::runtime_error("holds " + std::to_string(count) +
+                                 " fields already: no room for the classes");
+    }
     for (int r = 0; r < words.nrays; ++r)
         if (std::strcmp(words.rays[r].format, "UF") != 0)
             throw std::runtime_error("ray " + std::to_string(r + 1) + " is damaged");
@@ -89,6 +123,22 @@ void save(Cufrw& words, const OutputFile& file) {
     });
 }
 
+/* at: index of the ray's first gate among the values of its sweep. */
+void addFields(Cufray& ray, int count, const std::vector<AddedField>& added,
+               const SweepClasses* classes, std::size_t at) {
+    int total = count;
+    for (std::size_t i = 0; i < added.size(); ++i) {
+        const bool isNew = added[i].earlier < 0;
+        if (isNew) {
+            appendField(ray, total, added[i]);
+        }
+        const int field = isNew ? total++ : added[i].earlier;
+        fillField(ray, field, isNew ? added[i].wordsPerUnit : ray.headers[field].scalefactor,
+                  valuesFor(classes, i, at));
+    }
+    layOut(ray, total);
+}
+
 }  // namespace
 
 std::vector<std::string> writeUniversalFormat(const OutputFile& file, const Scan& scan,
@@ -101,22 +151,14 @@ std::vector<std::string> writeUniversalFormat(const OutputFile& file, const Scan
         words = &made;
     }
     const int count = words->rays[0].nfields;
-    const std::string name = classFieldName(scan, words->rays[0], count);
-    const int earlier = findField(words->rays[0], count, name);
-    requireRoom(*words, count, earlier < 0);
-    const int field = earlier < 0 ? count : earlier;
+    const std::vector<AddedField> added = fieldsToAdd(scan, words->rays[0], count, classes);
+    requireRoom(*words, count, added);
     int next = 0;
     for (const Sweep& sweep : scan.sweeps) {
-        const std::vector<float>* sweepClasses = classesOf(sweep, classes);
+        const SweepClasses* entry = findClasses(sweep, classes);
         for (int r = 0; r < sweep.nrays; ++r) {
-            Cufray& ray = words->rays[next++];
-            if (earlier < 0) {
-                appendField(ray, count, name);
-            }
-            fillField(ray, field,
-                      sweepClasses ? sweepClasses->data() + static_cast<size_t>(r) * sweep.ngates
-                                   : nullptr);
-            layOut(ray, std::max(count, field + 1));
+            addFields(words->rays[next++], count, added, entry,
+                      static_cast<std::size_t>(r) * static_cast<std::size_t>(sweep.ngates));
         }
     }
     save(*words, file);

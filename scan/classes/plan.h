@@ -1,0 +1,54 @@
+/* plan.h - what a classification of a sweep will use: fields, inputs, calibration. */
+#ifndef SCAN_CLASSES_PLAN_H
+#define SCAN_CLASSES_PLAN_H
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "scan/classes/calibration.h"
+#include "scan/classes/inputs.h"
+#include "scan/fields/roles.h"
+#include "scan/scan.h"
+
+namespace scan {
+
+/* A window of gates x rays, both odd; both 0: none. */
+struct Window {
+    int gates = 0, rays = 0;
+};
+
+struct ClassifyOptions {
+    std::string membership;   // directory of the membership functions
+    std::optional<int> mask;  // inputs that were asked for; none: all that the sweep has
+    std::optional<double> minSnrDb;
+    std::optional<double> radarConstantDb;
+    int textureGates = 5;
+    int textureRays = 3;
+    Window neighbourhood = {5, 3};  // over which the textures' verdict is averaged
+    bool certainty = false;         // also the probability of precipitation and the margin
+    bool removeIsolated = false;
+    bool allClasses = false;  // tell sea and wind-turbine clutter from ground clutter
+    FieldMap map;
+};
+
+enum class ConstantSource { kUser, kFile, kEstimate };
+
+struct ClassificationPlan {
+    FieldChoice fields;  // points into the sweep
+    int mask = 0;        // inputs that take part
+    ConstantSource source = ConstantSource::kUser;
+    Calibration calibration;
+    std::vector<std::string> notes;
+};
+
+/* Throws ScanError with the reason when the sweep cannot be classified. */
+ClassificationPlan planClassification(const Scan& scan, const Sweep& sweep,
+                                      const ClassifyOptions& options);
+
+/* Of any processing: a gate spacing and a reflectivity. Throws ScanError. */
+void requireReflectivity(const Sweep& sweep, const FieldChoice& fields);
+
+}  // namespace scan
+
+#endif
