@@ -154,36 +154,20 @@ TEST_F(Classify, TheTableIsThatOfExport) {
     }
 }
 
+/* A record counts the first gate in spacings. */
 TEST_F(Classify, AFieldRecordBecomesUniversalFormat) {
-    scan::Scan input = scan::readScan(scan_);
-    const scan::Sweep& sweep = input.sweeps.at(0);
-    const char* names[] = {"Zh", "Zdr", "Phidp", "XY"};
-    Cpluvek records[4];
-    for (size_t f = 0; f < 4; ++f) {
-        records[f].nrays = sweep.nrays;
-        records[f].ngates = sweep.ngates;
-        records[f].coordtype = 0;
-        records[f].firstgate = 5;
-        records[f].gatesize = 250;
-        records[f].colorflag = 255;
-        records[f].nrecords = 4;
-        std::snprintf(records[f].name, sizeof records[f].name, "%s", names[f]);
-        records[f].angles = new float[kRays + 1]();
-        for (int r = 0; r < kRays; ++r)
-            records[f].angles[1 + r] = static_cast<float>(r * 2 * M_PI / kRays);
-        records[f].data = new float[kRays * kGates];
-        std::copy(sweep.fields[f].values.begin(), sweep.fields[f].values.end(), records[f].data);
-    }
-    records[3].data[17] = NAN;
-    const std::string path = directory_.file("records.plv");
-    const std::string output = directory_.file("records.uf");
-    ASSERT_EQ(records[0].WriteDataToFile(path.c_str()), 1);
+    std::vector<UfRecord> rays = makeRays();
+    constexpr size_t kHeader = 71;
+    for (UfRecord& ray : rays) ray.set(kHeader + 2, 1).set(kHeader + 3, 250);
+    rays[0].set(rays[0].at(kHeader + 25 * 3) + 17, kUfMissing);
+    writeFile(scan_, ufFile(rays));
+    const std::string path = directory_.file("records.plv"), output = directory_.file("records.uf");
+    ASSERT_EQ(runProgram("convert " + scan_ + " " + path).code, 0);
     const Outcome outcome = runProgram("classify " + path + " -o " + output);
     ASSERT_EQ(outcome.code, 0) << outcome.out;
     const scan::Sweep result = scan::readScan(output).sweeps.at(0);
     ASSERT_EQ(result.fields.size(), 5u);
     EXPECT_EQ(result.fields[0].name, "DZ");
-    EXPECT_EQ(result.fields[3].name, "XY");
     EXPECT_TRUE(std::isnan(result.fields[3].values[17]));
     EXPECT_EQ(result.fields[4].name, "CC");
     EXPECT_DOUBLE_EQ(result.firstGateM, 1250);

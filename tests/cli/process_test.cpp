@@ -267,54 +267,45 @@ TEST_F(Process, WarnsOfSettingsThatMeanNothing) {
 
 TEST_F(Process, RefusesWithAReason) {
     const std::string bad = write("bad.txt", "WHAT2DO 1\nZDR_BIAS high\n");
-    const std::string out = directory_.file("out.uf");
-    const struct {
-        std::string arguments;
-        int code;
-        const char* reason;
-    } kCases[] = {
-        {"--config " + bad, 1, "bad.txt:2: ZDR_BIAS: high is no number"},
-        {"--config " + directory_.file("none"), 1, "No such file"},
-        {"--plot XX", 1, "no processed field XX among: Zh"},
-        {"--points " + bad, 2, "--prefix"},
-        {"--picture a.png", 2, "--plot"},
-        {"--plot Zh --picture a.gif", 2, ".png, .svg or .pdf"},
-        {"--what 256", 2, "--what"},
-        {"--freezing-level nan", 2, "nan"},
-        {"--map ZZ=zdr", 1, "no field named ZZ"},
-        {"--sweep 8", 1, "no sweep number 8"},
-        {"--map ZD=zdr,DR=zdr", 2, "ZD and DR are both mapped to zdr"},
-        {"--layout 252", 2, "--layout"},
-        {"--check-config " + bad, 2, "--check-config: cannot be combined with INPUT"},
-        {"--print-config", 2, "--print-config: cannot be combined with INPUT"},
-    };
-    for (const auto& row : kCases) {
-        const Outcome outcome = process(row.arguments + " -o " + out);
-        EXPECT_EQ(outcome.code, row.code) << row.arguments << outcome.out;
-        EXPECT_THAT(outcome.out, HasSubstr(row.reason));
-        EXPECT_FALSE(fs::exists(out));
-    }
-    EXPECT_EQ(runProgram("process").code, 2);
-    EXPECT_EQ(runProgram("process --check-config " + bad).code, 1);
-    const Outcome both = runProgram("process --check-config " + bad + " --config " + bad);
-    EXPECT_EQ(both.code, 2) << both.out;
-    EXPECT_EQ(process("-o " + directory_.file("out.csv")).code, 2);
-    EXPECT_FALSE(fs::exists(directory_.file("out.csv")));
-}
-
-TEST_F(Process, KeepsTheFilesThatItReads) {
     const std::string settings = write("settings.png", kSettings);
     const std::string points = write("points.txt", "25000 18\n");
-    const std::string all =
+    const std::string files =
         "--config " + settings + " --points " + points + " --prefix " + directory_.file("p") + " ";
-    for (const std::string& result :
-         {"-o " + scan_, "-o " + settings, "-o " + points, "--plot Zh --picture " + settings}) {
-        const Outcome outcome = process(all + result);
-        EXPECT_EQ(outcome.code, 2) << result << outcome.out;
-        EXPECT_THAT(outcome.out, HasSubstr("would overwrite its input"));
+    const std::string out = directory_.file("out.uf");
+    const auto before = std::distance(fs::directory_iterator(directory_.path()), {});
+    const auto with = [&](const std::string& arguments) {
+        return "process -q " + scan_ + " " + arguments;
+    };
+    const auto to = [&](const std::string& arguments) { return with(arguments + " -o " + out); };
+    expectRefusals({
+        {to("--config " + directory_.file("none")), 1, "No such file"},
+        {to("--plot XX"), 1, "no processed field XX among: Zh"},
+        {to("--points " + bad), 2, "--prefix"},
+        {to("--picture a.png"), 2, "--plot"},
+        {to("--plot Zh --picture a.gif"), 2, ".png, .svg or .pdf"},
+        {to("--what 256"), 2, "--what"},
+        {to("--freezing-level nan"), 2, "nan"},
+        {to("--map ZZ=zdr"), 1, "no field named ZZ"},
+        {to("--sweep 8"), 1, "no sweep number 8"},
+        {to("--map ZD=zdr,DR=zdr"), 2, "ZD and DR are both mapped to zdr"},
+        {to("--layout 252"), 2, "--layout"},
+        {to("--check-config " + bad), 2, "--check-config: cannot be combined with INPUT"},
+        {to("--print-config"), 2, "--print-config: cannot be combined with INPUT"},
+        {"process", 2, "INPUT"},
+        {"process --check-config " + bad + " --config " + bad, 2, "--config"},
+        {with("-o " + directory_.file("out.csv")), 2, "csv"},
+        {with(files + "-o " + scan_), 2, "would overwrite its input"},
+        {with(files + "-o " + settings), 2, "would overwrite its input"},
+        {with(files + "-o " + points), 2, "would overwrite its input"},
+        {with(files + "--plot Zh --picture " + settings), 2, "would overwrite its input"},
+    });
+    for (const std::string& call : {to("--config " + bad), "process --check-config " + bad}) {
+        const Outcome outcome = runProgram(call);
+        EXPECT_EQ(outcome.code, 1) << call;
+        EXPECT_THAT(outcome.out, HasSubstr("bad.txt:2: ZDR_BIAS: high is no number"));
     }
+    EXPECT_EQ(std::distance(fs::directory_iterator(directory_.path()), {}), before);
     EXPECT_EQ(fs::file_size(settings), sizeof kSettings - 1);
-    EXPECT_FALSE(fs::exists(directory_.file("p_zhh.dat")));
 }
 
 TEST_F(Process, PrintsSettingsThatItAccepts) {
