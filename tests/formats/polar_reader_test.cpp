@@ -16,7 +16,6 @@ namespace {
 
 using namespace clutter::test;
 
-constexpr int kRecords = 8;
 constexpr double kPi = std::numbers::pi;
 
 /* One gate of every product, in each layout that matters to it and one that it does not have. */
@@ -31,23 +30,20 @@ struct Kind {
     bool hasLayer() const { return product < 2000 || product > 3000; }
 };
 
+constexpr float kV = 0.518183589f, kW = 7.42328119f, kA = -2.80104899f, kP = -133.505859f;
 const Kind kKinds[] = {
     {2111, 252, 2, true, {72.2f, 2.5f}},
-    {2122, 252, 4, false, {72.2f, 2.5f, 0.518183589f, 0.4375f}},
+    {2122, 252, 4, false, {72.2f, 2.5f, kV, 0.4375f}},
     {2141, 260, 4, false, {72.2f, 2.5f, 0.527689397f, -21.25f}},
-    {2211, 252, 9, false, {72.2f, 3.75f, -11.25f, -0.115f, 0.518183589f, 7.42328119f, -10}},
-    {2211, 260, 10, false, {72.2f, 3.75f, -136.40625f, -0.03f, 0.518183589f, 7.42328119f, -10}},
-    {2211, 280, 10, false, {72.2f, 3.75f, -133.505859f, 1, 0.518183589f, 7.42328119f, -10}},
+    {2211, 252, 9, false, {72.2f, 3.75f, -11.25f, -0.115f, kV, kW, -10}},
+    {2211, 260, 10, false, {72.2f, 3.75f, -136.40625f, -0.03f, kV, kW, -10}},
+    {2211, 280, 10, false, {72.2f, 3.75f, kP, 1, kV, kW, -10}},
     {2211, 300, 0, false, {0, 0, 0, 0, 0, 0, 0}},
-    {2212, 252, 8, false, {72.2f, -2.4f, 0.518183589f, 7.42328119f, -2.80104899f}},
-    {2212, 280, 8, false, {72.2f, -2.4f, 0.518183589f, 7.42328119f, -2.80104899f}},
+    {2212, 252, 8, false, {72.2f, -2.4f, kV, kW, kA}},
+    {2212, 280, 8, false, {72.2f, -2.4f, kV, kW, kA}},
     {2212, 1, 0, false, {0, 0, 0, 0, 0}},
-    {2213,
-     1,
-     10,
-     false,
-     {72.2f, 3.75f, -133.505859f, 1.03324f, 0.518183589f, 1.88986433f, 2.5f, 7}},
-    {2214, 0, 8, false, {72.2f, -2.4f, 0.518183589f, 7.42328119f, -2.80104899f, 2.5f, 0.4375f}},
+    {2213, 1, 10, false, {72.2f, 3.75f, kP, 1.03324f, kV, 1.88986433f, 2.5f, 7}},
+    {2214, 0, 8, false, {72.2f, -2.4f, kV, kW, kA, 2.5f, 0.4375f}},
     {1113, 0, 4, true, {1.73782444e+34f, 5}},
     {1115, 0, 1, false, {18, 5}},
     {1117, 0, 4, false, {2018915346.0f, 5}},
@@ -79,7 +75,7 @@ class PolarReader : public testing::Test {
     TempDir dir_;
     std::string path_ = dir_.file("scan.dat");
     CThuPolDaFor polar_;
-    Cpluvek records_[kRecords];
+    Cpluvek records_[8];
 };
 
 /* The gate is the last one of the second ray. */

@@ -28,23 +28,28 @@ constexpr std::size_t kFramingBytes = 4;
 constexpr std::size_t kWordBytes = 2;
 constexpr std::size_t kMaxFields = std::extent_v<decltype(Cufray::table)>;
 static_assert(std::extent_v<decltype(Cufray::headers)> == kMaxFields);
+
+constexpr std::size_t kMandatoryWords = 45;
+constexpr std::size_t kOptionalWords = 14;
+constexpr std::size_t kDataHeaderWords = 3;
+constexpr std::size_t kTableEntryWords = 2;
+constexpr std::size_t kFieldHeaderWords = 19;
+
 /* Mandatory header and 12 words more. Shorter records are not accepted. */
-constexpr std::size_t kMinRecordBytes = kWordBytes * (45 + 12);
+constexpr std::size_t kMinRecordBytes = kWordBytes * (kMandatoryWords + 12);
 
 /* Positions of the headers in written records. */
-constexpr std::size_t kOptionalPosition = 46;
-constexpr std::size_t kDataHeaderPosition = 60;
-constexpr std::size_t kTablePosition = 63;
+constexpr std::size_t kOptionalPosition = 1 + kMandatoryWords;
+constexpr std::size_t kDataHeaderPosition = kOptionalPosition + kOptionalWords;
+constexpr std::size_t kTablePosition = kDataHeaderPosition + kDataHeaderWords;
 /* A record with this position of its local-use header has an optional header. */
-constexpr std::size_t kLocalPositionWithOptional = 60;
+constexpr std::size_t kLocalPositionWithOptional = kDataHeaderPosition;
 
 constexpr std::size_t kLengthWord = 2;
 
-constexpr std::size_t kFieldHeaderWords = 19;
-
 /* First position after the headers and the table of a written record. */
 constexpr std::size_t firstFreePosition(std::size_t fields) {
-    return kTablePosition + 2 * fields;
+    return kTablePosition + kTableEntryWords * fields;
 }
 
 /* Number of fields of every ray: the count of the first one. */
