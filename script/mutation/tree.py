@@ -51,7 +51,7 @@ class Tree:
         stages = {stage for name in names for stage in self.stages(name)}
         if not self.make(sorted({target for stage in stages for target in _targets(stage)})):
             raise SystemExit(f"the tree does not build: see {self.log.name}")
-        for test in sorted({test for stage in stages for test in stage}):
+        for test in sorted({name for stage in stages for test in stage for name in test.split()}):
             while killer := self.run(test):
                 print(f"left out, since it fails without a mutant: {killer}", flush=True)
                 if len(self.failing) == _MAX_FAILING:
@@ -63,8 +63,9 @@ class Tree:
         folder = name.split("/")
         if folder[0] == "python":
             stem = Path(name).stem.strip("_")
-            near = [m for m in self.modules if re.search(rf"\b_?{stem}\b", m.stem + m.read_text())]
-            return [tuple(m.name for m in near + [m for m in self.modules if m not in near])]
+            near = [m for m in self.modules if re.search(rf"\b_?{stem}\b", f"{m.stem[5:]} {m.read_text()}")]
+            rest = [m for m in self.modules if m not in near]
+            return [(" ".join(m.name for m in group),) for group in (near, rest) if group]
         own = f"{folder[1] if folder[0] == 'src' else folder[0]}_tests"
         others = {"src": set(self.executables) - {"scan_tests", "cli_tests"},
                   "scan": {"scan_tests", "cli_tests"}, "cli": {"cli_tests"}}[folder[0]] - {own}
@@ -105,13 +106,13 @@ class Tree:
                            CLUTTERCLASSIFIER_PROGRAM=str(self.build / "bin/clutterclassifier"))
         if test.endswith(".py"):
             command = ["/usr/bin/python3", "-m", "pytest", "-x", "-v", "-p", "no:cacheprovider",
-                       "--hypothesis-seed=0", str(self.copy / "tests/python" / test)]
-            command += [f"--deselect={self.copy}/tests/python/{test}::{name}" for name in self.failing]
+                       "--hypothesis-seed=0"] + [str(self.copy / "tests/python" / name) for name in test.split()]
+            command += [f"--deselect={self.copy}/tests/python/{name}" for name in self.failing]
         else:
             command = [str(self.build / "bin" / test), "--gtest_fail_fast", "--gtest_filter=-" + ":".join(self.failing)]
         usual = self.seconds.get(test)
         used = os.times()
-        code, said = _limited(command, environment, self.temporary, 10 * usual + 20 if usual else 1200)
+        code, said = _limited(command, environment, self.temporary, 10 * usual + 20 if usual else 300)
         now = os.times()
         if usual is None and code == 0:
             self.seconds[test] = now.children_user + now.children_system - used.children_user - used.children_system
@@ -154,4 +155,6 @@ def _first_failure(test: str, code: int | None, said: str) -> str:
     failed = re.search(r"\[  FAILED  \] ([\w./]+)", said) or re.search(r"(\S+) (?:FAILED|ERROR)", said)
     started = re.findall(r"\[ RUN      \] ([\w./]+)", said)
     name = failed[1] if failed else started[-1] if started else ""
-    return f"{test.removesuffix('_tests')}: {name.rpartition('::')[2]}{how}"
+    if test.endswith(".py"):
+        return f"python: {name.rpartition('/')[2]}{how}"
+    return f"{test.removesuffix('_tests')}: {name}{how}"
