@@ -107,6 +107,14 @@ TEST_F(Program, TheDemoFindsTheClutterThatItHides) {
             << outcome.out;
         EXPECT_EQ(*std::max_element(row.begin(), row.end()), row[most]) << name;
     }
+    char scores[80];
+    const double found = rows["clutter"][1], lost = rows["precipitation"][1];
+    std::snprintf(scores, sizeof scores, "POD %.3f ",
+                  found / std::count(made.truth.begin(), made.truth.end(), 5.0f));
+    EXPECT_THAT(outcome.out, HasSubstr(scores));
+    std::snprintf(scores, sizeof scores, "precipitation kept %.1f %%",
+                  100 - 100 * lost / std::count(made.truth.begin(), made.truth.end(), 0.0f));
+    EXPECT_THAT(outcome.out, HasSubstr(scores));
 
     const scan::Scan read = scan::readScan(file);
     const scan::Sweep& sweep = read.sweeps.at(0);
@@ -283,6 +291,7 @@ TEST_F(Program, TheProgramFindsTheTablesThatCameWithIt) {
     const fs::path shipped = "share/clutterclassifier/membership";
     fs::create_directories(moved / "bin");
     fs::copy_file(kProgram, moved / "bin/clutterclassifier");
+    fs::create_symlink(fs::path(kProgram).parent_path().parent_path() / "lib", moved / "lib");
     const std::string call = (moved / "bin/clutterclassifier").string() + " classify -q " + scan_;
     EXPECT_NE(runCommand(call).out.find("no membership directory found"), std::string::npos);
     fs::create_directories((moved / shipped).parent_path());
