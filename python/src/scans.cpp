@@ -80,8 +80,13 @@ const char* nameOf(scan::FileFormat format) {
             return "dx";
         case scan::FileFormat::kHdf5:
             return "hdf5";
+        case scan::FileFormat::kNetcdf:
+            return "netcdf";
         case scan::FileFormat::kNexrad:
             return "nexrad";
+        case scan::FileFormat::kCompressed:
+            return "compressed";
+        case scan::FileFormat::kForeign:
         case scan::FileFormat::kUnknown:
             break;
     }

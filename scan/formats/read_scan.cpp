@@ -1,16 +1,11 @@
 #include "scan/formats/read_scan.h"
 
-#include <algorithm>
-#include <cerrno>
-#include <cmath>
-#include <cstring>
-#include <filesystem>
-#include <fstream>
 #include <limits>
 #include <stdexcept>
 
 #include "clutterclassifier/clutterclassifier.h"
 #include "scan/fields/oddities.h"
+#include "scan/formats/compressed/unpacked_file.h"
 #include "scan/formats/containers/containers.h"
 #include "scan/formats/dx/read_dx.h"
 #include "scan/formats/nexrad/read_nexrad.h"
@@ -20,17 +15,6 @@
 
 namespace scan {
 namespace {
-
-constexpr char kRecordIdentification[] = "PLUVEK V1.3";
-
-bool startsWith(const char* head, const char* text) {
-    return std::memcmp(head, text, std::strlen(text)) == 0;
-}
-
-/* "DX" and the first digits of a date. */
-bool isGermanDx(const char* head) {
-    return startsWith(head, "DX") && std::strspn(head + 2, " 0123456789") >= 6;
-}
 
 Scan readAs(FileFormat format, const std::string& path, std::unique_ptr<Cufrw>& words,
             const ReadOptions& options) {
@@ -49,6 +33,9 @@ Scan readAs(FileFormat format, const std::string& path, std::unique_ptr<Cufrw>& 
             return readNexrad(path);
         case FileFormat::kNetcdf:
             return containers().readNetcdf(path);
+        case FileFormat::kForeign:
+            throw std::runtime_error("is " + foreignFormat(path) + kConvert);
+        case FileFormat::kCompressed:
         case FileFormat::kUnknown:
             break;
     }
@@ -79,38 +66,33 @@ bool marksNoEcho(FileFormat format) {
            format == FileFormat::kNexrad;
 }
 
-}  // namespace
-
-FileFormat recognise(const std::string& path) {
-    std::error_code ignored;
-    if (std::filesystem::is_directory(path, ignored)) throw std::runtime_error("is a directory");
-    errno = 0;
-    std::ifstream file(path, std::ios::binary);
-    if (!file) throw std::runtime_error(errno ? std::strerror(errno) : "cannot be opened");
-    char head[sizeof kRecordIdentification] = {};
-    file.read(head, sizeof head - 1);
-    if (file.gcount() == 0) throw std::runtime_error("is empty");
-    if (startsWith(head, kRecordIdentification)) return FileFormat::kFieldRecord;
-    if (startsWith(head, "RADF") || startsWith(head, "ARFD")) return FileFormat::kPolarData;
-    if (startsWith(head, "AR2V") || startsWith(head, "ARCHIVE2")) return FileFormat::kNexrad;
-    if (startsWith(head, "\x89HDF\r\n")) return FileFormat::kHdf5;
-    if (startsWith(head, "CDF\x01") || startsWith(head, "CDF\x02") || startsWith(head, "CDF\x05")) {
-        return FileFormat::kNetcdf;
-    }
-    if (isGermanDx(head)) return FileFormat::kGermanDx;
-    if (file.gcount() >= 6 && head[4] == 'U' && head[5] == 'F') return FileFormat::kUniversalFormat;
-    return FileFormat::kUnknown;
-}
-
-Scan readScan(const std::string& path, std::unique_ptr<Cufrw>& words, const ReadOptions& options) {
-    words.reset();
+/* Also what is in a compressed file, once. */
+Scan readUnpacked(const std::string& path, std::unique_ptr<Cufrw>& words,
+                  const ReadOptions& options) {
     const FileFormat format = recognise(path);
+    if (format == FileFormat::kCompressed) {
+        const UnpackedFile unpacked(path);
+        if (recognise(unpacked.path()) == FileFormat::kCompressed) {
+            throw std::runtime_error("is compressed twice");
+        }
+        return readUnpacked(unpacked.path(), words, options);
+    }
     Scan scan = readAs(format, path, words, options);
     if (marksNoEcho(format) && !options.keepNoEcho) {
         hideNoEcho(scan);
     }
+    return scan;
+}
+
+}  // namespace
+
+Scan readScan(const std::string& path, std::unique_ptr<Cufrw>& words, const ReadOptions& options) {
+    words.reset();
+    Scan scan = readUnpacked(path, words, options);
     scan.path = path;
-    if (options.oddities) addOddities(scan);
+    if (options.oddities) {
+        addOddities(scan);
+    }
     return scan;
 }
 

@@ -7,25 +7,12 @@
 #include <memory>
 #include <string>
 
+#include "scan/formats/recognise.h"
 #include "scan/scan.h"
 
 class Cufrw;
 
 namespace scan {
-
-enum class FileFormat {
-    kUnknown,
-    kUniversalFormat,
-    kFieldRecord,
-    kPolarData,
-    kGermanDx,
-    kNexrad,
-    kNetcdf,  // CfRadial in a file of the classic model
-    kHdf5,    // ODIM_H5, or CfRadial in a NetCDF-4 file
-};
-
-/* Looks at the first bytes. Throws std::runtime_error when the file cannot be opened. */
-FileFormat recognise(const std::string& path);
 
 /* What a file does not tell about itself. */
 struct ReadOptions {

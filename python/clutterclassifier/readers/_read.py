@@ -21,7 +21,7 @@ Path = Union[str, bytes, "os.PathLike[str]", "os.PathLike[bytes]"]
 
 #: What the formats are called in messages.
 FORMATS = {"uf": "Universal Format", "dx": "German DX", "polar": "polar data", "record": "field record",
-           "hdf5": "HDF5", "nexrad": "NEXRAD Level 2"}
+           "hdf5": "HDF5", "netcdf": "NetCDF", "nexrad": "NEXRAD Level 2", "compressed": "compressed"}
 
 #: Packings of polar data files, where a file does not tell.
 LAYOUTS = (252, 260, 280)

@@ -5,11 +5,13 @@
 #include <filesystem>
 #include <mutex>
 #include <optional>
+#include <stdexcept>
 
 #include "scan/formats/cfradial/read_cfradial.h"
 #include "scan/formats/containers/containers.h"
 #include "scan/formats/hdf5/hdf5_group.h"
 #include "scan/formats/odim/read_odim.h"
+#include "scan/formats/recognise.h"
 
 namespace scan {
 namespace {
@@ -35,6 +37,9 @@ std::optional<Scan> readAsOdim(const std::string& path) {
     ValueBudget budget(std::filesystem::file_size(path));
     const hdf5::Group file = hdf5::openFile(path);
     if (!odim::isOdim(file)) {
+        if (file.find("scan0") && file.find("what")) {
+            throw std::runtime_error("is a GAMIC" + std::string(kConvert));
+        }
         return std::nullopt;
     }
     return odim::readOdim(file, budget);

@@ -7,6 +7,8 @@
 #include <cstdlib>
 #include <stdexcept>
 
+#include "scan/formats/nameless_file.h"
+
 namespace scan::hdf5 {
 namespace {
 
@@ -168,7 +170,16 @@ std::optional<std::string> Group::text(const std::string& attribute) const {
 }
 
 Group openFile(const std::string& path) {
-    const Handle file(H5Fopen(path.c_str(), H5F_ACC_RDONLY, H5P_DEFAULT));
+    constexpr std::size_t kGrowthBytes = 1 << 20;
+    const Handle access(H5Pcreate(H5P_FILE_ACCESS));
+    const bool nameless = isNameless(path);
+    if (nameless) {
+        std::vector<std::uint8_t> bytes = bytesOf(path);
+        H5Pset_fapl_core(access.get(), kGrowthBytes, false);
+        H5Pset_file_image(access.get(), bytes.data(), bytes.size());  // which copies it
+    }
+    const char* name = nameless ? "memory" : path.c_str();
+    const Handle file(H5Fopen(name, H5F_ACC_RDONLY, access.get()));
     Handle root(file ? H5Gopen2(file.get(), "/", H5P_DEFAULT) : -1);
     if (!root) {
         throw std::runtime_error("is a damaged HDF5 file: it is cut short or not whole");

@@ -5,6 +5,7 @@
 #include "scan/formats/netcdf/nc_group.h"
 
 #include <netcdf.h>
+#include <netcdf_mem.h>
 
 #include <algorithm>
 #include <cstdlib>
@@ -12,6 +13,7 @@
 #include <limits>
 #include <stdexcept>
 
+#include "scan/formats/nameless_file.h"
 #include "scan/formats/netcdf/classic_size.h"
 
 namespace scan::netcdf {
@@ -80,6 +82,12 @@ int readAs(int id, const Variable& variable, const Packing& packing, std::vector
 
 bool isNumeric(const Variable& variable) {
     return isNumber(variable.type);
+}
+
+OpenFile::~OpenFile() {
+    if (open) {
+        nc_close(id);
+    }
 }
 
 std::size_t Variable::count() const {
@@ -285,17 +293,22 @@ Group openFile(const std::string& path) {
     if (isCutShort(path)) {
         throw std::runtime_error("is a damaged NetCDF file: it is cut short");
     }
-    int id = 0;
     // An absolute path cannot be taken for the address of a server.
     const std::string absolute = std::filesystem::absolute(path).string();
-    const int status = nc_open(absolute.c_str(), NC_NOWRITE, &id);
+    auto file = std::make_shared<OpenFile>();
+    int status = NC_NOERR;
+    if (isNameless(path)) {
+        file->bytes = bytesOf(path);
+        status =
+            nc_open_mem("memory", NC_NOWRITE, file->bytes.size(), file->bytes.data(), &file->id);
+    } else {
+        status = nc_open(absolute.c_str(), NC_NOWRITE, &file->id);
+    }
     if (status != NC_NOERR) {
         throw std::runtime_error(std::string("is a damaged NetCDF file: ") + nc_strerror(status));
     }
-    std::shared_ptr<const int> file(new int(id), [](const int* opened) {
-        nc_close(*opened);
-        delete opened;
-    });
+    file->open = true;
+    const int id = file->id;
     return Group(std::move(file), id, "");
 }
 

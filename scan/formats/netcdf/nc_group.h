@@ -4,6 +4,7 @@
 #ifndef SCAN_FORMATS_NETCDF_NC_GROUP_H
 #define SCAN_FORMATS_NETCDF_NC_GROUP_H
 
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
@@ -27,6 +28,18 @@ struct Variable {
 
 /* Neither text nor a type of the file's own. */
 bool isNumeric(const Variable& variable);
+
+/* Open until the last group of it goes. */
+struct OpenFile {
+    OpenFile() = default;
+    OpenFile(const OpenFile&) = delete;
+    OpenFile& operator=(const OpenFile&) = delete;
+    ~OpenFile();
+
+    int id = 0;
+    bool open = false;
+    std::vector<std::uint8_t> bytes;  // of a file in memory
+};
 
 class Group {
   public:
@@ -65,11 +78,11 @@ class Group {
 
   private:
     friend Group openFile(const std::string& path);
-    Group(std::shared_ptr<const int> file, int id, std::string name)
+    Group(std::shared_ptr<const OpenFile> file, int id, std::string name)
         : file_(std::move(file)), id_(id), name_(std::move(name)) {}
     void check(int status, const std::string& what) const;
 
-    std::shared_ptr<const int> file_;  // closes the file when the last group of it goes
+    std::shared_ptr<const OpenFile> file_;  // closes the file when the last group of it goes
     int id_;
     std::string name_;
 };

@@ -9,13 +9,12 @@
 #include <atomic>
 #include <cstdlib>
 #include <cstring>
-#include <filesystem>
-#include <fstream>
 #include <stdexcept>
 #include <thread>
 
 #include "scan/formats/big_endian.h"
 #include "scan/formats/compressed/decompress.h"
+#include "scan/formats/nameless_file.h"
 
 namespace scan::nexrad {
 namespace {
@@ -23,16 +22,6 @@ namespace {
 constexpr unsigned kMaxThreads = 8;
 /* Real records unpack to 1.5 MB or less. */
 constexpr std::size_t kMaxRecordBytes = 16 << 20;
-
-Block readFile(const std::string& path) {
-    std::ifstream file(path, std::ios::binary);
-    Block bytes(std::filesystem::file_size(path));
-    file.read(reinterpret_cast<char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
-    if (!file) {
-        throw std::runtime_error("cannot be read");
-    }
-    return bytes;
-}
 
 bool beginsVolume(const BigEndian& bytes) {
     return bytes.holds(0, kVolumeHeaderBytes) && (std::memcmp(bytes.bytes(), "AR2V", 4) == 0 ||
@@ -90,7 +79,7 @@ std::vector<Block> unpackAll(const std::vector<BigEndian>& packed, std::vector<c
 }  // namespace
 
 Records readRecords(const std::string& path) {
-    const Block file = readFile(path);
+    const Block file = bytesOf(path);
     const BigEndian bytes(file.data(), file.size());
     if (!beginsVolume(bytes)) {
         throw std::runtime_error("is not a whole NEXRAD Level 2 file");
