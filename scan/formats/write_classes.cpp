@@ -11,6 +11,7 @@
 
 #include "clutterclassifier/clutterclassifier.h"
 #include "scan/fields/roles.h"
+#include "scan/formats/containers/write_containers.h"
 #include "scan/formats/output_file.h"
 #include "scan/formats/record/write_record.h"
 #include "scan/formats/uf/write_uf.h"
@@ -95,6 +96,9 @@ std::vector<std::string> sweepPaths(const std::string& path, const Scan& scan,
 WrittenFiles writeClasses(const std::string& path, const Scan& scan, Cufrw* words,
                           const std::vector<SweepClasses>& classes) {
     const std::string ending = endingOf(path);
+    if (isContainerEnding(ending)) {
+        return writeContainer(path, scan, classes);
+    }
     if (ending == ".uf") {
         return writeWhole(path, [&](const OutputFile& file) {
             return writeUniversalFormat(file, scan, words, classes);
@@ -119,6 +123,9 @@ WrittenFiles writeClasses(const std::string& path, const Scan& scan, Cufrw* word
 
 WrittenFiles writeScan(const std::string& path, const Scan& scan) {
     const std::string ending = endingOf(path);
+    if (isContainerEnding(ending)) {
+        return writeContainer(path, scan, {});
+    }
     if (ending == ".uf") {
         return writeWhole(path, [&](const OutputFile& file) {
             return writeUniversalFormat(file, scan, nullptr);

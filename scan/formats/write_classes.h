@@ -14,6 +14,7 @@ namespace scan {
 
 /*
  * .uf: Universal Format, one file: the whole scan, with a class field beside the others;
+ * .h5, .nc, .nc4: ODIM_H5, CfRadial 1 and 2, one file, see writeContainer();
  * .csv: comma-separated table of the classes, one file a sweep;
  * anything else: field record file of the classes, one a sweep.
  * With several sweeps "_sweepN" goes before the ending of files that hold one.
@@ -25,7 +26,7 @@ WrittenFiles writeClasses(const std::string& path, const Scan& scan, Cufrw* word
                           const std::vector<SweepClasses>& classes);
 
 /*
- * The sweeps of a scan with all their fields, by the same rules: .uf one file, .csv the table of
+ * The sweeps of a scan with all their fields, by the same rules: .uf, .h5 and .nc one file, .csv the table of
  * the class field, anything else a field record file of all fields, one a sweep. A class field is
  * one that isClassField() knows. Throws std::runtime_error, also for a table of a sweep without
  * classes.

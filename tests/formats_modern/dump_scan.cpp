@@ -1,6 +1,6 @@
 /*
- * Reads a file and prints the scan for the tests that compare it with other readers: one line of
- * JSON, then the values of all fields of all sweeps as floats.
+ * Reads a file for the tests that compare it with other readers, and writes it in another format,
+ * or prints the scan: one line of JSON, then the values of all fields of all sweeps as floats.
  */
 #include <cmath>
 #include <cstdio>
@@ -10,6 +10,7 @@
 #include "scan/fields/roles.h"
 #include "scan/formats/calendar.h"
 #include "scan/formats/read_scan.h"
+#include "scan/formats/write_classes.h"
 
 namespace {
 
@@ -78,15 +79,50 @@ void print(const scan::Scan& scan) {
     }
 }
 
+/* Classes that a test can foresee: 0, 3, 5 in turn, and none in the first gate of a sweep. */
+std::vector<float> someClasses(const scan::Sweep& sweep) {
+    std::vector<float> classes(sweep.fields.front().values.size());
+    for (std::size_t i = 0; i < classes.size(); ++i) {
+        const float codes[] = {0, 3, 5};
+        classes[i] = i == 0 ? NAN : codes[i % 3];
+    }
+    return classes;
+}
+
+/* Notes of the writer go to standard output. */
+void write(const scan::Scan& scan, const std::string& path, bool withClasses) {
+    std::vector<std::vector<float>> values;
+    for (const scan::Sweep& sweep : scan.sweeps) {
+        values.push_back(someClasses(sweep));
+    }
+    std::vector<scan::SweepClasses> classes;
+    for (std::size_t i = 0; i < scan.sweeps.size(); ++i) {
+        classes.push_back({&scan.sweeps[i], &values[i]});
+    }
+    const scan::WrittenFiles written = withClasses
+                                           ? scan::writeClasses(path, scan, nullptr, classes)
+                                           : scan::writeScan(path, scan);
+    for (const std::string& note : written.notes) {
+        std::puts(note.c_str());
+    }
+}
+
 }  // namespace
 
+/* FILE [--hide-no-echo], or FILE --convert OUT, or FILE --classify OUT. */
 int main(int count, char** arguments) {
     if (count < 2) {
         return 2;
     }
+    const std::string mode = count > 2 ? arguments[2] : "";
     try {
-        const bool hide = count > 2 && std::string(arguments[2]) == "--hide-no-echo";
-        print(scan::readScan(arguments[1], {.keepNoEcho = !hide, .oddities = false}));
+        const scan::Scan scan =
+            scan::readScan(arguments[1], {.keepNoEcho = mode.empty(), .oddities = false});
+        if (count > 3) {
+            write(scan, arguments[3], mode == "--classify");
+        } else {
+            print(scan);
+        }
     } catch (const std::exception& error) {
         std::fprintf(stderr, "%s\n", error.what());
         return 1;

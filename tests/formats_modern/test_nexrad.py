@@ -23,7 +23,7 @@ def message31(azimuth, moments, elevation=1, status=1, angle=0.5, nyquist=2500):
     radial = struct.pack(">4sHhffhh", b"RRAD", 20, 4600, 0, 0, nyquist, 0)
     blocks = [volume, radial, *moments]
     starts = np.cumsum([72, *map(len, blocks)])[:-1]
-    body = struct.pack(">4sIHHfBBHBBBBfBBH", b"KDMX", 3600000 + azimuth, DAY, 1, azimuth, 0, 0, 0, 2, status, elevation,
+    body = struct.pack(">4sIHHfBBHBBBBfBBH", b"KDMX", 3600000 + (azimuth - 180) % 360, DAY, 1, azimuth, 0, 0, 0, 2, status, elevation,
                        0, angle, 0, 0, len(blocks))
     body += struct.pack(">10I", *starts, *[0] * (10 - len(blocks))) + b"".join(blocks)
     body += b"\0" * (len(body) % 2)

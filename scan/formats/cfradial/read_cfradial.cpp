@@ -9,21 +9,13 @@
 #include <stdexcept>
 
 #include "scan/formats/cfradial/cfradial_rays.h"
+#include "scan/formats/cfradial/cfradial_sweeps.h"
 #include "scan/formats/cfradial/cfradial_time.h"
 
 namespace scan::cfradial {
 namespace {
 
 constexpr double kLightSpeedMPerS = 299792458;
-constexpr char kSweepGroup[] = "sweep_";
-
-/* A sweep's rays in the stack, and what is said of it as a whole. */
-struct Slice {
-    std::size_t begin = 0, end = 0;
-    int number = 0;
-    double fixedAngleDeg = NAN;
-    std::string mode;
-};
 
 bool isRhi(const std::string& mode) {
     return mode.find("rhi") != std::string::npos || mode == "elevation_surveillance";
@@ -33,40 +25,6 @@ double middle(std::vector<double> values) {
     const auto at = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
     std::nth_element(values.begin(), at, values.end());
     return *at;
-}
-
-int wholeOr(const std::vector<double>& values, std::size_t at, int otherwise) {
-    return at < values.size() && std::abs(values[at]) < 1e9 ? static_cast<int>(values[at])
-                                                            : otherwise;
-}
-
-/* By the indices of the sweeps' rays; all rays are one sweep where there are none. */
-std::vector<Slice> slicesOf(const netcdf::Group& file, std::size_t rays, ValueBudget& budget,
-                            std::vector<std::string>& damage) {
-    const auto begins = file.numbers("sweep_start_ray_index", budget);
-    const auto ends = file.numbers("sweep_end_ray_index", budget);
-    const auto numbers = file.numbers("sweep_number", budget);
-    const auto angles = file.numbers("fixed_angle", budget);
-    const auto modes = file.texts("sweep_mode", budget);
-    std::vector<Slice> slices;
-    const std::size_t count = std::max<std::size_t>(1, std::min(begins.size(), ends.size()));
-    for (std::size_t s = 0; s < count; ++s) {
-        Slice slice;
-        const int begin = wholeOr(begins, s, 0);
-        const int end = wholeOr(ends, s, static_cast<int>(rays) - 1);
-        slice.number = wholeOr(numbers, s, static_cast<int>(s));
-        slice.fixedAngleDeg = s < angles.size() ? angles[s] : NAN;
-        slice.mode = s < modes.size() ? modes[s] : "";
-        if (begin < 0 || end < begin || static_cast<std::size_t>(end) >= rays) {
-            damage.push_back("Sweep " + std::to_string(slice.number) +
-                             " has impossible ray indices and is left out.");
-            continue;
-        }
-        slice.begin = static_cast<std::size_t>(begin);
-        slice.end = static_cast<std::size_t>(end) + 1;
-        slices.push_back(std::move(slice));
-    }
-    return slices;
 }
 
 void addSweep(const Slice& slice, const Rays& rays, const std::vector<StackedField>& fields,
@@ -113,28 +71,12 @@ void readSweepGroup(const netcdf::Group& group, int index, ValueBudget& budget, 
     const auto modes = group.texts("sweep_mode", budget);
     Slice slice;
     slice.end = rays.count;
-    slice.number = wholeOr(group.numbers("sweep_number", budget), 0, index);
+    slice.number = sweepNumber(group, index, budget);
     slice.fixedAngleDeg =
         group.firstNumber({"sweep_fixed_angle", "fixed_angle"}, budget).value_or(NAN);
     slice.mode = modes.empty() ? group.text("sweep_mode") : modes[0];
     addSweep(slice, rays, readFields(group, rays, budget, scan.damage), budget, scan);
     noteRange(rays, scan);
-}
-
-/* Groups sweep_1 ... sweep_N in the order of their numbers. */
-std::vector<netcdf::Group> sweepGroups(const netcdf::Group& file) {
-    std::vector<netcdf::Group> found;
-    for (const netcdf::Group& group : file.groups()) {
-        if (group.name().rfind(kSweepGroup, 0) == 0) {
-            found.push_back(group);
-        }
-    }
-    const auto number = [](const netcdf::Group& group) {
-        return std::atol(group.name().c_str() + sizeof kSweepGroup - 1);
-    };
-    std::stable_sort(found.begin(), found.end(),
-                     [&](const auto& a, const auto& b) { return number(a) < number(b); });
-    return found;
 }
 
 void fillSite(const netcdf::Group& file, ValueBudget& budget, Scan& scan) {

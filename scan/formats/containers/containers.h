@@ -6,7 +6,9 @@
 #define SCAN_FORMATS_CONTAINERS_CONTAINERS_H
 
 #include <string>
+#include <vector>
 
+#include "scan/formats/sweep_classes.h"
 #include "scan/scan.h"
 
 namespace scan {
@@ -19,6 +21,15 @@ struct Containers {
     std::size_t layout;
     Scan (*readHdf5)(const std::string& path);
     Scan (*readNetcdf)(const std::string& path);
+
+    /* Writers return sentences about what the format cannot hold. */
+    using Write = std::vector<std::string> (*)(const std::string& path, const Scan& scan,
+                                               const std::vector<SweepClasses>& classes);
+    Write writeOdim, writeCfRadial1, writeCfRadial2;
+
+    /* Classes beside what an existing file holds. */
+    using Add = void (*)(const std::string& path, const std::vector<SweepClasses>& classes);
+    Add addOdimClasses, addCfRadialClasses;
 };
 
 constexpr std::size_t kContainersLayout =

@@ -8,9 +8,11 @@
 #include <stdexcept>
 
 #include "scan/formats/cfradial/read_cfradial.h"
+#include "scan/formats/cfradial/write_cfradial.h"
 #include "scan/formats/containers/containers.h"
 #include "scan/formats/hdf5/hdf5_group.h"
 #include "scan/formats/odim/read_odim.h"
+#include "scan/formats/odim/write_odim.h"
 #include "scan/formats/recognise.h"
 
 namespace scan {
@@ -52,7 +54,24 @@ Scan readHdf5(const std::string& path) {
     return scan ? std::move(*scan) : readAsCfRadial(path);
 }
 
-constexpr Containers kContainers = {kContainersLayout, readHdf5, readNetcdf};
+/* Any of the writers, one call at a time. */
+template <auto write, class... Arguments>
+auto guarded(Arguments... arguments) {
+    const std::lock_guard<std::mutex> lock(oneAtATime());
+    const hdf5::QuietErrors quiet;
+    return write(arguments...);
+}
+
+constexpr Containers kContainers = {
+    kContainersLayout,
+    readHdf5,
+    readNetcdf,
+    guarded<odim::writeOdim>,
+    guarded<cfradial::writeCfRadial1>,
+    guarded<cfradial::writeCfRadial2>,
+    guarded<odim::addOdimClasses>,
+    guarded<cfradial::addCfRadialClasses>,
+};
 
 }  // namespace
 }  // namespace scan

@@ -100,6 +100,10 @@ void fillRadar(const Level& dataset, Scan& scan) {
     scan.operation.pulseLengthM = static_cast<float>(pulseS * kLightSpeedMPerS);
     scan.operation.turnsPerMinute = static_cast<float>(number("rpm"));
     scan.operation.pulsesPerSecond = static_cast<float>(number("highprf"));
+    // Reflectivity at 1 km that equals the noise; some files have it as 0.
+    const double noise = number("NEZ");
+    scan.hasRadarConstant = noise < -1 && noise > -100;
+    scan.radarConstantDb = scan.hasRadarConstant ? -noise : 0;
     scan.operation.pulsesPerRay = static_cast<float>(number("Vsamples"));
 }
 

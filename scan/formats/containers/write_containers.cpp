@@ -1,0 +1,79 @@
+/* Chooses the writer of a container by the ending, and whether the input is copied. */
+#include "scan/formats/containers/write_containers.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <iterator>
+#include <memory>
+
+#include "scan/fields/roles.h"
+#include "scan/formats/compressed/unpacked_file.h"
+#include "scan/formats/containers/containers.h"
+#include "scan/formats/output_file.h"
+#include "scan/formats/recognise.h"
+
+namespace scan {
+namespace {
+
+struct Container {
+    const char* ending;
+    const char* format;  // as readers name it
+    Containers::Write Containers::*write;
+    Containers::Add Containers::*add;
+};
+
+constexpr Container kContainers[] = {
+    {".h5", "ODIM_H5", &Containers::writeOdim, &Containers::addOdimClasses},
+    {".hdf", "ODIM_H5", &Containers::writeOdim, &Containers::addOdimClasses},
+    {".hdf5", "ODIM_H5", &Containers::writeOdim, &Containers::addOdimClasses},
+    {".nc", "CfRadial 1", &Containers::writeCfRadial1, &Containers::addCfRadialClasses},
+    {".nc4", "CfRadial 2", &Containers::writeCfRadial2, &Containers::addCfRadialClasses},
+};
+
+const Container* find(const std::string& ending) {
+    const auto* found =
+        std::find_if(std::begin(kContainers), std::end(kContainers),
+                     [&](const Container& known) { return ending == known.ending; });
+    return found == std::end(kContainers) ? nullptr : found;
+}
+
+/* Copies the file that a scan was read from, unpacked; false if there is no such file. */
+bool copyInput(const Scan& scan, const OutputFile& file) {
+    std::error_code error;
+    if (!std::filesystem::is_regular_file(scan.path, error)) {
+        return false;
+    }
+    std::unique_ptr<UnpackedFile> unpacked;
+    if (recognise(scan.path) == FileFormat::kCompressed) {
+        unpacked = std::make_unique<UnpackedFile>(scan.path);
+    }
+    std::filesystem::copy_file(unpacked ? unpacked->path() : scan.path, file.temporary(),
+                               std::filesystem::copy_options::overwrite_existing, error);
+    if (error) {
+        failWriting(file.target(), error.value());
+    }
+    return true;
+}
+
+}  // namespace
+
+bool isContainerEnding(const std::string& ending) {
+    return find(ending) != nullptr;
+}
+
+WrittenFiles writeContainer(const std::string& path, const Scan& scan,
+                            const std::vector<SweepClasses>& classes) {
+    const Container& container = *find(lowerCase(std::filesystem::path(path).extension().string()));
+    const Containers& module = containers();
+    OutputFile file(path);
+    WrittenFiles written{{path}, {}};
+    if (!classes.empty() && scan.format == container.format && copyInput(scan, file)) {
+        (module.*container.add)(file.temporary(), classes);
+    } else {
+        written.notes = (module.*container.write)(file.temporary(), scan, classes);
+    }
+    file.commit();
+    return written;
+}
+
+}  // namespace scan

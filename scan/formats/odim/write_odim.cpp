@@ -1,0 +1,346 @@
+/*
+ * Writing ODIM_H5. The mandatory attributes of release 2.2, and those of how that keep geometry,
+ * times and calibration.
+ */
+#include "scan/formats/odim/write_odim.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <stdexcept>
+
+#include "scan/formats/calendar.h"
+#include "scan/formats/class_flags.h"
+#include "scan/formats/hdf5/hdf5_group.h"
+#include "scan/formats/hdf5/hdf5_writer.h"
+#include "scan/formats/plain_values.h"
+
+namespace scan::odim {
+namespace {
+
+constexpr double kLightSpeedMPerS = 299792458;
+constexpr char kTask[] = "clutterclassifier.echo.classification";
+
+std::string dateText(const DateTime& time) {
+    char text[16];
+    std::snprintf(text, sizeof text, "%04d%02d%02d", time.year % 10000, time.month % 100,
+                  time.day % 100);
+    return text;
+}
+
+std::string clockText(const DateTime& time) {
+    char text[16];
+    std::snprintf(text, sizeof text, "%02d%02d%02d", time.hour % 100, time.minute % 100,
+                  time.second % 100);
+    return text;
+}
+
+/* As it was read, else made of the names. */
+std::string sourceOf(const Scan& scan) {
+    if (!scan.source.empty()) {
+        return scan.source;
+    }
+    const std::string radar = scan.radarName.empty() ? "" : "NOD:" + scan.radarName;
+    const std::string place = scan.siteName.empty() ? "" : "PLC:" + scan.siteName;
+    const std::string both = radar + (radar.empty() || place.empty() ? "" : ",") + place;
+    return both.empty() ? "CMT:unknown" : both;
+}
+
+const char* objectOf(const Scan& scan) {
+    const bool allRhi = std::all_of(scan.sweeps.begin(), scan.sweeps.end(),
+                                    [](const Sweep& sweep) { return sweep.rhi; });
+    return allRhi ? "ELEV" : scan.sweeps.size() == 1 ? "SCAN" : "PVOL";
+}
+
+void writeTop(const hdf5::Writer& file, const Scan& scan) {
+    file.text("Conventions", "ODIM_H5/V2_2");
+    const hdf5::Writer what = file.group("what");
+    what.text("object", objectOf(scan));
+    what.text("version", "H5rad 2.2");
+    what.text("date", dateText(scan.time));
+    what.text("time", clockText(scan.time));
+    what.text("source", sourceOf(scan));
+    const hdf5::Writer where = file.group("where");
+    where.number("lat", scan.latitudeDeg);
+    where.number("lon", scan.longitudeDeg);
+    where.number("height", scan.altitudeM);
+    const hdf5::Writer how = file.group("how");
+    const std::pair<const char*, double> numbers[] = {
+        {"beamwH", scan.beamWidthDeg},
+        {"wavelength", 100 * scan.wavelengthM},
+        {"pulsewidth", scan.operation.pulseLengthM / kLightSpeedMPerS * 1e6},
+        {"rpm", scan.operation.turnsPerMinute},
+        {"highprf", scan.operation.pulsesPerSecond},
+        {"Vsamples", scan.operation.pulsesPerRay},
+        {"NEZ", scan.hasRadarConstant ? -scan.radarConstantDb : 0},
+    };
+    for (const auto& [name, value] : numbers) {
+        if (value != 0) {
+            how.number(name, value);
+        }
+    }
+}
+
+/* Values a ray, beginning with the one that is to be the first. */
+template <class Values>
+Values rolled(const Values& values, std::size_t rays, std::size_t first) {
+    const std::size_t width = values.size() / rays;
+    Values result(values);
+    std::rotate(result.begin(), result.begin() + static_cast<std::ptrdiff_t>(first * width),
+                result.end());
+    return result;
+}
+
+bool isCircle(const Sweep& sweep) {
+    constexpr double kMaxGapDeg = 3, kMaxGapSteps = 2.5;
+    std::vector<double> sorted = sweep.azimuthDeg;
+    std::sort(sorted.begin(), sorted.end());
+    double gap = sorted.front() + 360 - sorted.back();
+    for (std::size_t r = 1; r < sorted.size(); ++r) {
+        gap = std::max(gap, sorted[r] - sorted[r - 1]);
+    }
+    return gap <= std::max(kMaxGapDeg, kMaxGapSteps * 360 / sweep.nrays);
+}
+
+/* The ray nearest to north, clockwise from it; 0 where rays do not close a circle. */
+std::size_t firstRay(const Sweep& sweep) {
+    if (sweep.rhi || !isCircle(sweep)) {
+        return 0;
+    }
+    return static_cast<std::size_t>(
+        std::min_element(sweep.azimuthDeg.begin(), sweep.azimuthDeg.end()) -
+        sweep.azimuthDeg.begin());
+}
+
+std::vector<double> shifted(std::vector<double> values, double by) {
+    for (double& value : values) {
+        value += by;
+    }
+    return values;
+}
+
+/* Half of the usual step between rays. */
+double halfWidthDeg(const std::vector<double>& angles) {
+    std::vector<double> steps;
+    for (std::size_t r = 1; r < angles.size(); ++r) {
+        steps.push_back(std::abs(std::remainder(angles[r] - angles[r - 1], 360.0)));
+    }
+    if (steps.empty()) {
+        return 0.5;
+    }
+    const auto middle = steps.begin() + static_cast<std::ptrdiff_t>(steps.size() / 2);
+    std::nth_element(steps.begin(), middle, steps.end());
+    return *middle / 2;
+}
+
+void writeAngles(const hdf5::Writer& how, const char* start, const char* stop,
+                 const std::vector<double>& middles) {
+    const double half = halfWidthDeg(middles);
+    how.numbers(start, shifted(middles, -half));
+    how.numbers(stop, shifted(middles, half));
+}
+
+/* One dataset. */
+class SweepWriter {
+  public:
+    SweepWriter(const hdf5::Writer& group, const Scan& scan, const Sweep& sweep)
+        : group_(group),
+          scan_(scan),
+          sweep_(sweep),
+          rays_(static_cast<std::size_t>(sweep.nrays)),
+          first_(firstRay(sweep)) {}
+
+    void write() const {
+        writeWhat();
+        writeWhere();
+        writeHow();
+        int number = 0;
+        for (const Field& field : sweep_.fields) {
+            writeField(group_.group("data" + std::to_string(++number)), field);
+        }
+    }
+
+    std::vector<float> rolledClasses(const std::vector<float>& classes) const {
+        return rolled(classes, rays_, first_);
+    }
+
+  private:
+    std::vector<double> perRay(const std::vector<double>& values) const {
+        return rolled(values, rays_, first_);
+    }
+
+    void writeWhat() const {
+        DateTime begin = scan_.time, end = scan_.time;
+        if (!sweep_.rayTimeS.empty()) {
+            const auto ends = std::minmax_element(sweep_.rayTimeS.begin(), sweep_.rayTimeS.end());
+            begin = dateTimeOf(*ends.first);
+            end = dateTimeOf(std::ceil(*ends.second));
+        }
+        const hdf5::Writer what = group_.group("what");
+        what.text("product", sweep_.rhi ? "RHI" : "SCAN");
+        what.text("startdate", dateText(begin));
+        what.text("starttime", clockText(begin));
+        what.text("enddate", dateText(end));
+        what.text("endtime", clockText(end));
+    }
+
+    void writeWhere() const {
+        const hdf5::Writer where = group_.group("where");
+        where.number(sweep_.rhi ? "az_angle" : "elangle", sweep_.fixedAngleDeg);
+        where.whole("nbins", sweep_.ngates);
+        where.whole("nrays", sweep_.nrays);
+        where.number("rscale", sweep_.gateSpacingM);
+        where.number("rstart", (sweep_.firstGateM - sweep_.gateSpacingM / 2) / 1000);
+        where.whole("a1gate", firstInTime());
+    }
+
+    long firstInTime() const {
+        if (sweep_.rayTimeS.empty()) {
+            return 0;
+        }
+        const std::vector<double> times = perRay(sweep_.rayTimeS);
+        return std::min_element(times.begin(), times.end()) - times.begin();
+    }
+
+    void writeHow() const {
+        const hdf5::Writer how = group_.group("how");
+        if (sweep_.nyquist > 0) {
+            how.number("NI", sweep_.nyquist);
+        }
+        const std::vector<double> azimuths = perRay(sweep_.azimuthDeg);
+        const std::vector<double> elevations = perRay(sweep_.elevationDeg);
+        if (sweep_.rhi) {
+            writeAngles(how, "startelA", "stopelA", elevations);
+            how.numbers("azangles", azimuths);
+        } else {
+            writeAngles(how, "startazA", "stopazA", azimuths);
+            how.numbers("elangles", elevations);
+        }
+        if (!sweep_.rayTimeS.empty()) {
+            const std::vector<double> times = perRay(sweep_.rayTimeS);
+            how.numbers(sweep_.rhi ? "startelT" : "startazT", times);
+            how.numbers(sweep_.rhi ? "stopelT" : "stopazT", times);
+        }
+    }
+
+    void writeField(const hdf5::Writer& group, const Field& field) const {
+        const float noEcho = noEchoMarkOf(field);
+        const hdf5::Writer what = group.group("what");
+        what.text("quantity", field.name);
+        what.number("gain", 1);
+        what.number("offset", 0);
+        what.number("nodata", kMissingMark);
+        what.number("undetect", noEcho);
+        const std::vector<float> values = plainValues(field, kMissingMark, noEcho);
+        group.plane("data", sweep_.nrays, sweep_.ngates, rolled(values, rays_, first_));
+    }
+
+    const hdf5::Writer& group_;
+    const Scan& scan_;
+    const Sweep& sweep_;
+    std::size_t rays_, first_;
+};
+
+/* Codes of gates; 255 where a gate has no class. */
+std::vector<std::uint8_t> codesOf(const std::vector<float>& classes) {
+    std::vector<std::uint8_t> codes(classes.size(), kNoClass);
+    for (std::size_t i = 0; i < classes.size(); ++i) {
+        if (!std::isnan(classes[i])) {
+            codes[i] = static_cast<std::uint8_t>(classes[i]);
+        }
+    }
+    return codes;
+}
+
+void writeClasses(const hdf5::Writer& dataset, int number, const Sweep& sweep,
+                  const std::vector<float>& classes) {
+    constexpr int kUndetect = 254;  // every gate has a class or none: unused
+    const hdf5::Writer quality = dataset.group("quality" + std::to_string(number));
+    const hdf5::Writer what = quality.group("what");
+    what.text("quantity", kClassName);
+    what.number("gain", 1);
+    what.number("offset", 0);
+    what.number("nodata", kNoClass);
+    what.number("undetect", kUndetect);
+    const hdf5::Writer how = quality.group("how");
+    how.text("task", kTask);
+    std::vector<hdf5::Writer::Row> legend;
+    std::string codes;
+    for (const ClassFlag& flag : kClassFlags) {
+        const std::string code = std::to_string(static_cast<int>(flag.code));
+        legend.push_back({flag.name, code});
+        codes += codes.empty() ? "" : ",";
+        codes += code + ":" + flag.name;
+    }
+    how.text("task_args", codes);
+    quality.plane("data", sweep.nrays, sweep.ngates, codesOf(classes));
+    quality.table("legend", legend);
+}
+
+const std::vector<float>* classesOf(const Sweep& sweep, const std::vector<SweepClasses>& classes) {
+    for (const SweepClasses& entry : classes) {
+        if (entry.sweep == &sweep) {
+            return entry.classes;
+        }
+    }
+    return nullptr;
+}
+
+/* The next number of a quality group in a dataset. */
+int nextQuality(const hdf5::Group& dataset) {
+    int number = 1;
+    while (dataset.holds("quality" + std::to_string(number))) {
+        ++number;
+    }
+    return number;
+}
+
+std::vector<std::string> lost(const Scan& scan) {
+    std::vector<std::string> notes;
+    if (std::any_of(scan.sweeps.begin(), scan.sweeps.end(), hasShortRays)) {
+        notes.push_back(
+            "ODIM_H5 has no rays of different lengths: shorter rays are padded with missing "
+            "gates.");
+    }
+    return notes;
+}
+
+}  // namespace
+
+std::vector<std::string> writeOdim(const std::string& path, const Scan& scan,
+                                   const std::vector<SweepClasses>& classes) {
+    const hdf5::Writer file = hdf5::Writer::create(path);
+    writeTop(file, scan);
+    int number = 0;
+    for (const Sweep& sweep : scan.sweeps) {
+        const hdf5::Writer dataset = file.group("dataset" + std::to_string(++number));
+        const SweepWriter writer(dataset, scan, sweep);
+        writer.write();
+        const std::vector<float>* codes = classesOf(sweep, classes);
+        if (codes) {
+            writeClasses(dataset, 1, sweep, writer.rolledClasses(*codes));
+        }
+    }
+    return lost(scan);
+}
+
+void addOdimClasses(const std::string& path, const std::vector<SweepClasses>& classes) {
+    std::vector<int> numbers;
+    for (const SweepClasses& entry : classes) {
+        const auto dataset =
+            hdf5::openFile(path).find("dataset" + std::to_string(entry.sweep->number));
+        if (!dataset) {
+            throw std::runtime_error("sweep " + std::to_string(entry.sweep->number) +
+                                     " is no longer in its file");
+        }
+        numbers.push_back(nextQuality(*dataset));
+    }
+    const hdf5::Writer file = hdf5::Writer::open(path);
+    for (std::size_t i = 0; i < classes.size(); ++i) {
+        const Sweep& sweep = *classes[i].sweep;
+        writeClasses(file.group("dataset" + std::to_string(sweep.number)), numbers[i], sweep,
+                     *classes[i].classes);
+    }
+}
+
+}  // namespace scan::odim
