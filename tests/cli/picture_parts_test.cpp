@@ -196,8 +196,10 @@ TEST(GateFinder, FollowsTheBeamInARangeHeightSweep) {
         }
     }
     EXPECT_EQ(finder.find(10.0, 15.0), -1); /* above the highest beam */
-    sweep.elevationDeg[59] = 120.0;
-    EXPECT_DOUBLE_EQ(rangeHeightView(sweep, 200.0).left, -200.0);
+    for (const auto& [elevationDeg, left] : {std::pair{90.0, 0.0}, {90.5, -200.0}}) {
+        sweep.elevationDeg[59] = elevationDeg;
+        EXPECT_DOUBLE_EQ(rangeHeightView(sweep, 200.0).left, left);
+    }
 }
 
 TEST(Rasterise, MixesColoursAtEdgesAndLeavesMissingGatesOut) {

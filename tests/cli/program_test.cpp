@@ -83,8 +83,8 @@ TEST_F(Program, InfoShowsWhatAFileHolds) {
 /* The table counts every gate under its truth; the scan comes back as it was made. */
 TEST_F(Program, TheDemoFindsTheClutterThatItHides) {
     const std::string file = directory_.file("demo.uf");
-    const Outcome outcome =
-        runProgram("demo --seed 5 -o " + directory_.file("demo.png") + " --scan " + file);
+    const Outcome outcome = runProgram("demo --seed 5 --width 720 -o " +
+                                       directory_.file("demo.png") + " --scan " + file);
     ASSERT_EQ(outcome.code, 0) << outcome.out;
     const scan::SyntheticScan made = scan::makeSyntheticScan(5);
     std::istringstream words(outcome.out);

@@ -218,6 +218,13 @@ TEST(DecibelMean, IsCertainOnlyWithinTheMargin) {
     }
 }
 
+/* Each member of a sum of doubles may add half a unit in the last place, in decibels. */
+TEST(DecibelMean, TheMarginGrowsWithTheSum) {
+    for (const int members : {1, 1000, 1000000}) {
+        EXPECT_GT(clutter::dsp::roundingMargin(members), members * 0x1p-53 * 10.0 / std::log(10.0));
+    }
+}
+
 TEST(DecibelMean, IsUncertainPastTheRangeOfPowers) {
     double sums[] = {std::numeric_limits<double>::infinity(),
                      1.0,
