@@ -56,7 +56,12 @@ def _mutant(path: str, text: str, start: int, end: int, replacement: str, operat
     last = len(text) if last < 0 else last
     after = text[first:start] + replacement + text[end:last]
     return Mutant(path, operator, start, end, replacement, text.count("\n", 0, start) + 1,
-                  " ".join(text[first:last].split()), " ".join(after.split()))
+                  _plain(text[first:last]), _plain(after))
+
+
+def _plain(lines: str) -> str:
+    """Code without its comments and layout."""
+    return " ".join(re.sub(r"//[^\n]*|/\*.*?\*/", " ", lines, flags=re.S).split())
 
 
 def _one_more(number: str) -> str | None:

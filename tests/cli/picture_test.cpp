@@ -94,6 +94,24 @@ TEST_F(PictureFile, HasNorthUpAndEastToTheRight) {
     EXPECT_NEAR(static_cast<double>(missing.pixels), 2.0 * rain.pixels, 0.1 * missing.pixels);
 }
 
+/* Its pointed ends have the colours of the extremes, at one height, as far left as right. */
+TEST_F(PictureFile, HasItsScaleUnderTheMiddleOfTheMap) {
+    const Sweep sweep = sweepOf({0, 90, 180, 270}, 1, 20000.0);
+    PictureOptions options;
+    options.widthPx = 500;
+    drawPanels(scan_, sweep, {{"DZ", "", std::vector<float>(4, kNan)}}, options, path("a.png"));
+    const Spot map = spotOf(path("a.png"), kNoDataColour, 0.85);
+    const Spot low = spotOf(path("a.png"), colourAt(Palette::kReflectivity, 0.0), 1.0);
+    const Spot high = spotOf(path("a.png"), colourAt(Palette::kReflectivity, 1.0), 1.0);
+    EXPECT_GT(map.pixels, 20000);
+    EXPECT_GT(low.pixels, 20);
+    EXPECT_NEAR(low.pixels, high.pixels, 0.2 * low.pixels);
+    EXPECT_NEAR(low.y, high.y, 0.7);
+    EXPECT_GT(low.y, map.y + 150);
+    EXPECT_NEAR(0.5 * (low.x + high.x), map.x, 2.0);
+    EXPECT_NEAR(high.x - low.x, 430, 30);
+}
+
 TEST_F(PictureFile, IsOfTheFormatItsNameSays) {
     const Sweep sweep = sweepOf({10.0, 20.0}, 3, 1000.0);
     const Field field{"DZ", "dBZ", {1, 2, 3, kNan, 50, 60}};
