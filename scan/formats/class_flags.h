@@ -19,6 +19,27 @@ constexpr ClassFlag kClassFlags[] = {
 constexpr int kNoClass = 255;  // of a byte: the gate has no class
 constexpr char kClassName[] = "CLASS";
 
+/* What is written beside the classes, under the name that files of today give it. */
+struct CertaintyName {
+    const char* field;
+    const char* name;
+    const char* text;
+};
+
+constexpr CertaintyName kCertaintyNames[] = {
+    {"PR", "PROBABILITY", "probability of precipitation"},
+    {"MA", "MARGIN", "margin between precipitation and clutter"},
+};
+
+inline CertaintyName certaintyName(const Field& field) {
+    for (const CertaintyName& known : kCertaintyNames) {
+        if (field.name == known.field) {
+            return known;
+        }
+    }
+    return {field.name.c_str(), field.name.c_str(), field.name.c_str()};
+}
+
 }  // namespace scan
 
 #endif

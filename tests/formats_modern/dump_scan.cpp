@@ -97,7 +97,7 @@ void write(const scan::Scan& scan, const std::string& path, bool withClasses) {
     }
     std::vector<scan::SweepClasses> classes;
     for (std::size_t i = 0; i < scan.sweeps.size(); ++i) {
-        classes.push_back({&scan.sweeps[i], &values[i]});
+        classes.push_back({&scan.sweeps[i], &values[i], {{"PR", "", values[i]}}});
     }
     const scan::WrittenFiles written = withClasses
                                            ? scan::writeClasses(path, scan, nullptr, classes)

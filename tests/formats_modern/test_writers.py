@@ -120,6 +120,7 @@ def test_classes_beside_what_was_there(tmp_path, ending, kind, model):
         if ending == ".h5" and old.azimuth != new.azimuth and kind == "nexrad":
             codes = np.roll(codes, -int(np.argmin(old.azimuth)), axis=0)
         np.testing.assert_array_equal(new.values.pop("CLASS"), codes)
+        np.testing.assert_array_equal(new.values.pop("PROBABILITY"), codes)
     check_same(before, after, ending)
 
 
@@ -146,11 +147,12 @@ def test_all_else_in_an_odim_file_stays(tmp_path, pack):
         old, new = contents(before), contents(after)
         assert old.items() <= new.items()
         added = {key if isinstance(key, str) else key[0] for key in new.keys() - old.keys()}
-        assert all(path.startswith("dataset1/quality1") for path in added)
+        assert all(path.startswith("dataset1/quality") for path in added)
         quality = after["dataset1/quality1"]
         assert quality["how"].attrs["task"] == b"clutterclassifier.echo.classification"
         assert (b"precipitation", b"0") in quality["legend"][...].tolist()
         assert quality["data"].dtype == np.uint8
+        assert after["dataset1/quality2/how"].attrs["task"] == b"clutterclassifier.echo.probability"
 
 
 MANDATORY = {  # of release 2.2: group, attribute, type

@@ -1,5 +1,6 @@
 /* Classes added to an existing CfRadial file: a variable of the shape of its fields. */
 #include <algorithm>
+#include <cmath>
 #include <stdexcept>
 
 #include "scan/formats/cfradial/cfradial_output.h"
@@ -7,12 +8,13 @@
 #include "scan/formats/cfradial/cfradial_sweeps.h"
 #include "scan/formats/cfradial/write_cfradial.h"
 #include "scan/formats/class_flags.h"
+#include "scan/formats/plain_values.h"
 
 namespace scan::cfradial {
 namespace {
 
-std::string freeName(const netcdf::Group& group) {
-    std::string name = kClassName;
+std::string freeName(const netcdf::Group& group, const char* wanted) {
+    std::string name = wanted;
     while (group.variable(name)) {
         name += "_2";
     }
@@ -23,28 +25,60 @@ std::string freeName(const netcdf::Group& group) {
     throw std::runtime_error("sweep " + std::to_string(sweep.number) + " is no longer in its file");
 }
 
-/* Codes of a sweep's rays, each where the ray is in the file. */
-void placeCodes(const SweepClasses& entry, const Rays& rays, std::size_t begin, bool ragged,
-                std::vector<std::uint8_t>& codes) {
-    const Sweep& sweep = *entry.sweep;
+/* A new variable of the shape of fields: codes of classes, or values of their certainty. */
+struct Layer {
+    std::string name;
+    const Field* field = nullptr;  // null: classes
+    std::vector<float> values;     // NaN: none
+};
+
+/* What is added to one group, "" for the file. */
+struct Addition {
+    std::string group;
+    bool ragged = false;
+    std::vector<Layer> layers;
+};
+
+/* Calls place(from, to) for every gate of a sweep: its index in the sweep and in the file. */
+template <class Place>
+void eachGate(const Sweep& sweep, const Rays& rays, std::size_t begin, bool ragged, Place place) {
     const auto width = static_cast<std::size_t>(sweep.ngates);
     for (std::size_t r = 0; r < static_cast<std::size_t>(sweep.nrays); ++r) {
         const std::size_t ray = begin + r;
         const std::size_t to = ragged ? rays.start[ray] : ray * rays.maxGates;
         const std::size_t held =
             rays.gates.empty() ? width : static_cast<std::size_t>(rays.gates[ray]);
-        for (std::size_t g = 0; g < std::min(held, width) && to + g < codes.size(); ++g) {
-            codes[to + g] = codeOf((*entry.classes)[r * width + g]);
+        for (std::size_t g = 0; g < std::min(held, width); ++g) {
+            place(r * width + g, to + g);
         }
     }
 }
 
-struct Addition {
-    std::string group;  // "" for the file
-    std::string name;
-    bool ragged = false;
-    std::vector<std::uint8_t> codes;
-};
+Addition emptyAddition(const netcdf::Group& group, const SweepClasses& example, bool ragged,
+                       std::size_t values) {
+    Addition addition{group.name(), ragged, {}};
+    addition.layers.push_back({freeName(group, kClassName), nullptr, {}});
+    for (const Field& field : example.certainty) {
+        addition.layers.push_back({freeName(group, certaintyName(field).name), &field, {}});
+    }
+    for (Layer& layer : addition.layers) {
+        layer.values.assign(values, NAN);
+    }
+    return addition;
+}
+
+void place(const SweepClasses& entry, const Rays& rays, std::size_t begin, Addition& addition) {
+    for (std::size_t i = 0; i < addition.layers.size(); ++i) {
+        std::vector<float>& values = addition.layers[i].values;
+        const std::vector<float>& given =
+            i == 0 ? *entry.classes : entry.certainty.at(i - 1).values;
+        eachGate(*entry.sweep, rays, begin, addition.ragged, [&](std::size_t from, std::size_t to) {
+            if (to < values.size()) {
+                values[to] = given[from];
+            }
+        });
+    }
+}
 
 /* Fields of one value a gate, in one dimension. */
 std::optional<std::size_t> raggedCount(const netcdf::Group& file, const Rays& rays) {
@@ -65,8 +99,8 @@ Addition stackedAddition(const netcdf::Group& file, const std::vector<SweepClass
     std::vector<std::string> damage;
     const std::vector<Slice> slices = slicesOf(file, rays.count, budget, damage);
     const std::optional<std::size_t> points = raggedCount(file, rays);
-    Addition addition{"", freeName(file), points.has_value(), {}};
-    addition.codes.assign(points.value_or(rays.count * rays.maxGates), kNoClass);
+    Addition addition = emptyAddition(file, classes.front(), points.has_value(),
+                                      points.value_or(rays.count * rays.maxGates));
     for (const SweepClasses& entry : classes) {
         const auto slice = std::find_if(slices.begin(), slices.end(), [&](const Slice& known) {
             return known.number == entry.sweep->number &&
@@ -75,7 +109,7 @@ Addition stackedAddition(const netcdf::Group& file, const std::vector<SweepClass
         if (slice == slices.end()) {
             failMissing(*entry.sweep);
         }
-        placeCodes(entry, rays, slice->begin, addition.ragged, addition.codes);
+        place(entry, rays, slice->begin, addition);
     }
     return addition;
 }
@@ -87,9 +121,8 @@ Addition groupAddition(const std::vector<netcdf::Group>& groups, const SweepClas
             continue;
         }
         const Rays rays = readRays(groups[i], budget);
-        Addition addition{groups[i].name(), freeName(groups[i]), false, {}};
-        addition.codes.assign(rays.count * rays.maxGates, kNoClass);
-        placeCodes(entry, rays, 0, false, addition.codes);
+        Addition addition = emptyAddition(groups[i], entry, false, rays.count * rays.maxGates);
+        place(entry, rays, 0, addition);
         return addition;
     }
     failMissing(*entry.sweep);
@@ -110,20 +143,36 @@ std::vector<Addition> additionsFor(const std::string& path,
     return additions;
 }
 
+void write(const netcdf::Writer& target, const netcdf::Dimensions& shape, const Layer& layer) {
+    if (layer.field) {
+        std::vector<float> values = layer.values;
+        std::replace_if(
+            values.begin(), values.end(), [](float value) { return std::isnan(value); },
+            kMissingMark);
+        describeCertainty(target.floats(layer.name, shape, values, kMissingMark), *layer.field);
+        return;
+    }
+    std::vector<std::uint8_t> codes(layer.values.size());
+    std::transform(layer.values.begin(), layer.values.end(), codes.begin(), codeOf);
+    describeClasses(target.bytes(layer.name, shape, codes, kNoClass));
+}
+
 }  // namespace
 
 void addCfRadialClasses(const std::string& path, const std::vector<SweepClasses>& classes) {
     const std::vector<Addition> additions = additionsFor(path, classes);
     const netcdf::Writer file = netcdf::Writer::open(path);
     for (const Addition& addition : additions) {
-        const netcdf::Writer place =
+        const netcdf::Writer target =
             addition.group.empty() ? file : file.existingGroup(addition.group);
-        const netcdf::Dimensions rays = place.dimensionsOf("azimuth");
-        const netcdf::Dimensions gates = place.dimensionsOf("range");
+        const netcdf::Dimensions rays = target.dimensionsOf("azimuth");
+        const netcdf::Dimensions gates = target.dimensionsOf("range");
         const netcdf::Dimensions shape = addition.ragged
-                                             ? netcdf::Dimensions{place.dimension("n_points")}
+                                             ? netcdf::Dimensions{target.dimension("n_points")}
                                              : netcdf::Dimensions{rays.at(0), gates.back()};
-        describeClasses(place.bytes(addition.name, shape, addition.codes, kNoClass));
+        for (const Layer& layer : addition.layers) {
+            write(target, shape, layer);
+        }
     }
     file.close();
 }

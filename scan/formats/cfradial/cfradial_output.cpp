@@ -136,6 +136,14 @@ void describeClasses(const netcdf::VariableWriter& variable) {
         .text("flag_meanings", meanings);
 }
 
+void describeCertainty(const netcdf::VariableWriter& variable, const Field& field) {
+    variable.text("long_name", certaintyName(field).text)
+        .text("units", "1")
+        .text("coordinates", kCoordinates)
+        .text("is_quality_field", "true")
+        .text("qualified_variables", kClassName);
+}
+
 std::string modeOf(const Sweep& sweep) {
     if (!sweep.mode.empty()) {
         return sweep.mode;
@@ -143,10 +151,10 @@ std::string modeOf(const Sweep& sweep) {
     return sweep.rhi ? "rhi" : "azimuth_surveillance";
 }
 
-const std::vector<float>* classesOf(const Sweep& sweep, const std::vector<SweepClasses>& classes) {
+const SweepClasses* entryOf(const Sweep& sweep, const std::vector<SweepClasses>& classes) {
     for (const SweepClasses& entry : classes) {
         if (entry.sweep == &sweep) {
-            return entry.classes;
+            return &entry;
         }
     }
     return nullptr;

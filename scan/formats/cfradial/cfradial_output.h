@@ -31,11 +31,12 @@ void describeAzimuth(const netcdf::VariableWriter& variable);
 void describeElevation(const netcdf::VariableWriter& variable);
 void describeField(const netcdf::VariableWriter& variable, const Field& field, float noEcho);
 void describeClasses(const netcdf::VariableWriter& variable);
+void describeCertainty(const netcdf::VariableWriter& variable, const Field& field);
 
 std::string modeOf(const Sweep& sweep);
 
 /* The classes of a sweep; null if it has none. */
-const std::vector<float>* classesOf(const Sweep& sweep, const std::vector<SweepClasses>& classes);
+const SweepClasses* entryOf(const Sweep& sweep, const std::vector<SweepClasses>& classes);
 
 std::uint8_t codeOf(float value);
 

@@ -261,9 +261,10 @@ class StackWriter {
             std::vector<std::uint8_t> codes(
                 static_cast<std::size_t>(sweep.nrays) * static_cast<std::size_t>(sweep.ngates),
                 kNoClass);
-            const std::vector<float>* given = classesOf(sweep, classes);
-            if (given) {
-                std::transform(given->begin(), given->end(), codes.begin(), codeOf);
+            const SweepClasses* entry = entryOf(sweep, classes);
+            if (entry) {
+                std::transform(entry->classes->begin(), entry->classes->end(), codes.begin(),
+                               codeOf);
             }
             appendRays(sweep, codes, stacked);
         }
@@ -273,6 +274,25 @@ class StackWriter {
             name += "_2";
         }
         describeClasses(file_.bytes(name, shape(), stacked, kNoClass));
+        for (std::size_t i = 0; i < classes.front().certainty.size(); ++i) {
+            writeCertainty(classes, i);
+        }
+    }
+
+    void writeCertainty(const std::vector<SweepClasses>& classes, std::size_t index) const {
+        std::vector<float> stacked;
+        for (const Sweep& sweep : scan_.sweeps) {
+            const SweepClasses* entry = entryOf(sweep, classes);
+            const std::vector<float> values =
+                entry ? plainValues(entry->certainty.at(index), kMissingMark, kNoEchoMark)
+                      : std::vector<float>(static_cast<std::size_t>(sweep.nrays) *
+                                               static_cast<std::size_t>(sweep.ngates),
+                                           kMissingMark);
+            appendRays(sweep, values, stacked);
+        }
+        const Field& field = classes.front().certainty[index];
+        describeCertainty(file_.floats(certaintyName(field).name, shape(), stacked, kMissingMark),
+                          field);
     }
 
     const netcdf::Writer& file_;
@@ -288,6 +308,19 @@ std::string groupName(std::size_t index) {
 }
 
 /* Release 2. */
+void writeGroupClasses(const netcdf::Writer& group, const netcdf::Dimensions& shape,
+                       const SweepClasses& entry) {
+    std::vector<std::uint8_t> codes(entry.classes->size());
+    std::transform(entry.classes->begin(), entry.classes->end(), codes.begin(), codeOf);
+    const char* name = find(*entry.sweep, kClassName) ? "CLASS_2" : kClassName;
+    describeClasses(group.bytes(name, shape, codes, kNoClass));
+    for (const Field& field : entry.certainty) {
+        const std::vector<float> values = plainValues(field, kMissingMark, kNoEchoMark);
+        describeCertainty(group.floats(certaintyName(field).name, shape, values, kMissingMark),
+                          field);
+    }
+}
+
 void writeGroup(const netcdf::Writer& group, const Scan& scan, const Sweep& sweep,
                 const std::vector<SweepClasses>& classes) {
     const int time = group.dimension("time", static_cast<std::size_t>(sweep.nrays));
@@ -313,12 +346,9 @@ void writeGroup(const netcdf::Writer& group, const Scan& scan, const Sweep& swee
                                    plainValues(field, kMissingMark, noEcho), kMissingMark),
                       field, noEcho);
     }
-    const std::vector<float>* given = classesOf(sweep, classes);
-    if (given) {
-        std::vector<std::uint8_t> codes(given->size());
-        std::transform(given->begin(), given->end(), codes.begin(), codeOf);
-        const char* name = find(sweep, kClassName) ? "CLASS_2" : kClassName;
-        describeClasses(group.bytes(name, {time, range}, codes, kNoClass));
+    const SweepClasses* entry = entryOf(sweep, classes);
+    if (entry) {
+        writeGroupClasses(group, {time, range}, *entry);
     }
 }
 

@@ -138,7 +138,10 @@ VariableWriter Writer::floats(const std::string& name, const Dimensions& dimensi
     const int id = define(name, NC_FLOAT, dimensions);
     compress(id, name, dimensions);
     check(nc_put_att_float(id_, id, "_FillValue", NC_FLOAT, 1, &fill), name);
+    // Files of the classic model take values in another mode than definitions.
+    nc_enddef(id_);
     check(nc_put_var_float(id_, id, values.data()), name);
+    nc_redef(id_);
     return {id_, id, name};
 }
 
@@ -147,8 +150,7 @@ VariableWriter Writer::bytes(const std::string& name, const Dimensions& dimensio
     const int id = define(name, NC_UBYTE, dimensions);
     compress(id, name, dimensions);
     check(nc_put_att_ubyte(id_, id, "_FillValue", NC_UBYTE, 1, &fill), name);
-    // Files of the classic model take values in another mode than definitions.
-    nc_enddef(id_);
+    nc_enddef(id_);  // as above
     check(nc_put_var_ubyte(id_, id, values.data()), name);
     nc_redef(id_);
     return {id_, id, name};

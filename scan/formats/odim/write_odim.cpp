@@ -5,6 +5,7 @@
 #include "scan/formats/odim/write_odim.h"
 
 #include <algorithm>
+#include <cctype>
 #include <cmath>
 #include <cstdio>
 #include <stdexcept>
@@ -19,7 +20,14 @@ namespace scan::odim {
 namespace {
 
 constexpr double kLightSpeedMPerS = 299792458;
-constexpr char kTask[] = "clutterclassifier.echo.classification";
+constexpr char kTask[] = "clutterclassifier.echo.";
+
+std::string lowered(std::string text) {
+    for (char& c : text) {
+        c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    }
+    return text;
+}
 
 std::string dateText(const DateTime& time) {
     char text[16];
@@ -160,8 +168,8 @@ class SweepWriter {
         }
     }
 
-    std::vector<float> rolledClasses(const std::vector<float>& classes) const {
-        return rolled(classes, rays_, first_);
+    std::vector<float> inOrder(const std::vector<float>& values) const {
+        return rolled(values, rays_, first_);
     }
 
   private:
@@ -263,7 +271,7 @@ void writeClasses(const hdf5::Writer& dataset, int number, const Sweep& sweep,
     what.number("nodata", kNoClass);
     what.number("undetect", kUndetect);
     const hdf5::Writer how = quality.group("how");
-    how.text("task", kTask);
+    how.text("task", std::string(kTask) + "classification");
     std::vector<hdf5::Writer::Row> legend;
     std::string codes;
     for (const ClassFlag& flag : kClassFlags) {
@@ -277,10 +285,35 @@ void writeClasses(const hdf5::Writer& dataset, int number, const Sweep& sweep,
     quality.table("legend", legend);
 }
 
-const std::vector<float>* classesOf(const Sweep& sweep, const std::vector<SweepClasses>& classes) {
+/* One value a gate that says how sure the class is. */
+void writeCertainty(const hdf5::Writer& dataset, int number, const Sweep& sweep, const Field& field,
+                    const std::vector<float>& values) {
+    const CertaintyName name = certaintyName(field);
+    const hdf5::Writer quality = dataset.group("quality" + std::to_string(number));
+    const hdf5::Writer what = quality.group("what");
+    what.text("quantity", name.name);
+    what.number("gain", 1);
+    what.number("offset", 0);
+    what.number("nodata", kMissingMark);
+    what.number("undetect", kNoEchoMark);
+    quality.group("how").text("task", kTask + lowered(name.name));
+    quality.plane("data", sweep.nrays, sweep.ngates, values);
+}
+
+/* Quality groups from number on; roll puts values in the order of the file's rays. */
+template <class Roll>
+void writeEntry(const hdf5::Writer& dataset, int number, const SweepClasses& entry, Roll roll) {
+    writeClasses(dataset, number, *entry.sweep, roll(*entry.classes));
+    for (const Field& field : entry.certainty) {
+        writeCertainty(dataset, ++number, *entry.sweep, field,
+                       roll(plainValues(field, kMissingMark, kNoEchoMark)));
+    }
+}
+
+const SweepClasses* entryOf(const Sweep& sweep, const std::vector<SweepClasses>& classes) {
     for (const SweepClasses& entry : classes) {
         if (entry.sweep == &sweep) {
-            return entry.classes;
+            return &entry;
         }
     }
     return nullptr;
@@ -316,9 +349,10 @@ std::vector<std::string> writeOdim(const std::string& path, const Scan& scan,
         const hdf5::Writer dataset = file.group("dataset" + std::to_string(++number));
         const SweepWriter writer(dataset, scan, sweep);
         writer.write();
-        const std::vector<float>* codes = classesOf(sweep, classes);
-        if (codes) {
-            writeClasses(dataset, 1, sweep, writer.rolledClasses(*codes));
+        const SweepClasses* entry = entryOf(sweep, classes);
+        if (entry) {
+            writeEntry(dataset, 1, *entry,
+                       [&](const std::vector<float>& values) { return writer.inOrder(values); });
         }
     }
     return lost(scan);
@@ -337,9 +371,8 @@ void addOdimClasses(const std::string& path, const std::vector<SweepClasses>& cl
     }
     const hdf5::Writer file = hdf5::Writer::open(path);
     for (std::size_t i = 0; i < classes.size(); ++i) {
-        const Sweep& sweep = *classes[i].sweep;
-        writeClasses(file.group("dataset" + std::to_string(sweep.number)), numbers[i], sweep,
-                     *classes[i].classes);
+        writeEntry(file.group("dataset" + std::to_string(classes[i].sweep->number)), numbers[i],
+                   classes[i], [](const std::vector<float>& values) { return values; });
     }
 }
 
