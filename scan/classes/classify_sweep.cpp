@@ -94,6 +94,18 @@ clutter_options libraryOptions(const Sweep& sweep, const ClassifyOptions& option
     return given;
 }
 
+/* Where a file tells gates without an echo from those that were not measured, the latter have no
+ * class. */
+bool wasNotMeasured(const Field& reflectivity, std::size_t i) {
+    return !reflectivity.noEchoGates.empty() && reflectivity.noEchoGates[i] == 0 &&
+           std::isnan(reflectivity.values[i]);
+}
+
+bool knowsNoEcho(const Field& reflectivity) {
+    return std::any_of(reflectivity.noEchoGates.begin(), reflectivity.noEchoGates.end(),
+                       [](std::uint8_t gate) { return gate != 0; });
+}
+
 bool isPastRay(const Sweep& sweep, std::size_t i) {
     const auto ngates = static_cast<std::size_t>(sweep.ngates);
     return !sweep.rayGates.empty() && static_cast<int>(i % ngates) >= sweep.rayGates[i / ngates];
@@ -102,9 +114,10 @@ bool isPastRay(const Sweep& sweep, std::size_t i) {
 }  // namespace
 
 void countClasses(const Sweep& sweep, ClassifiedSweep& result) {
-    const std::vector<float>& reflectivity = result.fields[Role::kZhh]->values;
+    const Field& reflectivity = *result.fields[Role::kZhh];
+    const bool apart = knowsNoEcho(reflectivity);
     for (std::size_t i = 0; i < result.classes.size(); ++i) {
-        if (isPastRay(sweep, i)) {
+        if (isPastRay(sweep, i) || (apart && wasNotMeasured(reflectivity, i))) {
             result.classes[i] = kNoValue;
             continue;
         }
@@ -113,7 +126,7 @@ void countClasses(const Sweep& sweep, ClassifiedSweep& result) {
         result.seaClutter += result.classes[i] == kSeaClutter;
         result.turbineClutter += result.classes[i] == kTurbineClutter;
         result.noise += result.classes[i] == kNoise;
-        result.withoutValue += isMissing(Role::kZhh, reflectivity[i]);
+        result.withoutValue += isMissing(Role::kZhh, reflectivity.values[i]);
     }
 }
 
