@@ -24,8 +24,8 @@
 #include "options/output_ending.h"
 #include "options/selection.h"
 #include "picture/picture.h"
-#include "report/notes.h"
 #include "report/failure.h"
+#include "report/notes.h"
 #include "report/progress.h"
 #include "report/summary.h"
 #include "report/terminal.h"
@@ -38,19 +38,19 @@ namespace cli {
 
 using scan::ClassifiedSweep;
 using scan::ClassifyOptions;
+using scan::classifySweep;
 using scan::FileFormat;
+using scan::parseFieldMap;
+using scan::parseInputs;
 using scan::ReadOptions;
+using scan::recognise;
 using scan::Role;
 using scan::Scan;
 using scan::Sweep;
 using scan::SweepClasses;
-using scan::WrittenFiles;
-using scan::classifySweep;
-using scan::parseFieldMap;
-using scan::parseInputs;
-using scan::recognise;
 using scan::sweepPaths;
 using scan::writeClasses;
+using scan::WrittenFiles;
 
 namespace {
 
@@ -120,7 +120,8 @@ void requireUsefulOptions(const Arguments& arguments) {
         throw CLI::ValidationError("--format",
                                    "is for an output directory: a file's ending tells its form");
     if (!isDirectoryName(arguments.output))
-        requireEnding("--output", arguments.output, {".uf", ".csv"});
+        requireEnding("--output", arguments.output,
+                      {".uf", ".h5", ".hdf", ".hdf5", ".nc", ".nc4", ".csv"});
 }
 
 ClassifyOptions optionsFrom(const Arguments& arguments) {
@@ -143,8 +144,7 @@ ClassifyOptions optionsFrom(const Arguments& arguments) {
 }
 
 /* The name for one input: the given one, or in a directory one after the input. */
-std::string targetFor(const std::string& given, const InputFile& input,
-                      const std::string& ending) {
+std::string targetFor(const std::string& given, const InputFile& input, const std::string& ending) {
     if (given.empty() || !isDirectoryName(given)) return given;
     return (fs::path(given) / (input.stem() + ending)).string();
 }
@@ -304,7 +304,7 @@ void addOptions(CLI::App& command, Arguments& arguments) {
     command
         .add_option("--format", arguments.format,
                     "Form of the files in an output directory (default: that of the input)")
-        ->check(CLI::IsMember({"uf", "csv", "plv"}));
+        ->check(CLI::IsMember({"uf", "h5", "nc", "nc4", "csv", "plv"}));
     command.add_option("--plot", arguments.plot,
                        "Draw reflectivity beside classes: PNG, SVG or PDF, or a directory");
     command.add_option("--inputs", arguments.inputNames,

@@ -20,15 +20,18 @@
 #include "report/notes.h"
 #include "report/terminal.h"
 #include "scan/fields/roles.h"
+#include "scan/formats/containers/write_containers.h"
 #include "scan/formats/output_file.h"
 #include "scan/formats/polar/write_polar.h"
 #include "scan/formats/read_scan.h"
 #include "scan/formats/record/write_record.h"
 #include "scan/formats/uf/write_uf.h"
+#include "scan/formats/write_classes.h"
 
 namespace cli {
 
 using scan::Field;
+using scan::isContainerEnding;
 using scan::lostElevationsNote;
 using scan::lowerCase;
 using scan::OutputFile;
@@ -38,6 +41,7 @@ using scan::singleParameterProducts;
 using scan::Sweep;
 using scan::writePolarData;
 using scan::writeRecords;
+using scan::writeScan;
 using scan::writeUniversalFormat;
 
 namespace {
@@ -89,7 +93,7 @@ void requireSoundCall(const CLI::App& command, const ConvertArguments& arguments
     std::error_code ignored;
     if (std::filesystem::equivalent(arguments.input, arguments.output, ignored))
         throw CLI::ValidationError("OUT", "would overwrite the input");
-    requireEnding("OUT", arguments.output, {".uf", ".pol"});
+    requireEnding("OUT", arguments.output, {".uf", ".h5", ".hdf", ".hdf5", ".nc", ".nc4", ".pol"});
     requireLayoutUsed(arguments.read, input);
     for (const char* option : {"--field", "--product"})
         if (command.count(option) > 0 && endingOf(arguments.output) != ".pol")
@@ -101,6 +105,13 @@ void convert(const ConvertArguments& arguments, const InputFile& input) {
     const Scan scan = readInput(input, words, arguments.read);
     noteDamage(scan, Beside::kResults);
     const std::string ending = endingOf(arguments.output);
+    if (isContainerEnding(ending)) {
+        printNotes(
+            writeScan(arguments.output, arguments.sweep ? withOneSweep(scan, arguments) : scan)
+                .notes);
+        std::printf("wrote %s\n", forTerminal(arguments.output).c_str());
+        return;
+    }
     OutputFile file(arguments.output);
     if (ending == ".uf" && words != nullptr && !arguments.sweep) {
         printNotes(writeUniversalFormat(file, scan, words.get()));

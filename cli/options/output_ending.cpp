@@ -11,8 +11,8 @@ namespace cli {
 
 void requireEnding(const std::string& option, const std::string& path,
                    std::initializer_list<const char*> theirs) {
-    constexpr const char* kTaken[] = {".uf", ".csv", ".asc", ".bin", ".pol",
-                                      ".dx", ".png", ".svg", ".pdf"};
+    constexpr const char* kTaken[] = {".uf",  ".csv", ".asc", ".bin", ".pol",  ".dx", ".png",
+                                      ".svg", ".pdf", ".h5",  ".hdf", ".hdf5", ".nc", ".nc4"};
     const std::string ending = scan::lowerCase(std::filesystem::path(path).extension().string());
     const auto is = [&](const char* other) { return ending == other; };
     if (std::none_of(std::begin(kTaken), std::end(kTaken), is)) return;
