@@ -19,6 +19,9 @@ constexpr double kDegreesPerRadian = 180.0 / 3.14159265358979323846;
 constexpr float kNoValue = std::numeric_limits<float>::quiet_NaN();
 /* Rays that stand alone, or too close together to tell a step, still reach this far. */
 constexpr double kLeastReachDeg = 1.0;
+/* Bounds of a list of points: what is not a file may have no end. */
+constexpr std::size_t kMaxLineBytes = 1000;
+constexpr std::size_t kMaxLines = 10'000'000;
 
 double around(double degrees) {
     return std::abs(std::remainder(degrees, 360.0));
@@ -77,7 +80,7 @@ std::vector<float> sampleRecord(Cpluvek& record, const Points& points) {
 
 /* The two numbers of a line, if it is not blank: a title or a third column must not become a point
  * that nobody asked for. */
-void appendPair(const std::string& line, int number, Points& points) {
+void appendPair(const std::string& line, std::size_t number, Points& points) {
     std::istringstream words(line);
     std::vector<float> values;
     for (std::string word; words >> word;) {
@@ -113,9 +116,20 @@ GatePoints gatePoints(const Sweep& sweep, const Points& points) {
 Points readPoints(const std::string& path) {
     std::ifstream file(path);
     Points points;
-    std::string line;
-    for (int number = 1; std::getline(file, line); ++number) appendPair(line, number, points);
-    if (!file.is_open() || file.bad()) throw std::runtime_error("cannot be read");
+    std::vector<char> line(kMaxLineBytes + 1);
+    std::size_t number = 1;
+    while (file.getline(line.data(), static_cast<std::streamsize>(line.size()))) {
+        appendPair(line.data(), number++, points);
+        if (number > kMaxLines) {
+            throw std::runtime_error("holds more than " + std::to_string(kMaxLines) + " lines");
+        }
+    }
+    if (!file.is_open() || file.bad()) {
+        throw std::runtime_error("cannot be read");
+    }
+    if (!file.eof()) {
+        throw std::runtime_error("line " + std::to_string(number) + ": is too long");
+    }
     if (points.size() == 0)
         throw std::runtime_error("holds no points: two numbers a line are expected");
     return points;

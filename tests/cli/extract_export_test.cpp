@@ -156,6 +156,11 @@ TEST_F(Files, PointsAreTwoNumbersALine) {
             EXPECT_STREQ(error.what(), "line 2: two numbers are expected") << line;
         }
     }
+    for (const std::string& endless :
+         {this->points(std::string(1 << 16, ' ')), std::string("/dev/zero")}) {
+        EXPECT_EQ(runProgram("extract " + scan_ + " " + endless).out,
+                  "clutterclassifier: " + endless + ": line 1: is too long\n");
+    }
 }
 
 TEST_F(Files, NamesOfColumnsAreQuotedWhereTheyMust) {
