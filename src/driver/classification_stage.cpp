@@ -126,7 +126,7 @@ void Crres::RemoveIsolatedPixels() {
 }
 
 void Crres::ReadRangeAngleLocations(char* file, float** ranges, float** angles, int& n) {
-    const auto bytes = base::readWholeFile(file);
+    const auto bytes = base::readTextFile(file);
     if (!bytes || ranges == nullptr || angles == nullptr) return;
     std::vector<float> pairs[2];
     base::TokenReader tokens({reinterpret_cast<const char*>(bytes->data()), bytes->size()});

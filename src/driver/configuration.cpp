@@ -101,7 +101,7 @@ std::optional<std::string_view> nextWord(base::TokenReader& tokens) {
 }  // namespace
 
 int Crres::readinitialconfiguration(char* file) {
-    const auto bytes = base::readWholeFile(file);
+    const auto bytes = base::readTextFile(file);
     if (!bytes) return 0;
     base::TokenReader tokens({reinterpret_cast<const char*>(bytes->data()), bytes->size()});
     for (;;) {

@@ -5,6 +5,7 @@
 #include <cmath>
 #include <string>
 
+#include "base/file.h"
 #include "clutterclassifier/Crres.h"
 #include "support/membership_files.h"
 #include "support/temp_dir.h"
@@ -57,6 +58,12 @@ TEST_F(Configuration, EveryKeyGoesToItsSetting) {
     EXPECT_EQ(k[3][1], static_cast<double>(22.1f));
     EXPECT_EQ(k[2][0], 49.2144);
     EXPECT_STREQ(c.vprfile, "");
+}
+
+TEST_F(Configuration, AFileWithAnEndlessLineIsNotRead) {
+    const int before = c.what2do;
+    EXPECT_EQ(read("WHAT2DO 1 " + std::string(clutter::base::kMaxLineBytes, 'x') + " 2"), "");
+    EXPECT_EQ(c.what2do, before);
 }
 
 TEST_F(Configuration, UnknownKeysAreReportedInOrderAndSkipped) {
