@@ -29,7 +29,7 @@ using File = std::unique_ptr<std::FILE, CloseStream>;
 /* Larger files are not read. The first bound is for files of known size, the second for pipes and
  * devices, which may be endless. */
 constexpr std::size_t kMaxFileBytes = std::size_t{4} << 30;
-constexpr std::size_t kMaxStreamBytes = std::size_t{1} << 30;
+constexpr std::size_t kMaxStreamBytes = std::size_t{1} << 28;
 
 /*
  * All bytes of a file; an empty vector for an empty file. No result when it cannot be opened or
