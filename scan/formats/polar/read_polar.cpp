@@ -29,7 +29,8 @@ void requireRead(int result) {
     if (result == 1) return;
     if (result == -2) throw std::runtime_error("holds a product that is not known");
     if (result == 0) throw std::runtime_error("cannot be read");
-    throw std::runtime_error("has no rays or gates, or is too short for those that it claims");
+    throw std::runtime_error(
+        "has no rays or gates, or declares more of them than its bytes can hold");
 }
 
 std::string nameOf(int product, size_t field) {
@@ -56,7 +57,7 @@ void judgeLength(const std::string& path, int product, int layout, Scan& scan) {
     const std::uintmax_t held = std::filesystem::file_size(path);
     if (held < expected)
         scan.damage.push_back("The file ends " + std::to_string(expected - held) +
-                              " bytes early: what is missing repeats what stood before it.");
+                              " bytes early: what is missing repeats what came before.");
 }
 
 }  // namespace
