@@ -12,6 +12,7 @@
 #include <stdexcept>
 #include <utility>
 
+#include "clutterclassifier/classifier.hpp"
 #include "clutterclassifier/clutterclassifier.h"
 #include "options/membership_dir.h"
 #include "picture/picture.h"
@@ -57,15 +58,26 @@ struct Verdict {
     double seconds;  // median of kRuns
 };
 
+void keepText(void* text, const char* message) {
+    *static_cast<std::string*>(text) += message;
+}
+
+/* The entry point has no status: what it prints is why it did not classify. */
 double classifyOnce(SyntheticScan& scan, const std::string& directory, int mask,
                     std::vector<double>& classes) {
     double params[3] = {scan.radarConstantDb, scan.minSnrDb, static_cast<double>(mask)};
+    std::string complaint;
+    const clutter::MessageSink listening(&keepText, &complaint);
     const auto start = std::chrono::steady_clock::now();
     clutterclassifier(directory.c_str(), scan.nrays, scan.ngates, scan.zhh.data(), scan.zdr.data(),
                       scan.phidp.data(), scan.rhohv.data(), scan.velocity.data(), scan.ldr.data(),
                       scan.likelihood.data(), scan.rangeM.data(), scan.azimuthDeg.data(),
                       &scan.elevationDeg, params, classes.data());
-    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+    const auto end = std::chrono::steady_clock::now();
+    if (!complaint.empty()) {
+        throw std::runtime_error(complaint.substr(0, complaint.find('\n')));
+    }
+    return std::chrono::duration<double>(end - start).count();
 }
 
 Verdict classify(SyntheticScan& scan, const std::string& directory, int mask) {
