@@ -8,9 +8,16 @@ inputs named in INPUTS. Without scans, the *_labelled.npz of the directory in CL
 Degrees are those of the library: linear between the points, constant beyond the ends, the last degree
 for NaN; the greater product of degrees wins, a tie stays precipitation.
 
-Two rows a scan: `stored` takes the textures of the file, which leave missing values out; `stage`
-computes them as the library does: gates without reflectivity or below --min-snr are left out, and a missing
-value of another field makes the windows that hold it missing, hence neutral.
+Textures are computed as the library does it (`stage`: gates without reflectivity or below --min-snr are
+left out, and a missing value of another field makes the windows that hold it missing, hence neutral), or
+taken from the file (`stored`, which leaves missing values out). Each is decided gate by gate, and with the
+neighbourhood: the textures' log ratio of degrees is averaged over a window of echo gates, that of the other
+inputs is added for the gate itself, and the sign decides.
+
+POD and FAR are those of clutter. HSS is the Heidke skill score: 1 is perfect, 0 no better than chance.
+"kept" is the share of the weather that stays precipitation. The last column is the HSS with the weather beside
+clutter judged too, which labels leave out: gates without a label whose reflectivity after the radar's own
+filter is at least 20 dBZ (`rain` of the scan). Some of them hold both.
 """
 import argparse
 import os
@@ -41,15 +48,38 @@ def degrees(table, x):
     return np.where(right == 0, py[0], np.where(right >= px.size, py[-1], inner))
 
 
-def classify(tables, fields):
-    """True where clutter wins. `fields`: input tag to array; `tables`: (tag, suffix) to table."""
-    strength = {}
-    for suffix in ("clutter", "precipi"):
-        product = 1.0
+def log_ratio(tables, fields):
+    """ln(strength of precipitation / strength of clutter); 0 without fields."""
+    total = 0.0
+    with np.errstate(divide="ignore"):
         for tag, values in fields.items():
-            product = product * degrees(tables[tag, suffix], values)
-        strength[suffix] = product
-    return strength["clutter"] > strength["precipi"]
+            total = total + (np.log(degrees(tables[tag, "precipi"], values))
+                             - np.log(degrees(tables[tag, "clutter"], values)))
+    return total
+
+
+def window_sums(values, gates, rays):
+    """Sums over windows that are cut at the ends of a ray; rays wrap."""
+    padded = np.pad(values, ((0, 0), (gates // 2, gates // 2)))
+    along = sum(padded[:, g:g + values.shape[1]] for g in range(gates))
+    return sum(np.roll(along, r, axis=0) for r in range(-(rays // 2), rays // 2 + 1))
+
+
+def mean_of_neighbours(values, used, window):
+    """The mean over the used gates of each window; 0 without any."""
+    sums = window_sums(np.where(used, values, 0.0), *window)
+    return sums / np.maximum(window_sums(used.astype(np.float64), *window), 1.0)
+
+
+def classify(tables, fields, used, window=None, averaged=tuple(TEXTURE_FIELDS)):
+    """True where clutter wins. `window` (gates, rays): the inputs in `averaged` are averaged."""
+    if window is None:
+        return log_ratio(tables, fields) < 0.0
+    around = {tag: values for tag, values in fields.items() if tag in averaged}
+    own = {tag: values for tag, values in fields.items() if tag not in averaged}
+    shape = used.shape
+    mean = mean_of_neighbours(np.broadcast_to(log_ratio(tables, around), shape), used, window)
+    return mean + log_ratio(tables, own) < 0.0
 
 
 def masked_texture(field, used, gates=WINDOW_GATES, rays=WINDOW_RAYS):
@@ -80,10 +110,20 @@ def stored_fields(scan, tags):
     return {tag: values for tag, values in fields.items() if np.isfinite(values).any()}
 
 
-def stage_fields(scan, tags, minimum_snr):
+def echo_gates(scan, minimum_snr):
     used = np.isfinite(scan["z"])
     if "snr" in scan:
         used &= ~(scan["snr"] < minimum_snr)
+    return used
+
+
+def strict_label(scan, used):
+    """The label, with the weather beside clutter."""
+    beside = np.isnan(scan["label"]) & used & (scan.get("rain", np.zeros_like(used)) == 1)
+    return np.where(beside, 0.0, scan["label"])
+
+
+def stage_fields(scan, tags, used):
     fields = stored_fields(scan, tags)
     for tag in fields:
         source = scan.get(TEXTURE_FIELDS.get(tag, ""))
@@ -104,6 +144,12 @@ def scores(clutter, label):
             "kept": kept / max(kept + false, 1.0)}
 
 
+def all_scores(clutter, scan, used):
+    result = scores(clutter, scan["label"])
+    result["HSS strict"] = scores(clutter, strict_label(scan, used))["HSS"]
+    return result
+
+
 def read_tables(directory):
     return {(tag, suffix): read_table(pathlib.Path(directory) / ("cal_mf_%s_%s.dat" % (tag, suffix)))
             for tag in INPUTS for suffix in ("clutter", "precipi")}
@@ -119,7 +165,10 @@ def main():
     parser.add_argument("scans", nargs="*", type=pathlib.Path)
     parser.add_argument("--tables", type=pathlib.Path, default=HERE)
     parser.add_argument("--inputs", default="sZhh,sZdr,sPdp,sRhv", help="tags, or all")
-    parser.add_argument("--min-snr", type=float, default=10.0, help="for the stage row, dB")
+    parser.add_argument("--min-snr", type=float, default=10.0, help="of an echo, dB")
+    parser.add_argument("--neighbourhood", default="5x3", metavar="GATESxRAYS", help="both odd")
+    parser.add_argument("--average", choices=("textures", "all"), default="textures",
+                        help="inputs that the neighbourhood averages")
     arguments = parser.parse_args()
     tags = list(INPUTS) if arguments.inputs == "all" else arguments.inputs.split(",")
     unknown = [tag for tag in tags if tag not in INPUTS]
@@ -129,13 +178,18 @@ def main():
     if not scans:
         parser.error("no labelled scans: name them, or their directory in CLUTTERCLASSIFIER_DATA")
     tables = read_tables(arguments.tables)
+    window = tuple(int(size) for size in arguments.neighbourhood.split("x"))
+    averaged = tuple(INPUTS) if arguments.average == "all" else tuple(TEXTURE_FIELDS)
     for path in scans:
         scan = read_scan(path)
-        for row, fields in (("stored", stored_fields(scan, tags)),
-                            ("stage", stage_fields(scan, tags, arguments.min_snr))):
-            result = scores(classify(tables, fields), scan["label"])
-            numbers = "  ".join("%s %.3f" % item for item in result.items())
-            print("%-40s %-7s %-24s %s" % (path.stem, row, "+".join(fields), numbers))
+        used = echo_gates(scan, arguments.min_snr)
+        for textures, fields in (("stored", stored_fields(scan, tags)),
+                                 ("stage", stage_fields(scan, tags, used))):
+            for decision, size in (("gate by gate", None), ("neighbourhood", window)):
+                result = all_scores(classify(tables, fields, used, size, averaged), scan, used)
+                numbers = "  ".join("%s %.3f" % item for item in result.items())
+                print("%-34s %-6s  %-13s  %-20s %s"
+                      % (path.stem, textures, decision, "+".join(fields), numbers))
     return 0
 
 
