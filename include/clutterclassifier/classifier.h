@@ -54,7 +54,7 @@ typedef enum clutter_status {
 } clutter_status;
 
 /** A sentence that describes a status; also for numbers that are none. Never null. */
-CLUTTERCLASSIFIER_EXPORT const char* clutter_status_text(clutter_status status);
+CLUTTERCLASSIFIER_EXPORT const char* clutter_status_text(int status);
 
 /** What went wrong in the last call that was given it: which file, line or argument, and why. Empty
  * after CLUTTER_OK, always terminated, cut where it does not fit. */
@@ -152,15 +152,16 @@ CLUTTERCLASSIFIER_EXPORT clutter_status clutter_reset(clutter_classifier* classi
 /** Frees a classifier; null is allowed. Returns CLUTTER_OK. */
 CLUTTERCLASSIFIER_EXPORT clutter_status clutter_destroy(clutter_classifier* classifier);
 
-/** Types of a field's values. */
-typedef enum clutter_type { CLUTTER_FLOAT = 0, CLUTTER_DOUBLE = 1 } clutter_type;
+/** Type of a field's values: CLUTTER_FLOAT or CLUTTER_DOUBLE. */
+enum { CLUTTER_FLOAT = 0, CLUTTER_DOUBLE = 1 };
+typedef int32_t clutter_type;
 
 /** One field of a scan: gate g of ray r at values[r * stride + g]. Doubles are rounded to floats.
  */
 typedef struct clutter_field {
     const void* values; /**< null: the field is absent */
     ptrdiff_t stride;   /**< elements from one ray to the next, at least gates; 0: gates */
-    clutter_type type;
+    clutter_type type;  /**< CLUTTER_FLOAT or CLUTTER_DOUBLE */
 } clutter_field;
 
 /**

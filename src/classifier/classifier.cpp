@@ -71,7 +71,7 @@ const MembershipSet& setOf(const clutter_classifier* classifier) {
 
 }  // namespace
 
-const char* clutter_status_text(clutter_status status) {
+const char* clutter_status_text(int status) {
     switch (status) {
         case CLUTTER_OK:
             return "done";
