@@ -72,9 +72,9 @@ class Tree:
                   "scan": {"scan_tests", "cli_tests"}, "cli": {"cli_tests"}}[folder[0]] - {own}
         if folder[0] == "src" and folder[1] not in _READERS:
             others.discard("damage_tests")
-        rest = [test for test in self.executables if test in others]
-        rest.sort(key=lambda test: self.seconds.get(test, 0.0))
-        return [stage for stage in ((own,) if own in self.executables else (), tuple(rest)) if stage]
+        linked = sorted(others & set(self.executables), key=lambda test: self.seconds.get(test, 0.0))
+        first = [own] if own in self.executables else []
+        return [tuple(stage) for stage in (first, linked) if stage]
 
     def make(self, targets) -> bool:
         return subprocess.run(["ninja", "-C", self.build, f"-j{self.jobs}", *targets], stdout=self.log,
@@ -147,8 +147,8 @@ def _limited(command, environment, folder: Path, seconds: float) -> tuple[int | 
         except ProcessLookupError:
             pass
         process.wait()
-    with output.open("rb") as stream:
-        return None if code == -signal.SIGXCPU else code, stream.read(1 << 24).decode(errors="replace")
+    with output.open("rb") as said:
+        return None if code == -signal.SIGXCPU else code, said.read(1 << 24).decode(errors="replace")
 
 
 def _first_failure(test: str, code: int | None, said: str) -> str:
