@@ -290,3 +290,45 @@ def gate_excluded(radar: Any, drop: Union[str, tuple[str, ...]] = ("clutter", "n
     keywords.pop("codes", None)
     classes = classify_radar(radar, **keywords)["data"]
     return np.isin(classes.filled(MISSING), [*out, MISSING])
+
+
+def to_gatefilter(radar: Any, drop: Union[str, tuple[str, ...]] = ("clutter", "noise"), *,
+                  gatefilter: Any = None, **keywords: Any) -> Any:
+    """A gate filter of Py-ART that excludes classes.
+
+    Parameters
+    ----------
+    radar : object
+        As for `from_radar`.
+    drop : str or several of them
+        As for `gate_excluded`.
+    gatefilter : object, optional
+        A gate filter of this radar, to which the gates are added by its method ``exclude_gates``; by
+        default a new one of Py-ART.
+    **keywords
+        Of `classify_radar`.
+
+    Returns
+    -------
+    object
+        The gate filter.
+
+    Raises
+    ------
+    ModuleNotFoundError
+        There is no Py-ART, and no `gatefilter` was given.
+    TypeError, ValueError
+        As for `gate_excluded`.
+
+    Examples
+    --------
+    >>> import clutterclassifier as cc
+    >>> rain_only = cc.pyart.to_gatefilter(radar, radar_constant=40.0)  # doctest: +SKIP
+    """
+    excluded = gate_excluded(radar, drop, **keywords)
+    if gatefilter is None:
+        from pyart.filters import GateFilter
+
+        gatefilter = GateFilter(radar)
+    gatefilter.exclude_gates(excluded)
+    return gatefilter

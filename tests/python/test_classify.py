@@ -7,6 +7,7 @@ import itertools
 import clutterclassifier as cc
 import numpy as np
 import pytest
+from clutterclassifier import _core
 from entry_point import NAMES, entry_point, scan_fields
 
 SPACING, CONSTANT, LEAST = 250.0, 10.0, 12.0
@@ -32,6 +33,14 @@ def test_selected_inputs_equal_the_entry_point(bit):
     fields = scan_fields(seed=3)
     np.testing.assert_array_equal(cc.classify(**fields, **CALL, inputs=bit),
                                   entry_point(fields, SPACING, CONSTANT, LEAST, bit))
+
+
+def test_inputs_have_the_names_and_bits_of_the_library():
+    table = {name.replace("-", "_"): bit for name, _, _, bit, _ in _core.input_table()}
+    ours = {"vel": "VRAD", "pdf": "CLUTTER_LIKELIHOOD", "rhv": "RHOHV", "wid": "WRAD", "ldr": "LDR",
+            "zhh_texture": "DBZH_TEXTURE", "pdp_texture": "PHIDP_TEXTURE", "rhv_texture": "RHOHV_TEXTURE"}
+    assert {ours.get(name, name.upper()): bit for name, bit in table.items()} == {
+        bit.name: int(bit) for bit in cc.Inputs if bit in table.values()}
 
 
 def test_not_a_number_reaches_the_library_as_it_is():

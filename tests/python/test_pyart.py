@@ -72,6 +72,13 @@ def test_masked_gates_have_no_class_and_are_excluded(radar: SimpleNamespace) -> 
     np.testing.assert_array_equal(noise, field["data"].filled(cc.NOISE) == cc.NOISE)
 
 
+def test_a_gate_filter_receives_the_gates(radar: SimpleNamespace) -> None:
+    seen: list[np.ndarray] = []
+    given = SimpleNamespace(exclude_gates=seen.append)
+    assert pyart.to_gatefilter(radar, drop="noise", gatefilter=given, **KEYWORDS) is given
+    np.testing.assert_array_equal(seen[0], pyart.gate_excluded(radar, drop="noise", **KEYWORDS))
+
+
 def test_the_other_numbering(radar: SimpleNamespace) -> None:
     radar.fields["reflectivity"]["data"][3, :7] = np.ma.masked
     own, other = (pyart.classify_radar(radar, codes=codes, **KEYWORDS) for codes in ("library", "pyrad"))
