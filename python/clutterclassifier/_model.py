@@ -2,7 +2,7 @@
 
 Dimensions ``(azimuth, range)``, or ``(elevation, range)`` for a range-height scan; rays stay in the
 order of the file. Fields hold NaN where nothing was measured; where a format also knows "no echo",
-its gates keep the value that stands for it, told by the attribute ``_Undetect``.
+its gates keep the format's value for that, the attribute ``_Undetect``.
 """
 
 from __future__ import annotations
@@ -46,7 +46,7 @@ def flag_attributes(meanings: Mapping[int, str], long_name: str = "Echo class") 
 
 def field_variable(name: str, dims: tuple[str, str], values: NDArray[Any],
                    **attributes: Any) -> xr.Variable:
-    """A field with the attributes that its CfRadial name stands for; others can be added."""
+    """A field with the attributes of its CfRadial name; others can be added."""
     import xarray as xr
 
     attrs: dict[str, Any] = {}
@@ -72,7 +72,7 @@ def sweep_dataset(fields: Mapping[str, xr.Variable], *, azimuth: NDArray[np.floa
                   time: datetime | None, latitude: float, longitude: float, altitude: float,
                   fixed_angle: float, sweep_number: int = 0, rhi: bool = False,
                   sector: bool = False, attrs: Mapping[str, Any] | None = None) -> xr.Dataset:
-    """One sweep with its coordinates and the variables that tell how it was scanned."""
+    """One sweep with its coordinates and the variables that describe the scanning."""
     import xarray as xr
 
     ray = "elevation" if rhi else "azimuth"

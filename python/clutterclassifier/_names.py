@@ -1,4 +1,4 @@
-"""Which name a field of a file gets in a sweep Dataset."""
+"""Names of a file's fields in a sweep Dataset."""
 
 from __future__ import annotations
 
@@ -40,7 +40,7 @@ def field_names(raw: Sequence[str], names: Mapping[str, str] | None = None,
     raw : sequence of str
         Names in the file. They may be empty or the same.
     names : dict, optional
-        New names of some of them: these go before everything else.
+        New names of some of them: these take precedence.
     classes : iterable of int
         Positions of the fields that hold classes.
 
@@ -79,7 +79,7 @@ def field_names(raw: Sequence[str], names: Mapping[str, str] | None = None,
 
 
 def _free_name(raw: str, taken: frozenset[str] | set[str]) -> str:
-    """The raw name as NetCDF can have it, with a number behind it where it is taken."""
+    """The raw name as NetCDF can have it, with a number appended where it is taken."""
     name = raw.replace("/", "_") or "unnamed"
     if name not in taken:
         return name

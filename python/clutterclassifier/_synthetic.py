@@ -1,4 +1,4 @@
-"""The synthetic dual-polarisation scan, whose truth is known at every gate."""
+"""The synthetic dual-polarisation scan, with the true class of every gate."""
 
 from __future__ import annotations
 
@@ -16,7 +16,7 @@ from .fields import BY_ARGUMENT
 if TYPE_CHECKING:
     import xarray as xr
 
-#: The scan was never made: any date does.
+#: The scan was never measured, so any date will do.
 _TIME = datetime(2000, 1, 1)
 
 _FIELDS = ("dbzh", "zdr", "phidp", "rhohv", "vrad", "wrad", "ldr", "clutter_likelihood")
@@ -26,7 +26,7 @@ def synthetic_arrays(seed: int = 0, nrays: int = 360, ngates: int = 1000) -> dic
     """A synthetic scan as numpy arrays, named like the arguments of `classify`.
 
     Rain, ground clutter, interference and receiver noise are independent echoes at every gate; the
-    fields are what a radar estimates from 16 independent samples of their sum. The same seed gives
+    fields are a radar's estimates from 16 independent samples of their sum. The same seed gives
     the same scan.
 
     Parameters
@@ -68,7 +68,7 @@ def synthetic_scan(seed: int = 0, nrays: int = 360, ngates: int = 1000) -> xr.Da
     Parameters
     ----------
     seed, nrays, ngates : int
-        As for `synthetic_arrays`, which tells how the scan is made.
+        As for `synthetic_arrays`, which describes how the scan is made.
 
     Returns
     -------

@@ -1,8 +1,8 @@
 """``ds.clutter``: the steps of the chain as methods of a sweep, and of a tree of sweeps.
 
-Importing this module registers the accessors; `clutterclassifier` does it where there is xarray.
-That may be in the middle of the import of any other module here, so that none of them is imported
-before a method is called.
+Importing this module registers the accessors; `clutterclassifier` does so where xarray is installed.
+This may happen while any other module of the package is being imported, so those modules are imported
+when a method is called.
 """
 
 from __future__ import annotations
@@ -56,7 +56,7 @@ class ClutterAccessor:
         return _steps().clean(self._ds, **keywords)
 
     def process(self, config: Config = None, **keywords: Any) -> xr.Dataset:
-        """The sweep behind the processing chain, see `clutterclassifier.sweeps.process`."""
+        """The sweep after the processing chain, see `clutterclassifier.sweeps.process`."""
         return _steps().process(self._ds, config, **keywords)
 
     def texture(self, **keywords: Any) -> xr.Dataset:
@@ -95,7 +95,7 @@ class ClutterAccessor:
 
 
 def why_no_sweep(ds: xr.Dataset, fields: FieldMap = None) -> str:
-    """What a dataset lacks of what the steps need; empty for a sweep."""
+    """Why a dataset is not a sweep; empty for a sweep."""
     from .sweeps._sweep import find_sweep
 
     try:
@@ -106,7 +106,7 @@ def why_no_sweep(ds: xr.Dataset, fields: FieldMap = None) -> str:
 
 
 def map_over_sweeps(tree: Any, step: Callable[..., xr.Dataset], *arguments: Any, **keywords: Any) -> Any:
-    """A tree with every sweep of it through a step; what is no sweep stays as it is.
+    """A tree with a step applied to every sweep; other datasets stay as they are.
 
     Parameters
     ----------
@@ -114,18 +114,18 @@ def map_over_sweeps(tree: Any, step: Callable[..., xr.Dataset], *arguments: Any,
     step : function
         ``step(sweep, ...) -> xarray.Dataset``
     *arguments, **keywords
-        Of the step. Its `fields` also tell what is a sweep.
+        Of the step. Its `fields` also decide which datasets are sweeps.
 
     Raises
     ------
     ValueError
-        Nothing in the tree is a sweep; the message says why, group by group.
+        Nothing in the tree is a sweep; the message gives the reason for each group.
     """
     datasets = tree.to_dict()
     reasons = {path: why_no_sweep(ds, keywords.get("fields")) for path, ds in datasets.items()}
     if all(reasons.values()):
-        told = "; ".join(f"{path}: {reason}" for path, reason in reasons.items()) or "it is empty"
-        raise ValueError(f"no sweep is known in the tree: {told}")
+        because = "; ".join(f"{path}: {reason}" for path, reason in reasons.items()) or "it is empty"
+        raise ValueError(f"no sweep is known in the tree: {because}")
     groups = {path: ds if reasons[path] else step(ds, *arguments, **keywords)
               for path, ds in datasets.items()}
     return type(tree).from_dict(groups, name=tree.name)

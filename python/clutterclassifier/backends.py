@@ -26,8 +26,8 @@ class AnyFormatBackend(BackendEntrypoint):
 
     One sweep is opened, as a Dataset in the data model of `readers.read`: the first, or the one that
     ``group`` (``"sweep_1"``, or its number from 0) says. The file is read at once and not kept open.
-    ``layout`` and ``names`` are those of `readers.read`. There is nothing left to decode: the keywords
-    that xarray has for that are taken, and have no effect.
+    ``layout`` and ``names`` are those of `readers.read`. Nothing is left to decode: xarray's keywords
+    for decoding are accepted and have no effect.
 
     Examples
     --------
@@ -46,7 +46,7 @@ class AnyFormatBackend(BackendEntrypoint):
     format: ClassVar[str] = ""
 
     def guess_can_open(self, filename_or_obj: Any) -> bool:
-        """Whether a file is surely of the engine's format. Never raises."""
+        """Whether a file is certainly of the engine's format. Never raises."""
         try:
             return self._recognises(os.fspath(filename_or_obj))
         except (OSError, TypeError, ValueError):
@@ -153,7 +153,7 @@ def sweep_number(group: str | int | None) -> int:
 
 
 def _has_whole_record(path: str | bytes) -> bool:
-    """Two letters make no Universal Format file: its first record must fit in it as well."""
+    """Two letters are not enough for a Universal Format file: its first record must fit in it as well."""
     with open(path, "rb") as file:
         length = int.from_bytes(file.read(4), "big")
     return 114 <= length <= os.path.getsize(path) - 8
@@ -167,7 +167,7 @@ def _without(dataset: xr.Dataset, drop_variables: str | Iterable[str] | None) ->
 
 
 def _root(sweeps: list[xr.Dataset]) -> xr.Dataset:
-    """What holds for all sweeps of a volume."""
+    """The facts that all sweeps of a volume share."""
     first = sweeps[0]
     times = np.concatenate([sweep.time.values for sweep in sweeps])
     groups = [f"sweep_{at}" for at in range(len(sweeps))]

@@ -4,7 +4,7 @@ from enum import IntEnum, IntFlag
 
 
 class EchoClass(IntEnum):
-    """What a gate holds. Sea and turbine clutter only appear where all classes are asked for."""
+    """Class of a gate. Sea and turbine clutter appear only where all classes are requested."""
 
     PRECIPITATION = 0
     NOISE = 3
@@ -24,7 +24,7 @@ GROUND_CLUTTER = EchoClass.GROUND_CLUTTER
 SEA_CLUTTER = EchoClass.SEA_CLUTTER
 TURBINE_CLUTTER = EchoClass.TURBINE_CLUTTER
 
-#: Class of a gate that was not measured, in results with coordinates. No class of the library.
+#: Class of a gate that was not measured, in datasets. The library itself has no such class.
 MISSING = 255
 
 

@@ -20,7 +20,7 @@ class Quantity(NamedTuple):
     aliases: tuple[str, ...]
 
 
-#: Before the clutter filter goes before after it: that is where clutter still looks like clutter.
+#: Names from before the clutter filter come first: there clutter still looks like clutter.
 QUANTITIES = (
     Quantity("DBZH", "dbzh", "dBZ", "radar_equivalent_reflectivity_factor_h",
              "Equivalent reflectivity factor H",
@@ -57,6 +57,6 @@ BY_ARGUMENT = {quantity.argument: quantity for quantity in QUANTITIES}
 
 
 def quantity_of(name: str) -> Quantity | None:
-    """The quantity that a field name of any known convention stands for; None for an unknown one."""
+    """The quantity of a field name of any known convention; None for an unknown one."""
     lower = name.lower()
     return next((quantity for quantity in QUANTITIES if lower in quantity.aliases), None)

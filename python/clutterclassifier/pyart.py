@@ -1,7 +1,7 @@
 """A bridge to radar objects as Py-ART has them, without importing it.
 
 Any object serves that has ``fields`` (a dict of dicts with a masked array ``"data"``, rays x gates,
-sweeps one behind the other), and ``range``, ``azimuth``, ``elevation``, ``sweep_start_ray_index``,
+sweeps one after the other), and ``range``, ``azimuth``, ``elevation``, ``sweep_start_ray_index``,
 ``sweep_end_ray_index`` (dicts with ``"data"``). Sweeps are worked on one by one, and the object is
 never modified::
 
@@ -96,7 +96,7 @@ def _clock(units: str) -> tuple[np.datetime64, float] | None:
 
 
 def _times(radar: Any, rays: slice) -> NDArray[np.datetime64]:
-    """Times of the rays, NaT where units or numbers tell none."""
+    """Times of the rays, NaT where units or numbers give none."""
     unknown = np.full(rays.stop - rays.start, "NaT", "datetime64[ns]")
     entry: dict[str, Any] = getattr(radar, "time", None) or {}
     clock = _clock(str(entry.get("units", "")))
@@ -109,9 +109,9 @@ def _times(radar: Any, rays: slice) -> NDArray[np.datetime64]:
     begin, seconds = clock
     with np.errstate(over="ignore"):
         nanoseconds = (numbers * (seconds * 1e9)).round()
-    told = np.abs(nanoseconds + begin.astype(np.int64)) < 2.0**63 - 1e10
-    later = np.where(told, nanoseconds, 0).astype("timedelta64[ns]")
-    return np.where(told, begin + later, unknown)
+    known = np.abs(nanoseconds + begin.astype(np.int64)) < 2.0**63 - 1e10
+    later = np.where(known, nanoseconds, 0).astype("timedelta64[ns]")
+    return np.where(known, begin + later, unknown)
 
 
 def _variables(radar: Any, rays: slice, dims: tuple[str, str]) -> dict[str, xr.Variable]:
@@ -139,7 +139,7 @@ def from_radar(radar: Any) -> list[xr.Dataset]:
     -------
     list of xarray.Dataset
         Fields have CfRadial names where theirs are known, and the old ones in ``raw_name``. Masked
-        gates are NaN. Times that cannot be told are NaT.
+        gates are NaN. Times that are not known are NaT.
 
     Raises
     ------
@@ -200,7 +200,7 @@ def classify_radar(radar: Any, *, fields: FieldMap = None, **keywords: Any) -> d
     radar : object
         As for `from_radar`.
     fields : dict, optional
-        Which field is what, by the radar's names: ``{"dbzh": "my_reflectivity", "ldr": None}``.
+        The field for each quantity, by the radar's names: ``{"dbzh": "my_reflectivity", "ldr": None}``.
     **keywords
         Of `clutterclassifier.sweeps.classify`: ``radar_constant``, ``min_snr``, ``inputs``, ...
 
@@ -248,7 +248,7 @@ def classify_radar(radar: Any, *, fields: FieldMap = None, **keywords: Any) -> d
 
 def gate_excluded(radar: Any, drop: Union[str, tuple[str, ...]] = ("clutter", "noise"),
                   **keywords: Any) -> NDArray[np.bool_]:
-    """Which gates a filter drops, in the sense of a gate filter: True is out.
+    """Which gates a filter drops. As in a gate filter, True is excluded.
 
     Parameters
     ----------
@@ -267,7 +267,7 @@ def gate_excluded(radar: Any, drop: Union[str, tuple[str, ...]] = ("clutter", "n
     Raises
     ------
     TypeError, ValueError
-        A class that there is not; else as for `classify_radar`.
+        An unknown class; else as for `classify_radar`.
 
     Examples
     --------

@@ -418,7 +418,7 @@ def test_a_batch_system_ends_a_run_as_a_user_does(tmp_path, capsys, monkeypatch)
         assert _command.main([str(tmp_path / "in"), "--out", str(tmp_path / "out")]) == 130
     finally:
         signal.signal(signal.SIGTERM, before)
-    assert "goes on from here" in capsys.readouterr().err
+    assert "continues here" in capsys.readouterr().err
 
 
 def test_two_runs_do_not_share_a_folder(tmp_path, capsys):

@@ -115,7 +115,7 @@ def test_fields_have_one_shape(name, argument):
     (lambda: cc.classify(F, range=1.0, radar_constant=0, inputs=512),
      "inputs must be a whole number within 0 and 511"),
     (lambda: cc.classify(F, range=1.0, radar_constant=0, inputs=[]), "inputs selects nothing"),
-    (lambda: cc.classify(F, range=1.0, radar_constant=0, inputs="wrad"), "asked for, but not given: wrad"),
+    (lambda: cc.classify(F, range=1.0, radar_constant=0, inputs="wrad"), "requested, but not given: wrad"),
     (lambda: cc.process(F, range=1.0, what=256), "what must be a whole number within 0 and 255"),
     (lambda: cc.texture(F, gates=4), "gates and rays must be two odd sizes"),
     (lambda: cc.isolated_gates(C, gates=1), "gates must be a whole number of at least 2"),

@@ -59,7 +59,7 @@ def test_engines_of_one_format_refuse_others(paths):
     for kind, engine in ENGINES.items():
         for other, path in paths.items():
             if other != kind:
-                with pytest.raises(ValueError, match=f"{other}: is no .* file, but"):
+                with pytest.raises(ValueError, match=f"{other}: is not a .* file, but"):
                     xr.open_dataset(path, engine=engine)
 
 

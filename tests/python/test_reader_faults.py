@@ -30,7 +30,7 @@ def test_formats_are_told_apart(tmp_path, kind):
     assert OPENERS[kind](path)[0].identical(cc.read(path)[0])
     for other, opener in OPENERS.items():
         if other != kind:
-            with pytest.raises(ValueError, match="scan.dat: is no .* file, but"):
+            with pytest.raises(ValueError, match="scan.dat: is not a .* file, but"):
                 opener(path)
 
 

@@ -1,4 +1,4 @@
-"""Checks of arguments: whatever a caller has, as contiguous arrays of one type and shape."""
+"""Checks of arguments, which become contiguous arrays of one type and shape."""
 
 from __future__ import annotations
 
@@ -12,10 +12,10 @@ from numpy.typing import ArrayLike, DTypeLike, NDArray
 #: A reflectivity (dBZ) so weak that it is noise at any range.
 NO_ECHO = -999.0
 
-#: The largest number that the library counts to.
+#: The largest number that the library can count.
 MOST = int(np.iinfo(np.int32).max)
 
-#: Part of a spacing that may be noise of its computation from ranges.
+#: Share of a spacing that may be rounding error of its computation from ranges.
 _ROUNDING = 1e-6
 
 
@@ -23,7 +23,7 @@ def as_numbers(name: str, value: ArrayLike, dtype: DTypeLike = np.float64,
                masked: float = np.nan) -> NDArray[Any]:
     """An array of real numbers as a contiguous one of `dtype`; masked elements become `masked`.
 
-    No copy is made of an array that is already so. The argument itself is never modified.
+    An array that is already so is not copied. The argument itself is never modified.
     """
     if type(value) is np.ndarray and value.dtype == dtype and value.flags.c_contiguous:
         return value
@@ -60,7 +60,7 @@ def _check_field_shape(name: str, shape: tuple[int, ...]) -> None:
     if 0 in shape:
         raise ValueError(f"{name} is empty: its shape is {shape}")
     if shape[-1] * shape[-2] > MOST:
-        raise ValueError(f"{name} has more gates than the library counts: its shape is {shape}")
+        raise ValueError(f"{name} has more gates than the library can count: its shape is {shape}")
 
 
 @overload
@@ -88,7 +88,7 @@ def only_given(**fields: ArrayLike | None) -> dict[str, ArrayLike]:
 def gate_spacing(range: ArrayLike, ngates: int) -> float:
     """The gate spacing (m) of the ranges of `ngates` gates; a single number is the spacing itself.
 
-    Ranges may be rounded: each lies within half a gate of where an even spacing has it.
+    Ranges may be rounded: each lies within half a gate of an even spacing.
     """
     ranges = as_numbers("range", range)
     if ranges.ndim and ranges.shape != (ngates,):
@@ -97,7 +97,7 @@ def gate_spacing(range: ArrayLike, ngates: int) -> float:
         raise ValueError("range is empty: there are no gates")
     if ranges.size == 1:
         spacing = float(ranges.reshape(()))
-    else:  # over all gates, where the rounding of two counts least
+    else:  # over all gates, where the rounding of the ends matters least
         spacing = (float(ranges[-1]) - float(ranges[0])) / (ngates - 1)
     if not 1 <= spacing < MOST:
         raise ValueError(f"range must rise by at least 1 m a gate, not by {spacing:g} m")
@@ -107,7 +107,7 @@ def gate_spacing(range: ArrayLike, ngates: int) -> float:
 
 
 def _check_even(ranges: NDArray[np.float64], spacing: float) -> None:
-    """Raise ValueError for a range that is half a gate away from where the spacing has it."""
+    """Raise ValueError for a range that is half a gate or more from the even spacing."""
     away = np.abs(ranges - (ranges[0] + spacing * np.arange(ranges.size)))
     if not away.max() < 0.5 * spacing:
         steps = np.diff(ranges)
@@ -115,7 +115,7 @@ def _check_even(ranges: NDArray[np.float64], spacing: float) -> None:
 
 
 def _without_noise(spacing: float) -> float:
-    """The spacing in whole metres where only rounding keeps it from that: the library drops fractions."""
+    """The spacing in whole metres where it differs only by rounding: the library drops fractions."""
     metres = np.round(spacing)
     return float(metres) if abs(spacing - metres) <= _ROUNDING * abs(metres) else spacing
 
@@ -160,7 +160,7 @@ def positive(name: str, value: Any) -> float:
 
 
 def whole(name: str, value: Any, least: int = 1, most: int = MOST) -> int:
-    """A whole number within bounds; by default what the library can count."""
+    """A whole number within bounds; by default those that the library can count."""
     single = value if isinstance(value, (int, np.integer)) else number(name, value)
     if least <= single <= most and single == int(single):
         return int(single)

@@ -76,7 +76,7 @@ def attenuation(dbzh: ArrayLike, *, phidp: ArrayLike, rhohv: ArrayLike | None = 
     attenuation.
 
     The random numbers are those of the C library, seeded by the clock: two calls may differ a little,
-    but for the nominal algorithms and ``PHASE_SLOPE``.
+    except by the nominal algorithms and ``PHASE_SLOPE``.
 
     Parameters
     ----------
@@ -293,7 +293,7 @@ class HotSpots(NamedTuple):
     in a list."""
 
     gates: NDArray[np.bool_]
-    count: NDArray[np.int64]  # type: ignore[assignment]  # hides tuple.count, which nobody misses
+    count: NDArray[np.int64]  # type: ignore[assignment]  # hides tuple.count, which is not needed
     spots: list[HotSpot]
 
 
@@ -347,6 +347,6 @@ def hot_spots(phidp: ArrayLike, *, dbzh: ArrayLike, rhohv: ArrayLike, classes: A
 
 
 def _spots_of_ray(record: NDArray[np.float64]) -> list[list[float]]:
-    """First gate, last gate and phase rise of the stretches that the library tells about: their number,
+    """First gate, last gate and phase rise of the stretches that the library reports: their number,
     then four values each, the last of which it does not use."""
     return np.append(record[1:], 0.0).reshape(10, 4)[:int(record[0]), :3].tolist()

@@ -216,7 +216,7 @@ def vertical_profiles(path: str | os.PathLike[str]) -> VerticalProfiles:
 def correct_profile(dbzh: ArrayLike, *, profiles: str | os.PathLike[str], range: ArrayLike,
                     elevation: ArrayLike = 0.0, freezing_level: ArrayLike = 3000.0,
                     beamwidth: float = 1.0) -> NDArray[np.float32]:
-    """Replace reflectivity near the melting layer by what the profile that fits it best has at the ground.
+    """Replace reflectivity near the melting layer by the value at the ground of the best fitting profile.
 
     Applies to gates of more than 0 dBZ whose beam is less than 1,000 m from the freezing level and whose
     best profile, seen through the beam (see `beam_pattern`), is less than 1 dB away. An empirical method

@@ -1,4 +1,4 @@
-"""The library's main job on numpy arrays."""
+"""Classification of numpy arrays."""
 
 from __future__ import annotations
 
@@ -49,7 +49,7 @@ def membership_directory(membership: str | os.PathLike[str] | None = None) -> st
     -------
     str
         The argument, else the environment variable ``CLUTTERCLASSIFIER_MEMBERSHIP``, else the
-        functions that come with the package. Whether it exists is not looked at.
+        functions that come with the package. It need not exist.
 
     Examples
     --------
@@ -69,12 +69,12 @@ def _possible_inputs(available: frozenset[str]) -> Inputs:
 
 
 def parse_inputs(inputs: InputSelection, available: Iterable[str]) -> Inputs:
-    """The inputs that are asked for; all that are `available` (names of arguments) for None.
+    """The requested inputs; all that are `available` (names of arguments) for None.
 
     Raises
     ------
     ValueError
-        for a name that is no input, an input whose array is missing, and when nothing is left.
+        for an unknown input, an input whose array is missing, and when nothing is left.
     """
     possible = _possible_inputs(frozenset(available))
     if inputs is None:
@@ -93,7 +93,7 @@ def parse_inputs(inputs: InputSelection, available: Iterable[str]) -> Inputs:
     missing = wanted & ~possible
     if missing:
         names = sorted({ARRAYS[bit] for bit in ARRAYS if bit & missing})
-        raise ValueError(f"an input was asked for, but not given: {', '.join(names)}")
+        raise ValueError(f"an input was requested, but not given: {', '.join(names)}")
     if not wanted:
         raise ValueError("inputs selects nothing")
     return wanted
@@ -155,12 +155,12 @@ def classify(dbzh: ArrayLike, *, zdr: ArrayLike | None = None, phidp: ArrayLike 
              texture_window: tuple[int, int] = _WINDOW, remove_isolated: bool = False,
              all_classes: bool = False, missing: str = "keep", neighbourhood: tuple[int, int] | None = None,
              certainty: bool = False) -> Any:
-    """Tell precipitation from ground clutter and noise, gate by gate.
+    """Classify precipitation, ground clutter and noise, gate by gate.
 
     Fuzzy logic over textures and raw quantities. A gate whose signal-to-noise ratio
     ``dbzh - 20 log10(range in km) + radar_constant`` is below `min_snr` is noise; every other one is
-    precipitation or ground clutter, whichever its inputs speak for (precipitation where they do not
-    decide).
+    precipitation or ground clutter, whichever its inputs support more (precipitation where both are
+    equal).
 
     Parameters
     ----------
@@ -190,11 +190,11 @@ def classify(dbzh: ArrayLike, *, zdr: ArrayLike | None = None, phidp: ArrayLike 
     remove_isolated : bool
         Turn isolated precipitation gates into ground clutter.
     all_classes : bool
-        Tell sea and wind-turbine clutter from ground clutter.
+        Separate sea and wind-turbine clutter from ground clutter.
     missing : {"keep", "no_echo"}
-        What a NaN in `dbzh` means. ``"keep"`` hands it to the library as it is: such a gate is not
+        Meaning of a NaN in `dbzh`. ``"keep"`` passes it to the library unchanged: such a gate is not
         noise, and spoils the textures around it. ``"no_echo"`` makes it noise. Masked gates of a
-        masked array always count as without echo.
+        masked array never have an echo.
     neighbourhood : (int, int), optional
         Gates and rays, both odd, over which the share of the textures is averaged before the classes
         are decided: ``(5, 3)`` finds more of the clutter and loses less of the rain. By default each

@@ -67,7 +67,7 @@ def unfold_phase(phidp: ArrayLike, classes: ArrayLike) -> NDArray[np.float32]:
     The jump is at the first precipitation gate, at least 20 gates from both ends of the ray, where the
     mean of the 20 gates from it on differs by more than 250 degrees from that of the 21 gates up to it.
     From there on 360 degrees are added to precipitation gates. As the means notice a jump before the
-    gate in the middle has jumped, the last six gates or so in front of it get the 360 degrees, too. Only
+    gate in the middle has jumped, the last six gates or so before it get the 360 degrees, too. Only
     differences count, so that the phase may be recorded within 0..360 or -180..180 degrees. An empirical
     rule of the library.
 
@@ -153,7 +153,8 @@ def fill_phase(phidp: ArrayLike, valid: ArrayLike | None = None) -> NDArray[np.f
     phidp : array_like, shape (..., azimuth, range)
         Differential phase, degrees.
     valid : array_like of bool, optional
-        True for gates with a phase; those that are finite by default. A valid phase of -99999 is none.
+        True for gates with a phase; those that are finite by default. -99999 counts as
+        invalid.
 
     Returns
     -------

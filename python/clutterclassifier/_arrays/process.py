@@ -47,22 +47,22 @@ _NAMES = {"Zh": "DBZH", "Zdr": "ZDR", "Phidp": "PHIDP", "RhoHV": "RHOHV", "V": "
 
 @dataclass(frozen=True)
 class Processed:
-    """What the processing chain makes of one scan, or of several.
+    """Results of the processing chain for one scan, or for several.
 
     Attributes
     ----------
     fields : dict of float32 arrays
-        ``DBZH``, ``ZDR``, ``PHIDP``, ``RHOHV``, ``VRADH``, ``WRADH``, ``LDR`` (what was given, after
+        ``DBZH``, ``ZDR``, ``PHIDP``, ``RHOHV``, ``VRADH``, ``WRADH``, ``LDR`` (the given fields, after
         the chain), ``RATE`` (mm/h) and ``SNRH`` (dB); of the attenuation stage ``Dpdp`` (rise of the
         differential phase along the ray) and ``PdpC`` (rebuilt phase), degrees, ``Ah`` (specific
         attenuation, dB/km), ``TA`` (attenuation of the whole ray, dB) and the coefficients ``a``,
-        ``b``, ``alpha``. NaN is no value.
+        ``b``, ``alpha``. NaN means no value.
     classes : uint8 array or None
         Codes of `EchoClass`; None without classification.
     notes : tuple of str
         Stages that were left out, and why; oddities of the input.
     stages, inputs : Stage, Inputs
-        What ran, and what the classification used.
+        The stages that ran, and the inputs of the classification.
     radar_constant, min_snr : float64 arrays of the shape of the leading dimensions
         Calibration constant and lowest signal-to-noise ratio of an echo, dB, of each scan.
     freezing_level : float
@@ -80,15 +80,15 @@ class Processed:
 
 
 def parse_stages(what: Stage | int | None, settings: Settings) -> Stage:
-    """The stages asked for: the argument, else those of the settings, else all."""
+    """The requested stages: the argument, else those of the settings, else all."""
     if what is None:
         what = Stage.ALL if settings.what is None else settings.what
     return Stage(whole("what", what, 0, int(Stage.ALL)))
 
 
 def standard_inputs(inputs: InputSelection, settings: Settings, available: set[str]) -> Inputs:
-    """The inputs asked for: the argument, else those of the settings, else the library's standard:
-    all that there are but the spectrum width."""
+    """The requested inputs: the argument, else those of the settings, else the library's standard:
+    all that there are except the spectrum width."""
     if inputs is not None:
         return parse_inputs(inputs, available)
     possible = parse_inputs(None, available)
@@ -104,7 +104,7 @@ def _class_field(classes: ArrayLike, reference: NDArray[Any]) -> NDArray[np.floa
     return np.where(field == MISSING, np.float32(np.nan), field)
 
 
-#: What notes call quantities, by the keys of the library's own readers.
+#: Names of quantities in the library's notes.
 _KEY_WORDS = re.compile(rf"\b({'|'.join(KEYS.values())})\b")
 
 
@@ -114,7 +114,7 @@ def _note(text: str) -> str:
 
 
 def _stacked(results: list[dict[str, Any]], leading: tuple[int, ...]) -> Processed:
-    """Results of scans, one behind the other, with their leading dimensions."""
+    """Results of scans, stacked, with their leading dimensions."""
     def stack(arrays: list[NDArray[Any]]) -> NDArray[Any]:
         return np.stack(arrays).reshape(leading + arrays[0].shape)
 
@@ -144,22 +144,22 @@ def process(dbzh: ArrayLike, *, zdr: ArrayLike | None = None, phidp: ArrayLike |
     Formulas, sources and settings of the stages are those of docs/processing.md and
     docs/formats/configuration.md. Stages that lack an input are left out, and noted. The classes are
     those of `classify` with ``remove_isolated=True``, except where the rays do not close a circle:
-    here the last ray is then no neighbour of the first.
+    there the last ray is not a neighbour of the first.
 
     Parameters
     ----------
     dbzh, zdr, phidp, rhohv, vrad, wrad, ldr, clutter_likelihood : array_like
-        As for `classify`. A gate that is NaN or masked has no value: no echo in `dbzh`; gaps of
-        `phidp` are closed along the ray behind the classification.
+        As for `classify`. A gate that is NaN or masked has no value, which means no echo in `dbzh`; gaps of
+        `phidp` are closed along the ray after the classification.
     classes : array_like, optional
-        Codes of `EchoClass` to work with when the classification is not among the stages; 255 is no
-        class.
+        Codes of `EchoClass` to use when the classification is not among the stages; 255 means
+        no class.
     range : array_like, shape (range,), or float
         Even ranges of the gates, or their spacing, m. Only the spacing counts, in whole metres.
     azimuth : array_like, shape (azimuth,), optional
-        Degrees; evenly round the circle by default. With a gap, the rays at its ends are no neighbours.
+        Degrees; evenly around the circle by default. Rays on both sides of a gap are not neighbours.
     elevation : float or array_like, shape (azimuth,), optional
-        Degrees. One elevation stands for all rays: their median, of an RHI that of the middle ray.
+        Degrees. One elevation is used for all rays: their median, in an RHI that of the middle ray.
     rhi : bool
         Whether the rays are those of a range-height scan.
     radar_constant : float, optional
@@ -169,7 +169,7 @@ def process(dbzh: ArrayLike, *, zdr: ArrayLike | None = None, phidp: ArrayLike |
         the estimate says (10 where it found the noise).
     inputs : Inputs, int, str or several of them, optional
         Inputs of the classification; by default those of the settings, else all that the given
-        arrays allow but the spectrum width.
+        arrays allow except the spectrum width.
     config : path or dict, optional
         Settings of the stages: a file of them, or its keys and values.
     what : Stage or int, optional

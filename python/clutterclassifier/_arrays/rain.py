@@ -59,7 +59,7 @@ def rain_rate(dbzh: ArrayLike | None = None, *, zdr: ArrayLike | None = None,
     coefficients : sequence of float, optional
         Leading coefficients of the relation in place of its own: 200 and 1.6; 0.01583, 0.8349 and
         -0.3732; 49.2144, 0.9429 and -0.2731; 20.47 and 0.75; 18.996, 16.9758, -9.4325 and 2.1542.
-        c0 and c1 are positive but in the polynomial.
+        c0 and c1 are positive, except in the polynomial.
 
     Returns
     -------
@@ -69,7 +69,7 @@ def rain_rate(dbzh: ArrayLike | None = None, *, zdr: ArrayLike | None = None,
     Raises
     ------
     ValueError
-        A wrong shape, an unknown relation, an array that it needs and does not get or gets and does not
+        A wrong shape, an unknown relation, a missing array or one that the relation does not
         use, too many coefficients, or a factor or exponent of a power law that is not positive.
 
     Examples
@@ -158,7 +158,7 @@ def z_to_rain(dbzh: ArrayLike, *, a: float = 200.0, b: float = 1.6,
     a, b : float
         Coefficients of ``Z = a R^b``, positive; rounded to single precision.
     threshold : float
-        Reflectivity of gates without rain, dBZ: what is not above it, NaN included, gives 0. (A NaN
+        Highest reflectivity of gates without rain, dBZ: values not above it, NaN included, give 0. (A NaN
         stays NaN in `rain_rate`.)
 
     Returns

@@ -1,4 +1,4 @@
-"""What functions on scans share: masks, classes, values that hold for a scan, a ray or a gate."""
+"""Checks that functions on scans share: masks, classes, values for a scan, a ray or a gate."""
 
 from __future__ import annotations
 
@@ -28,8 +28,8 @@ def as_classes_like(value: ArrayLike, reference: NDArray[Any], reference_name: s
 
 def excluded_gates(name: str, value: ArrayLike, field: NDArray[Any],
                    mask: ArrayLike | None) -> NDArray[np.float32]:
-    """1 where a gate takes no part, else 0: the mask, or the gates of `field` that are NaN, and in any
-    case what is masked in `value`, the array that `field` was made of."""
+    """1 where a gate is left out, else 0: the mask, or the gates of `field` that are NaN, and in any
+    case the masked gates of `value`, the array that `field` was made of."""
     if mask is None:
         excluded = np.isnan(field)
     else:
@@ -41,7 +41,7 @@ def excluded_gates(name: str, value: ArrayLike, field: NDArray[Any],
 
 
 def with_empty_rays(field: NDArray[Any], rays: int, value: float) -> NDArray[Any]:
-    """The scans with `rays` more rays of one value behind the last: windows go round to these."""
+    """The scans with `rays` more rays of one value after the last, so that windows do not wrap."""
     return np.concatenate([field, np.full_like(field[..., :1, :], value).repeat(rays, -2)], -2)
 
 

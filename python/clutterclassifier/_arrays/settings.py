@@ -19,7 +19,7 @@ _LARGEST_FILE = 1 << 20
 
 
 class Settings(NamedTuple):
-    """Settings that were checked, as text: they travel to other processes as they are."""
+    """Checked settings, as text, so that they can go to other processes unchanged."""
 
     text: str = ""
     what: int | None = None
@@ -34,7 +34,7 @@ def _word(key: str, value: Any) -> str:
     if isinstance(value, str):
         return value
     if isinstance(value, float) and not math.isfinite(value):
-        return str(float(value))  # a problem that the check of the settings tells
+        return str(float(value))  # the check of the settings reports the problem
     number = finite(key, value)
     return str(int(number)) if number.is_integer() else repr(number)
 
@@ -46,7 +46,7 @@ def _text_of(config: Config) -> str:
         pairs = {str(key): _word(str(key), value) for key, value in config.items()}
         for key, word in pairs.items():
             if not word or word.split() != [word]:
-                raise ValueError(f"{key}: {word!r} is no single word, which is all that settings hold")
+                raise ValueError(f"{key}: {word!r} is not a single word, as every setting must be")
         return "".join(f"{key} {word}\n" for key, word in pairs.items())
     if not isinstance(config, (str, os.PathLike)):
         raise TypeError(f"config must be a file of settings or a dict of them, not {config!r}")
@@ -57,7 +57,7 @@ def _text_of(config: Config) -> str:
 
 
 def check_config(config: Config) -> list[str]:
-    """What is wrong with settings of the processing chain.
+    """Problems of settings of the processing chain.
 
     Parameters
     ----------
@@ -67,7 +67,7 @@ def check_config(config: Config) -> list[str]:
     Returns
     -------
     list of str
-        One sentence a problem: unknown keys, keys given twice or without a value, values that are no
+        One sentence a problem: unknown keys, keys given twice or without a value, values that are not
         (whole) numbers or out of range, a directory without its last ``/``. Empty when all is well.
 
     Raises
@@ -75,7 +75,7 @@ def check_config(config: Config) -> list[str]:
     OSError
         The file cannot be read.
     TypeError, ValueError
-        `config` is neither, or a value is no single word or number; the message names its key.
+        `config` is neither, or a value is not a single word or number; the message names its key.
 
     Examples
     --------
@@ -115,12 +115,12 @@ def example_config(membership: str | os.PathLike[str] = "") -> str:
 
 
 def config_table() -> str:
-    """What the keys of the settings mean.
+    """The keys of the settings and their meaning.
 
     Returns
     -------
     str
-        A table in text: a line for each key, which it begins with.
+        A text table: one line for each key, which begins with it.
 
     Examples
     --------
@@ -149,7 +149,7 @@ def read_settings(config: Config | Settings) -> Settings:
     Raises
     ------
     ValueError
-        naming everything that is wrong with them.
+        naming every problem.
     OSError
         A file cannot be read.
     """

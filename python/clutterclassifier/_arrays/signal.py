@@ -54,8 +54,8 @@ class RadarConstant(NamedTuple):
 
     `radar_constant` (dB) gives the noise of the receiver a ratio of about 0 dB, `min_snr` (dB) is the
     lowest ratio of an echo that fits the `evidence`: ``"noise_gates"`` when the noise itself was found,
-    ``"lower_envelope"`` when only echo is left and its weakest stands for the noise, ``"nothing"`` when
-    there are too few values to tell.
+    ``"lower_envelope"`` when only echo is left and the weakest echo replaces the noise, ``"nothing"`` when
+    there are too few values.
     """
 
     radar_constant: Any
@@ -78,9 +78,9 @@ def estimate_radar_constant(dbzh: ArrayLike, *, rhohv: ArrayLike | None = None,
     ----------
     dbzh : array_like, shape (..., azimuth, range)
         Horizontal reflectivity, dBZ; NaN and masked gates have no value. A low value that many gates
-        share stands for "no echo".
+        share means "no echo".
     rhohv : array_like, optional
-        Co-polar correlation (0..1): tells widespread rain from noise.
+        Co-polar correlation (0..1): separates widespread rain from noise.
     range : array_like, shape (range,), or float
         Even ranges of the gates, or their spacing, m.
 
@@ -115,7 +115,7 @@ def estimate_radar_constant(dbzh: ArrayLike, *, rhohv: ArrayLike | None = None,
 class Contingency(NamedTuple):
     """Counts of pairs with an event in both fields, in one of them, in neither; and scores.
 
-    `detection` is ``both / (both + first_only)``, the probability of detection of what the first field
+    `detection` is ``both / (both + first_only)``, the probability of detecting what the first field
     has; `false_share` is ``second_only / (first_only + second_only)``, the share of false alarms in all
     mistakes. NaN where there is nothing to divide by.
     """
@@ -134,7 +134,7 @@ def contingency(first: ArrayLike, second: ArrayLike, *, threshold: float) -> Con
     Parameters
     ----------
     first, second : array_like
-        The truth and what is compared with it, of one shape, in any units. NaN is no event.
+        The truth and the field that is compared with it, of one shape, in any units. NaN is not an event.
     threshold : float
         In the same units.
 
@@ -167,7 +167,7 @@ def to_decibels(z: ArrayLike) -> NDArray[np.float32]:
     Parameters
     ----------
     z : array_like
-        Linear values. 0 becomes -inf, what is negative NaN.
+        Linear values. 0 becomes -inf, negative values become NaN.
 
     Returns
     -------

@@ -31,7 +31,7 @@ def texture(field: ArrayLike, *, mask: ArrayLike | None = None, gates: int = 5, 
     gates, rays : int
         Size of the window, both odd, together more than one gate.
     closed : bool
-        The rays close a circle, so that windows go on from the last ray to the first one. False for
+        The rays close a circle, so that windows continue from the last ray to the first one. False for
         sectors and vertical cuts, where windows end at the edge.
 
     Returns
@@ -76,7 +76,7 @@ def smooth(field: ArrayLike, *, mask: ArrayLike | None = None, gates: int = 7, r
         `field` is in dB: the mean is ``10 log10(mean(10^(0.1 x)))``, formed in double precision. Else
         sum and division are those of single precision.
     closed : bool
-        The rays close a circle, so that windows go on from the last ray to the first one. False for
+        The rays close a circle, so that windows continue from the last ray to the first one. False for
         sectors and vertical cuts, where windows end at the edge.
 
     Returns
@@ -117,7 +117,7 @@ def _windowed(function: Any, value: ArrayLike, mask: ArrayLike | None, closed: b
 
 def isolated_gates(classes: ArrayLike, *, gates: int = 5, rays: int = 5, at_most: int = 1,
                    closed: bool = True) -> NDArray[np.bool_]:
-    """Precipitation gates that stand nearly alone.
+    """Precipitation gates with hardly any others around them.
 
     Parameters
     ----------
@@ -191,7 +191,7 @@ def despeckle(classes: ArrayLike, *, window: tuple[int, int] | None = None, at_m
     Raises
     ------
     ValueError
-        A wrong shape, a class that is no code, or a window of a wrong size.
+        A wrong shape, a class that is not a code, or a window of a wrong size.
 
     Examples
     --------

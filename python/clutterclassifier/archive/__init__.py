@@ -2,7 +2,7 @@
 
 As a command, ``python -m clutterclassifier.archive INPUT... --out DIR``, or as the function
 `classify_archive`. Each input gives one NetCDF file with the classes (groups ``sweep_0`` ... with the
-names of CfRadial 2), complete or not there at all: a run that was stopped goes on where it was.
+names of CfRadial 2), which is complete or does not exist: a stopped run continues where it was.
 """
 
 from __future__ import annotations
@@ -28,10 +28,10 @@ def classify_archive(files: Iterable[PathLike] | PathLike, out: PathLike, *, pro
                      timeout: float | None = 600.0, progress: bool = False, **options: Any) -> Summary:
     """Classify, or process, all files of an archive; one NetCDF file for each.
 
-    Outputs keep the paths of their inputs below `base`, with ``.nc`` behind them. One that is there
-    already is left alone when its input and the settings are still the same. Files that fail stand in
-    ``failures.csv`` in `out`, with the reason, and do not stop the run; a file of a worker that dies is
-    done by another one.
+    Outputs keep the paths of their inputs below `base`, with ``.nc`` appended. An output
+    that exists is left alone while its input, the settings, the membership functions and the version are
+    the same. Files that fail are listed in ``failures.csv`` in `out`, with the reason, and do not stop the
+    run; a file of a worker that dies goes to another one.
 
     Parameters
     ----------
@@ -48,21 +48,21 @@ def classify_archive(files: Iterable[PathLike] | PathLike, out: PathLike, *, pro
         An existing scheduler, ``"tcp://host:8786"``; a cluster of processes on this machine by default.
         Its workers must have this package, one thread each.
     workers : int, optional
-        Processes of the cluster on this machine; all processors by default. 0 works without Dask, file
+        Processes of the cluster on this machine; all processors by default. 0 uses no Dask and handles file
         after file in this process.
     layout : {252, 260, 280}, optional
         How the gates of polar data files are packed.
     with_fields : bool
         Keep the fields of the input in the output.
     overwrite : bool
-        Make outputs again that are there already.
+        Make existing outputs again.
     base : path, optional
         Folder below which outputs keep the paths of their inputs; by default the deepest one that
         holds all inputs.
     pattern : str, optional
         Names that files in folders must have: ``"*.uf"``.
     timeout : float, optional
-        Seconds after which a file has failed; None waits for ever. Without Dask it has no effect.
+        Seconds after which a file has failed; None waits without limit. It has no effect without Dask.
     progress : bool
         Show progress on standard error: a bar on a terminal, a line now and then elsewhere.
     **options
@@ -76,13 +76,13 @@ def classify_archive(files: Iterable[PathLike] | PathLike, out: PathLike, *, pro
     Raises
     ------
     ValueError, FileNotFoundError, TypeError
-        A call that makes no sense: nothing was done.
+        An invalid call: nothing was done.
     RuntimeError
         The cluster's processes cannot import the calling script (see the notes).
     BlockingIOError
         Another run is writing to `out`.
     ConnectionError
-        There is no scheduler, or it was lost. What is complete stays.
+        There is no scheduler, or it was lost. Complete outputs stay.
 
     Notes
     -----

@@ -1,7 +1,7 @@
 """A process of its own for the files of a worker.
 
-A file that crashes the process, or never ends, is an outcome like any other: neither the worker nor the
-files beside it suffer. It also keeps HDF5 in a main thread, and what is printed there apart.
+A file that crashes the process, or never ends, is an outcome like any other: neither the worker nor
+other files are affected. It also keeps HDF5 in a main thread, and its printed output separate.
 
 Parent and child speak in pickled objects over two pipes; the child ends when its input does.
 """
@@ -30,7 +30,7 @@ _PR_SET_PDEATHSIG = 1
 def run_apart(job: Job, settings: Settings, settings_text: str, seconds: float | None = None) -> Outcome:
     """As `run_job`, in the process that belongs to this thread.
 
-    After `seconds` the file is given up and the process ended; the next file gets a new one.
+    After `seconds` the process is ended and the file has failed; the next file gets a new process.
     """
     child = getattr(_here, "child", None)
     if child is None or not child.is_alive():
@@ -75,7 +75,7 @@ class _Child:
         self._outcomes.close()
         try:
             self._jobs.close()
-        except BrokenPipeError:  # what was not sent yet
+        except BrokenPipeError:  # data that was not sent yet
             pass
 
 
@@ -91,10 +91,10 @@ def _end(code: int) -> str:
 
 def _serve() -> None:
     """The child: jobs in, outcomes out, until there are no more."""
-    signal.signal(signal.SIGINT, signal.SIG_IGN)  # an interruption is for whoever leads the run
+    signal.signal(signal.SIGINT, signal.SIG_IGN)  # the process that leads the run handles interruptions
     ctypes.CDLL(None).prctl(_PR_SET_PDEATHSIG, signal.SIGKILL)
     answers = os.fdopen(os.dup(sys.stdout.fileno()), "wb")
-    os.dup2(os.open(os.devnull, os.O_WRONLY), sys.stdout.fileno())  # for what else is printed
+    os.dup2(os.open(os.devnull, os.O_WRONLY), sys.stdout.fileno())  # for anything that a library prints
     jobs: BinaryIO = sys.stdin.buffer
     while True:
         try:

@@ -17,12 +17,12 @@ from ._worker import reason_of
 _FAILED, _BAD_CALL, _STOPPED = 1, 2, 130
 
 _EPILOG = """\
-Outputs keep the paths of their inputs below --base, with .nc behind them: by default below the deepest
+Outputs keep the paths of their inputs below --base, with .nc appended: by default below the deepest
 folder that holds all inputs. Each holds groups sweep_0, sweep_1 ... with the variable CLASS:
 
     xarray.open_dataset("classes/scan.uf.nc", group="sweep_0").CLASS
 
-A run that was stopped goes on where it was when it is started again. Files that cannot be done stand in
+A stopped run continues where it was when it is started again. Files that fail are listed in
 DIR/failures.csv. Exit code: 0 all is done, 1 some files failed, 2 the call makes no sense, 130 stopped.
 
 Examples:
@@ -51,9 +51,9 @@ def _perform(arguments: argparse.Namespace) -> int:
     try:
         run.perform()
     except LostScheduler as error:
-        return _complain(f"{_summed_up(run, arguments)}{error}; the same call goes on from here", _FAILED)
+        return _complain(f"{_summed_up(run, arguments)}{error}; the same call continues here", _FAILED)
     except KeyboardInterrupt:
-        return _complain(f"{_summed_up(run, arguments)}stopped; the same call goes on from here", _STOPPED)
+        return _complain(f"{_summed_up(run, arguments)}stopped; the same call continues here", _STOPPED)
     except (BlockingIOError, ConnectionError, NotReady) as error:
         return _complain(reason_of(error), _BAD_CALL)
     except OSError as error:
@@ -62,7 +62,7 @@ def _perform(arguments: argparse.Namespace) -> int:
         print(f"clutterclassifier: {run.summary}", flush=True)
     if not run.summary.failed:
         return 0
-    return _complain(f"files without a result stand in {run.failures_path}", _FAILED)
+    return _complain(f"files without a result are listed in {run.failures_path}", _FAILED)
 
 
 def _summed_up(run: Run, arguments: argparse.Namespace) -> str:
@@ -101,7 +101,7 @@ def _parser() -> argparse.ArgumentParser:
     add("--out", required=True, metavar="DIR", help="folder for the outputs")
     add("--base", metavar="DIR", help="folder below which outputs keep the paths of their inputs")
     add("--pattern", metavar="NAMES", help="names that files in folders must have, as in '*.uf'")
-    add("--overwrite", action="store_true", help="make outputs again that are there already")
+    add("--overwrite", action="store_true", help="make existing outputs again")
     add("--with-fields", action="store_true", help="keep the fields of the input in the output")
     add("-q", "--quiet", action="store_true", help="no progress and no summary, errors only")
     _add_place(parser)
@@ -116,12 +116,12 @@ def _add_place(parser: argparse.ArgumentParser) -> None:
     add("--workers", type=int, metavar="N",
         help="processes on this machine (default: all processors); 0: without Dask, file after file")
     add("--timeout", type=float, default=600.0, metavar="SECONDS",
-        help="give a file up after this time (default: %(default)g; 0: never)")
+        help="stop a file after this time (default: %(default)g; 0: never)")
 
 
 def _add_step(parser: argparse.ArgumentParser) -> None:
     group = parser.add_argument_group(
-        "what is done", "Windows, isolated gates and all classes are settings of the chain with --process.")
+        "processing", "Windows, isolated gates and all classes are settings of the chain with --process.")
     add = group.add_argument
     add("--process", action="store_true", help="the whole processing chain, not the classes alone")
     add("--config", metavar="FILE", help="settings of the chain (with --process)")
@@ -129,7 +129,7 @@ def _add_step(parser: argparse.ArgumentParser) -> None:
     add("--fields", type=_pairs, metavar="WHAT=NAME,...",
         help="variables to use, as in dbzh=DZ,vrad=VE (default: known by their names)")
     add("--inputs", type=_names, metavar="NAMES",
-        help="inputs of the classifier, as in dbzh_texture,vrad (default: what a file allows)")
+        help="inputs of the classifier, as in dbzh_texture,vrad (default: all that a file allows)")
     add("--radar-constant", type=float, metavar="DB",
         help="calibration constant of the signal-to-noise ratio (default: the file's, else estimated)")
     add("--min-snr", type=float, metavar="DB", help="lowest signal-to-noise ratio of an echo")
@@ -138,7 +138,7 @@ def _add_step(parser: argparse.ArgumentParser) -> None:
         help="window over which textures count (default: 5x3; off: each gate alone)")
     add("--certainty", action="store_true", help="add the probability of precipitation and the margin")
     add("--remove-isolated", action="store_true", help="turn isolated precipitation gates into clutter")
-    add("--all-classes", action="store_true", help="tell sea and wind-turbine clutter from ground clutter")
+    add("--all-classes", action="store_true", help="separate sea and wind-turbine from ground clutter")
     add("--membership", metavar="DIR", help="folder of membership functions (default: the package's)")
 
 

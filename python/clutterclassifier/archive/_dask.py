@@ -28,10 +28,10 @@ from ._errors import LostScheduler, NotReady
 from ._plan import Job
 from ._worker import Outcome, reason_of
 
-#: Files under way for each thread of the workers: one at work, and the next ones at hand.
+#: Files submitted for each thread of the workers: one in work, and the next ones ready.
 _PER_THREAD = 3
 
-#: Deaths of workers after which a local cluster takes a file for the cause.
+#: Deaths of workers after which a local cluster blames a file.
 _LOCAL_FAILURES = 1
 
 _LOST = "the connection to the scheduler is lost"
@@ -61,13 +61,13 @@ def local_client(workers: int) -> Iterator[Client]:
             dashboard_address=_LOOPBACK, worker_dashboard_address=_LOOPBACK,
             silence_logs=logging.CRITICAL) as cluster:
         with Client(cluster, set_as_default=False) as client:
-            client.register_worker_plugin(_DeafToInterruptions())
+            client.register_worker_plugin(_IgnoreInterrupts())
             yield client
 
 
 @contextlib.contextmanager
 def _quiet() -> Iterator[None]:
-    """Without what Dask has to say about processes that come and go."""
+    """Without Dask's messages about processes that come and go."""
     logger = logging.getLogger("distributed")
     level = logger.level
     logger.setLevel(logging.CRITICAL)
@@ -77,16 +77,16 @@ def _quiet() -> Iterator[None]:
         logger.setLevel(level)
 
 
-class _DeafToInterruptions(WorkerPlugin):
-    """An interruption from the terminal reaches every process; it is for the one that leads the run to
-    end the others."""
+class _IgnoreInterrupts(WorkerPlugin):
+    """An interruption from the terminal reaches every process; the one that leads the run ends the
+    others."""
 
     def setup(self, worker: Worker) -> None:
         signal.signal(signal.SIGINT, signal.SIG_IGN)
 
 
-def _knock(scheduler: str, timeout: float) -> None:
-    """Raises OSError where nobody listens: a client would take a minute longer to say so."""
+def _ping(scheduler: str, timeout: float) -> None:
+    """Raises OSError where nothing listens: a client would need a minute longer to notice."""
     if scheduler.startswith(("tcp://", "tls://")):
         host, port = parse_host_port(scheduler.partition("://")[2])
         socket.create_connection((host, port), timeout).close()
@@ -102,7 +102,7 @@ def remote_client(scheduler: str, timeout: float = 30) -> Iterator[Client]:
         There is none at this address.
     """
     try:
-        _knock(scheduler, timeout)
+        _ping(scheduler, timeout)
         client = Client(scheduler, timeout=timeout, set_as_default=False)
     except (OSError, ValueError) as error:
         raise ConnectionError(f"no scheduler at {scheduler}: {reason_of(error)}") from None
@@ -116,13 +116,13 @@ def require_ready(client: Client, out: str, waiting: Callable[[], None]) -> None
     Raises
     ------
     NotReady
-        A worker cannot work; the message tells why.
+        A worker cannot work; the message gives the reason.
     """
-    told = False
+    reported = False
     while not client.scheduler_info()["workers"]:
-        if not told:
+        if not reported:
             waiting()
-        told = True
+        reported = True
         with contextlib.suppress(TimeoutError):
             client.wait_for_workers(1, timeout=10 * _TICK)
     try:
@@ -203,7 +203,7 @@ class _Limit:
             self._counted_at = time.monotonic()
             try:
                 self._threads = sum(self._client.nthreads().values())
-            except (OSError, AttributeError):  # without a connection there is nothing to ask
+            except (OSError, AttributeError):  # there is no connection
                 raise LostScheduler(_LOST) from None
         return max(4, _PER_THREAD * self._threads)
 
@@ -213,7 +213,7 @@ def _outcome(future: Future, job: Job) -> Outcome:
         return future.result()
     except KilledWorker:
         raise
-    except (CancelledError, OSError):  # neither is the job's: `work` itself tells its errors as outcomes
+    except (CancelledError, OSError):  # not the job's fault: `work` reports its errors as outcomes
         raise LostScheduler(_LOST) from None
     except Exception as error:  # the worker could not even start it
         return Outcome(job.source, reason_of(error))

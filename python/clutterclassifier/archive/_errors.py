@@ -1,4 +1,4 @@
-"""Why a whole run ends; what is wrong with one file is an outcome instead."""
+"""Errors that end a whole run; an error of one file is an outcome."""
 
 
 class NotReady(RuntimeError):
@@ -6,4 +6,4 @@ class NotReady(RuntimeError):
 
 
 class LostScheduler(ConnectionError):
-    """The connection to the scheduler broke; what was complete by then is complete."""
+    """The connection to the scheduler broke; outputs that were complete stay."""

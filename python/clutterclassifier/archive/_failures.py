@@ -17,8 +17,8 @@ _HEADER = ("file", "reason", "time")
 class FailureTable:
     """Failures of this run, and those of earlier runs whose files were not done since.
 
-    A failure is written down at once; what was mended leaves the table when the run ends. Without any
-    failure there is no table.
+    A failure is written at once; a file that was done since leaves the table when the run ends. Without
+    any failure there is no table.
     """
 
     def __init__(self, path: str) -> None:
@@ -28,7 +28,7 @@ class FailureTable:
             _replace(path, [_HEADER, *self._rows.values()])
 
     def add(self, file: str, reason: str) -> None:
-        """Writes a failure down."""
+        """Records a failure."""
         row = (file, " ".join(reason.split()), datetime.now(timezone.utc).isoformat(timespec="seconds"))
         self._rows[file] = row
         new = not os.path.exists(self.path)
@@ -49,7 +49,7 @@ class FailureTable:
 
 
 def _open(path: str, mode: str) -> IO[str]:
-    # File names are bytes: what is no text goes through unchanged.
+    # File names are bytes: those that are not text pass unchanged.
     return open(path, mode, newline="", encoding="utf-8", errors="surrogateescape", opener=open_unlinked)
 
 

@@ -1,4 +1,4 @@
-"""Outputs of an archive run on disk: there whole or not at all, and knowing what they were made from."""
+"""Outputs of an archive run on disk: complete or absent, with a record of their origin."""
 
 from __future__ import annotations
 
@@ -16,19 +16,19 @@ from ._progress import printable
 _PREFIX = ".clutterclassifier-"
 _TEMPORARY = re.compile(re.escape(_PREFIX) + "[0-9a-f]{16}")
 
-#: Attributes of an output that tell what it was made from.
+#: Attributes of an output that record its origin.
 STAMP_NAMES = ("source_file", "source_size", "source_modified_ns", "settings")
 
 
 def stamp(source: str, settings: str) -> dict[str, Any]:
-    """What an output of this input with these settings is to say about itself."""
+    """The record of origin of an output from this input with these settings."""
     status = os.stat(source)
     return {"source_file": printable(source), "source_size": status.st_size,
             "source_modified_ns": status.st_mtime_ns, "settings": settings}
 
 
 def read_stamp(output: str) -> dict[str, Any] | None:
-    """What an output says about itself; None when there is none, or none that can be read."""
+    """The record of origin in an output; None where there is none that can be read."""
     import netCDF4
 
     if not os.path.isfile(output):
@@ -42,7 +42,7 @@ def read_stamp(output: str) -> dict[str, Any] | None:
 
 
 def is_current(output: str, wanted: dict[str, Any]) -> bool:
-    """Whether an output is there, made from the input as it is now, by the same settings.
+    """Whether an output exists that was made from the input as it is now, by the same settings.
 
     Raises
     ------
@@ -73,14 +73,14 @@ def _name_of(descriptor: int, path: str) -> str:
 
 
 def _new_file(folder: str) -> tuple[int, str]:
-    """A new file of a name that nobody can foresee; never one that is there, nor through a link."""
+    """A new file under an unpredictable name; never an existing one, nor one reached through a link."""
     path = os.path.join(folder, _PREFIX + secrets.token_hex(8))
     return os.open(path, os.O_RDWR | os.O_CREAT | os.O_EXCL | os.O_NOFOLLOW, 0o666), path
 
 
 @contextlib.contextmanager
 def complete_or_not_at_all(output: str, not_older_than_ns: int = 0) -> Iterator[str]:
-    """A name to write to; what was written becomes `output` in one step, with the mode of the old one.
+    """A name to write to; the new file becomes `output` in one step, with the mode of the old one.
 
     When the block raises, or is never left, `output` stays as it was. The file is on the disk before
     it gets its name, so that an output is always complete, even after a loss of power.
@@ -118,7 +118,7 @@ def open_unlinked(path: str, flags: int) -> int:
 
 
 def remove_temporaries(folder: str) -> int:
-    """Removes what killed workers left behind, at any depth; returns how many files that were."""
+    """Removes the files that killed workers left, at any depth; returns their number."""
     removed = 0
     for here, _, names in os.walk(folder):
         for name in filter(_TEMPORARY.fullmatch, names):

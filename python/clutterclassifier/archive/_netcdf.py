@@ -31,8 +31,8 @@ def is_netcdf(path: str) -> bool:
 
 
 def read_netcdf(path: str) -> list[xr.Dataset]:
-    """The sweeps of a file: groups as CfRadial 2 has them, a single sweep without a group, and what
-    xradar reads where it is installed.
+    """The sweeps of a file: groups as CfRadial 2 has them, a single sweep without a group, and the formats
+    that xradar reads, where it is installed.
 
     Raises
     ------
@@ -83,7 +83,7 @@ def _read_with(path: str, engine: str) -> list[xr.Dataset]:
     try:
         while True:
             sweeps.append(xr.load_dataset(path, engine=engine, group=f"sweep_{len(sweeps)}"))
-    except Exception:  # engines differ in what they raise for a group that is not there
+    except Exception:  # engines raise different exceptions for a missing group
         return sweeps
 
 
@@ -97,14 +97,14 @@ def _as_sweep(ds: xr.Dataset) -> xr.Dataset:
 
 
 def _is_sweep(ds: xr.Dataset) -> bool:
-    """One sweep, not several behind one another."""
+    """One sweep, not several stacked."""
     return "range" in ds.dims and bool(_RAY_DIMENSIONS & set(ds.dims)) and ds.sizes.get("sweep", 1) == 1
 
 
 def write_sweeps(path: str, sweeps: Sequence[xr.Dataset], attributes: Mapping[str, Any]) -> None:
     """Writes sweeps as groups ``sweep_0`` ... of one compressed NetCDF 4 file.
 
-    The root group tells the site, the sweeps and `attributes`; nothing of the Datasets is changed.
+    The root group holds the site, the list of sweeps and `attributes`; the Datasets are not changed.
     """
     _root(sweeps, attributes).to_netcdf(path, mode="w", engine="netcdf4", format="NETCDF4")
     for number, sweep in enumerate(sweeps):
@@ -152,13 +152,13 @@ def _attributes(attributes: Mapping[str, Any]) -> dict[str, Any]:
 
 
 def _without_encoding(sweep: xr.Dataset) -> xr.Dataset:
-    """A shallow copy that remembers nothing of the file it came from."""
+    """A shallow copy without the encoding of the file it came from."""
     plain = sweep.copy().assign_attrs(_attributes(sweep.attrs))
     plain.encoding = {}
     for name, variable in plain.variables.items():
         variable.encoding = {}
         variable.attrs = _attributes(variable.attrs)
-        if name in plain.data_vars:  # else their order would be another one in each process
+        if name in plain.data_vars:  # sorted: their order would differ between processes
             further = sorted(map(str, set(plain[name].coords) - set(plain[name].dims)))
             variable.encoding = {"coordinates": " ".join(further)} if further else {}
     return plain

@@ -1,4 +1,4 @@
-"""Files by pattern, as a shell finds them. The standard library's glob goes round in circles of links."""
+"""Files by pattern, as a shell finds them. The standard library's glob follows circles of links."""
 
 from __future__ import annotations
 
@@ -18,10 +18,10 @@ def leading_folder(pattern: str) -> str:
 
 
 def expand(pattern: str) -> set[str]:
-    """The files and folders that a pattern stands for.
+    """The files and folders that match a pattern.
 
-    ``*``, ``?`` and ``[...]`` stand for parts of a name, ``**`` for folders of any depth. Names that
-    begin with a dot have to be given as such.
+    ``*``, ``?`` and ``[...]`` match parts of a name, ``**`` matches folders of any depth. Names that
+    begin with a dot match only where the pattern gives the dot.
     """
     folder = leading_folder(pattern)
     parts = os.path.relpath(os.path.join(os.getcwd(), os.path.normpath(pattern)), folder).split(os.sep)
@@ -68,7 +68,7 @@ def names_in(folder: str, pattern: str) -> list[str]:
 
 
 def identity(folder: str) -> tuple[int, int] | None:
-    """What tells a folder from all others; None when it cannot be looked at."""
+    """The identity of a folder; None where it cannot be read."""
     try:
         status = os.stat(folder)
     except OSError:

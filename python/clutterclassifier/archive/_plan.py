@@ -1,7 +1,7 @@
-"""What an archive run has to do: the input files, and the output that belongs to each.
+"""The plan of an archive run: the input files, and the output of each.
 
-The rule of names: an output keeps its input's path below the *base*, with ``.nc`` behind it. The base
-is the deepest folder that holds everything asked for (a folder counts as itself, a pattern as its part
+The rule of names: an output keeps its input's path below the *base*, with ``.nc`` appended. The base
+is the deepest folder that holds everything requested (a folder counts as itself, a pattern as its part
 before the first wildcard, a file as its folder), so that two inputs never share an output.
 """
 
@@ -34,7 +34,7 @@ class Job:
 
 @dataclass
 class Plan:
-    """Jobs in the order of their sources, and what was found that cannot be one, with the reason."""
+    """Jobs in the order of their sources, and paths that cannot be one, with the reason."""
 
     jobs: list[Job] = field(default_factory=list)
     failures: dict[str, str] = field(default_factory=dict)
@@ -124,7 +124,7 @@ def _add_pattern(search: _Search, item: str) -> None:
     if not found:
         raise FileNotFoundError(f"{item}: nothing matches")
     search.anchors.append(anchor)
-    deep = "**" in item  # has brought what is in folders, and their names
+    deep = "**" in item  # has found the contents of folders, and their names
     for path in found:
         if not os.path.isdir(path):
             _add_file(search, path)
@@ -133,7 +133,7 @@ def _add_pattern(search: _Search, item: str) -> None:
 
 
 def _walk(search: _Search, folder: str, above: Folders) -> None:
-    """Adds what is in a folder. `above` are the folders on the way: a link back to one ends there."""
+    """Adds the contents of a folder. `above` are the folders on the way: a link back to one ends there."""
     try:
         names = sorted(os.listdir(folder))
     except OSError as error:

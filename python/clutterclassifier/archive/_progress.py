@@ -1,4 +1,4 @@
-"""How far a long run is: a bar on a terminal, a line now and then elsewhere."""
+"""Progress of a long run: a bar on a terminal, a line now and then elsewhere."""
 
 from __future__ import annotations
 
@@ -13,7 +13,7 @@ _BAR_WIDTH = 24
 _BAR_PERIOD = 0.1  # seconds between two drawings
 _LINE_PERIOD = 30.0  # seconds between two lines where there is no terminal
 _MEMORY = 200  # files whose pace counts for the rate
-_MOST_NOTES = 20  # complaints shown before the rest is only counted
+_MOST_NOTES = 20  # notes shown before the rest is only counted
 
 
 def duration(seconds: float) -> str:
@@ -28,7 +28,7 @@ def duration(seconds: float) -> str:
 
 
 def printable(text: str) -> str:
-    """Text that any stream takes: what is no character (in a file's name, say) is shown as \\x.."""
+    """Text that any stream accepts: bytes of a file's name that are not characters become \\x.."""
     return "".join(char if char.isprintable() else ascii(char)[1:-1] for char in text)
 
 
@@ -71,7 +71,7 @@ class Progress:
         self._paces = deque([(self._clock(), self.done)], maxlen=_MEMORY)
 
     def refresh(self) -> None:
-        """Shows where things are, unless that was just done."""
+        """Shows the progress, unless that was just done."""
         period = _BAR_PERIOD if self._bar else _LINE_PERIOD
         if not (self._bar or self._lines) or self._clock() - self._shown_at < period:
             return
@@ -92,7 +92,7 @@ class Progress:
         self._write(printable(text) + "\n")
 
     def clear(self) -> None:
-        """Takes the bar away, so that other output may follow."""
+        """Removes the bar, so that other output may follow."""
         if self._bar and self._shown_at > float("-inf"):
             self._write("\r\033[K")
             self._shown_at = float("-inf")

@@ -1,4 +1,4 @@
-"""A run over an archive: what is to be done, done, counted and told."""
+"""A run over an archive: plan, run, count and report."""
 
 from __future__ import annotations
 
@@ -26,9 +26,9 @@ if TYPE_CHECKING:
 
 @dataclass
 class Summary:
-    """What a run did.
+    """The counts of a run.
 
-    `done` files were made, `skipped` ones were complete already, `failed` ones stand in the table of
+    `done` files were made, `skipped` ones were complete already, `failed` ones are in the table of
     failures; `gates` were classified in `seconds`.
     """
 
@@ -65,7 +65,7 @@ def settings_of(*, process: bool, config: PathLike | dict[str, Any] | None, layo
                 with_fields: bool, options: dict[str, Any]) -> Settings:
     """The settings of a run as every process can use them: files are read now, paths are absolute.
 
-    What no file could be done with is found by a rehearsal on a small synthetic scan.
+    A rehearsal on a small synthetic scan finds settings that would fail for every file.
     """
     from .. import sweeps
     from .._arrays.classify import membership_directory
@@ -94,7 +94,7 @@ def settings_of(*, process: bool, config: PathLike | dict[str, Any] | None, layo
 
 
 class Run:
-    """One run. `summary` holds while it goes on, too."""
+    """One run. `summary` is also valid while it runs."""
 
     def __init__(self, plan: Plan, out: PathLike, settings: Settings, place: Place, *,
                  overwrite: bool = False, progress: bool = False) -> None:
@@ -106,12 +106,12 @@ class Run:
         self._progress = Progress(len(plan.jobs) + len(plan.failures), wanted=progress)
 
     def perform(self) -> None:
-        """Does what is to be done. However it ends, what is complete stays, and no part of an output."""
+        """Makes the missing outputs. However it ends, only complete outputs stay."""
         start = time.monotonic()
         try:
             os.makedirs(self._folder, exist_ok=True)
         except OSError as error:
-            raise NotReady(f"there is no folder for the outputs: {reason_of(error)}") from error
+            raise NotReady(f"the folder for the outputs cannot be made: {reason_of(error)}") from error
         with alone_in(self._folder, LOCK_NAME):
             self._failures = FailureTable(self.failures_path)
             try:
@@ -127,7 +127,7 @@ class Run:
             self._record(Outcome(path, reason))
         jobs = self._plan.jobs if self._overwrite else list(self._outstanding(self._plan.jobs))
         self._progress.restart()
-        # Closed at once when something happens here: it holds the cluster.
+        # Closed at once on any exception here: it holds the cluster.
         with contextlib.closing(self._outcomes(jobs)) as outcomes:
             for outcome in outcomes:
                 self._record(outcome)
@@ -175,7 +175,7 @@ class Run:
         return contextlib.nullcontext(scheduler)
 
     def _record(self, outcome: Outcome) -> None:
-        """Counts a file that was tried, and writes a failure down."""
+        """Counts a file, and records a failure."""
         if outcome.reason:
             self.summary.failed += 1
             self._failures.add(outcome.source, outcome.reason)

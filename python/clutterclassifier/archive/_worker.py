@@ -25,7 +25,7 @@ CLASS = "CLASS"
 
 @dataclass(frozen=True)
 class Settings:
-    """What is done to every file; the same for all files of a run.
+    """The settings of a run, the same for all of its files.
 
     `options` go to `sweeps.classify` or, with `process`, to `sweeps.process`; `config` among them is
     a `Settings` of the chain.
@@ -37,7 +37,7 @@ class Settings:
     options: dict[str, Any] = field(default_factory=dict)
 
     def text(self) -> str:
-        """The settings as an output states them. Two texts are equal when results would be."""
+        """The settings as an output records them. Texts are equal where results would be."""
         from .. import __version__
 
         words: dict[str, Any] = {"step": "process" if self.process else "classify", "version": __version__,
@@ -66,7 +66,7 @@ def _digest_of_functions(membership: str | None) -> str:
 
 @dataclass(frozen=True)
 class Outcome:
-    """What became of a job: `reason` is empty when its output is complete."""
+    """The result of a job: `reason` is empty when its output is complete."""
 
     source: str
     reason: str = ""
@@ -74,10 +74,10 @@ class Outcome:
 
 
 def run_job(job: Job, settings: Settings, settings_text: str) -> Outcome:
-    """Does one job. A bad file is an outcome, not an exception."""
+    """Performs one job. A bad file is an outcome, not an exception."""
     try:
         return Outcome(job.source, gates=_make_output(job, settings, settings_text))
-    except Exception as error:  # whatever one file does, the others are still to be done
+    except Exception as error:  # one file must not keep the others from being done
         return Outcome(job.source, reason_of(error).removeprefix(f"{job.source}: "))
 
 
@@ -95,7 +95,7 @@ def _make_output(job: Job, settings: Settings, settings_text: str) -> int:
     """Writes the output of a job; returns the number of its gates."""
     from ._netcdf import write_sweeps
 
-    made_from = stamp(job.source, settings_text)  # before it is read: a later change is noticed
+    made_from = stamp(job.source, settings_text)  # taken before reading, so that a later change is noticed
     with warnings.catch_warnings(record=True) as caught:
         warnings.simplefilter("always")
         given = _sweeps(job.source, settings)
@@ -118,7 +118,7 @@ def _sweeps(path: str, settings: Settings) -> list[xr.Dataset]:
 
 
 def _result(sweep: xr.Dataset, settings: Settings) -> xr.Dataset:
-    """A sweep with the classes, what processing made of it, and the input's fields when wanted."""
+    """A sweep with the classes, the results of processing, and the input's fields on request."""
     from .. import sweeps
 
     fields = [name for name, variable in sweep.data_vars.items() if variable.ndim > 1]
@@ -148,7 +148,7 @@ def _described(sweep: xr.Dataset, job: Job, settings: Settings) -> dict[str, Any
 
 
 def _notes(caught: list[warnings.WarningMessage]) -> dict[str, str]:
-    """What processing had to say, once each. Warnings for programmers are none of it."""
+    """Warnings of the processing, once each, without those for programmers."""
     texts = dict.fromkeys(str(warning.message) for warning in caught
                           if issubclass(warning.category, UserWarning))
     return {"comment": "; ".join(texts)} if texts else {}

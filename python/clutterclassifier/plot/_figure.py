@@ -26,7 +26,7 @@ _REFLECTIVITY = """
     6a0062 4f0060 350058""".split()
 _LOWEST, _HIGHEST = -10.0, 70.0
 
-#: Colours that stay apart for colour-blind eyes; noise stays in the background.
+#: Colours that colour-blind readers can separate; noise stays in the background.
 CLASS_COLOURS = {
     EchoClass.PRECIPITATION: "#0072b2", EchoClass.GROUND_CLUTTER: "#d55e00",
     EchoClass.SEA_CLUTTER: "#009e73", EchoClass.TURBINE_CLUTTER: "#cc79a7", EchoClass.NOISE: "#fbf6e6",
@@ -78,7 +78,7 @@ def _draw_reflectivity(axes: Axes, view: View, dbzh: NDArray[Any]) -> Any:
 
 
 def _show(axes: Axes, view: View, rgba: NDArray[Any]) -> None:
-    """A picture whose pixels are transparent where the radar did not look."""
+    """A picture whose pixels are transparent where the radar did not measure."""
     rgba[~view.inside] = 0
     axes.imshow(rgba, origin="lower", extent=view.extent, interpolation="nearest", aspect=axes.get_aspect())
 
@@ -93,7 +93,7 @@ def _draw_classes(axes: Axes, view: View, classes: NDArray[np.uint8]) -> None:
 
 
 def _draw_legend(axes: Axes, classes: NDArray[np.uint8]) -> None:
-    """The classes that there are, with their shares of the gates."""
+    """The classes that occur, with their shares of the gates."""
     from matplotlib.patches import Patch
 
     handles = []
@@ -111,7 +111,7 @@ def _draw_legend(axes: Axes, classes: NDArray[np.uint8]) -> None:
 
 
 def _titles(ds: xr.Dataset, rhi: bool) -> tuple[str, str]:
-    """What and when, as far as the dataset tells."""
+    """Radar, angle and time, as far as the dataset has them."""
     heading = next((str(ds.attrs[key]) for key in ("instrument_name", "site_name", "title", "source")
                     if ds.attrs.get(key)), "Radar sweep")
     words = []
@@ -134,9 +134,9 @@ def plot(ds: xr.Dataset, *, fields: FieldMap = None, title: str | None = None,
         One sweep, a plan position or a range-height scan. It is classified unless it has a variable
         ``CLASS`` and no keywords are given.
     fields : dict, optional
-        Which variable is what: ``{"dbzh": "my_name"}``.
+        The variable for each quantity: ``{"dbzh": "my_name"}``.
     title : str, optional
-        By default the radar, the angle and the time, as far as the dataset tells.
+        By default the radar, the angle and the time, as far as the dataset has them.
     reach_km : float, optional
         Range to show, above 0; by default all.
     figure : matplotlib.figure.Figure, optional
@@ -151,7 +151,7 @@ def plot(ds: xr.Dataset, *, fields: FieldMap = None, title: str | None = None,
     Raises
     ------
     ValueError
-        More than one sweep, no angles of the rays, no gate in front of the radar, a reach that is not
+        More than one sweep, no angles of the rays, no gate at a positive range, a reach that is not
         positive.
 
     Examples

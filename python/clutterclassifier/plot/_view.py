@@ -32,7 +32,7 @@ class View(NamedTuple):
 
     @property
     def inside(self) -> NDArray[np.bool_]:
-        """Pixels at which the radar looked."""
+        """Pixels where the radar measured."""
         return (self.ray >= 0) & (self.gate >= 0)
 
 
@@ -71,7 +71,7 @@ class _Gates(NamedTuple):
 
 
 def _plan_view(azimuth: NDArray[np.float64], gates: _Gates, reach_km: float) -> View:
-    """Looked at from above: x east and y north."""
+    """Seen from above: x east and y north."""
     x = np.linspace(-reach_km, reach_km, _PIXELS)[np.newaxis]
     y = x.T
     ray = _nearest_ray(np.mod(azimuth, 360), np.mod(np.degrees(np.arctan2(x, y)), 360), circle=True)
@@ -79,7 +79,7 @@ def _plan_view(azimuth: NDArray[np.float64], gates: _Gates, reach_km: float) -> 
 
 
 def _side_view(elevation: NDArray[np.float64], gates: _Gates, reach_km: float) -> View:
-    """Looked at from the side: distance along the ground and height of a straight beam over a sphere."""
+    """Seen from the side: distance along the ground and height of a straight beam over a sphere."""
     top = min(_HIGHEST_KM, float(beam_height(1000 * reach_km, np.nanmax(elevation))) / 1000)
     distance = np.linspace(0, reach_km, _PIXELS)[np.newaxis] / _EARTH_KM
     height = np.linspace(0, top, _PIXELS // 2)[:, np.newaxis]
@@ -93,7 +93,7 @@ def _side_view(elevation: NDArray[np.float64], gates: _Gates, reach_km: float) -
 def view_of(ds: xr.Dataset, sweep: Sweep, rhi: bool, reach_km: float | None) -> View:
     gates = _Gates(ds.sizes[RANGE], float(ds[RANGE].values[0]) / 1000, sweep.spacing / 1000)
     if gates.end <= 0:
-        raise ValueError(f"range: the last gate ends at {gates.end:g} km, behind the radar")
+        raise ValueError(f"range: the last gate ends at {gates.end:g} km, before the radar")
     reach = gates.end if reach_km is None else positive("reach_km", reach_km)
     name = "elevation" if rhi else "azimuth"
     if name not in ds or ds[name].dims != (sweep.rays,):

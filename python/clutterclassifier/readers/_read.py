@@ -19,11 +19,11 @@ if TYPE_CHECKING:
 
 Path = Union[str, bytes, "os.PathLike[str]", "os.PathLike[bytes]"]
 
-#: What the formats are called in messages.
+#: Names of the formats in messages.
 FORMATS = {"uf": "Universal Format", "dx": "German DX", "polar": "polar data", "record": "field record",
            "hdf5": "HDF5", "netcdf": "NetCDF", "nexrad": "NEXRAD Level 2", "compressed": "compressed"}
 
-#: Packings of polar data files, where a file does not tell.
+#: Packings of polar data files, for files that do not record theirs.
 LAYOUTS = (252, 260, 280)
 
 #: Units of the files as CfRadial spells them.
@@ -67,7 +67,7 @@ def recognise(path: Path) -> str | None:
 
 def read(path: Path, *, layout: int | None = None,
          names: Mapping[str, str] | None = None) -> list[xr.Dataset]:
-    """Read a radar file of any known format, which its content tells.
+    """Read a radar file. Its content decides the format.
 
     Parameters
     ----------
@@ -75,16 +75,16 @@ def read(path: Path, *, layout: int | None = None,
         The file.
     layout : {252, 260, 280}, optional
         How the gates of a polar data file are packed. Products 2211 and 2212 need it, other products
-        and formats do not look at it.
+        and formats ignore it.
     names : dict, optional
-        Names of fields in the file and the names that they shall have, for example
+        New names of fields by their names in the file, for example
         ``{"DR": "ZDR"}``; fields that it does not hold get CfRadial names where theirs are known.
 
     Returns
     -------
     list of xarray.Dataset
-        One a sweep, in the order of the file; the attribute ``comment`` tells what is unusual about it,
-        for example that it was cut short. Fields are float32; ``attrs["raw_name"]`` of a field is
+        One a sweep, in the order of the file; the attribute ``comment`` reports anything unusual,
+        for example that the file was cut short. Fields are float32; ``attrs["raw_name"]`` of a field is
         its name in the file. Of several fields of one quantity the one before the clutter filter
         gets the CfRadial name, the others keep theirs. A field of class codes is CLASS (uint8).
 
@@ -229,7 +229,7 @@ def read_sweep(path: Path, sweep: int, *, layout: int | None = None,
     Raises
     ------
     OSError, ValueError
-        As for `read`; also for a sweep that there is not.
+        As for `read`; also if the sweep does not exist.
 
     Examples
     --------
@@ -253,12 +253,12 @@ def require_format(path: Path, wanted: str) -> None:
     """Raise ValueError where a file has another format than a key of `FORMATS`."""
     found = recognise(path)
     if found != wanted:
-        what = FORMATS.get(found or "", "of no format that is read here")
-        raise ValueError(f"{os.fsdecode(path)}: is no {FORMATS[wanted]} file, but {what}")
+        what = FORMATS.get(found or "", "of an unknown format")
+        raise ValueError(f"{os.fsdecode(path)}: is not a {FORMATS[wanted]} file, but {what}")
 
 
 def as_file_name(path: Path) -> bytes:
-    """A path as the library takes it. (`open` would take a number for an open file, and close that.)"""
+    """A path as bytes. (`open` would accept a number as a descriptor, and close it.)"""
     if not isinstance(path, (str, bytes, os.PathLike)):
         raise TypeError(f"path must be a path, not {path!r}")
     return os.fsencode(path)
@@ -270,12 +270,12 @@ def _read_as(wanted: str, path: Path, **options: Any) -> list[xr.Dataset]:
 
 
 def _failure(path: Path, error: Exception) -> ValueError:
-    """The library's reason, with the option that helps called as it is here."""
+    """The library's reason, with the name of the argument that helps."""
     return ValueError(f"{os.fsdecode(path)}: {error}".replace("--layout ", "layout="))
 
 
 def _scan(path: Path, layout: int | None, names: Mapping[str, str] | None) -> dict[str, Any]:
-    """The file as arrays, each of which goes to one Dataset."""
+    """The file as arrays; each becomes part of one Dataset."""
     check_layout(layout)
     name = as_file_name(path)
     with open(path, "rb"):  # for the OSError with its reason and name
@@ -324,7 +324,7 @@ def _variable(name: str, dims: tuple[str, str], field: dict[str, Any]) -> xr.Var
 
 
 def _attributes(scan: dict[str, Any], sweep: dict[str, Any]) -> dict[str, Any]:
-    """What is known: 0 and empty stand for unknown."""
+    """The attributes that are known: 0 and empty mean unknown."""
     attributes = {
         "instrument_name": scan["radar_name"], "site_name": scan["site_name"],
         "source_format": scan["format"], "radar_constant": scan["radar_constant"],
@@ -338,7 +338,7 @@ def _attributes(scan: dict[str, Any], sweep: dict[str, Any]) -> dict[str, Any]:
 
 
 def _site(scan: dict[str, Any]) -> tuple[float, float, float]:
-    """Latitude, longitude and altitude, NaN where they are not known: some formats have no place."""
+    """Latitude, longitude and altitude; NaN where unknown, since some formats have no site."""
     place = scan["latitude"], scan["longitude"], scan["altitude"]
     if place[:2] != (0.0, 0.0):
         return place
@@ -346,7 +346,7 @@ def _site(scan: dict[str, Any]) -> tuple[float, float, float]:
 
 
 def _time(numbers: tuple[int, int, int, int, int, int]) -> datetime | None:
-    """The time of a scan; None where the file has no possible one."""
+    """The time of a scan; None where the file has no valid one."""
     year, month, day, hour, minute, second = numbers
     if not (1678 <= year <= 2261 and 0 <= hour < 24 and 0 <= minute < 60 and 0 <= second <= 60):
         return None

@@ -111,7 +111,7 @@ def _failure(name: bytes, error: RuntimeError) -> Exception:
 
 
 def _scan(first: xr.Dataset) -> dict[str, Any]:
-    """What holds for all sweeps. Unknown is 0 or empty."""
+    """The facts that all sweeps share. Unknown is 0 or empty."""
     def number(name: str) -> float:
         value = first[name] if name in first.variables else first.attrs.get(name, 0.0)
         single = np.ravel(np.asarray(value))

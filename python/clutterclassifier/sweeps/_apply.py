@@ -15,7 +15,7 @@ from ._sweep import RANGE
 
 
 def with_front(values: NDArray[Any], count: int, fill: float) -> NDArray[Any]:
-    """With gates in front of the first one."""
+    """With gates added before the first one."""
     if count == 0:
         return values
     dtype: DTypeLike = values.dtype if values.dtype.kind == "f" else np.float64
@@ -38,7 +38,7 @@ def no_echo_value(field: xr.DataArray) -> float | None:
 
 
 def is_no_echo(values: NDArray[Any], no_echo: float | None) -> NDArray[np.bool_]:
-    """Gates that hold the value of no echo, but for rounding."""
+    """Gates that hold the value of no echo, apart from rounding."""
     if no_echo is None:
         return np.zeros(values.shape, bool)
     return np.isclose(values, no_echo, rtol=1e-5, atol=1e-4)

@@ -20,7 +20,7 @@ ECHO_SNR = 10.0
 
 
 class Calibration(NamedTuple):
-    """Constant and lowest ratio, dB; None is what each scan's own estimate says."""
+    """Constant and lowest ratio, dB; None is left to the estimate from each scan."""
 
     radar_constant: float | None
     min_snr: float | None
@@ -34,7 +34,7 @@ class Calibration(NamedTuple):
 
 
 def find_calibration(ds: xr.Dataset, radar_constant: float | None, min_snr: float | None) -> Calibration:
-    """What is known before the fields are looked at."""
+    """The calibration as far as arguments and attributes give it."""
     if min_snr is None and "min_snr" in ds.attrs:
         min_snr = ds.attrs["min_snr"]
     if radar_constant is not None:
@@ -48,7 +48,7 @@ def find_calibration(ds: xr.Dataset, radar_constant: float | None, min_snr: floa
 
 
 def estimate_now(sweep: Sweep, calibration: Calibration) -> Calibration:
-    """The estimate itself where it costs no computation of lazy arrays: of a single scan in memory."""
+    """The estimate itself where no lazy array would be computed: of a single scan in memory."""
     if calibration.radar_constant is not None or sweep.is_lazy or sweep.dbzh.ndim > 2:
         return calibration
     order = (sweep.rays, RANGE)
@@ -61,7 +61,7 @@ def estimate_now(sweep: Sweep, calibration: Calibration) -> Calibration:
 
 def estimated(dbzh: NDArray[Any], rhohv: NDArray[Any] | None, spacing: float, min_snr: float | None,
               no_echo: float | None, front: int = 0) -> tuple[float, float]:
-    """Constant and lowest ratio of one scan; the gates missing in front of it have no value."""
+    """Constant and lowest ratio of one scan; the gates missing before the first one have no value."""
     dbzh = with_front(on_measured(dbzh, no_echo), front, np.nan)
     rhohv = None if rhohv is None else with_front(rhohv, front, np.nan)
     estimate = estimate_radar_constant(dbzh, rhohv=rhohv, range=spacing)

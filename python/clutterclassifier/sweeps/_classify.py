@@ -24,7 +24,7 @@ from ._sweep import FieldMap, Sweep, find_sweep, has_gates
 #: Gates and rays over which the textures' share is averaged by default.
 NEIGHBOURHOOD = (5, 3)
 
-#: Variables of `certainty`, and what they are.
+#: Variables of `certainty`: description and units.
 _CERTAINTY = {"PROBABILITY": ("Probability of precipitation", "unitless"),
               "MARGIN": ("Logarithm of the strength of precipitation over that of clutter", "unitless")}
 
@@ -54,28 +54,28 @@ def classify(ds: xr.Dataset, *, fields: FieldMap = None, inputs: InputSelection 
              radar_constant: float | None = None, min_snr: float | None = None,
              membership: Membership = None, texture_window: tuple[int, int] = (5, 3),
              neighbourhood: tuple[int, int] | None = NEIGHBOURHOOD, certainty: bool = False,
-             remove_isolated: bool = False, all_classes: bool = False, missing: str = "mask", closed: bool | None = None,
-             codes: str = "library", name: str = CLASS) -> xr.Dataset:
-    """Tell precipitation from ground clutter and noise: the sweep with a variable ``CLASS``.
+             remove_isolated: bool = False, all_classes: bool = False, missing: str = "mask",
+             closed: bool | None = None, codes: str = "library", name: str = CLASS) -> xr.Dataset:
+    """Classify precipitation, ground clutter and noise: the sweep with a variable ``CLASS``.
 
     Parameters
     ----------
     ds : xarray.Dataset
         A sweep. Where its first gate is two spacings out or more (cut in range), gates without echo
-        take the places in front of it, so that the ranges of the signal-to-noise ratio are true.
+        are added before it, so that the ranges of the signal-to-noise ratio are true.
     fields : dict, optional
-        Which variable is what: ``{"dbzh": "my_name"}``; None leaves a quantity out.
+        The variable for each quantity: ``{"dbzh": "my_name"}``; None leaves a quantity out.
     inputs : Inputs, int, str or several of them, optional
-        As for `clutterclassifier.classify`. By default all that the sweep has but the spectrum width.
-        The velocity is then left out too where the reflectivity is that from before the clutter
-        filter and the sweep holds another one that differs in 1 % of the gates: behind the filter
-        clutter does not stand still any more.
+        As for `clutterclassifier.classify`. By default all that the sweep has except the spectrum width.
+        The velocity is left out too where the reflectivity is that from before the clutter filter and
+        the sweep holds another one that differs in 1 % of the gates: after the filter the velocity
+        of clutter is no longer near 0.
     radar_constant : float, optional
         Calibration constant, dB; by default the attribute ``radar_constant`` of the dataset, else
         estimated from each scan (within the computation where arrays are lazy).
     min_snr : float, optional
         Lowest signal-to-noise ratio of an echo, dB; by default the attribute ``min_snr``, else 26
-        with a given constant, 10 with that of the dataset, and what the estimate says with an
+        with a given constant, 10 with that of the dataset, and that of the estimate with an
         estimated one (10 where it found the noise).
     membership, texture_window, remove_isolated, all_classes
         As for `clutterclassifier.classify`.
@@ -85,9 +85,9 @@ def classify(ds: xr.Dataset, *, fields: FieldMap = None, inputs: InputSelection 
         Also add ``PROBABILITY`` (of precipitation, 0..1) and ``MARGIN`` (logarithm of the strength of
         precipitation over that of clutter); NaN where there is no echo.
     missing : {"mask", "no_echo", "keep"}
-        What NaN in the reflectivity means. ``"mask"``: not measured, no echo to the gates around it,
-        class 255 (``_FillValue``). ``"no_echo"``: noise. ``"keep"``: handed to the library as it is.
-        Gates with the value of the attribute ``_Undetect`` are noise, but for ``"keep"``.
+        Meaning of NaN in the reflectivity. ``"mask"``: not measured, without echo for the gates around it,
+        class 255 (``_FillValue``). ``"no_echo"``: noise. ``"keep"``: passed to the library unchanged.
+        Gates with the value of the attribute ``_Undetect`` are noise, except with ``"keep"``.
     closed : bool, optional
         Whether the last ray is a neighbour of the first; by default unless the rays lie along an
         elevation or ``sweep_mode`` says that the scan is an RHI or a sector.
@@ -135,7 +135,7 @@ def classify(ds: xr.Dataset, *, fields: FieldMap = None, inputs: InputSelection 
 
 def examine(ds: xr.Dataset, fields: FieldMap, inputs: InputSelection, calibration: Calibration,
             missing: str) -> tuple[Sweep, How, dict[str, xr.DataArray]]:
-    """A sweep, what the preparation of its scans needs to know, and the fields that take part."""
+    """A sweep, how its scans are prepared, and the fields that are used."""
     sweep = find_sweep(ds, fields)
     mask = parse_inputs(inputs, sweep.fields) & (Inputs.ALL if inputs is not None else ~Inputs.WRAD)
     filtered = filtered_reflectivity(ds, sweep, fields) if inputs is None else None
@@ -151,7 +151,7 @@ def examine(ds: xr.Dataset, fields: FieldMap, inputs: InputSelection, calibratio
 
 
 def _circumstances(how: How, arrays: dict[str, xr.DataArray]) -> dict[str, Any]:
-    """What the sweep itself brings about, for the history."""
+    """Settings that follow from the sweep itself, for the history."""
     filtered = arrays.get("filtered")
     return {"gates_in_front": how.front or None,
             "without_vrad": None if filtered is None else f"where {filtered.name} differs in 1 %"}
@@ -163,7 +163,7 @@ def words_of(fields: FieldMap) -> str | None:
 
 
 def needed(sweep: Sweep, mask: Inputs, calibration: Calibration) -> dict[str, xr.DataArray]:
-    """The fields that take part; the correlation also tells weather from noise in the estimate."""
+    """The fields that are used; the correlation also separates weather from noise in the estimate."""
     names = {ARRAYS[bit] for bit in ARRAYS if bit & mask} | {"dbzh"}
     if calibration.radar_constant is None:
         names.add("rhohv")
@@ -197,7 +197,7 @@ def clean(ds: xr.Dataset, *, keep: ClassSelection = PRECIPITATION, classes: xr.D
     keep : EchoClass, int, str or several of them
         Classes that stay: ``"precipitation"``, ``["precipitation", "noise"]``.
     classes : xarray.DataArray, optional
-        Classes to go by; by default the variable ``CLASS`` (or `name`) of the sweep when it has one
+        Classes to use; by default the variable ``CLASS`` (or `name`) of the sweep when it has one
         and no other keywords are given, else those of `classify` with these keywords.
 
     Returns

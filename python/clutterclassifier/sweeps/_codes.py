@@ -1,4 +1,4 @@
-"""Fields of classes: numberings, attributes, and which classes a caller names."""
+"""Fields of classes: numberings, attributes, and classes by the names that a caller gives."""
 
 from __future__ import annotations
 
@@ -18,7 +18,7 @@ CLASS = "CLASS"
 
 ClassSelection = Union[EchoClass, int, str, Iterable[Union[EchoClass, int, str]]]
 
-#: A numbering that other packages use: 0 is no value there,
+#: A numbering that other packages use: 0 means no value,
 #: and all clutter is one class.
 _PYRAD = {EchoClass.NOISE: 1, EchoClass.GROUND_CLUTTER: 2, EchoClass.SEA_CLUTTER: 2,
           EchoClass.TURBINE_CLUTTER: 2, EchoClass.PRECIPITATION: 3}
@@ -55,7 +55,7 @@ def library_codes(classes: xr.DataArray) -> xr.DataArray:
     Raises
     ------
     TypeError, ValueError
-        It holds no codes of gates, or a flag value is no number within 0 and 255.
+        It does not hold codes of gates, or a flag value is not within 0 and 255.
     """
     if not has_gates(classes):
         raise ValueError(f"{classes.name} must have the dimensions (azimuth, range), not {classes.dims}")

@@ -1,4 +1,4 @@
-"""Scans of sweeps as the classification wants them: calibration, no echo, gates before the first one."""
+"""Prepares the scans of sweeps for the classification: calibration, no echo, gates before the first one."""
 
 from __future__ import annotations
 
@@ -38,7 +38,7 @@ def filtered_reflectivity(ds: xr.Dataset, sweep: Sweep, fields: FieldMap) -> xr.
 
 
 class How(NamedTuple):
-    """What the preparation of a scan needs to know; the same for all scans of a sweep."""
+    """How scans are prepared; the same for all scans of a sweep."""
 
     spacing: float
     front: int  # gates that are missing before the first one
@@ -55,7 +55,7 @@ class Prepared(NamedTuple):
     radar_constant: float
     min_snr: float
     inputs: Inputs
-    unknown: NDArray[np.bool_] | None  # gates that were not measured, where that is kept apart
+    unknown: NDArray[np.bool_] | None  # gates that were not measured, where they get a class of their own
 
 
 def prepare(dbzh: NDArray[Any], others: dict[str, NDArray[Any]], filtered: NDArray[Any] | None,

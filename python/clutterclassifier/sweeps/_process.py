@@ -33,7 +33,7 @@ def _process_arrays(dbzh: NDArray[Any], *, filtered: NDArray[Any] | None = None,
     if filtered is None:
         return _process_scans(dbzh, names=names, no_echo=no_echo, settings=settings, front=front, **others)
     results = []
-    for at in np.ndindex(dbzh.shape[:-2]):  # the velocity takes part in each scan or not
+    for at in np.ndindex(dbzh.shape[:-2]):  # each scan may use the velocity or not
         inputs = settings["inputs"] & (~Inputs.VRAD if is_filtered(dbzh[at], filtered[at]) else Inputs.ALL)
         one = {name: values[at] for name, values in others.items()}
         results.append(_process_scans(dbzh[at], names=names, no_echo=no_echo, front=front,
@@ -54,7 +54,7 @@ def _process_scans(dbzh: NDArray[Any], *, names: tuple[str, ...], no_echo: float
                               **settings)
     found = {name: values[..., front:].copy() for name, values in result.fields.items()}
     if not result.stages & Stage.BLANKING:
-        for name, value in (("DBZH", no_echo), ("RATE", 0.0)):  # no echo is no rain
+        for name, value in (("DBZH", no_echo), ("RATE", 0.0)):  # without echo there is no rain
             if name in found:
                 found[name][nothing] = value
     fields = tuple(found[name] for name in names)
@@ -64,8 +64,8 @@ def _process_scans(dbzh: NDArray[Any], *, names: tuple[str, ...], no_echo: float
 
 
 def _foresee(sweep: Sweep, arguments: set[str], settings: dict[str, Any]) -> Processed:
-    """What will come out: it follows from settings and kinds of fields, so that a scan of a few gates
-    tells it."""
+    """The names and stages of the result. They depend only on the settings and on which fields exist, so
+    that a scan of a few gates has the same."""
     fields: dict[str, Any] = dict.fromkeys(arguments, np.zeros((3, 8), np.float32))
     known: dict[str, Any] = {"radar_constant": 0.0, "min_snr": 0.0, "range": sweep.spacing}
     return _process.process(**fields, **settings | known)
@@ -84,7 +84,7 @@ def process(ds: xr.Dataset, config: Config | Settings = None, *, fields: FieldMa
     config : path or dict, optional
         Settings of the stages: a file of them, or its keys and values.
     fields : dict, optional
-        Which variable is what: ``{"dbzh": "my_name"}``; None leaves a quantity out.
+        The variable for each quantity: ``{"dbzh": "my_name"}``; None leaves a quantity out.
     what, inputs, freezing_level, membership
         As for `clutterclassifier.process`; of the velocity see `classify` of sweeps.
     radar_constant, min_snr : float, optional
@@ -93,9 +93,9 @@ def process(ds: xr.Dataset, config: Config | Settings = None, *, fields: FieldMa
     Returns
     -------
     xarray.Dataset
-        The fields behind the chain by their CfRadial names (see `clutterclassifier.Processed` for the
-        others), ``CLASS``, and what the sweep has beside its fields. A stage that lacks an input is
-        left out, which ``history`` tells. Not measured is NaN, and 255 in ``CLASS``. Gates with the
+        The fields after the chain by their CfRadial names (see `clutterclassifier.Processed` for the
+        others), ``CLASS``, and the other variables of the sweep. A stage that lacks an input is
+        left out, which ``history`` reports. Not measured is NaN, and 255 in ``CLASS``. Gates with the
         value of the attribute ``_Undetect`` hold no echo: they are noise.
 
     Examples

@@ -37,7 +37,7 @@ def _snr_arrays(dbzh: NDArray[Any], *, constant: float | None, spacing: float, n
 
 def signal_to_noise(ds: xr.Dataset, *, radar_constant: float | None = None,
                     fields: FieldMap = None) -> xr.Dataset:
-    """The signal-to-noise ratio that the classification goes by: the sweep with ``SNRH``, dB.
+    """The signal-to-noise ratio that the classification uses: the sweep with ``SNRH``, dB.
 
     Parameters
     ----------
@@ -46,7 +46,7 @@ def signal_to_noise(ds: xr.Dataset, *, radar_constant: float | None = None,
     radar_constant : float, optional
         dB; by default the attribute of the dataset, else estimated from each scan.
     fields : dict, optional
-        Which variable is what: ``{"dbzh": "my_name"}``.
+        The variable for each quantity: ``{"dbzh": "my_name"}``.
 
     Returns
     -------
@@ -68,17 +68,17 @@ def signal_to_noise(ds: xr.Dataset, *, radar_constant: float | None = None,
 
 def rain_rate(ds: xr.Dataset, *, relation: str = "z", coefficients: Sequence[float] | None = None,
               fields: FieldMap = None) -> xr.Dataset:
-    """Rain rate, gate by gate: the sweep with ``RATE``, mm/h. No echo is no rain.
+    """Rain rate, gate by gate: the sweep with ``RATE``, mm/h; 0 where there is no echo.
 
     Parameters
     ----------
     ds : xarray.Dataset
-        A sweep; `clean` it first, or clutter rains.
+        A sweep; `clean` it first, or clutter counts as rain.
     relation, coefficients
         As for `clutterclassifier.rain_rate`; its inputs are found in the sweep: ``DBZH``, ``ZDR``,
         ``KDP`` before variables of other names.
     fields : dict, optional
-        Which variable is what: ``{"dbzh": "my_name", "kdp": "mine"}``.
+        The variable for each quantity: ``{"dbzh": "my_name", "kdp": "mine"}``.
 
     Returns
     -------
@@ -127,7 +127,7 @@ def _attenuation_arrays(dbzh: NDArray[Any], phidp: NDArray[Any], classes: NDArra
     return (corrected, *(getattr(result, attribute) for attribute in _ATTENUATION.values()))
 
 
-#: Names of results, and what they are called in that of `clutterclassifier.attenuation`. The first
+#: Variables by members of the result of `clutterclassifier.attenuation`. The first
 #: three are fields, the others have one number for each ray.
 _ATTENUATION = {"PHIDP": "phidp", "PdpC": "phidp_rebuilt", "Ah": "specific_attenuation",
                 "TA": "path_attenuation", "Dpdp": "phase_rise", "a": "a", "b": "b", "alpha": "alpha"}
@@ -150,7 +150,7 @@ def attenuation(ds: xr.Dataset, *, freezing_level: float = 3000.0,
         As for `clutterclassifier.attenuation`. The algorithms that are not nominal draw random
         numbers: two calls may differ a little.
     fields : dict, optional
-        Which variable is what: ``{"dbzh": "my_name"}``.
+        The variable for each quantity: ``{"dbzh": "my_name"}``.
     **keywords
         Of `classify`, where the sweep has no classes; `name` is that of its variable of classes.
 

@@ -47,7 +47,7 @@ def unusual(function: Callable[..., Any], **settings: Any) -> dict[str, Any]:
 
 
 def said(value: Any) -> Any:
-    """A setting as a word."""
+    """A setting in words."""
     if isinstance(value, (str, bytes)) or not isinstance(value, Iterable):
         return getattr(value, "name", value)
     return "|".join(str(said(item)) for item in value)
@@ -59,7 +59,7 @@ def describe(function: str, **settings: Any) -> str:
     return f"clutterclassifier {__version__}: {function}({words})"
 
 
-#: Results without a name in CfRadial: units, and what they are.
+#: Results without a name in CfRadial: units and description.
 _OTHER = {
     "Dpdp": ("degrees", "Rise of the differential phase along the ray"),
     "PdpC": ("degrees", "Differential phase rebuilt from the attenuation"),

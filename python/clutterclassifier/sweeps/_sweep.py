@@ -1,4 +1,4 @@
-"""Sweeps as xarray datasets: which variable is what, and where the gates are."""
+"""Sweeps as xarray datasets: the variable for each quantity, and where the gates are."""
 
 from __future__ import annotations
 
@@ -11,22 +11,22 @@ import xarray as xr
 from .._arrays.arguments import gate_spacing
 from ..fields import BY_ARGUMENT, BY_NAME, QUANTITIES
 
-#: What fields are: ``{"dbzh": "my_reflectivity", "ldr": None}``; None leaves a quantity out.
+#: Variables by quantity: ``{"dbzh": "my_reflectivity", "ldr": None}``; None omits a quantity.
 FieldMap = Union[Mapping[str, Union[Hashable, None]], None]
 
 RANGE = "range"
 
-#: Names that say: from before the radar's clutter filter.
+#: Names of quantities from before the radar's clutter filter.
 UNFILTERED = frozenset({"zt", "dbth", "th", "tz", "uz", "total_power", "vt"})
 
 
 class Sweep(NamedTuple):
-    """The parts of a dataset that functions on arrays need."""
+    """The fields and sizes of a dataset that functions on arrays need."""
 
     fields: dict[str, xr.DataArray]
     rays: str  # the dimension along which they lie
     spacing: float  # of the gates, m
-    front: int = 0  # gates that are missing in front of the first one
+    front: int = 0  # gates that are missing before the first one
 
     @property
     def dbzh(self) -> xr.DataArray:
@@ -61,8 +61,8 @@ def has_gates(field: xr.DataArray) -> bool:
 
 
 def _overrides(ds: xr.Dataset, fields: FieldMap) -> dict[str, Hashable | None]:
-    """The wishes of the caller by names of arguments; CfRadial names are understood as well."""
-    wishes: dict[str, Hashable | None] = {}
+    """The caller's choices by names of arguments; CfRadial names work as well."""
+    choices: dict[str, Hashable | None] = {}
     if fields is not None and not isinstance(fields, Mapping):
         raise TypeError(f"fields must be a dict such as {{'dbzh': 'my_name'}}, not {fields!r}")
     for key, name in (fields or {}).items():
@@ -71,25 +71,25 @@ def _overrides(ds: xr.Dataset, fields: FieldMap) -> dict[str, Hashable | None]:
             raise ValueError(f"fields: no such quantity: {key!r} ({', '.join(BY_ARGUMENT)})")
         if name is not None and name not in ds:
             raise ValueError(f"fields: the dataset has no variable {name!r}")
-        wishes[quantity.argument] = name
-    return wishes
+        choices[quantity.argument] = name
+    return choices
 
 
 def find_fields(ds: xr.Dataset, fields: FieldMap = None, *, corrected: bool = False
                 ) -> dict[str, xr.DataArray]:
     """The variables of a sweep by names of arguments: those of `fields`, else by their known names.
 
-    Those from before the clutter filter go first, for the classification; for the steps behind it
-    (`corrected`) those with the CfRadial name itself, such as DBZH, do.
+    Names from before the clutter filter come first, for the classification; for the steps after it
+    (`corrected`) the CfRadial name itself, such as DBZH.
     """
-    wishes = _overrides(ds, fields)
-    taken = set(wishes.values())
+    choices = _overrides(ds, fields)
+    taken = set(choices.values())
     known = {str(name).lower(): name for name, variable in ds.data_vars.items()
              if has_gates(variable) and variable.dtype.kind in "fiu" and name not in taken}
     found = {}
     for quantity in QUANTITIES:
-        if quantity.argument in wishes:
-            name = wishes[quantity.argument]
+        if quantity.argument in choices:
+            name = choices[quantity.argument]
         else:
             name = next((known[alias] for alias in quantity.aliases if alias in known), None)
             if corrected and quantity.name in known.values():
@@ -100,12 +100,12 @@ def find_fields(ds: xr.Dataset, fields: FieldMap = None, *, corrected: bool = Fa
 
 
 def is_unfiltered(field: xr.DataArray) -> bool:
-    """Whether the name of a field, or that in its file, says: from before the clutter filter."""
+    """Whether a field is from before the clutter filter, by its name or its name in the file."""
     return not UNFILTERED.isdisjoint({str(field.name).lower(), str(field.attrs.get("raw_name")).lower()})
 
 
 def other_reflectivity(ds: xr.Dataset, dbzh: xr.DataArray) -> xr.DataArray | None:
-    """The reflectivity behind the clutter filter, beside one from before it."""
+    """The reflectivity from after the clutter filter, where `dbzh` is from before it."""
     if not is_unfiltered(dbzh):
         return None
     for name, field in ds.data_vars.items():
@@ -123,16 +123,16 @@ def gate_step(ds: xr.Dataset) -> float:
     if ranges.size != 1:
         return gate_spacing(ranges, ds.sizes[RANGE])
     if "meters_between_gates" not in ds[RANGE].attrs:
-        raise ValueError("a single gate does not tell the gate spacing: the coordinate range needs the "
+        raise ValueError("a single gate does not give the gate spacing: the coordinate range needs the "
                          "attribute meters_between_gates")
     return gate_spacing(float(ds[RANGE].attrs["meters_between_gates"]), 1)
 
 
 def gates_in_front(ds: xr.Dataset, spacing: float) -> int:
-    """How many gates are missing between the radar and the first gate; less than two do not count.
+    """The number of gates that are missing between the radar and the first gate; 0 for fewer than two.
 
     The library takes gate g at g spacings, gate 0 at one. A first gate at half a spacing, one or
-    nearly two is none but gate 0; one that is further out is another gate than the library thinks.
+    nearly two counts as gate 0; farther out, gate numbers differ from the library's.
     """
     ranges = np.atleast_1d(ds[RANGE].values).astype(np.float64)
     if not np.isfinite(ranges[[0, -1]]).all():
@@ -143,7 +143,7 @@ def gates_in_front(ds: xr.Dataset, spacing: float) -> int:
 
 
 def find_sweep(ds: xr.Dataset, fields: FieldMap = None, *, corrected: bool = False) -> Sweep:
-    """The parts of a sweep, `corrected` as for `find_fields`.
+    """The fields and sizes of a sweep; `corrected` as for `find_fields`.
 
     Raises
     ------

@@ -35,7 +35,7 @@ def _listed(quantities: Iterable[str] | None) -> list[str] | None:
 
 def _chosen(ds: xr.Dataset, fields: FieldMap, wanted: list[str] | None, usual: tuple[str, ...]
             ) -> dict[str, xr.DataArray]:
-    """The fields of the quantities asked for, or what there is of the usual ones."""
+    """The fields of the requested quantities, else those of the usual ones that exist."""
     found = find_fields(ds, fields, corrected=True)
     if wanted is None:
         return {name: found[name] for name in usual if name in found}
@@ -45,8 +45,8 @@ def _chosen(ds: xr.Dataset, fields: FieldMap, wanted: list[str] | None, usual: t
     return {name.lower(): found[name.lower()] for name in wanted}
 
 
-def _out_of_it(ds: xr.Dataset, exclude: ClassSelection) -> xr.DataArray | None:
-    """Gates of classes that take no part; None without a field of classes."""
+def _excluded_gates(ds: xr.Dataset, exclude: ClassSelection) -> xr.DataArray | None:
+    """Gates of excluded classes; None without a field of classes."""
     codes = [int(echo) for echo in parse_classes("exclude", exclude)]
     return library_codes(ds[CLASS]).isin([*codes, MISSING]) if CLASS in ds else None
 
@@ -54,7 +54,7 @@ def _out_of_it(ds: xr.Dataset, exclude: ClassSelection) -> xr.DataArray | None:
 def _windowed(function: str, values: NDArray[Any], excluded: NDArray[np.bool_] | None = None,
               no_echo: float | None = None, **settings: Any
               ) -> tuple[NDArray[np.float32], NDArray[np.bool_]]:
-    """`texture` or `smooth`, and the gates that take no part: those without a value or an echo do not."""
+    """`texture` or `smooth`, and the gates that are left out, such as those without a value or an echo."""
     mask = np.isnan(values) | is_no_echo(values, no_echo)
     mask = mask if excluded is None else mask | excluded
     return getattr(_toolkit, function)(values, mask=mask, **settings), mask
@@ -80,13 +80,13 @@ def texture(ds: xr.Dataset, *, quantities: Iterable[str] | None = None, fields: 
     ds : xarray.Dataset
         A sweep.
     quantities : list of str, optional
-        Arguments of `clutterclassifier.classify`: ``["dbzh", "vrad"]``. By default what there is of
-        dbzh, zdr, phidp and rhohv.
+        Arguments of `clutterclassifier.classify`: ``["dbzh", "vrad"]``. By default those of
+        dbzh, zdr, phidp and rhohv that exist.
     fields : dict, optional
-        Which variable is what: ``{"dbzh": "my_name"}``.
+        The variable for each quantity: ``{"dbzh": "my_name"}``.
     exclude : EchoClass, int, str or several of them
-        Classes that take no part where the sweep has a variable ``CLASS``; gates without a value and
-        those without echo (attribute ``_Undetect``) never do.
+        Classes that are left out where the sweep has a variable ``CLASS``; gates without a value and
+        those without echo (attribute ``_Undetect``) always are.
     gates, rays
         As for `clutterclassifier.texture`.
     closed : bool, optional
@@ -95,7 +95,7 @@ def texture(ds: xr.Dataset, *, quantities: Iterable[str] | None = None, fields: 
     Returns
     -------
     xarray.Dataset
-        Textures in the units of their fields; NaN at gates that take no part.
+        Textures in the units of their fields; NaN at gates that are left out.
 
     Examples
     --------
@@ -105,7 +105,7 @@ def texture(ds: xr.Dataset, *, quantities: Iterable[str] | None = None, fields: 
     >>> sweep.ZDR_TEXTURE.attrs["units"]
     'dB'
     """
-    excluded = _out_of_it(ds, exclude)
+    excluded = _excluded_gates(ds, exclude)
     wanted = _listed(quantities)
     history = describe("texture", gates=gates, rays=rays,
                        **unusual(texture, quantities=wanted, exclude=exclude, closed=closed))
@@ -136,7 +136,7 @@ def smooth(ds: xr.Dataset, *, quantities: Iterable[str] | None = None, fields: F
         Arguments of `clutterclassifier.classify`: ``["dbzh", "zdr"]``; by default all moments.
         Reflectivity and differential reflectivity become means of linear values.
     fields, exclude
-        As for `texture`. Gates that take no part keep their value.
+        As for `texture`. Gates that are left out keep their value.
     gates, rays
         As for `clutterclassifier.smooth`.
     closed : bool, optional
@@ -154,7 +154,7 @@ def smooth(ds: xr.Dataset, *, quantities: Iterable[str] | None = None, fields: F
     >>> bool(sweeps.smooth(scan, gates=9).PHIDP.std() < scan.PHIDP.std())
     True
     """
-    excluded = _out_of_it(ds, exclude)
+    excluded = _excluded_gates(ds, exclude)
     wanted = _listed(quantities)
     chosen = _chosen(ds, fields, wanted, _SMOOTHED)
     linear = "|".join(name for name in chosen if name in _DECIBELS) or None
