@@ -90,7 +90,7 @@ class AnyFormatBackend(BackendEntrypoint):
         if not os.path.isfile(path):
             return False
         found = readers.recognise(path)
-        if found in (None, "hdf5", "netcdf") or self.format not in ("", found):  # these have engines of their own
+        if found in (None, "hdf5", "netcdf") or self.format not in ("", found):  # others open these
             return False
         return found != "uf" or _has_whole_record(path)
 

@@ -1,6 +1,7 @@
-/* attenuation.cpp - attenuation of reflectivity and differential reflectivity, hot spots. */
+// attenuation.cpp - attenuation of reflectivity and differential reflectivity, hot spots.
 #include <algorithm>
 #include <cmath>
+#include <cstddef>
 #include <iterator>
 #include <limits>
 #include <memory>
@@ -15,11 +16,11 @@
 namespace python {
 namespace {
 
-constexpr py::ssize_t kSpotRecords = 40; /* values that the library tells about a ray's hot spots */
+constexpr py::ssize_t kSpotRecords = 40;  // values that the library reports about a ray's hot spots
 
-/* As the attenuation stage has it. */
+// As the attenuation stage has it.
 std::vector<double> toLinear(const double* dbz, int n) {
-    std::vector<double> z(static_cast<size_t>(n));
+    std::vector<double> z(static_cast<std::size_t>(n));
     std::transform(dbz, dbz + n, z.begin(), [](double v) { return std::pow(10.0, 0.1 * v); });
     return z;
 }
@@ -31,10 +32,11 @@ struct StageSettings {
     bool fillGaps;
 };
 
-/* One value a ray of a record that holds it in the ray's first gate. */
+// One value a ray of a record that holds it in the ray's first gate.
 void takeFirstGates(const Cpluvek& record, float* out) {
-    for (int r = 0; r < record.nrays; ++r)
-        out[r] = record.data[static_cast<size_t>(r) * static_cast<size_t>(record.ngates)];
+    for (int r = 0; r < record.nrays; ++r) {
+        out[r] = record.data[static_cast<std::size_t>(r) * static_cast<std::size_t>(record.ngates)];
+    }
 }
 
 py::tuple attenuation(const Array<float>& zhh, const Array<float>& phidp,
@@ -61,13 +63,15 @@ py::tuple attenuation(const Array<float>& zhh, const Array<float>& phidp,
     {
         const py::gil_scoped_release release;
         const scan::QuietLibrary quiet;
-        for (size_t s = 0; s < size.scans; ++s) {
-            const size_t at = s * size.gates();
+        for (std::size_t s = 0; s < size.scans; ++s) {
+            const std::size_t at = s * size.gates();
             const auto context = std::make_unique<Crres>();
             Loan loan(size, static_cast<float>(spacing), static_cast<float>(elevation.data()[s]));
             loan.copy(values(zhh) + at, context->zhh);
             loan.copy(values(phidp) + at, context->pdp);
-            if (fillGaps) scan::fillPhaseGaps(context->pdp.data, size.nrays, size.ngates);
+            if (fillGaps) {
+                scan::fillPhaseGaps(context->pdp.data, size.nrays, size.ngates);
+            }
             loan.lend((rhohv ? values(rhohv) : values(zhh)) + at, context->rhv);
             loan.lend(values(classes) + at, context->ccl);
             loan.lend(values(freezingLevel) + at, context->fzl);
@@ -76,11 +80,11 @@ py::tuple attenuation(const Array<float>& zhh, const Array<float>& phidp,
             context->gates2ave_pdp = gates;
             context->rays2ave_pdp = rays;
             context->AttenuationCorrection();
-            for (size_t k = 0; k < outs.size(); ++k) {
+            for (std::size_t k = 0; k < outs.size(); ++k) {
                 const Cpluvek& record = (*context).*kResults[k].record;
-                if (kResults[k].perRay)
-                    takeFirstGates(record, outs[k] + s * static_cast<size_t>(size.nrays));
-                else
+                if (kResults[k].perRay) {
+                    takeFirstGates(record, outs[k] + s * static_cast<std::size_t>(size.nrays));
+                } else
                     std::copy_n(record.data, size.gates(), outs[k] + at);
             }
         }
@@ -98,9 +102,9 @@ Array<double> specificAttenuation(const Array<double>& dbzh, const OptionalArray
     {
         const py::gil_scoped_release release;
         Cradarpro radar;
-        const auto ngates = static_cast<size_t>(size.ngates);
-        for (size_t r = 0; r < size.scans * static_cast<size_t>(size.nrays); ++r) {
-            const size_t at = r * ngates;
+        const auto ngates = static_cast<std::size_t>(size.ngates);
+        for (std::size_t r = 0; r < size.scans * static_cast<std::size_t>(size.nrays); ++r) {
+            const std::size_t at = r * ngates;
             const std::vector<double> z = toLinear(values(dbzh) + at, size.ngates);
             radar.Ah(z.data(), values(mask) + at, phidp ? values(phidp) + at : nullptr, size.ngates,
                      values(alpha) + at, values(a) + at, values(b) + at, rise.data()[r], spacingKm,
@@ -110,7 +114,7 @@ Array<double> specificAttenuation(const Array<double>& dbzh, const OptionalArray
     return result;
 }
 
-/* Rays that the library leaves alone keep their values; their ratio is no number. */
+// Rays that the library does not change keep their values; their ratio is NaN.
 py::tuple correctZdr(const Array<double>& zdr, const Array<double>& dbzh, const Array<double>& ah,
                      const Array<double>& mask, const Array<double>& alpha,
                      const Array<double>& rise, double spacingKm) {
@@ -123,9 +127,9 @@ py::tuple correctZdr(const Array<double>& zdr, const Array<double>& dbzh, const 
     {
         const py::gil_scoped_release release;
         Cradarpro radar;
-        const auto ngates = static_cast<size_t>(size.ngates);
-        for (size_t r = 0; r < size.scans * static_cast<size_t>(size.nrays); ++r) {
-            const size_t at = r * ngates;
+        const auto ngates = static_cast<std::size_t>(size.ngates);
+        for (std::size_t r = 0; r < size.scans * static_cast<std::size_t>(size.nrays); ++r) {
+            const std::size_t at = r * ngates;
             const std::vector<double> z = toLinear(values(dbzh) + at, size.ngates);
             std::copy_n(zdr.data() + at, ngates, out + at);
             ratio[r] = std::numeric_limits<double>::quiet_NaN();
@@ -138,11 +142,11 @@ py::tuple correctZdr(const Array<double>& zdr, const Array<double>& dbzh, const 
     return py::make_tuple(result, ratios, paths);
 }
 
-/* Flags of all gates, and the library's 40 values for every ray. */
+// Flags of all gates, and the library's 40 values for every ray.
 py::tuple hotSpots(const Array<double>& phidp, const Array<double>& dbzh,
                    const Array<double>& rhohv, const Array<double>& mask, double spacingKm) {
     const Size size(phidp);
-    const size_t rays = size.scans * static_cast<size_t>(size.nrays);
+    const std::size_t rays = size.scans * static_cast<std::size_t>(size.nrays);
     Array<bool> flags = like<bool>(phidp);
     Array<double> spots({static_cast<py::ssize_t>(rays), kSpotRecords});
     bool* out = flags.mutable_data();
@@ -150,10 +154,10 @@ py::tuple hotSpots(const Array<double>& phidp, const Array<double>& dbzh,
     {
         const py::gil_scoped_release release;
         Cradarpro radar;
-        const auto ngates = static_cast<size_t>(size.ngates);
+        const auto ngates = static_cast<std::size_t>(size.ngates);
         std::vector<double> flagged(ngates);
-        for (size_t r = 0; r < rays; ++r) {
-            const size_t at = r * ngates;
+        for (std::size_t r = 0; r < rays; ++r) {
+            const std::size_t at = r * ngates;
             const std::vector<double> z = toLinear(values(dbzh) + at, size.ngates);
             radar.findHotSpot(values(phidp) + at, z.data(), values(rhohv) + at, values(mask) + at,
                               spacingKm, size.ngates, flagged.data(), records + r * kSpotRecords);
@@ -164,27 +168,28 @@ py::tuple hotSpots(const Array<double>& phidp, const Array<double>& dbzh,
     return py::make_tuple(flags, spots);
 }
 
-/* Seven values for each scan; absent fields are lent another one and mean nothing. */
+// Seven values for each scan; absent fields are lent another one and mean nothing.
 Array<float> zdrStatistics(const std::vector<OptionalArray<float>>& fields,
                            const OptionalArray<float>& classes, const Array<double>& elevation,
                            double spacing, float from, float to, float leastRhohv, float leastDbzh,
                            float mostDbzh) {
     constexpr Cpluvek Crres::*kRecords[] = {&Crres::zhh, &Crres::zdr, &Crres::pdp,
                                             &Crres::rhv, &Crres::vel, &Crres::wid};
-    constexpr size_t kStatistics = 7;
+    constexpr std::size_t kStatistics = 7;
     const Size size(*fields.front());
     Array<float> result({static_cast<py::ssize_t>(size.scans), py::ssize_t{kStatistics}});
     float* out = result.mutable_data();
     {
         const py::gil_scoped_release release;
         const scan::QuietLibrary quiet;
-        for (size_t s = 0; s < size.scans; ++s) {
-            const size_t at = s * size.gates();
+        for (std::size_t s = 0; s < size.scans; ++s) {
+            const std::size_t at = s * size.gates();
             const auto context = std::make_unique<Crres>();
             Loan loan(size, static_cast<float>(spacing), static_cast<float>(elevation.data()[s]));
-            for (size_t k = 0; k < std::size(kRecords); ++k)
+            for (std::size_t k = 0; k < std::size(kRecords); ++k) {
                 loan.lend(values(fields[k] ? fields[k] : fields.front()) + at,
                           (*context).*kRecords[k]);
+            }
             float* stats = out + s * kStatistics;
             if (classes) {
                 loan.lend(values(classes) + at, context->ccl);

@@ -1,5 +1,6 @@
-/* beam.cpp - geometry and pattern of the beam, vertical profiles of reflectivity. */
+// beam.cpp - geometry and pattern of the beam, vertical profiles of reflectivity.
 #include <algorithm>
+#include <cstddef>
 #include <cstring>
 #include <memory>
 #include <stdexcept>
@@ -12,17 +13,18 @@
 namespace python {
 namespace {
 
-/* A relation of the beam for pairs of numbers. */
+// A relation of the beam for pairs of numbers.
 template <void (Cradarpro::*relate)(double*, double, double*, int)>
 Array<double> related(const Array<double>& first, const Array<double>& second) {
     Array<double> result = like<double>(first);
     double* out = result.mutable_data();
-    const auto n = static_cast<size_t>(first.size());
+    const auto n = static_cast<std::size_t>(first.size());
     {
         const py::gil_scoped_release release;
         Cradarpro radar;
-        for (size_t i = 0; i < n; ++i)
+        for (std::size_t i = 0; i < n; ++i) {
             (radar.*relate)(values(first) + i, second.data()[i], out + i, 1);
+        }
     }
     return result;
 }
@@ -48,7 +50,7 @@ py::tuple beamPattern(double beamwidth, double range, double elevation) {
                           copyOf(heights, nheights), copyOf(heightPower, nheights));
 }
 
-/* Linear values (profile, level), the level of the freezing level, metres between levels. */
+// Linear values (profile, level), the level of the freezing level, metres between levels.
 py::tuple verticalProfiles(std::string file) {
     double* profiles = nullptr;
     int nprofiles = 0, nlevels = 0, level = 0;
@@ -59,7 +61,9 @@ py::tuple verticalProfiles(std::string file) {
         read = Cradarpro().GetVPR(&profiles, nprofiles, nlevels, level, step, file.data(), 0);
     }
     const std::unique_ptr<double[]> owned(profiles);
-    if (read != 1) throw std::runtime_error("cannot read " + file);
+    if (read != 1) {
+        throw std::runtime_error("cannot read " + file);
+    }
     Array<double> result({nprofiles, nlevels});
     std::copy_n(profiles, result.size(), result.mutable_data());
     return py::make_tuple(result, level, step);
@@ -73,10 +77,12 @@ Array<float> correctProfile(const Array<float>& zhh, const Array<float>& freezin
     float* out = result.mutable_data();
     {
         const py::gil_scoped_release release;
-        for (size_t s = 0; s < size.scans; ++s) {
-            const size_t at = s * size.gates();
+        for (std::size_t s = 0; s < size.scans; ++s) {
+            const std::size_t at = s * size.gates();
             const auto context = std::make_unique<Crres>();
-            if (file.size() >= sizeof context->vprfile) throw std::length_error("path too long");
+            if (file.size() >= sizeof context->vprfile) {
+                throw std::length_error("path too long");
+            }
             std::memcpy(context->vprfile, file.c_str(), file.size() + 1);
             Loan loan(size, static_cast<float>(spacing), static_cast<float>(elevation.data()[s]));
             loan.copy(values(zhh) + at, context->zhh);

@@ -45,7 +45,9 @@ struct Shape {
 class Source {
   public:
     explicit Source(const Field& field) {
-        if (!field) return;
+        if (!field) {
+            return;
+        }
         const bool isFloat = py::isinstance<Array<float>>(*field);
         if (!isFloat && !py::isinstance<Array<double>>(*field)) {
             throw py::type_error("a field must be a contiguous array of floats or doubles");
@@ -168,8 +170,7 @@ py::dict explain(const std::string& membership, const py::dict& fields, const py
     clutter_explanation found = clutter_explanation();
     try {
         const py::gil_scoped_release release;
-        found = request.open(membership)
-                    .explain(request.scan(0), request.options(), ray, gate);
+        found = request.open(membership).explain(request.scan(0), request.options(), ray, gate);
     } catch (const clutter::Error& error) {
         raise(error);
     }
@@ -205,9 +206,11 @@ py::list inputTable() {
     py::list table;
     for (std::int32_t index = 0; index < CLUTTER_INPUT_COUNT; ++index) {
         const clutter_input_info* info = nullptr;
-        if (clutter_get_input(index, &info) != CLUTTER_OK) break;
-        table.append(py::make_tuple(info->name, info->field, info->unit, info->bit,
-                                    info->texture != 0));
+        if (clutter_get_input(index, &info) != CLUTTER_OK) {
+            break;
+        }
+        table.append(
+            py::make_tuple(info->name, info->field, info->unit, info->bit, info->texture != 0));
     }
     return table;
 }
@@ -216,10 +219,10 @@ py::list inputTable() {
 
 void bindClassify(py::module_& module) {
     const auto result = [](const char* name) { return py::arg(name).noconvert(); };
-    module.def("classify", &classify, py::arg("membership"), py::arg("fields"),
-               py::arg("settings"), result("classes"), result("probability"), result("margin"));
-    module.def("explain", &explain, py::arg("membership"), py::arg("fields"),
-               py::arg("settings"), py::arg("ray"), py::arg("gate"));
+    module.def("classify", &classify, py::arg("membership"), py::arg("fields"), py::arg("settings"),
+               result("classes"), result("probability"), result("margin"));
+    module.def("explain", &explain, py::arg("membership"), py::arg("fields"), py::arg("settings"),
+               py::arg("ray"), py::arg("gate"));
     module.def("check_membership", &checkMembership, py::arg("membership"), py::arg("inputs"));
     module.def("input_table", &inputTable);
 }

@@ -1,4 +1,4 @@
-/* loan.h - scans in numpy arrays as the library's field records. */
+// loan.h - scans in numpy arrays as the library's field records.
 #ifndef PYTHON_LOAN_H
 #define PYTHON_LOAN_H
 
@@ -11,39 +11,45 @@
 
 namespace python {
 
-/* rays x gates of the scans in an array of two dimensions or more, none of them empty. */
+// rays x gates of the scans in an array of two dimensions or more, none of them empty.
 struct Size {
     explicit Size(const py::array& field)
         : nrays(static_cast<int>(field.shape(field.ndim() - 2))),
           ngates(static_cast<int>(field.shape(field.ndim() - 1))),
-          scans(static_cast<size_t>(field.size()) / gates()) {}
-    size_t gates() const { return static_cast<size_t>(nrays) * static_cast<size_t>(ngates); }
+          scans(static_cast<std::size_t>(field.size()) / gates()) {}
+    std::size_t gates() const {
+        return static_cast<std::size_t>(nrays) * static_cast<std::size_t>(ngates);
+    }
     int nrays, ngates;
-    size_t scans;
+    std::size_t scans;
 };
 
-/* Lends the values of arrays to the records of a context, which would own them: takes them back. */
+// Lends the values of arrays to the records of a context, which would own them: takes them back.
 class Loan {
   public:
     explicit Loan(const Size& size, float spacing, float elevationRad = 0)
         : size_(size), spacing_(spacing), elevation_(elevationRad) {}
     ~Loan() {
-        for (Cpluvek* record : records_) record->data = nullptr;
+        for (Cpluvek* record : records_) {
+            record->data = nullptr;
+        }
     }
     Loan(const Loan&) = delete;
     Loan& operator=(const Loan&) = delete;
 
     void lend(const OptionalArray<float>& field, Cpluvek& record) { lend(values(field), record); }
 
-    /* For records that are only read. Without values the record stays absent. */
+    // For records that are only read. Without values the record stays absent.
     void lend(float* data, Cpluvek& record) {
-        if (!data) return;
+        if (!data) {
+            return;
+        }
         records_.push_back(&record);
         describe(record);
         record.data = data;
     }
 
-    /* For records that a stage writes to: the record owns a copy. */
+    // For records that a stage writes to: the record owns a copy.
     void copy(const float* data, Cpluvek& record) const {
         describe(record);
         record.data = new float[size_.gates()];
@@ -61,7 +67,7 @@ class Loan {
         record.recindex = 0;
         record.nrecords = 1;
         record.nsets = 1;
-        record.angles = new float[static_cast<size_t>(size_.nrays) + 1]();
+        record.angles = new float[static_cast<std::size_t>(size_.nrays) + 1]();
         record.angles[0] = elevation_;
     }
 

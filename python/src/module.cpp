@@ -1,5 +1,4 @@
-/* module.cpp - clutterclassifier._core: the library's operations on numpy arrays, without checks.
- */
+// module.cpp - clutterclassifier._core: the library's operations on numpy arrays, without checks.
 #include "arrays.h"
 
 PYBIND11_MODULE(_core, module) {

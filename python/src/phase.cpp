@@ -1,5 +1,6 @@
-/* phase.cpp - the differential phase: its offset, folding and gaps. */
+// phase.cpp - the differential phase: its offset, folding and gaps.
 #include <algorithm>
+#include <cstddef>
 
 #include "arrays.h"
 #include "clutterclassifier/clutterclassifier.h"
@@ -9,7 +10,7 @@
 namespace python {
 namespace {
 
-/* One offset a scan, from classes when byClass, else from the correlation. */
+// One offset a scan, from classes when byClass, else from the correlation.
 Array<float> systemPhase(const Array<float>& phidp, const Array<float>& quality, int gates,
                          bool byClass) {
     const Size size(phidp);
@@ -18,7 +19,7 @@ Array<float> systemPhase(const Array<float>& phidp, const Array<float>& quality,
     {
         const py::gil_scoped_release release;
         Cradarpro radar;
-        for (size_t s = 0; s < size.scans; ++s) {
+        for (std::size_t s = 0; s < size.scans; ++s) {
             float* phase = values(phidp) + s * size.gates();
             float* by = values(quality) + s * size.gates();
             out[s] = byClass
@@ -37,8 +38,9 @@ Array<float> unfoldPhase(const Array<float>& phidp, const Array<float>& classes)
         const py::gil_scoped_release release;
         Cradarpro radar;
         std::copy_n(phidp.data(), size.scans * size.gates(), out);
-        for (size_t at = 0; at < size.scans * size.gates(); at += size.gates())
+        for (std::size_t at = 0; at < size.scans * size.gates(); at += size.gates()) {
             radar.CorrectPDPFolding(out + at, values(classes) + at, size.ngates, size.nrays);
+        }
     }
     return result;
 }
@@ -50,23 +52,25 @@ Array<float> closePhaseGaps(const Array<float>& phidp) {
     {
         const py::gil_scoped_release release;
         std::copy_n(phidp.data(), size.scans * size.gates(), out);
-        for (size_t at = 0; at < size.scans * size.gates(); at += size.gates())
+        for (std::size_t at = 0; at < size.scans * size.gates(); at += size.gates()) {
             scan::fillPhaseGaps(out + at, size.nrays, size.ngates);
+        }
     }
     return result;
 }
 
-/* Calls fill(values, mask, result) for every ray. */
+// Calls fill(values, mask, result) for every ray.
 template <class Fill>
 Array<double> filled(const Array<double>& phidp, const Array<double>& mask, Fill fill) {
     Array<double> result = like<double>(phidp);
     double* out = result.mutable_data();
-    const auto ngates = static_cast<size_t>(phidp.shape(phidp.ndim() - 1));
-    const auto count = static_cast<size_t>(phidp.size());
+    const auto ngates = static_cast<std::size_t>(phidp.shape(phidp.ndim() - 1));
+    const auto count = static_cast<std::size_t>(phidp.size());
     {
         const py::gil_scoped_release release;
-        for (size_t at = 0; at < count; at += ngates)
+        for (std::size_t at = 0; at < count; at += ngates) {
             fill(values(phidp) + at, values(mask) + at, static_cast<int>(ngates), out + at);
+        }
     }
     return result;
 }

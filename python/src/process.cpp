@@ -1,9 +1,8 @@
-/* process.cpp - one scan through the processing chain, and the settings of that chain. */
+// process.cpp - one scan through the processing chain, and the settings of that chain.
 #include "scan/process/process_sweep.h"
 
 #include <algorithm>
 #include <cstdint>
-#include <cstring>
 #include <map>
 #include <memory>
 #include <optional>
@@ -13,7 +12,6 @@
 #include <vector>
 
 #include "arrays.h"
-#include "clutterclassifier/classifier.hpp"
 #include "clutterclassifier/clutterclassifier.h"
 #include "scan/classes/membership_files.h"
 #include "scan/process/configuration.h"
@@ -23,10 +21,10 @@ namespace python {
 namespace {
 
 using FloatArray = Array<float>;
-using Fields = std::map<std::string, FloatArray>; /* by the keys of their roles: "zhh" */
+using Fields = std::map<std::string, FloatArray>;  // by the keys of their roles: "zhh"
 
 constexpr std::uint8_t kNoClass = 255;
-constexpr const char* kClassField = "CCl"; /* how the chain knows a field of classes */
+constexpr const char* kClassField = "CCl";  // how the chain knows a field of classes
 
 std::vector<float> copied(const FloatArray& array) {
     return {array.data(), array.data() + array.size()};
@@ -55,12 +53,15 @@ const char* sourceName(scan::ConstantSource source) {
     return source == scan::ConstantSource::kEstimate ? "estimate" : "argument";
 }
 
-/* Every field plays the part that its key says, whatever it holds. */
-scan::FieldMap partsOf(const Fields& fields) {
-    scan::FieldMap parts;
-    for (const auto& [key, values] : fields)
-        if (key != kClassField) parts.merge(scan::parseFieldMap(key + "=" + key));
-    return parts;
+// Every field has the role of its key, whatever it holds.
+scan::FieldMap rolesOf(const Fields& fields) {
+    scan::FieldMap roles;
+    for (const auto& [key, values] : fields) {
+        if (key != kClassField) {
+            roles.merge(scan::parseFieldMap(key + "=" + key));
+        }
+    }
+    return roles;
 }
 
 scan::Sweep sweepOf(const Fields& fields, double spacing, bool rhi, double fixedAngle,
@@ -75,7 +76,9 @@ scan::Sweep sweepOf(const Fields& fields, double spacing, bool rhi, double fixed
     sweep.elevationDeg = copied(elevation);
     sweep.gateSpacingM = static_cast<double>(static_cast<int>(spacing));
     sweep.firstGateM = sweep.gateSpacingM;
-    for (const auto& [key, values] : fields) sweep.fields.push_back({key, "", copied(values)});
+    for (const auto& [key, values] : fields) {
+        sweep.fields.push_back({key, "", copied(values)});
+    }
     return sweep;
 }
 
@@ -84,12 +87,15 @@ py::dict resultOf(const scan::ProcessedSweep& processed) {
     const py::ssize_t rays = processed.sweep.nrays;
     const py::ssize_t gates = processed.sweep.ngates;
     py::dict fields;
-    for (const scan::Field& field : processed.sweep.fields)
+    for (const scan::Field& field : processed.sweep.fields) {
         fields[field.name.c_str()] = asArray(field.values, rays, gates);
+    }
     py::dict result;
     result["fields"] = fields;
     result["classes"] = py::none();
-    if (processed.hasClasses) result["classes"] = asClasses(classified.classes, rays, gates);
+    if (processed.hasClasses) {
+        result["classes"] = asClasses(classified.classes, rays, gates);
+    }
     result["notes"] = classified.notes;
     result["stages"] = processed.what;
     result["inputs"] = classified.mask;
@@ -100,18 +106,11 @@ py::dict resultOf(const scan::ProcessedSweep& processed) {
     return result;
 }
 
-// The chain reports its stages. A classification that did not happen is only reported, too.
-void keepComplaint(void* complaint, const char* text) {
-    if (std::strncmp(text, "Membership function", 19) == 0) {
-        *static_cast<std::string*>(complaint) = text;
-    }
-}
-
 py::dict process(const std::string& membership, const Fields& fields, double spacing, bool rhi,
                  double fixedAngle, const Array<double>& azimuth, const Array<double>& elevation,
                  std::optional<double> radarConstant, std::optional<double> minSnr,
                  std::optional<int> inputs, const std::string& configuration, int what,
-                 std::optional<double> freezingLevel) {
+                 std::optional<double> freezingLevel, std::pair<int, int> neighbourhood) {
     scan::ProcessOptions options;
     options.configuration = configuration;
     options.what = what;
@@ -121,25 +120,20 @@ py::dict process(const std::string& membership, const Fields& fields, double spa
     options.classify.minSnrDb = minSnr;
     options.classify.radarConstantDb = radarConstant;
     options.classify.removeIsolated = true;
-    options.classify.neighbourhood = {}; /* gate by gate, as the package classifies */
-    options.classify.map = partsOf(fields);
+    options.classify.neighbourhood = {neighbourhood.first, neighbourhood.second};
+    options.classify.map = rolesOf(fields);
     scan::ProcessedSweep processed;
-    std::string complaint;
     {
         const py::gil_scoped_release release;
         const scan::Sweep sweep = sweepOf(fields, spacing, rhi, fixedAngle, azimuth, elevation);
-        const clutter::MessageSink listening(&keepComplaint, &complaint);
+        const scan::QuietLibrary quiet;  // the stages are reported on standard output
         processed = scan::processSweep(scan::Scan(), sweep, options);
         processed.context.reset();
-    }
-    if (!complaint.empty()) {
-        PyErr_SetString(PyExc_OSError, complaint.c_str());
-        throw py::error_already_set();
     }
     return resultOf(processed);
 }
 
-/* What a file of settings says about the call itself, not about the stages. */
+// The settings of a file that concern the call itself, not the stages.
 py::dict readSettings(const std::string& path, const std::string& text) {
     const scan::Configuration pairs = scan::examineConfiguration(text);
     const auto context = std::make_unique<Crres>();
@@ -150,16 +144,23 @@ py::dict readSettings(const std::string& path, const std::string& text) {
         context->readinitialconfiguration(name.data());
     }
     py::dict settings;
-    if (pairs.names("WHAT2DO")) settings["what"] = static_cast<int>(context->what2do);
-    if (pairs.names("CLUTTER_ALG")) settings["inputs"] = static_cast<int>(context->clutteralg);
-    if (pairs.names("CLUTTER_MFS")) settings["membership"] = std::string(context->mfdir);
+    if (pairs.names("WHAT2DO")) {
+        settings["what"] = static_cast<int>(context->what2do);
+    }
+    if (pairs.names("CLUTTER_ALG")) {
+        settings["inputs"] = static_cast<int>(context->clutteralg);
+    }
+    if (pairs.names("CLUTTER_MFS")) {
+        settings["membership"] = std::string(context->mfdir);
+    }
     return settings;
 }
 
 std::vector<std::pair<int, std::string>> problemsOf(const std::string& text) {
     std::vector<std::pair<int, std::string>> problems;
-    for (const scan::ConfigurationProblem& problem : scan::examineConfiguration(text).problems)
+    for (const scan::ConfigurationProblem& problem : scan::examineConfiguration(text).problems) {
         problems.emplace_back(problem.line, problem.text);
+    }
     return problems;
 }
 
@@ -170,7 +171,8 @@ void bindProcess(py::module_& module) {
                py::arg("spacing"), py::arg("rhi"), py::arg("fixed_angle"),
                py::arg("azimuth").noconvert(), py::arg("elevation").noconvert(),
                py::arg("radar_constant"), py::arg("min_snr"), py::arg("inputs"),
-               py::arg("configuration"), py::arg("what"), py::arg("freezing_level"));
+               py::arg("configuration"), py::arg("what"), py::arg("freezing_level"),
+               py::arg("neighbourhood"));
     module.def("read_settings", &readSettings, py::arg("path"), py::arg("text"));
     module.def("configuration_problems", &problemsOf, py::arg("text"));
     module.def("example_configuration", &scan::exampleConfiguration, py::arg("membership"));

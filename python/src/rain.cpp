@@ -1,5 +1,6 @@
-/* rain.cpp - rain rates from gates, and from scans below the melting layer. */
+// rain.cpp - rain rates from gates, and from scans below the melting layer.
 #include <algorithm>
+#include <cstddef>
 #include <memory>
 #include <vector>
 
@@ -20,8 +21,8 @@ Array<float> rainRate(const OptionalArray<float>& zhh, const OptionalArray<float
         const py::gil_scoped_release release;
         Cradarpro radar;
         std::copy(coefficients.begin(), coefficients.end(), radar.coefficients[relation]);
-        const auto from = [](float* field, size_t at) { return field ? field + at : nullptr; };
-        forChunks(any.size(), [&](size_t at, int n) {
+        const auto from = [](float* field, std::size_t at) { return field ? field + at : nullptr; };
+        forChunks(any.size(), [&](std::size_t at, int n) {
             radar.RainfallEstimation(from(values(zhh), at), from(values(zdr), at),
                                      from(values(kdp), at), n, relation, nullptr, 0, out + at);
         });
@@ -37,8 +38,8 @@ Array<float> hybridRainRate(const Array<float>& zhh, const Array<float>& zdr,
     float* out = result.mutable_data();
     {
         const py::gil_scoped_release release;
-        for (size_t s = 0; s < size.scans; ++s) {
-            const size_t at = s * size.gates();
+        for (std::size_t s = 0; s < size.scans; ++s) {
+            const std::size_t at = s * size.gates();
             const auto context = std::make_unique<Crres>();
             Loan loan(size, static_cast<float>(spacing), static_cast<float>(elevation.data()[s]));
             loan.lend(values(zhh) + at, context->zhh);
@@ -59,7 +60,7 @@ Array<float> zToRain(const Array<float>& zhh, float a, float b, float threshold)
         Cradarpro radar;
         radar.threshold = threshold;
         forChunks(zhh.size(),
-                  [&](size_t at, int n) { radar.ZtoR(out + at, values(zhh) + at, n, a, b); });
+                  [&](std::size_t at, int n) { radar.ZtoR(out + at, values(zhh) + at, n, a, b); });
     }
     return result;
 }
@@ -72,7 +73,7 @@ Array<float> rainToZ(const Array<float>& rain, float a, float b, float noRain) {
         Cradarpro radar;
         radar.threshold = noRain;
         forChunks(rain.size(),
-                  [&](size_t at, int n) { radar.RtoZ(values(rain) + at, out + at, n, a, b); });
+                  [&](std::size_t at, int n) { radar.RtoZ(values(rain) + at, out + at, n, a, b); });
     }
     return result;
 }

@@ -1,5 +1,5 @@
-/* scans.cpp - whole scans as dictionaries of numpy arrays: the synthetic one, and those of
- * files. */
+// scans.cpp - whole scans as dictionaries of numpy arrays: the synthetic one, and those of
+// files.
 #include <cstdint>
 #include <memory>
 #include <stdexcept>
@@ -18,7 +18,7 @@
 namespace python {
 namespace {
 
-/* Hands the memory of a vector over to an array, without a copy. */
+// Hands the memory of a vector over to an array, without a copy.
 template <typename T>
 py::array ownedArray(std::vector<T> values, std::vector<py::ssize_t> shape) {
     auto kept = std::make_unique<std::vector<T>>(std::move(values));
@@ -34,7 +34,7 @@ py::array ownedArray(std::vector<T> values) {
     return ownedArray(std::move(values), {count});
 }
 
-/* Named after the arguments of `classify`. */
+// Named after the arguments of `classify`.
 py::dict syntheticScan(std::uint64_t seed, int nrays, int ngates) {
     scan::SyntheticScan scan;
     std::vector<std::uint8_t> truth;
@@ -66,7 +66,7 @@ py::dict syntheticScan(std::uint64_t seed, int nrays, int ngates) {
     return result;
 }
 
-/* --- files --- */
+// --- files ---
 
 const char* nameOf(scan::FileFormat format) {
     switch (format) {
@@ -105,8 +105,9 @@ py::dict fieldDict(scan::Field& field, int nrays, int ngates) {
 
 py::dict sweepDict(scan::Sweep& sweep) {
     py::list fields;
-    for (scan::Field& field : sweep.fields)
+    for (scan::Field& field : sweep.fields) {
         fields.append(fieldDict(field, sweep.nrays, sweep.ngates));
+    }
     py::dict result;
     result["fields"] = fields;
     result["number"] = sweep.number;
@@ -122,18 +123,20 @@ py::dict sweepDict(scan::Sweep& sweep) {
     return result;
 }
 
-/* Names the argument that helps where one is missing. */
+// Names the argument that helps where one is missing.
 template <class Read>
 scan::Scan withHint(Read read) {
     try {
         return read();
     } catch (const scan::ScanError& error) {
-        if (error.failure() != scan::Failure::kLayoutNeeded) throw;
+        if (error.failure() != scan::Failure::kLayoutNeeded) {
+            throw;
+        }
         throw std::runtime_error(error.what() + std::string(": give layout=252, 260 or 280"));
     }
 }
 
-/* The values of a file of any format; those of "no echo" stay as they are. */
+// The values of a file of any format; those of "no echo" stay as they are.
 py::dict readScan(const std::string& path, int polarLayout) {
     scan::Scan scan;
     {
@@ -145,7 +148,9 @@ py::dict readScan(const std::string& path, int polarLayout) {
         });
     }
     py::list sweeps;
-    for (scan::Sweep& sweep : scan.sweeps) sweeps.append(sweepDict(sweep));
+    for (scan::Sweep& sweep : scan.sweeps) {
+        sweeps.append(sweepDict(sweep));
+    }
     std::vector<std::string> unusual = scan.damage;
     unusual.insert(unusual.end(), scan.oddities.begin(), scan.oddities.end());
     const scan::DateTime& time = scan.time;

@@ -1,5 +1,6 @@
-/* toolkit.cpp - textures, smoothing, isolated gates, signal-to-noise ratio, scores. */
+// toolkit.cpp - textures, smoothing, isolated gates, signal-to-noise ratio, scores.
 #include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <vector>
@@ -19,9 +20,10 @@ Array<float> texture(const Array<float>& field, const Array<float>& mask, int ga
     {
         const py::gil_scoped_release release;
         CDSP dsp;
-        for (size_t at = 0; at < size.scans * size.gates(); at += size.gates())
+        for (std::size_t at = 0; at < size.scans * size.gates(); at += size.gates()) {
             dsp.GetNxNPointStdWithMask(values(field) + at, values(mask) + at, size.ngates,
                                        size.nrays, out + at, gates, rays);
+        }
     }
     return result;
 }
@@ -34,9 +36,10 @@ Array<float> smooth(const Array<float>& field, const Array<float>& mask, int gat
     {
         const py::gil_scoped_release release;
         CDSP dsp;
-        for (size_t at = 0; at < size.scans * size.gates(); at += size.gates())
+        for (std::size_t at = 0; at < size.scans * size.gates(); at += size.gates()) {
             dsp.Conv2DPPI(values(field) + at, out + at, values(mask) + at, size.ngates, size.nrays,
                           gates, rays, decibels);
+        }
     }
     return result;
 }
@@ -49,10 +52,12 @@ Array<bool> isolatedGates(const Array<float>& classes, int gates, int rays, int 
         const py::gil_scoped_release release;
         Cradarpro radar;
         const std::unique_ptr<float[]> flags(new float[size.gates()]);
-        for (size_t at = 0; at < size.scans * size.gates(); at += size.gates()) {
+        for (std::size_t at = 0; at < size.scans * size.gates(); at += size.gates()) {
             radar.GetIsolatedPixels(values(classes) + at, flags.get(), size.ngates, size.nrays,
                                     gates, rays, most);
-            for (size_t i = 0; i < size.gates(); ++i) out[at + i] = flags[i] != 0;
+            for (std::size_t i = 0; i < size.gates(); ++i) {
+                out[at + i] = flags[i] != 0;
+            }
         }
     }
     return result;
@@ -64,14 +69,15 @@ Array<std::uint8_t> removeIsolated(const Array<float>& classes) {
     std::uint8_t* out = result.mutable_data();
     {
         const py::gil_scoped_release release;
-        for (size_t at = 0; at < size.scans * size.gates(); at += size.gates()) {
+        for (std::size_t at = 0; at < size.scans * size.gates(); at += size.gates()) {
             const auto context = std::make_unique<Crres>();
             context->zhh.nrays = size.nrays;
             context->zhh.ngates = size.ngates;
             Loan(size, 0).copy(values(classes) + at, context->ccl);
             context->RemoveIsolatedPixels();
-            for (size_t i = 0; i < size.gates(); ++i)
+            for (std::size_t i = 0; i < size.gates(); ++i) {
                 out[at + i] = static_cast<std::uint8_t>(context->ccl.data[i]);
+            }
         }
     }
     return result;
@@ -83,7 +89,7 @@ Array<float> signalToNoise(const Array<float>& zhh, double spacing, double radar
     float* out = result.mutable_data();
     {
         const py::gil_scoped_release release;
-        for (size_t at = 0; at < size.scans * size.gates(); at += size.gates()) {
+        for (std::size_t at = 0; at < size.scans * size.gates(); at += size.gates()) {
             const auto context = std::make_unique<Crres>();
             Loan loan(size, static_cast<float>(static_cast<int>(spacing)));
             loan.lend(values(zhh) + at, context->zhh);
@@ -95,7 +101,7 @@ Array<float> signalToNoise(const Array<float>& zhh, double spacing, double radar
     return result;
 }
 
-/* For each scan: constant, least signal-to-noise ratio, evidence. */
+// For each scan: constant, least signal-to-noise ratio, evidence.
 py::tuple estimateRadarConstant(const Array<float>& zhh, const OptionalArray<float>& rhohv,
                                 double spacing) {
     const Size size(zhh);
@@ -107,7 +113,7 @@ py::tuple estimateRadarConstant(const Array<float>& zhh, const OptionalArray<flo
     int* found = evidence.mutable_data();
     {
         const py::gil_scoped_release release;
-        for (size_t s = 0; s < size.scans; ++s) {
+        for (std::size_t s = 0; s < size.scans; ++s) {
             const auto scanOf = [&](const float* field) {
                 return std::vector<float>(field + s * size.gates(), field + (s + 1) * size.gates());
             };
@@ -141,8 +147,9 @@ Array<float> converted(const Array<float>& field) {
     {
         const py::gil_scoped_release release;
         Cradarpro radar;
-        forChunks(field.size(),
-                  [&](size_t at, int n) { (radar.*convert)(values(field) + at, out + at, n); });
+        forChunks(field.size(), [&](std::size_t at, int n) {
+            (radar.*convert)(values(field) + at, out + at, n);
+        });
     }
     return result;
 }

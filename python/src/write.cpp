@@ -1,9 +1,12 @@
 // write.cpp - sweeps as files, by the rules of the program's output option.
+#include <algorithm>
+#include <cstddef>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "arrays.h"
+#include "scan/fields/roles.h"
 #include "scan/formats/write_classes.h"
 #include "scan/quiet_library.h"
 
@@ -59,14 +62,45 @@ scan::Scan scanOf(const py::dict& given) {
     return scan;
 }
 
-// Names of the files, and notes about what their format cannot hold. Names are bytes.
-py::tuple writeScan(const std::string& path, const py::dict& given) {
-    const scan::Scan scan = scanOf(given);
+// The class fields of all sweeps, which lose them; none where a sweep has none.
+std::vector<scan::Field> takeClassFields(scan::Scan& scan) {
+    std::vector<scan::Field> taken;
+    for (scan::Sweep& sweep : scan.sweeps) {
+        const auto found =
+            std::find_if(sweep.fields.begin(), sweep.fields.end(), scan::isClassField);
+        if (found == sweep.fields.end()) {
+            return {};
+        }
+        taken.push_back(*found);
+    }
+    for (scan::Sweep& sweep : scan.sweeps) {
+        sweep.fields.erase(
+            std::find_if(sweep.fields.begin(), sweep.fields.end(), scan::isClassField));
+    }
+    return taken;
+}
+
+scan::WrittenFiles writeFlagged(const std::string& path, scan::Scan& scan) {
+    const std::vector<scan::Field> fields = takeClassFields(scan);
+    if (fields.empty()) {
+        return scan::writeScan(path, scan);
+    }
+    std::vector<scan::SweepClasses> classes;
+    for (std::size_t i = 0; i < fields.size(); ++i) {
+        classes.push_back({&scan.sweeps[i], &fields[i].values});
+    }
+    return scan::writeClasses(path, scan, nullptr, classes);
+}
+
+// Writes the classes as flags where the format has them (flagged), else as one field of several.
+// Returns names of the files, and notes about what their format cannot hold. Names are bytes.
+py::tuple writeScan(const std::string& path, const py::dict& given, bool flagged) {
+    scan::Scan scan = scanOf(given);
     scan::WrittenFiles written;
     {
         const py::gil_scoped_release release;
         const scan::QuietLibrary quiet;
-        written = scan::writeScan(path, scan);
+        written = flagged ? writeFlagged(path, scan) : scan::writeScan(path, scan);
     }
     py::list paths;
     for (const std::string& name : written.paths) {
@@ -78,7 +112,7 @@ py::tuple writeScan(const std::string& path, const py::dict& given) {
 }  // namespace
 
 void bindWrite(py::module_& module) {
-    module.def("write_scan", &writeScan, py::arg("path"), py::arg("scan"));
+    module.def("write_scan", &writeScan, py::arg("path"), py::arg("scan"), py::arg("flagged"));
 }
 
 }  // namespace python

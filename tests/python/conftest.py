@@ -55,7 +55,8 @@ def rainy_sweep() -> xr.Dataset:
 @pytest.fixture
 def gate_by_gate(monkeypatch: pytest.MonkeyPatch) -> None:
     """Sweeps are decided without the neighbourhood, as by the entry point."""
-    monkeypatch.setitem(sweeps.classify.__kwdefaults__, "neighbourhood", None)
+    for step in (sweeps.classify, sweeps.process):
+        monkeypatch.setitem(step.__kwdefaults__, "neighbourhood", None)
 
 
 @pytest.fixture

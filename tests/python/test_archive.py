@@ -170,6 +170,16 @@ def test_volumes_stay_together(tmp_path):
         np.testing.assert_array_equal(result.CLASS, sweeps.classify(sweep).CLASS)
 
 
+@pytest.mark.parametrize("name", ["scan.h5", "scan.nc", "scan.uf"])
+def test_formats_of_the_readers(name, tmp_path):
+    (tmp_path / "in").mkdir()
+    cc.write([cc.synthetic_scan(seed, 30, 50) for seed in (1, 2)], tmp_path / "in" / name)
+    assert serial(tmp_path / "in", tmp_path / "out").done == 1
+    for number, sweep in enumerate(cc.read(tmp_path / "in" / name)):
+        with xr.open_dataset(tmp_path / "out" / f"{name}.nc", group=f"sweep_{number}", mask_and_scale=False) as made:
+            np.testing.assert_array_equal(made.CLASS, sweeps.classify(sweep).CLASS)
+
+
 def test_rays_counted_by_time(tmp_path):
     scan = cc.synthetic_scan(1, nrays=30, ngates=50)
     by_time = scan.assign_coords(time=scan.time + np.arange(30) * np.timedelta64(1, "s")).swap_dims(

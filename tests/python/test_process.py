@@ -27,6 +27,17 @@ def test_classes_are_those_of_the_classification() -> None:
     assert (expected == cc.GROUND_CLUTTER).any() and (expected == cc.NOISE).any()
 
 
+def test_the_chain_classifies_as_the_steps_do(made_sweep: xr.Dataset) -> None:
+    for window in ((5, 3), None):
+        arrays = cc.process(**scan_fields(), **KEYWORDS, what=Stage.CLASSIFICATION, neighbourhood=window)
+        expected = cc.classify(**scan_fields(), **KEYWORDS, remove_isolated=True, neighbourhood=window)
+        np.testing.assert_array_equal(arrays.classes, expected)
+    result = sweeps.process(made_sweep, what=Stage.CLASSIFICATION).CLASS
+    np.testing.assert_array_equal(result, sweeps.classify(made_sweep, remove_isolated=True).CLASS)
+    alone = sweeps.classify(made_sweep, remove_isolated=True, neighbourhood=None).CLASS
+    assert (result != alone).any()
+
+
 def test_what_is_blanked_and_what_is_rain() -> None:
     fields = rainy()
     result = cc.process(**fields, **KEYWORDS, config=NOMINAL, what=Stage.ALL & ~Stage.RAIN_TO_DBZH)
@@ -154,7 +165,8 @@ def test_a_sweep_equals_the_arrays(chunks: dict | None) -> None:
     result = sweeps.process(data, NOMINAL)
     if chunks is not None:
         assert all(isinstance(result[name].data, dask.array.Array) for name in ("DBZH", "RATE", "CLASS"))
-    expected = cc.process(**rainy(), **KEYWORDS, config=NOMINAL, elevation=1.5, azimuth=ds.azimuth.values)
+    expected = cc.process(**rainy(), **KEYWORDS, config=NOMINAL, elevation=1.5, azimuth=ds.azimuth.values,
+                          neighbourhood=(5, 3))
     for name, values in expected.fields.items():
         np.testing.assert_array_equal(result[name], values, err_msg=name)
     np.testing.assert_array_equal(result.CLASS, expected.classes)

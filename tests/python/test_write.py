@@ -34,8 +34,9 @@ def same_gates(read: xr.Dataset, ds: xr.Dataset, step: float) -> None:
     assert read.time[0] == ds.time[0]
 
 
-def test_universal_format_holds_the_volume(tmp_path):
-    path = tmp_path / "volume.UF"
+@pytest.mark.parametrize("name", ["volume.UF", "volume.h5", "volume.nc", "volume.nc4"])
+def test_one_file_holds_the_volume(name, tmp_path):
+    path = tmp_path / name
     assert cc.write(volume(), path) == [str(path)]
     for read, ds in zip(cc.read(path), volume(), strict=True):
         same_gates(read, ds, 0.0101)
@@ -73,7 +74,7 @@ def test_a_range_height_scan_keeps_its_elevations_where_there_is_room(tmp_path):
 
 @pytest.mark.parametrize("change, name, error, message", [
     (lambda ds: [], "a.uf", ValueError, "none to write"),
-    (lambda ds: ds, "a.nc", ValueError, ".nc file cannot be written"),
+    (lambda ds: ds, "a.pol", ValueError, ".pol file cannot be written"),
     (lambda ds: ds, "no/a.uf", FileNotFoundError, "No such directory"),
     (lambda ds: ds.drop_vars("CLASS"), "a.csv", ValueError, "a.csv: sweep 1 has no classes"),
     (lambda ds: [ds, ds[["sweep_mode"]]], "a.uf", ValueError, r"sweeps\[1\] has no field"),

@@ -13,7 +13,7 @@ from numpy.typing import ArrayLike, NDArray
 
 from .. import _core
 from ..echo import MISSING, Inputs
-from .arguments import as_field, as_field_like, finite, gate_spacing, number, only_given, whole
+from .arguments import as_field, as_field_like, finite, gate_spacing, number, only_given, whole, window_pair
 from .classify import ARGUMENTS, InputSelection, membership_directory, parse_inputs
 from .scans import angles, per_ray
 from .settings import Config, Settings, read_settings, settings_file
@@ -138,7 +138,8 @@ def process(dbzh: ArrayLike, *, zdr: ArrayLike | None = None, phidp: ArrayLike |
             rhi: bool = False, radar_constant: float | None = None, min_snr: float | None = None,
             inputs: InputSelection = None, config: Config | Settings = None,
             what: Stage | int | None = None, freezing_level: float | None = None,
-            membership: str | os.PathLike[str] | None = None) -> Processed:
+            membership: str | os.PathLike[str] | None = None,
+            neighbourhood: tuple[int, int] | None = None) -> Processed:
     """Run the processing chain: classification, smoothing, attenuation, rain rate, blanking.
 
     Formulas, sources and settings of the stages are those of docs/processing.md and
@@ -178,6 +179,8 @@ def process(dbzh: ArrayLike, *, zdr: ArrayLike | None = None, phidp: ArrayLike |
         Height of the freezing level above the antenna, m; by default that of the settings.
     membership : path, optional
         Directory of membership functions; by default that of the settings, else as for `classify`.
+    neighbourhood : (int, int), optional
+        As for `classify`.
 
     Returns
     -------
@@ -217,7 +220,7 @@ def process(dbzh: ArrayLike, *, zdr: ArrayLike | None = None, phidp: ArrayLike |
     elevations = per_ray("elevation", elevation, shape)
     if min_snr is None and radar_constant is not None:
         min_snr = DEFAULT_MIN_SNR
-    arguments = {
+    arguments: dict[str, Any] = {
         "spacing": gate_spacing(range, shape[-1]),
         "rhi": bool(rhi),
         "radar_constant": None if radar_constant is None else finite("radar_constant", radar_constant),
@@ -226,7 +229,10 @@ def process(dbzh: ArrayLike, *, zdr: ArrayLike | None = None, phidp: ArrayLike |
         "what": int(stages),
         "freezing_level": None if freezing_level is None else finite("freezing_level", freezing_level),
         "membership": "",
+        "neighbourhood": (0, 0),
     }
+    if neighbourhood is not None:
+        arguments["neighbourhood"] = window_pair("neighbourhood", neighbourhood, odd=True)
     if stages & Stage.CLASSIFICATION:
         directory = settings.membership if membership is None else membership
         path = os.path.join(membership_directory(directory), "")

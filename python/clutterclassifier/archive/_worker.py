@@ -114,7 +114,15 @@ def _sweeps(path: str, settings: Settings) -> list[xr.Dataset]:
     from .. import readers
     from ._netcdf import is_netcdf, read_netcdf
 
-    return read_netcdf(path) if is_netcdf(path) else readers.read(path, layout=settings.layout)
+    if not is_netcdf(path):
+        return readers.read(path, layout=settings.layout)
+    try:
+        return read_netcdf(path)
+    except ValueError as error:  # ODIM_H5, stacked sweeps and others that the readers know
+        try:
+            return readers.read(path)
+        except ValueError:
+            raise error from None
 
 
 def _result(sweep: xr.Dataset, settings: Settings) -> xr.Dataset:

@@ -12,7 +12,7 @@ import numpy as np
 from .. import _core
 from .._model import class_variable, field_variable, sweep_dataset
 from .._names import check_names, field_names
-from ..echo import MISSING
+from ..echo import MISSING, EchoClass
 
 if TYPE_CHECKING:
     import xarray as xr
@@ -296,7 +296,7 @@ def _sweep(scan: dict[str, Any], at: int, names: Mapping[str, str] | None) -> xr
     dims = ("elevation" if sweep["rhi"] else "azimuth", "range")
     fields = sweep["fields"]
     chosen = field_names([field["name"] for field in fields], names,
-                         [i for i, field in enumerate(fields) if field["is_class"]])
+                         [i for i, field in enumerate(fields) if _is_class(field)])
     gates = np.arange(sweep["ngates"], dtype=np.float64)
     latitude, longitude, altitude = _site(scan)
     return sweep_dataset(
@@ -308,9 +308,17 @@ def _sweep(scan: dict[str, Any], at: int, names: Mapping[str, str] | None) -> xr
         rhi=sweep["rhi"], sector=not sweep["closed"], attrs=_attributes(scan, sweep))
 
 
+def _is_class(field: dict[str, Any]) -> bool:
+    """Whether a field holds classes: those of modern formats have the name of the variable."""
+    if field["is_class"] or field["name"] != "CLASS":
+        return bool(field["is_class"])
+    known = field["values"][~np.isnan(field["values"])]
+    return known.size > 0 and bool(np.isin(known, [*EchoClass]).all())
+
+
 def _variable(name: str, dims: tuple[str, str], field: dict[str, Any]) -> xr.Variable:
     values = field["values"]
-    if field["is_class"]:
+    if _is_class(field):
         codes = np.where(np.isnan(values), np.float32(MISSING), values).astype(np.uint8)
         variable = class_variable(dims, codes, "Class of echo")
         variable.attrs["raw_name"] = field["name"]

@@ -28,7 +28,10 @@ _CLASS_NAME = "CCl"
 _SITE = ("latitude", "longitude", "altitude")
 
 #: Endings of other formats: a field record of such a name would mislead.
-_FOREIGN = (".asc", ".bin", ".dx", ".h5", ".hdf", ".nc", ".pdf", ".png", ".pol", ".svg", ".zarr")
+_FOREIGN = (".asc", ".bin", ".dx", ".hdf", ".pdf", ".png", ".pol", ".svg", ".zarr")
+
+#: Endings of formats that have CfRadial's names.
+_MODERN = (".h5", ".nc", ".nc4")
 
 
 def write(sweeps: Sweeps, path: Path) -> list[str]:
@@ -38,6 +41,8 @@ def write(sweeps: Sweeps, path: Path) -> list[str]:
     ending     file
     =========  =============================================================================
     ``.uf``    Universal Format: one file with all sweeps and all fields
+    ``.h5``    ODIM_H5: one file with all sweeps and all fields
+    ``.nc``    CfRadial: one file with all sweeps and all fields
     ``.csv``   comma-separated table of the classes, one file a sweep
     other      field record with all fields, one file a sweep; ``.plv`` is customary
     =========  =============================================================================
@@ -49,8 +54,8 @@ def write(sweeps: Sweeps, path: Path) -> list[str]:
     ----------
     sweeps : xarray.Dataset or several
         Sweeps of one volume, with the fields as variables of the dimensions (azimuth, range) or
-        (elevation, range). A field has the name of its attribute ``raw_name``, else that of its
-        variable. The variable ``CLASS`` holds the classes; gates without one have none.
+        (elevation, range). In ODIM_H5 and CfRadial a field has the name of its variable, elsewhere
+        that of its attribute ``raw_name``, if any. The variable ``CLASS`` holds the classes.
     path : path
         File to write.
 
@@ -94,9 +99,9 @@ def write(sweeps: Sweeps, path: Path) -> list[str]:
     volume = [sweeps] if isinstance(sweeps, xr.Dataset) else list(sweeps)
     if not volume:
         raise ValueError("sweeps: there is none to write")
-    described = [_sweep(ds, at, _CLASS_NAMES.get(ending, _CLASS_NAME)) for at, ds in enumerate(volume)]
+    described = [_sweep(ds, at, ending) for at, ds in enumerate(volume)]
     try:
-        paths, notes = _core.write_scan(name, _scan(volume[0]) | {"sweeps": described})
+        paths, notes = _core.write_scan(name, _scan(volume[0]) | {"sweeps": described}, ending in _MODERN)
     except RuntimeError as error:
         raise _failure(name, error) from None
     for note in notes:
@@ -132,7 +137,7 @@ def _time(ds: xr.Dataset) -> list[int]:
     return [int(part) for part in (*day.split("-"), *clock.split(":"))]
 
 
-def _sweep(ds: xr.Dataset, at: int, class_name: str) -> dict[str, Any]:
+def _sweep(ds: xr.Dataset, at: int, ending: str) -> dict[str, Any]:
     from ..sweeps._geometry import is_rhi
     from ..sweeps._sweep import RANGE, gate_step, has_gates, ray_dimension
 
@@ -156,7 +161,7 @@ def _sweep(ds: xr.Dataset, at: int, class_name: str) -> dict[str, Any]:
             "fixed_angle": float(np.median(angles[still]) if fixed is None else fixed),
             "first_gate": float(np.ravel(ds[RANGE].values)[0]),
             "nyquist_velocity": float(ds.attrs.get("nyquist_velocity", 0.0)),
-            "fields": [_field(field.transpose(rays, RANGE), class_name) for field in fields]}
+            "fields": [_field(field.transpose(rays, RANGE), ending) for field in fields]}
 
 
 def _angle(source: xr.DataArray | None, name: str, rays: str, count: int, at: int) -> NDArray[np.float64]:
@@ -166,13 +171,15 @@ def _angle(source: xr.DataArray | None, name: str, rays: str, count: int, at: in
     return per_ray_angles(f"sweeps[{at}]: {name}", source.values, (count, 1))
 
 
-def _field(field: xr.DataArray, class_name: str) -> dict[str, Any]:
+def _field(field: xr.DataArray, ending: str) -> dict[str, Any]:
     from ..sweeps._codes import CLASS, library_codes
 
     if field.name == CLASS:
         codes = library_codes(field).values
         values = np.where(codes == MISSING, np.float32(np.nan), codes.astype(np.float32))
-        return {"name": class_name, "units": "-", "values": np.ascontiguousarray(values)}
-    name, units = field.attrs.get("raw_name") or field.name, field.attrs.get("units", "")
+        return {"name": _CLASS_NAMES.get(ending, _CLASS_NAME), "units": "-",
+                "values": np.ascontiguousarray(values)}
+    raw, units = field.attrs.get("raw_name"), field.attrs.get("units", "")
+    name = raw if raw and ending not in _MODERN else field.name
     return {"name": str(name), "units": str(units),
             "values": np.ascontiguousarray(field.values, np.float32)}

@@ -2,7 +2,6 @@
 
 from __future__ import annotations
 
-import os
 from typing import Any
 
 import numpy as np
@@ -10,13 +9,13 @@ import xarray as xr
 from numpy.typing import NDArray
 
 from .._arrays import process as _process
-from .._arrays.classify import InputSelection
+from .._arrays.classify import InputSelection, Membership
 from .._arrays.process import KEYS, Processed, Stage
 from .._arrays.settings import Config, Settings, read_settings
 from ..echo import MISSING, Inputs
 from ._apply import apply, is_no_echo, no_echo_value, on_measured, with_front
 from ._calibration import Calibration, estimate_now, find_calibration
-from ._classify import words_of
+from ._classify import NEIGHBOURHOOD, words_of
 from ._codes import CLASS, class_attributes, library_codes
 from ._geometry import angles, is_rhi
 from ._prepare import filtered_reflectivity, is_filtered
@@ -74,7 +73,8 @@ def _foresee(sweep: Sweep, arguments: set[str], settings: dict[str, Any]) -> Pro
 def process(ds: xr.Dataset, config: Config | Settings = None, *, fields: FieldMap = None,
             inputs: InputSelection = None, what: Stage | int | None = None,
             freezing_level: float | None = None, radar_constant: float | None = None,
-            min_snr: float | None = None, membership: str | os.PathLike[str] | None = None) -> xr.Dataset:
+            min_snr: float | None = None, membership: Membership = None,
+            neighbourhood: tuple[int, int] | None = NEIGHBOURHOOD) -> xr.Dataset:
     """Run the processing chain: classification, smoothing, attenuation, rain rate, blanking.
 
     Parameters
@@ -87,7 +87,7 @@ def process(ds: xr.Dataset, config: Config | Settings = None, *, fields: FieldMa
         The variable for each quantity: ``{"dbzh": "my_name"}``; None leaves a quantity out.
     what, inputs, freezing_level, membership
         As for `clutterclassifier.process`; of the velocity see `classify` of sweeps.
-    radar_constant, min_snr : float, optional
+    radar_constant, min_snr, neighbourhood
         As for `classify` of sweeps.
 
     Returns
@@ -116,7 +116,7 @@ def process(ds: xr.Dataset, config: Config | Settings = None, *, fields: FieldMa
     calibration = estimate_now(sweep, find_calibration(ds, radar_constant, min_snr))
     rhi = is_rhi(ds, sweep.rays)
     keywords = {"rhi": rhi, "inputs": mask, "config": settings, "what": stages, "membership": membership,
-                "freezing_level": freezing_level}
+                "freezing_level": freezing_level, "neighbourhood": neighbourhood}
     outcome = _foresee(sweep, set(arrays), keywords)
     usual = inputs is None and settings.inputs in (None, 255)
     filtered = filtered_reflectivity(ds, sweep, fields) if usual else None
@@ -129,7 +129,8 @@ def process(ds: xr.Dataset, config: Config | Settings = None, *, fields: FieldMa
     results = apply(_process_arrays, arrays, sweep.rays, dtypes, along_rays=angles(ds, sweep, rhi),
                     names=names, no_echo=no_echo_value(sweep.dbzh), front=sweep.front, settings=keywords)
     history = _history(sweep, outcome, calibration, settings, filtered,
-                       **unusual(process, membership=membership, fields=words_of(fields)))
+                       **unusual(process, membership=membership, fields=words_of(fields),
+                                 neighbourhood=neighbourhood))
     variables = {name: described(name, result, sweep, history) for name, result in zip(names, results)}
     if outcome.classes is not None:
         classes = with_attributes(results[-1], CLASS, None, history, **class_attributes("library", False))
