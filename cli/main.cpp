@@ -7,15 +7,7 @@
 #include <iostream>
 #include <string>
 
-#include "commands/classify.h"
-#include "commands/convert.h"
-#include "commands/demo.h"
-#include "commands/export.h"
-#include "commands/extract.h"
-#include "commands/info.h"
-#include "commands/plot.h"
-#include "commands/process.h"
-#include "commands/repack.h"
+#include "commands/commands.h"
 #include "report/failure.h"
 #include "report/terminal.h"
 #include "scan/formats/output_file.h"
@@ -37,7 +29,9 @@ constexpr char kFooter[] =
 int runCommand(CLI::App& app, int argc, char** argv) {
     try {
         app.parse(argc, argv);
-        if (app.get_subcommands().empty()) throw CLI::RequiredError::Subcommand(1);
+        if (app.get_subcommands().empty()) {
+            throw CLI::RequiredError::Subcommand(1);
+        }
     } catch (const CLI::ParseError& error) {
         return app.exit(error) == 0 ? 0 : cli::kExitUsage;
     } catch (const cli::CommandFailed& failure) {

@@ -1,4 +1,5 @@
-#include "commands/convert.h"
+/* convert.cpp - the command `convert`. */
+#include "commands/commands.h"
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
@@ -52,8 +53,9 @@ constexpr char kFooter[] =
     "  clutterclassifier convert scan.dat scan.plv --layout 280\n"
     "  clutterclassifier convert scan.uf reflectivity.pol --field DZ --product 1814\n"
     "\n"
-    "OUT by its ending: .uf Universal Format, .pol a polar data file of one field (stored as the\n"
-    "product code says: 1814 keeps floats), anything else a field record file.";
+    "The ending of OUT chooses its format: .uf Universal Format, .pol a polar data file of one\n"
+    "field (packed as its product code says: 1814 keeps floats), anything else a field record\n"
+    "file.";
 
 constexpr int kFloatProduct = 1814;
 
@@ -64,22 +66,18 @@ struct ConvertArguments {
     ReadOptions read;
 };
 
-/* The sweep that was asked for, alone: records and polar data files hold one. */
+/* A scan of the wanted sweep only: field record and polar data files hold one. */
 Scan withOneSweep(const Scan& scan, const ConvertArguments& arguments) {
     Scan single = scan;
     single.sweeps = {findOnlySweep(scan, arguments.sweep)};
     return single;
 }
 
-void printNotes(const std::vector<std::string>& notes) {
-    for (const std::string& note : notes) {
-        printNote(note);
-    }
-}
-
 void writeAsRecords(const Scan& scan, const OutputFile& file) {
     const Sweep& sweep = scan.sweeps[0];
-    if (sweep.rhi) printNote(lostElevationsNote("a field record file"));
+    if (sweep.rhi) {
+        printNote(lostElevationsNote("a field record file"));
+    }
     writeRecords(file, scan, sweep, sweep.fields);
 }
 
@@ -87,17 +85,17 @@ std::string endingOf(const std::string& path) {
     return lowerCase(std::filesystem::path(path).extension().string());
 }
 
-/* What would have no effect must not be passed over in silence. */
+/* Rejects options that would have no effect. */
 void requireSoundCall(const CLI::App& command, const ConvertArguments& arguments,
                       const InputFile& input) {
-    std::error_code ignored;
-    if (std::filesystem::equivalent(arguments.input, arguments.output, ignored))
-        throw CLI::ValidationError("OUT", "would overwrite the input");
+    requireOther("OUT", arguments.output, arguments.input);
     requireEnding("OUT", arguments.output, {".uf", ".h5", ".hdf", ".hdf5", ".nc", ".nc4", ".pol"});
     requireLayoutUsed(arguments.read, input);
-    for (const char* option : {"--field", "--product"})
-        if (command.count(option) > 0 && endingOf(arguments.output) != ".pol")
+    for (const char* option : {"--field", "--product"}) {
+        if (command.count(option) > 0 && endingOf(arguments.output) != ".pol") {
             throw CLI::ValidationError(option, "goes with a polar data file, OUT ending in .pol");
+        }
+    }
 }
 
 void convert(const ConvertArguments& arguments, const InputFile& input) {
@@ -135,7 +133,7 @@ void convert(const ConvertArguments& arguments, const InputFile& input) {
 void addConvertCommand(CLI::App& app) {
     CLI::App* command = app.add_subcommand("convert", "Write a scan in another format");
     const auto arguments = std::make_shared<ConvertArguments>();
-    command->add_option("INPUT", arguments->input, "Radar file of any format")->required();
+    command->add_option("INPUT", arguments->input, kInputHelp)->required();
     command->add_option("OUT", arguments->output, "File to write")->required();
     command->add_option("--field", arguments->field,
                         "Field for a polar data file (default: the reflectivity, else the first)");

@@ -1,5 +1,5 @@
 /* demo.cpp - the command `demo`. */
-#include "commands/demo.h"
+#include "commands/commands.h"
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
@@ -27,16 +27,16 @@
 
 namespace cli {
 
+using scan::describeInputs;
 using scan::Field;
+using scan::lowerCase;
+using scan::makeSyntheticScan;
 using scan::OutputFile;
+using scan::parseInputs;
+using scan::requireMembershipFiles;
 using scan::Scan;
 using scan::Sweep;
 using scan::SyntheticScan;
-using scan::describeInputs;
-using scan::lowerCase;
-using scan::makeSyntheticScan;
-using scan::parseInputs;
-using scan::requireMembershipFiles;
 using scan::writeUniversalFormat;
 
 namespace {
@@ -120,7 +120,7 @@ Field asField(const char* name, const std::vector<double>& values, int wordsPerU
     return {name, "", {values.begin(), values.end()}, wordsPerUnit};
 }
 
-/* The scan as if it came from a file. */
+/* The scan as a reader would return it. */
 Scan asScan(const SyntheticScan& synthetic, std::uint64_t seed) {
     Scan scan;
     scan.radarName = "Synthetic scan, seed " + std::to_string(seed);
@@ -153,9 +153,11 @@ void drawDemo(const Scan& scan, const SyntheticScan& synthetic, const Verdict& v
                options, arguments.output);
 }
 
-/* A file's radar name has eight letters, and a time is expected of it. */
+/* The radar name of a file has eight letters, and readers expect a time. */
 void writeScan(Scan scan, const std::string& path) {
-    if (path.empty()) return;
+    if (path.empty()) {
+        return;
+    }
     scan.radarName = "DEMO";
     scan.time = {2000, 1, 1};
     OutputFile file(path);
@@ -164,11 +166,13 @@ void writeScan(Scan scan, const std::string& path) {
     std::printf("Scan: %s\n", forTerminal(path).c_str());
 }
 
-/* Two sets unless the user asks for one. The entry point takes no spectrum width. */
+/* Two sets of inputs, or the one that the user names. */
 std::vector<int> masksOf(const DemoArguments& arguments) {
     try {
         checkPictureEnding(arguments.output);
-        if (arguments.inputs.empty()) return {scan::kDefaultInputs, CLUTTER_TEXTURES};
+        if (arguments.inputs.empty()) {
+            return {scan::kDefaultInputs, CLUTTER_TEXTURES};
+        }
         return {parseInputs(arguments.inputs) & scan::kDefaultInputs};
     } catch (const std::invalid_argument& error) {
         throw CLI::ValidationError(error.what());
@@ -177,7 +181,9 @@ std::vector<int> masksOf(const DemoArguments& arguments) {
 
 void requireUniversalFormat(const std::string& path) {
     const std::string ending = lowerCase(std::filesystem::path(path).extension().string());
-    if (!path.empty() && ending != ".uf") throw CLI::ValidationError("--scan", "must end in .uf");
+    if (!path.empty() && ending != ".uf") {
+        throw CLI::ValidationError("--scan", "must end in .uf");
+    }
 }
 
 void runDemo(const DemoArguments& arguments) {
@@ -200,13 +206,15 @@ void runDemo(const DemoArguments& arguments) {
     writeScan(whole, arguments.scan);
 }
 
-/* The parser takes what is below 0, or too large, for the largest number. */
+/* The parser turns numbers below 0, and too large ones, into the largest number. */
 std::string isSeed(const std::string& text) {
     std::uint64_t seed = 0;
     const char* const end = text.data() + text.size();
     const auto result = std::from_chars(text.data(), end, seed);
-    if (result.ec == std::errc() && result.ptr == end) return "";
-    return text + " is no whole number from 0 to " + std::to_string(UINT64_MAX);
+    if (result.ec == std::errc() && result.ptr == end) {
+        return "";
+    }
+    return text + " is not a whole number from 0 to " + std::to_string(UINT64_MAX);
 }
 
 }  // namespace
@@ -218,7 +226,7 @@ void addDemoCommand(CLI::App& app) {
     command->add_option("-o,--output", arguments->output, "Picture: FILE.png, FILE.svg or FILE.pdf")
         ->capture_default_str();
     command->add_option("--scan", arguments->scan,
-                        "Write the scan itself, too: FILE.uf (Universal Format)");
+                        "Also write the scan itself: FILE.uf (Universal Format)");
     command->add_option("--seed", arguments->seed, "Another seed, another scan")
         ->check(isSeed)
         ->capture_default_str();
@@ -230,8 +238,11 @@ void addDemoCommand(CLI::App& app) {
     command->add_option("--membership", arguments->membership,
                         "Directory of the membership functions");
     command->footer(
-        "The event is ground clutter: POD is the share of it that was found, FAR the share of the\n"
-        "gates called clutter that are rain, HSS the skill beyond chance (1 is perfect).");
+        "The event is ground clutter. POD is the share of it that was found, FAR the share of "
+        "rain\n"
+        "among the gates classified as clutter, CSI hits / (hits + misses + false alarms), HSS "
+        "the\n"
+        "Heidke skill score: the skill beyond chance (1 is perfect).");
     command->callback([arguments] { runDemo(*arguments); });
 }
 

@@ -1,5 +1,5 @@
 /* export.cpp - the command `export`. */
-#include "commands/export.h"
+#include "commands/commands.h"
 
 #include <CLI/CLI.hpp>
 #include <cmath>
@@ -14,9 +14,10 @@
 #include "clutterclassifier/clutterclassifier.h"
 #include "options/input_file.h"
 #include "options/layout_option.h"
+#include "options/output_ending.h"
 #include "options/selection.h"
-#include "report/notes.h"
 #include "report/failure.h"
+#include "report/notes.h"
 #include "scan/fields/find_field.h"
 #include "scan/fields/roles.h"
 #include "scan/formats/library_output.h"
@@ -29,11 +30,6 @@ namespace cli {
 
 using scan::Field;
 using scan::FileFormat;
-using scan::OutputFile;
-using scan::ReadOptions;
-using scan::RecordArray;
-using scan::Scan;
-using scan::Sweep;
 using scan::fillFieldRecord;
 using scan::findName;
 using scan::headByElevation;
@@ -41,8 +37,13 @@ using scan::holdsBytes;
 using scan::holdsLines;
 using scan::loadRecords;
 using scan::lowerCase;
+using scan::OutputFile;
+using scan::ReadOptions;
 using scan::recognise;
+using scan::RecordArray;
 using scan::requireWritten;
+using scan::Scan;
+using scan::Sweep;
 using scan::writeTable;
 
 namespace {
@@ -53,9 +54,10 @@ constexpr char kFooter[] =
     "  clutterclassifier export rain.plv -o rain.asc\n"
     "  clutterclassifier export scan.uf --field VR --sweep 2 -o velocity.bin\n"
     "\n"
-    "OUT by its ending, or --format: csv one line a gate and one column a ray, asc the ASCII grid "
-    "of\n"
-    "a Cartesian record, bin the values as 4-byte floats in machine order, ray after ray.";
+    "The ending of OUT, or --format, chooses its format: csv one line for each gate and one "
+    "column\n"
+    "for each ray, asc the ASCII grid of a Cartesian record, bin the values as 4-byte floats in\n"
+    "machine order, ray after ray.";
 
 constexpr float kNoData = -9999.0f;
 constexpr std::size_t kGridHeaderLines = 6;
@@ -66,7 +68,7 @@ struct ExportArguments {
     ReadOptions read;
 };
 
-/* One record in the library's hands: a field of a sweep, or a record of a file. */
+/* What is exported: a field of a sweep as a record, or a record of a file. */
 struct Source {
     Cpluvek record;
     bool grid = false;
@@ -80,25 +82,33 @@ void loadSweep(const ExportArguments& arguments, const InputFile& input, Source&
     const Scan scan = readInput(input, arguments.read);
     noteDamage(scan, Beside::kErrors);
     const Sweep& sweep = findSweep(scan, arguments.sweep);
-    if (!(sweep.gateSpacingM > 0)) throw std::runtime_error("the gate spacing is not positive");
+    if (!(sweep.gateSpacingM > 0)) {
+        throw std::runtime_error("the gate spacing is not positive");
+    }
     const Field& field = chooseField(sweep, arguments.field);
     fillFieldRecord(scan, sweep, field.name, field.units, field.values, source.record);
-    if (sweep.rhi) headByElevation(sweep, source.record);
+    if (sweep.rhi) {
+        headByElevation(sweep, source.record);
+    }
 }
 
-/* What only a scan has must not be passed over in silence. */
+/* Rejects options that have no meaning for a grid. */
 void requireGridOptions(const ExportArguments& arguments) {
-    if (arguments.sweep) throw CLI::ValidationError("--sweep", "a grid has no sweeps");
-    if (arguments.read.polarLayout != 0)
-        throw CLI::ValidationError("--layout", "a grid is no polar data file");
+    if (arguments.sweep) {
+        throw CLI::ValidationError("--sweep", "a grid has no sweeps");
+    }
+    if (arguments.read.polarLayout != 0) {
+        throw CLI::ValidationError("--layout", "a grid is not a polar data file");
+    }
 }
 
 void loadGrid(const RecordArray& array, const std::string& field, Source& source) {
     const std::vector<std::string> names = array.names();
     const std::size_t at = field.empty() ? 0 : findName(names, field);
     source.grid = true;
-    if (array.records[0].CopyPointerToObject(static_cast<int>(at), source.record) != 1)
+    if (array.records[0].CopyPointerToObject(static_cast<int>(at), source.record) != 1) {
         throw std::runtime_error("field " + names[at] + " holds no values");
+    }
 }
 
 void load(const ExportArguments& arguments, const InputFile& input, Source& source) {
@@ -114,16 +124,23 @@ void load(const ExportArguments& arguments, const InputFile& input, Source& sour
 }
 
 void writeTableFile(Source& source, const OutputFile& file) {
-    if (source.grid) throw std::runtime_error("is a grid: a table needs a scan; use asc or bin");
+    if (source.grid) {
+        throw std::runtime_error("is a grid: a table needs a scan; use asc or bin");
+    }
     writeTable(file, source.record);
 }
 
-/* x runs along the record's rays, y along its gates: column-major, as the operation has it. */
+/* x is along the record's rays, y along its gates: the order that the operation expects. */
 void writeGridFile(Source& source, const OutputFile& file) {
-    if (!source.grid) throw std::runtime_error("is a scan: an ASCII grid needs a Cartesian record");
+    if (!source.grid) {
+        throw std::runtime_error("is a scan: an ASCII grid needs a Cartesian record");
+    }
     Cpluvek& record = source.record;
-    for (std::size_t i = 0; i < source.size(); ++i)
-        if (std::isnan(record.data[i])) record.data[i] = kNoData;
+    for (std::size_t i = 0; i < source.size(); ++i) {
+        if (std::isnan(record.data[i])) {
+            record.data[i] = kNoData;
+        }
+    }
     std::string name = file.temporary();
     std::string nodata = std::to_string(static_cast<int>(kNoData));
     CDSP dsp;
@@ -156,16 +173,15 @@ Writer writerFor(const ExportArguments& arguments) {
     const std::string format =
         !arguments.format.empty() || ending.empty() ? arguments.format : ending.substr(1);
     const auto found = kWriters.find(format);
-    if (found == kWriters.end())
+    if (found == kWriters.end()) {
         throw CLI::ValidationError("--output", "must end in .csv, .asc or .bin, or see --format");
+    }
     return found->second;
 }
 
 void runExport(const ExportArguments& arguments) {
     const Writer writer = writerFor(arguments);
-    std::error_code ignored;
-    if (std::filesystem::equivalent(arguments.input, arguments.output, ignored))
-        throw CLI::ValidationError("--output", "would overwrite the input");
+    requireOther("--output", arguments.output, arguments.input);
     const InputFile input(arguments.input);
     naming(input.name(), [&] {
         Source source;
@@ -182,12 +198,10 @@ void addExportCommand(CLI::App& app) {
     auto arguments = std::make_shared<ExportArguments>();
     CLI::App* command = app.add_subcommand("export", "Write a field as a table, a grid or numbers");
     command->footer(kFooter);
-    command
-        ->add_option("INPUT", arguments->input, "Radar file, in any format that the library reads")
-        ->required();
+    command->add_option("INPUT", arguments->input, kInputHelp)->required();
     command->add_option("-o,--output", arguments->output, "FILE.csv, FILE.asc or FILE.bin")
         ->required();
-    command->add_option("--format", arguments->format, "Form of the file, whatever its ending")
+    command->add_option("--format", arguments->format, "Format of the file, whatever its ending")
         ->check(CLI::IsMember({"csv", "asc", "bin"}));
     command->add_option("--field", arguments->field,
                         "Field (default: the reflectivity, else the first)");

@@ -1,5 +1,5 @@
 /* extract.cpp - the command `extract`. */
-#include "commands/extract.h"
+#include "commands/commands.h"
 
 #include <CLI/CLI.hpp>
 #include <charconv>
@@ -16,9 +16,10 @@
 #include "options/finite_option.h"
 #include "options/input_file.h"
 #include "options/layout_option.h"
+#include "options/output_ending.h"
 #include "options/selection.h"
-#include "report/notes.h"
 #include "report/failure.h"
+#include "report/notes.h"
 #include "report/terminal.h"
 #include "scan/fields/roles.h"
 #include "scan/formats/library_output.h"
@@ -30,22 +31,22 @@ namespace cli {
 
 using scan::DateTime;
 using scan::FileFormat;
-using scan::OutputFile;
-using scan::Points;
-using scan::ReadOptions;
-using scan::RecordArray;
-using scan::Samples;
-using scan::Scan;
-using scan::Sweep;
 using scan::holdsLines;
 using scan::loadRecords;
 using scan::lowerCase;
+using scan::OutputFile;
+using scan::Points;
 using scan::polarFromMap;
+using scan::ReadOptions;
 using scan::readPoints;
 using scan::recognise;
+using scan::RecordArray;
 using scan::requireWritten;
 using scan::sampleGrid;
+using scan::Samples;
 using scan::sampleSweep;
+using scan::Scan;
+using scan::Sweep;
 
 namespace {
 
@@ -55,10 +56,10 @@ constexpr char kFooter[] =
     "  clutterclassifier extract scan.uf gauges.txt --fields DZ,DR -o gauges.dat\n"
     "  clutterclassifier extract scan.uf stations.txt --map --origin 651000,4321000 -o out.csv\n"
     "\n"
-    "POINTS: a text file with two numbers a line, range (m) and azimuth (degrees); with --map, "
-    "and\n"
-    "for Cartesian records, x and y (m). OUT ending in .csv is a comma-separated table, anything\n"
-    "else a column file: date and time of the scan, the point, its values.";
+    "POINTS is a text file with two numbers on each line: range (m) and azimuth (degrees), or "
+    "with\n"
+    "--map and for Cartesian records x and y (m). If OUT ends in .csv it is a comma-separated\n"
+    "table, else a column file: date and time of the scan, the point, its values.";
 
 struct ExtractArguments {
     std::string input, points, output;
@@ -69,7 +70,7 @@ struct ExtractArguments {
     std::vector<double> origin;  // empty: the radar is at 0,0
 };
 
-/* Values at the points as they were asked for. */
+/* The points as the user gave them, and the values there. */
 struct Extract {
     DateTime time;
     bool map = false;
@@ -108,36 +109,47 @@ bool isGridFile(const std::string& path) {
     return recognise(path) == FileFormat::kFieldRecord && loadRecords(path).isGrid();
 }
 
-/* What only a scan has must not be passed over in silence. */
+/* Rejects options that have no meaning for a grid. */
 void requireGridOptions(const ExtractArguments& arguments) {
-    if (arguments.sweep) throw CLI::ValidationError("--sweep", "a grid has no sweeps");
-    if (arguments.read.polarLayout != 0)
-        throw CLI::ValidationError("--layout", "a grid is no polar data file");
-    if (!arguments.origin.empty())
+    if (arguments.sweep) {
+        throw CLI::ValidationError("--sweep", "a grid has no sweeps");
+    }
+    if (arguments.read.polarLayout != 0) {
+        throw CLI::ValidationError("--layout", "a grid is not a polar data file");
+    }
+    if (!arguments.origin.empty()) {
         throw CLI::ValidationError("--origin", "a grid has its own coordinates");
+    }
 }
 
-/* As short as it can be and still be the same number. */
+/* The shortest text that reads back as the same number. */
 void printNumber(float value, std::FILE* out) {
     char digits[64];
-    if (std::isnan(value)) value = std::abs(value);
+    if (std::isnan(value)) {
+        value = std::abs(value);
+    }
     const char* end = std::to_chars(digits, digits + sizeof digits, value).ptr;
     std::fwrite(digits, 1, static_cast<std::size_t>(end - digits), out);
 }
 
-/* As a cell of the table: in quotes where it would not be one otherwise. */
+/* A name as one cell of the table: in quotes where it holds a comma or quotes. */
 std::string cellOf(const std::string& field) {
     const std::string name = forTerminal(field);
-    if (name.find_first_of(",\"") == std::string::npos) return name;
+    if (name.find_first_of(",\"") == std::string::npos) {
+        return name;
+    }
     std::string cell = "\"";
-    for (const char c : name) cell += c == '"' ? std::string("\"\"") : std::string(1, c);
+    for (const char c : name) {
+        cell += c == '"' ? std::string("\"\"") : std::string(1, c);
+    }
     return cell + "\"";
 }
 
 void printTable(const Extract& extract, std::FILE* out) {
     std::fputs(extract.map ? "x,y" : "range,azimuth", out);
-    for (const std::string& name : extract.samples.names)
+    for (const std::string& name : extract.samples.names) {
         std::fprintf(out, ",%s", cellOf(name).c_str());
+    }
     std::fputc('\n', out);
     for (std::size_t i = 0; i < extract.points.size(); ++i) {
         printNumber(extract.points.first[i], out);
@@ -154,7 +166,9 @@ void printTable(const Extract& extract, std::FILE* out) {
 void writeTableFile(const Extract& extract, const OutputFile& output) {
     requireWritten(output, [&] {
         std::FILE* file = std::fopen(output.temporary().c_str(), "w");
-        if (file == nullptr) return false;
+        if (file == nullptr) {
+            return false;
+        }
         printTable(extract, file);
         const bool written = std::ferror(file) == 0;
         return std::fclose(file) == 0 && written;
@@ -176,7 +190,9 @@ void writeColumnFile(const Extract& extract, const OutputFile& file) {
     for (std::size_t i = 0; i < rows; ++i) {
         cells.push_back(extract.points.first[i]);
         cells.push_back(extract.points.second[i]);
-        for (const std::vector<float>& column : extract.samples.columns) cells.push_back(column[i]);
+        for (const std::vector<float>& column : extract.samples.columns) {
+            cells.push_back(column[i]);
+        }
     }
     std::string name = file.temporary();
     CDSP dsp;
@@ -188,24 +204,26 @@ void writeColumnFile(const Extract& extract, const OutputFile& file) {
 }
 
 void write(const Extract& extract, const std::string& output) {
-    if (output.empty()) return printTable(extract, stdout);
+    if (output.empty()) {
+        return printTable(extract, stdout);
+    }
     OutputFile file(output);
-    if (lowerCase(std::filesystem::path(output).extension().string()) == ".csv")
+    if (lowerCase(std::filesystem::path(output).extension().string()) == ".csv") {
         writeTableFile(extract, file);
-    else
+    } else {
         writeColumnFile(extract, file);
+    }
     file.commit();
 }
 
 void runExtract(const ExtractArguments& arguments) {
-    for (const std::string& input : {arguments.input, arguments.points}) {
-        std::error_code ignored;
-        if (std::filesystem::equivalent(input, arguments.output, ignored))
-            throw CLI::ValidationError("--output", "would overwrite " + input);
-    }
+    requireOther("--output", arguments.output, arguments.input);
+    requireOther("--output", arguments.output, arguments.points);
     const InputFile input(arguments.input);
     const bool grid = naming(input.name(), [&] { return isGridFile(input.path()); });
-    if (grid) requireGridOptions(arguments);
+    if (grid) {
+        requireGridOptions(arguments);
+    }
     requireLayoutUsed(arguments.read, input);
     const Points points = naming(arguments.points, [&] { return readPoints(arguments.points); });
     const Extract extract = naming(input.name(), [&] {
@@ -221,13 +239,11 @@ void addExtractCommand(CLI::App& app) {
     auto arguments = std::make_shared<ExtractArguments>();
     CLI::App* command = app.add_subcommand("extract", "Values of fields at the points of a list");
     command->footer(kFooter);
-    command
-        ->add_option("INPUT", arguments->input, "Radar file, in any format that the library reads")
-        ->required();
-    command->add_option("POINTS", arguments->points, "Text file with two numbers a line")
+    command->add_option("INPUT", arguments->input, kInputHelp)->required();
+    command->add_option("POINTS", arguments->points, "Text file with two numbers on each line")
         ->required();
     command->add_option("-o,--output", arguments->output,
-                        "Write to a file: .csv a table, else a column file (default: a table on "
+                        "Write a file: .csv a table, else a column file (default: a table on "
                         "standard output)");
     command->add_option("--fields", arguments->fields, "Fields (default: all)")->delimiter(',');
     command->add_option("--sweep", arguments->sweep, "Number of the sweep (default: the first)");

@@ -1,4 +1,5 @@
-#include "commands/info.h"
+/* info.cpp - the command `info`. */
+#include "commands/commands.h"
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
@@ -17,17 +18,17 @@
 
 namespace cli {
 
+using scan::closesCircle;
 using scan::DateTime;
 using scan::Field;
 using scan::ReadOptions;
 using scan::Role;
-using scan::Scan;
-using scan::Sweep;
-using scan::ValueSummary;
-using scan::closesCircle;
 using scan::roleInfo;
 using scan::roleOfName;
+using scan::Scan;
 using scan::summarise;
+using scan::Sweep;
+using scan::ValueSummary;
 
 namespace {
 
@@ -43,7 +44,9 @@ std::string format(const char* pattern, Values... values) {
 }
 
 std::string describeSite(const Scan& scan) {
-    if (scan.latitudeDeg == 0 && scan.longitudeDeg == 0 && scan.altitudeM == 0) return "not given";
+    if (scan.latitudeDeg == 0 && scan.longitudeDeg == 0 && scan.altitudeM == 0) {
+        return "not given";
+    }
     return format("%.4f %c, %.4f %c, %.0f m", std::abs(scan.latitudeDeg),
                   scan.latitudeDeg < 0 ? 'S' : 'N', std::abs(scan.longitudeDeg),
                   scan.longitudeDeg < 0 ? 'W' : 'E', scan.altitudeM);
@@ -56,11 +59,18 @@ std::string describeTime(const DateTime& t) {
 
 std::string describeRadar(const Scan& scan) {
     std::string text = scan.radarName;
-    if (!scan.siteName.empty() && scan.siteName != scan.radarName)
+    if (!scan.siteName.empty() && scan.siteName != scan.radarName) {
         text += (text.empty() ? "" : ", ") + scan.siteName;
-    if (text.empty()) text = "not named";
-    if (scan.wavelengthM > 0) text += format(", wavelength %.1f cm", 100 * scan.wavelengthM);
-    if (scan.beamWidthDeg > 0) text += format(", beam %.2f deg", scan.beamWidthDeg);
+    }
+    if (text.empty()) {
+        text = "not named";
+    }
+    if (scan.wavelengthM > 0) {
+        text += format(", wavelength %.1f cm", 100 * scan.wavelengthM);
+    }
+    if (scan.beamWidthDeg > 0) {
+        text += format(", beam %.2f deg", scan.beamWidthDeg);
+    }
     return text;
 }
 
@@ -77,7 +87,9 @@ void printHead(const Scan& scan) {
 
 std::string describeCoverage(const Sweep& sweep) {
     const std::vector<double>& moving = sweep.rhi ? sweep.elevationDeg : sweep.azimuthDeg;
-    if (!sweep.rhi && closesCircle(sweep)) return "full circle";
+    if (!sweep.rhi && closesCircle(sweep)) {
+        return "full circle";
+    }
     const auto ends = std::minmax_element(moving.begin(), moving.end());
     return format(sweep.rhi ? "el %.1f..%.1f" : "az %.1f..%.1f", *ends.first, *ends.second);
 }
@@ -100,12 +112,16 @@ std::vector<float> gather(const Scan& scan, const std::string& name, std::size_t
     std::vector<float> values;
     gates = 0;
     for (const Sweep& sweep : scan.sweeps) {
-        for (int r = 0; r < sweep.nrays; ++r)
-            gates += static_cast<std::size_t>(
-                sweep.rayGates.empty() ? sweep.ngates : sweep.rayGates[static_cast<std::size_t>(r)]);
-        for (const Field& field : sweep.fields)
-            if (field.name == name)
+        for (int r = 0; r < sweep.nrays; ++r) {
+            gates += static_cast<std::size_t>(sweep.rayGates.empty()
+                                                  ? sweep.ngates
+                                                  : sweep.rayGates[static_cast<std::size_t>(r)]);
+        }
+        for (const Field& field : sweep.fields) {
+            if (field.name == name) {
                 values.insert(values.end(), field.values.begin(), field.values.end());
+            }
+        }
     }
     return values;
 }
@@ -118,10 +134,11 @@ void printField(const Scan& scan, const Field& field) {
         gates > 0 ? 100.0 * static_cast<double>(summary.count) / static_cast<double>(gates) : 0.0;
     std::printf("  %-6s %-4s %-7s", forTerminal(field.name).c_str(), roleInfo(role).key,
                 forTerminal(field.units).c_str());
-    if (summary.count > 0)
+    if (summary.count > 0) {
         std::printf(" %9.2f %9.2f %9.2f", summary.lowest, summary.median, summary.highest);
-    else
+    } else {
         std::printf(" %9s %9s %9s", "-", "-", "-");
+    }
     std::printf(" %7.1f %%  %s\n", share, roleInfo(role).text);
 }
 
@@ -131,7 +148,9 @@ void printFields(const Scan& scan) {
     std::vector<std::string> seen;
     for (const Sweep& sweep : scan.sweeps) {
         for (const Field& field : sweep.fields) {
-            if (std::find(seen.begin(), seen.end(), field.name) != seen.end()) continue;
+            if (std::find(seen.begin(), seen.end(), field.name) != seen.end()) {
+                continue;
+            }
             seen.push_back(field.name);
             printField(scan, field);
         }
@@ -139,9 +158,13 @@ void printFields(const Scan& scan) {
 }
 
 void printSentences(const char* heading, const std::vector<std::string>& sentences) {
-    if (sentences.empty()) return;
+    if (sentences.empty()) {
+        return;
+    }
     std::printf("\n  %s:\n", heading);
-    for (const std::string& sentence : sentences) std::printf("  - %s\n", forTerminal(sentence).c_str());
+    for (const std::string& sentence : sentences) {
+        std::printf("  - %s\n", forTerminal(sentence).c_str());
+    }
 }
 
 void printInfo(const InputFile& input, const ReadOptions& options) {
@@ -171,13 +194,11 @@ void runInfo(const std::vector<std::string>& names, const ReadOptions& options) 
 }  // namespace
 
 void addInfoCommand(CLI::App& app) {
-    CLI::App* command = app.add_subcommand("info", "Show what a file holds, and what is odd in it");
+    CLI::App* command =
+        app.add_subcommand("info", "Show what a file holds, and what is unusual in it");
     const auto paths = std::make_shared<std::vector<std::string>>();
     const auto options = std::make_shared<ReadOptions>();
-    command
-        ->add_option("INPUT", *paths,
-                     "Radar files: Universal Format, field record, polar data or German DX")
-        ->required();
+    command->add_option("INPUT", *paths, kInputHelp)->required();
     addLayoutOption(*command, *options);
     command->footer(
         "Examples:\n"

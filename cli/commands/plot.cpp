@@ -1,5 +1,5 @@
 /* plot.cpp - the command `plot`. */
-#include "commands/plot.h"
+#include "commands/commands.h"
 
 #include <CLI/CLI.hpp>
 #include <filesystem>
@@ -10,20 +10,21 @@
 #include "options/finite_option.h"
 #include "options/input_file.h"
 #include "options/layout_option.h"
+#include "options/output_ending.h"
 #include "options/selection.h"
 #include "picture/picture.h"
-#include "report/notes.h"
 #include "report/failure.h"
+#include "report/notes.h"
 #include "scan/fields/find_field.h"
 #include "scan/formats/read_scan.h"
 
 namespace cli {
 
 using scan::Field;
+using scan::findField;
 using scan::ReadOptions;
 using scan::Scan;
 using scan::Sweep;
-using scan::findField;
 
 namespace {
 
@@ -40,21 +41,18 @@ void drawFile(const PlotArguments& arguments, const InputFile& input) {
     noteDamage(scan, Beside::kErrors);
     const Sweep& sweep = findSweep(scan, arguments.sweep);
     std::vector<Field> fields;
-    for (const std::string& name : arguments.fields) fields.push_back(findField(sweep, name));
-    if (fields.empty()) fields.push_back(chooseField(sweep, ""));
+    for (const std::string& name : arguments.fields) {
+        fields.push_back(findField(sweep, name));
+    }
+    if (fields.empty()) {
+        fields.push_back(chooseField(sweep, ""));
+    }
     drawPanels(scan, sweep, fields, arguments.picture, arguments.output);
 }
 
 void requireSoundArguments(const PlotArguments& arguments, const InputFile& input) {
-    try {
-        checkPictureEnding(arguments.output);
-    } catch (const std::invalid_argument& error) {
-        throw CLI::ValidationError("--output", error.what());
-    }
-    std::error_code ignored;
-    if (std::filesystem::equivalent(arguments.input, arguments.output, ignored)) {
-        throw CLI::ValidationError("--output", "would overwrite the input");
-    }
+    requirePictureEnding("--output", arguments.output);
+    requireOther("--output", arguments.output, arguments.input);
     requireLayoutUsed(arguments.read, input);
     if (arguments.picture.displayMin >= arguments.picture.displayMax) {
         throw CLI::ValidationError("--vmax", "must be above --vmin");
@@ -72,10 +70,7 @@ void runPlot(const PlotArguments& arguments) {
 void addPlotCommand(CLI::App& app) {
     auto arguments = std::make_shared<PlotArguments>();
     CLI::App* command = app.add_subcommand("plot", "Draw fields of a scan as a picture");
-    command
-        ->add_option("INPUT", arguments->input,
-                     "Radar file: Universal Format, field record, polar data or German DX")
-        ->required();
+    command->add_option("INPUT", arguments->input, kInputHelp)->required();
     addLayoutOption(*command, arguments->read);
     command->add_option("-o,--output", arguments->output, "Picture: FILE.png, FILE.svg or FILE.pdf")
         ->required();

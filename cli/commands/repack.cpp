@@ -1,4 +1,5 @@
-#include "commands/repack.h"
+/* repack.cpp - the command `repack`. */
+#include "commands/commands.h"
 
 #include <CLI/CLI.hpp>
 #include <cerrno>
@@ -11,21 +12,22 @@
 #include "clutterclassifier/clutterclassifier.h"
 #include "options/input_file.h"
 #include "options/layout_option.h"
-#include "report/notes.h"
+#include "options/output_ending.h"
 #include "report/failure.h"
+#include "report/notes.h"
 #include "report/terminal.h"
 #include "scan/formats/output_file.h"
 #include "scan/formats/read_scan.h"
 
 namespace cli {
 
+using scan::failWriting;
 using scan::FileFormat;
 using scan::OutputFile;
 using scan::ReadOptions;
-using scan::Scan;
-using scan::failWriting;
 using scan::readScan;
 using scan::recognise;
+using scan::Scan;
 
 namespace {
 
@@ -35,33 +37,35 @@ struct RepackArguments {
 };
 
 constexpr const char* kUnchanged =
-    "would not become shorter (needs five or seven fields, more than 1 degree of elevation, a "
-    "first gate at 0 and gates above 10 km; with seven fields --layout)";
+    "would not become shorter: that needs five or seven fields (seven with --layout), an elevation "
+    "above 1 degree, a first gate at 0 and gates above 10 km";
 
-/* Seven fields of which the library would take the gates for those of product 2211. */
+/* The library would read the gates of these seven fields as those of product 2211. */
 constexpr const char* kMistaken = "polar data, product 2214";
 
 void repack(const RepackArguments& arguments, const InputFile& input) {
-    std::error_code ignored;
-    if (std::filesystem::equivalent(arguments.input, arguments.output, ignored))
-        throw CLI::ValidationError("OUT", "would overwrite the input");
-    if (recognise(input.path()) != FileFormat::kPolarData)
+    requireOther("OUT", arguments.output, arguments.input);
+    if (recognise(input.path()) != FileFormat::kPolarData) {
         throw std::runtime_error("is not a polar data file");
+    }
     const Scan scan = readInput(input, arguments.read);
     noteDamage(scan, Beside::kResults);
-    if (scan.format == kMistaken) throw std::runtime_error("product 2214 cannot be repacked");
+    if (scan.format == kMistaken) {
+        throw std::runtime_error("product 2214 cannot be repacked");
+    }
     OutputFile file(arguments.output);
     CThuPolDaFor polar;
     std::string in = input.path(), out = file.temporary();
     errno = 0;
     if (polar.PackAgainDataFiles(in.data(), out.data(), arguments.read.polarLayout) != 1) {
-        if (const int reason = errno; reason != 0) failWriting(file.target(), reason);
+        if (const int reason = errno; reason != 0) {
+            failWriting(file.target(), reason);
+        }
         throw std::runtime_error(kUnchanged);
     }
     const Scan shorter = readScan(out, arguments.read);
     file.commit();
-    std::printf("wrote %s: %d instead of %d gates a ray\n",
-                forTerminal(arguments.output).c_str(),
+    std::printf("wrote %s: %d instead of %d gates a ray\n", forTerminal(arguments.output).c_str(),
                 shorter.sweeps[0].ngates, scan.sweeps[0].ngates);
 }
 

@@ -1,6 +1,4 @@
-/*
- * finite_option.h - numbers that commands take as options.
- */
+/* finite_option.h - a check for options that are numbers. */
 #ifndef CLI_OPTIONS_FINITE_OPTION_H
 #define CLI_OPTIONS_FINITE_OPTION_H
 
@@ -11,12 +9,12 @@
 
 namespace cli {
 
-/* A check for options: "nan" and "inf" are numbers to the parser, but no decibels or metres, and
- * the library holds them in single precision. */
+/* The parser accepts "nan" and "inf", which are neither decibels nor metres, and the library
+ * holds numbers in single precision. */
 inline std::string isFinite(const std::string& text) {
     const bool hasDigits = text.find_first_of("0123456789") != std::string::npos;
     if (std::fabs(std::strtod(text.c_str(), nullptr)) <= FLT_MAX) return "";
-    return text + (hasDigits ? " is beyond single precision" : " is no finite number");
+    return text + (hasDigits ? " is too large for single precision" : " is not a finite number");
 }
 
 }  // namespace cli

@@ -9,6 +9,10 @@
 
 namespace cli {
 
+/* The help of an option that names one. */
+inline constexpr char kInputHelp[] =
+    "Radar file of any format that the library reads; - is standard input";
+
 /*
  * Radar files are opened by name, more than once, and read out of order. What comes through a pipe
  * (or through standard input, named "-") is therefore copied into memory when it is first needed,

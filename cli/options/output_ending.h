@@ -1,4 +1,4 @@
-/* output_ending.h - names that promise another form than the file would have. */
+/* output_ending.h - checks of the names of output files. */
 #ifndef CLI_OPTIONS_OUTPUT_ENDING_H
 #define CLI_OPTIONS_OUTPUT_ENDING_H
 
@@ -13,6 +13,12 @@ namespace cli {
  */
 void requireEnding(const std::string& option, const std::string& path,
                    std::initializer_list<const char*> theirs);
+
+/* Throws CLI::ValidationError when path names no picture format. */
+void requirePictureEnding(const std::string& option, const std::string& path);
+
+/* Throws CLI::ValidationError, with option, when output and input are one file. */
+void requireOther(const std::string& option, const std::string& output, const std::string& input);
 
 }  // namespace cli
 

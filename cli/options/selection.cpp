@@ -1,3 +1,4 @@
+/* selection.cpp - finds sweeps by number and fields by name. */
 #include "options/selection.h"
 
 #include <stdexcept>
@@ -7,20 +8,24 @@
 
 namespace cli {
 
+using scan::chooseFields;
 using scan::Field;
+using scan::findField;
 using scan::Role;
 using scan::Scan;
 using scan::Sweep;
-using scan::chooseFields;
-using scan::findField;
 
 std::vector<const Sweep*> findSweeps(const Scan& scan, std::optional<int> number) {
     std::vector<const Sweep*> found;
-    for (const Sweep& sweep : scan.sweeps)
-        if (!number || sweep.number == *number) found.push_back(&sweep);
-    if (found.empty())
+    for (const Sweep& sweep : scan.sweeps) {
+        if (!number || sweep.number == *number) {
+            found.push_back(&sweep);
+        }
+    }
+    if (found.empty()) {
         throw std::runtime_error(number ? "has no sweep number " + std::to_string(*number)
                                         : "holds no sweep");
+    }
     return found;
 }
 
@@ -30,15 +35,20 @@ const Sweep& findSweep(const Scan& scan, std::optional<int> number) {
 
 const Sweep& findOnlySweep(const Scan& scan, std::optional<int> number) {
     const std::vector<const Sweep*> found = findSweeps(scan, number);
-    if (found.size() > 1)
+    if (found.size() > 1) {
         throw std::runtime_error("holds " + std::to_string(found.size()) +
-                                 " sweeps, and such a file one: choose with --sweep");
+                                 " sweeps, but this format stores one: choose with --sweep");
+    }
     return *found.front();
 }
 
 const Field& chooseField(const Sweep& sweep, const std::string& name) {
-    if (!name.empty()) return findField(sweep, name);
-    if (sweep.fields.empty()) throw std::runtime_error("holds no field");
+    if (!name.empty()) {
+        return findField(sweep, name);
+    }
+    if (sweep.fields.empty()) {
+        throw std::runtime_error("holds no field");
+    }
     const Field* reflectivity = chooseFields(sweep, {})[Role::kZhh];
     return reflectivity != nullptr ? *reflectivity : sweep.fields.front();
 }

@@ -10,13 +10,13 @@
 
 namespace cli {
 
-/* The sweep of a number; without one the first, all, or the only one of a scan. Throw
- * std::runtime_error when there is none, or more than the only one. */
+/* The sweep of a number. Without a number: the first sweep, all sweeps, or the only sweep. Throw
+ * std::runtime_error when there is no such sweep, or when the only one is wanted of several. */
 const scan::Sweep& findSweep(const scan::Scan& scan, std::optional<int> number);
 std::vector<const scan::Sweep*> findSweeps(const scan::Scan& scan, std::optional<int> number);
 const scan::Sweep& findOnlySweep(const scan::Scan& scan, std::optional<int> number);
 
-/* The field of a name; without one the reflectivity, or else whatever comes first. */
+/* The field of a name. Without a name: the reflectivity, else the first field. */
 const scan::Field& chooseField(const scan::Sweep& sweep, const std::string& name);
 
 }  // namespace cli

@@ -1,3 +1,4 @@
+/* process_output.cpp - writes processed sweeps, and samples of them. */
 #include "output/process_output.h"
 
 #include <algorithm>
@@ -20,13 +21,8 @@ namespace cli {
 
 using scan::DateTime;
 using scan::Field;
-using scan::GatePoints;
-using scan::OutputFile;
-using scan::Points;
-using scan::ProcessedSweep;
-using scan::Scan;
-using scan::Sweep;
 using scan::fillFieldRecord;
+using scan::GatePoints;
 using scan::gatePoints;
 using scan::holdsLines;
 using scan::kAttenuationStage;
@@ -34,7 +30,12 @@ using scan::kClassFieldName;
 using scan::kRainStage;
 using scan::kReflectivityToRainStage;
 using scan::lowerCase;
+using scan::OutputFile;
+using scan::Points;
+using scan::ProcessedSweep;
 using scan::requireWritten;
+using scan::Scan;
+using scan::Sweep;
 using scan::ufNameOf;
 using scan::writeUniversalFormat;
 
@@ -42,7 +43,7 @@ namespace {
 
 constexpr char kClasses[] = "CCl";
 
-/* Products of the library, with the stage that fills their records; 0: fields of the input. */
+/* Products of the library, with the stages that fill their records; 0: fields of the input. */
 constexpr struct {
     int bit;
     const char* suffix;
@@ -81,11 +82,13 @@ unsigned secondsOf(const DateTime& t) {
     return time.GetSecondsSince1970(t.year, t.month, t.day, t.hour, t.minute, t.second);
 }
 
-/* Within the gates: what lies outside takes the nearest. */
+/* Ranges limited to the gates: a point outside gets the value of the nearest gate. */
 Points withinGates(const GatePoints& at, const Sweep& sweep) {
     const auto length = static_cast<float>(sweep.ngates * sweep.gateSpacingM);
     Points points = at.points;
-    for (float& range : points.first) range = std::clamp(range, 0.0f, length);
+    for (float& range : points.first) {
+        range = std::clamp(range, 0.0f, length);
+    }
     return points;
 }
 
@@ -94,7 +97,9 @@ Points withinGates(const GatePoints& at, const Sweep& sweep) {
 std::vector<std::string> writeProcessedRecords(const OutputFile& file, const Scan& scan,
                                                const ProcessedSweep& processed) {
     std::vector<Field> fields = processed.sweep.fields;
-    if (processed.hasClasses) fields.push_back(classField(processed));
+    if (processed.hasClasses) {
+        fields.push_back(classField(processed));
+    }
     const std::unique_ptr<Cpluvek[]> records(new Cpluvek[fields.size()]);
     for (std::size_t f = 0; f < fields.size(); ++f) {
         fillFieldRecord(scan, processed.sweep, fields[f].name, fields[f].units, fields[f].values,
@@ -112,13 +117,17 @@ std::vector<std::string> writeProcessedWords(const OutputFile& file, const Scan&
     sweep.fields.clear();
     for (const Field& field : processed.sweep.fields) {
         const char* name = ufNameOf(field.name);
-        if (!name) continue;
+        if (!name) {
+            continue;
+        }
         sweep.fields.push_back(field);
         sweep.fields.back().name = name;
     }
     Scan single = scan;
     single.sweeps.assign(1, sweep);
-    if (!processed.hasClasses) return writeUniversalFormat(file, single, nullptr);
+    if (!processed.hasClasses) {
+        return writeUniversalFormat(file, single, nullptr);
+    }
     std::vector<float> classes = processed.classified.classes;
     classes.resize(sweep.fields[0].values.size(), NAN);
     return writeUniversalFormat(file, single, nullptr, {{&single.sweeps[0], &classes}});
@@ -129,26 +138,31 @@ Field processedField(const ProcessedSweep& processed, const std::string& name) {
     std::string names;
     for (const Field& field : processed.sweep.fields) {
         const char* ufName = ufNameOf(field.name);
-        if (wanted == lowerCase(field.name) || (ufName && wanted == lowerCase(ufName)))
+        if (wanted == lowerCase(field.name) || (ufName && wanted == lowerCase(ufName))) {
             return field;
+        }
         names += " " + field.name;
     }
     if (processed.hasClasses) {
-        if (wanted == lowerCase(kClasses) || wanted == lowerCase(kClassFieldName))
+        if (wanted == lowerCase(kClasses) || wanted == lowerCase(kClassFieldName)) {
             return classField(processed);
+        }
         names += std::string(" ") + kClasses;
     }
     throw std::runtime_error("no processed field " + name + " among:" + names);
 }
 
-std::size_t appendSamples(const std::string& prefix, const DateTime& time, ProcessedSweep& processed,
-                     const Points& points, std::vector<std::string>& written) {
+std::size_t appendSamples(const std::string& prefix, const DateTime& time,
+                          ProcessedSweep& processed, const Points& points,
+                          std::vector<std::string>& written) {
     const GatePoints at = gatePoints(processed.sweep, points);
     Points inside = withinGates(at, processed.sweep);
     std::string name = prefix;
     for (const auto& row : kProducts) {
         const bool filled = !row.stages || (processed.what & row.stages);
-        if (!filled || !((*processed.context).*row.record).data) continue;
+        if (!filled || !((*processed.context).*row.record).data) {
+            continue;
+        }
         const std::string path = prefix + row.suffix;
         const std::size_t lines = linesOf(path);
         requireWritten(path, [&] {

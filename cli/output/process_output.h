@@ -23,14 +23,14 @@ std::vector<std::string> writeProcessedRecords(const scan::OutputFile& file, con
 scan::Field processedField(const scan::ProcessedSweep& processed, const std::string& name);
 
 /*
- * Appends the samples of each field at the points to the file of its own that begins with prefix,
- * one line a sweep, and adds these files to written. Returns the number of points outside the
- * sweep, which take the value of the nearest gate. Throws std::runtime_error when a file does not
- * get its line.
+ * Appends the samples of each field at the points, one line for each sweep, to a file of its own
+ * whose name begins with prefix, and adds these names to written. Returns the number of points
+ * outside the sweep, which get the value of the nearest gate. Throws std::runtime_error when a
+ * line cannot be written.
  */
 std::size_t appendSamples(const std::string& prefix, const scan::DateTime& time,
-                     scan::ProcessedSweep& processed, const scan::Points& points,
-                     std::vector<std::string>& written);
+                          scan::ProcessedSweep& processed, const scan::Points& points,
+                          std::vector<std::string>& written);
 
 }  // namespace cli
 

@@ -1,4 +1,4 @@
-/* picture_axes.cpp - fields on their axes. */
+/* axes.cpp - a field on its axes: image, rings, marks, ticks and labels. */
 #include "picture/axes.h"
 
 #include <algorithm>
@@ -41,8 +41,9 @@ void paintImage(const Canvas& canvas, const Frame& frame, const Image& image) {
     cairo_translate(context, frame.x, frame.y);
     cairo_scale(context, frame.width / image.width, frame.height / image.height);
     cairo_set_source_surface(context, surface, 0.0, 0.0);
-    if (canvas.isBitmap())
+    if (canvas.isBitmap()) {
         cairo_pattern_set_filter(cairo_get_source(context), CAIRO_FILTER_NEAREST);
+    }
     cairo_paint(context);
     cairo_restore(context);
     cairo_surface_destroy(surface);
@@ -59,9 +60,11 @@ std::vector<double> xTicks(const Frame& frame, const View& view) {
     return ticksBetween(view.left, view.right, frame.width / (4.5 * frame.em));
 }
 
-/* On a map both axes have the same ticks. */
+/* In a plan position both axes have the same ticks. */
 std::vector<double> yTicks(const Frame& frame, const View& view) {
-    if (!view.rhi) return xTicks(frame, view);
+    if (!view.rhi) {
+        return xTicks(frame, view);
+    }
     return ticksBetween(view.bottom, view.top, frame.height / (2.8 * frame.em));
 }
 
@@ -105,15 +108,18 @@ void drawRings(const Canvas& canvas, const Frame& frame, const View& view) {
     const double step = rings.size() > 1 ? rings[1] - rings[0] : 1.0;
     cairo_set_line_width(canvas.context(), 0.07 * frame.em);
     for (const double ring : rings) {
-        if (ring <= 0.0 || ring * pixelsPerKm > radius - 0.1) continue;
+        if (ring <= 0.0 || ring * pixelsPerKm > radius - 0.1) {
+            continue;
+        }
         canvas.setColour(kInk, 0.45);
         circle(canvas, x, y, ring * pixelsPerKm);
         cairo_stroke(canvas.context());
     }
     for (const double ring : rings) {
         const double distance = ring * pixelsPerKm;
-        if (ring <= 0.0 || distance > radius - 1.3 * frame.em || distance < 2.0 * frame.em)
+        if (ring <= 0.0 || distance > radius - 1.3 * frame.em || distance < 2.0 * frame.em) {
             continue;
+        }
         const double diagonal = distance * std::numbers::sqrt2 / 2.0;
         const TextStyle style{
             .size = 0.9 * frame.em, .anchorX = 0.5, .anchorY = 0.5, .halo = true, .colour = kInk};
@@ -140,7 +146,7 @@ void drawAzimuths(const Canvas& canvas, const Frame& frame, const View& view) {
         canvas.setColour(kInk);
         const double outer = radius + kMarkEm * frame.em;
         line(canvas, x + radius * east, y - radius * north, x + outer * east, y - outer * north);
-        /* The anchor turns with the azimuth, so that each label stands clear of the circle. */
+        /* The anchor turns with the azimuth, so that no label touches the circle. */
         const TextStyle style{.size = kAzimuthEm * frame.em,
                               .anchorX = 0.5 - 0.5 * east,
                               .anchorY = 0.5 - 0.5 * north};

@@ -7,13 +7,13 @@
 
 namespace cli {
 
-/* A rectangle of the picture; em is the size of the text, to which all distances refer. */
+/* A rectangle of the picture. em is the text size; all distances are multiples of it. */
 struct Frame {
     double x = 0, y = 0, width = 0, height = 0;
     double em = 12;
 };
 
-/* Room that the labels need around the axes, in em. */
+/* Space for the labels around the axes, in em. */
 inline constexpr double kLeftEm = 4.6, kRightEm = 1.4, kBelowAxesEm = 4.0, kScaleEm = 3.6;
 
 /* The image, range rings, azimuth marks, ticks and labels. */
@@ -22,8 +22,8 @@ void drawPlanPosition(const Canvas& canvas, const Frame& frame, const View& view
 void drawRangeHeight(const Canvas& canvas, const Frame& frame, const View& view,
                      const Image& image);
 
-/* The radius of the scan's circle within a square frame, as part of half its width: the rest is
- * for the azimuth labels. */
+/* The radius of the scan's circle divided by half the width of its square frame. The rest holds the
+ * azimuth labels. */
 double circleShare(const Canvas& canvas, const Frame& frame);
 
 /* A colour bar with ticks and units, or the classes and their shares. */

@@ -1,4 +1,4 @@
-/* picture_canvas.cpp - surfaces in memory, text, and the file at the end. */
+/* canvas.cpp - draws on a surface in memory, and writes the file at the end. */
 #include "picture/canvas.h"
 
 #include <cairo-pdf.h>
@@ -19,12 +19,14 @@ namespace cli {
 
 namespace {
 
-/* Of the fonts' size: what the capitals of common sans-serif fonts take. */
+/* Height of the capitals of common sans-serif fonts, relative to the font size. */
 constexpr double kCapitalHeight = 0.72;
 
 std::string endingOf(const std::string& path) {
     std::string ending = std::filesystem::path(path).extension().string();
-    for (char& c : ending) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    for (char& c : ending) {
+        c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    }
     return ending;
 }
 
@@ -40,13 +42,19 @@ cairo_status_t append(void* closure, const unsigned char* data, unsigned int len
 
 cairo_surface_t* createSurface(const std::string& ending, int width, int height,
                                std::vector<unsigned char>& bytes) {
-    if (ending == ".svg") return cairo_svg_surface_create_for_stream(append, &bytes, width, height);
-    if (ending == ".pdf") return cairo_pdf_surface_create_for_stream(append, &bytes, width, height);
+    if (ending == ".svg") {
+        return cairo_svg_surface_create_for_stream(append, &bytes, width, height);
+    }
+    if (ending == ".pdf") {
+        return cairo_pdf_surface_create_for_stream(append, &bytes, width, height);
+    }
     return cairo_image_surface_create(CAIRO_FORMAT_RGB24, width, height);
 }
 
 void requireSuccess(cairo_status_t status) {
-    if (status == CAIRO_STATUS_SUCCESS) return;
+    if (status == CAIRO_STATUS_SUCCESS) {
+        return;
+    }
     throw std::runtime_error(std::string("cannot draw: ") + cairo_status_to_string(status));
 }
 
@@ -54,7 +62,9 @@ void writeFile(const std::string& path, const std::vector<unsigned char>& bytes)
     scan::OutputFile output(path);
     scan::requireWritten(output, [&] {
         std::FILE* file = std::fopen(output.temporary().c_str(), "wb");
-        if (file == nullptr) return false;
+        if (file == nullptr) {
+            return false;
+        }
         const bool written = std::fwrite(bytes.data(), 1, bytes.size(), file) == bytes.size();
         return std::fclose(file) == 0 && written;
     });
@@ -62,16 +72,18 @@ void writeFile(const std::string& path, const std::vector<unsigned char>& bytes)
 }
 
 void selectFont(cairo_t* context, const TextStyle& style) {
-    /* Cairo falls back to any font there is, and to one of its own where there is none. */
+    /* Cairo falls back to any installed font, and to a built-in one where none is installed. */
     cairo_select_font_face(context, "DejaVu Sans", CAIRO_FONT_SLANT_NORMAL,
                            style.bold ? CAIRO_FONT_WEIGHT_BOLD : CAIRO_FONT_WEIGHT_NORMAL);
     cairo_set_font_size(context, style.size);
 }
 
-/* Cairo's own font, taken where the system has none, knows ASCII only. */
+/* Cairo's built-in font has ASCII characters only. */
 std::string withinFont(cairo_t* context, std::string text) {
     const auto type = cairo_scaled_font_get_type(cairo_get_scaled_font(context));
-    if (type != CAIRO_FONT_TYPE_USER) return text;
+    if (type != CAIRO_FONT_TYPE_USER) {
+        return text;
+    }
     const std::string degree = "\u00b0";
     const auto at = text.find(degree);
     return at == std::string::npos ? text : text.replace(at, degree.size(), " deg");
@@ -81,7 +93,9 @@ std::string withinFont(cairo_t* context, std::string text) {
 
 void checkPictureEnding(const std::string& path) {
     const std::string ending = endingOf(path);
-    if (ending == ".png" || ending == ".svg" || ending == ".pdf") return;
+    if (ending == ".png" || ending == ".svg" || ending == ".pdf") {
+        return;
+    }
     throw std::invalid_argument("the name of a picture must end in .png, .svg or .pdf");
 }
 
@@ -115,7 +129,9 @@ void Canvas::text(double x, double y, const std::string& text, const TextStyle& 
     const std::string shown = withinFont(context(), text);
     cairo_save(context());
     cairo_translate(context(), x, y);
-    if (style.upwards) cairo_rotate(context(), -std::numbers::pi / 2.0);
+    if (style.upwards) {
+        cairo_rotate(context(), -std::numbers::pi / 2.0);
+    }
     cairo_move_to(context(), -style.anchorX * width, style.anchorY * kCapitalHeight * style.size);
     if (style.halo) {
         cairo_text_path(context(), shown.c_str());
@@ -135,7 +151,9 @@ void Canvas::text(double x, double y, const std::string& text, const TextStyle& 
 void Canvas::textWithin(double width, double x, double y, const std::string& text,
                         TextStyle style) const {
     const double needed = textWidth(text, style);
-    if (needed > width) style.size *= width / needed;
+    if (needed > width) {
+        style.size *= width / needed;
+    }
     this->text(x, y, text, style);
 }
 

@@ -15,16 +15,17 @@ namespace cli {
 struct TextStyle {
     double size = 12.0;
     bool bold = false;
-    double anchorX = 0.0;  // part of the text left of the point: 0 begins there, 1 ends there
-    double anchorY = 0.0;  // part of the capitals' height below the point: 0 stands on it
-    bool upwards = false;  // turned by 90 degrees, to be read from below
-    bool halo = false;  // a light rim, for text over a field
+    double anchorX = 0.0;  // share of the text left of the point: 0 begins there, 1 ends there
+    double anchorY =
+        0.0;  // share of the capitals' height below the point: 0 puts the baseline on it
+    bool upwards = false;  // rotated by 90 degrees, reads upwards
+    bool halo = false;     // a light outline, for text over a field
     Rgb colour{0x22, 0x22, 0x22};
 };
 
 class Canvas {
   public:
-    /* The ending of path names the format; nothing is written before save(). Sizes are pixels in
+    /* The ending of path chooses the format; nothing is written before save(). Sizes are pixels in
      * a PNG, points elsewhere. */
     Canvas(const std::string& path, int width, int height);
 
@@ -34,7 +35,7 @@ class Canvas {
     void setColour(Rgb colour, double opacity = 1.0) const;
     void text(double x, double y, const std::string& text, const TextStyle& style) const;
     double textWidth(const std::string& text, const TextStyle& style) const;
-    /* As text(), in a smaller size where that is needed to stay within width. */
+    /* As text(), but smaller where the text would be wider than width. */
     void textWithin(double width, double x, double y, const std::string& text,
                     TextStyle style) const;
 
@@ -48,7 +49,8 @@ class Canvas {
     };
 
     std::string path_;
-    std::vector<unsigned char> bytes_;  // before the surface, which writes into it to its end
+    std::vector<unsigned char>
+        bytes_;  // declared before the surface, which writes into it until it is destroyed
     std::unique_ptr<cairo_surface_t, Destroy> surface_;
     std::unique_ptr<cairo_t, Destroy> context_;
 };

@@ -1,4 +1,4 @@
-/* picture_geometry.cpp - from a place to ray and gate. */
+/* geometry.cpp - from a point of the picture to its ray and gate. */
 #include "picture/geometry.h"
 
 #include <algorithm>
@@ -23,7 +23,7 @@ double onCircle(double deg) {
     return wrapped < 0.0 ? wrapped + 360.0 : wrapped;
 }
 
-/* A lone gate of an unknown spacing gets a kilometre. */
+/* A single gate whose spacing is unknown is drawn one kilometre long. */
 double spacingKm(const Sweep& sweep) {
     const double km = sweep.gateSpacingM / 1000.0;
     return km > 0.0 && std::isfinite(km) ? km : 1.0;
@@ -39,13 +39,17 @@ double beamHeightKm(double rangeKm, double elevationRad) {
            kEffectiveEarthKm;
 }
 
-/* Middle of the steps between neighbours, which is not misled by a few gaps. */
+/* Median step between neighbours: a few gaps do not change it. */
 double usualStep(const std::vector<double>& sorted) {
     std::vector<double> steps;
     for (std::size_t i = 1; i < sorted.size(); ++i) {
-        if (sorted[i] > sorted[i - 1]) steps.push_back(sorted[i] - sorted[i - 1]);
+        if (sorted[i] > sorted[i - 1]) {
+            steps.push_back(sorted[i] - sorted[i - 1]);
+        }
     }
-    if (steps.empty()) return 0.0;
+    if (steps.empty()) {
+        return 0.0;
+    }
     std::nth_element(steps.begin(), steps.begin() + steps.size() / 2, steps.end());
     return std::min(steps[steps.size() / 2], kWidestStepDeg);
 }
@@ -60,9 +64,13 @@ double sweepRangeKm(const Sweep& sweep) {
 View rangeHeightView(const Sweep& sweep, double maxRangeKm) {
     View view{true, maxRangeKm, 0.0, maxRangeKm, 0.0, 1.0};
     for (const double elevation : sweep.elevationDeg) {
-        if (!std::isfinite(elevation)) continue;
+        if (!std::isfinite(elevation)) {
+            continue;
+        }
         view.top = std::max(view.top, beamHeightKm(maxRangeKm, elevation * kDegree));
-        if (elevation > 90.0) view.left = -maxRangeKm;  // over the top, to the other horizon
+        if (elevation > 90.0) {
+            view.left = -maxRangeKm;  // past the zenith, to the other horizon
+        }
     }
     view.top = std::min(view.top, kHighestKm);
     return view;
@@ -81,13 +89,17 @@ GateFinder::GateFinder(const Sweep& sweep, const View& view, double beamWidthDeg
 void GateFinder::spreadRays(const std::vector<double>& angleDeg, double beamWidthDeg) {
     std::vector<int> order;
     for (std::size_t i = 0; i < angleDeg.size(); ++i) {
-        if (std::isfinite(angleDeg[i])) order.push_back(static_cast<int>(i));
+        if (std::isfinite(angleDeg[i])) {
+            order.push_back(static_cast<int>(i));
+        }
     }
     const auto angle = [&](int ray) { return onCircle(angleDeg[ray]); };
     std::stable_sort(order.begin(), order.end(), [&](int a, int b) { return angle(a) < angle(b); });
     std::vector<double> sorted;
     sorted.reserve(order.size());
-    for (const int ray : order) sorted.push_back(angle(ray));
+    for (const int ray : order) {
+        sorted.push_back(angle(ray));
+    }
     const double step = usualStep(sorted);
     const double beam = beamWidthDeg > 0.0 && beamWidthDeg < kWidestStepDeg ? beamWidthDeg : 1.0;
     const double widest = step > 0.0 ? 0.75 * step : 0.5 * beam;
@@ -99,10 +111,12 @@ void GateFinder::spreadRays(const std::vector<double>& angleDeg, double beamWidt
         const double bins = kBins / 360.0;
         const double from = (sorted[i] - std::min(0.5 * before, widest)) * bins;
         const double to = (sorted[i] + std::min(0.5 * after, widest)) * bins;
-        /* Bins whose middle is on the ray; at least one, however thin the ray. */
+        /* Bins whose centre is on the ray; at least one, however narrow the ray. */
         const int first = static_cast<int>(std::floor(from + 0.5));
         const int last = std::max(first, static_cast<int>(std::floor(to + 0.5)) - 1);
-        for (int bin = first; bin <= last; ++bin) rayAt_[(bin + kBins) % kBins] = order[i];
+        for (int bin = first; bin <= last; ++bin) {
+            rayAt_[(bin + kBins) % kBins] = order[i];
+        }
     }
 }
 
@@ -115,11 +129,15 @@ std::ptrdiff_t GateFinder::find(double xKm, double yKm) const {
         rangeKm = std::hypot(ahead, above);
         angleRad = std::atan2(above, ahead);
     }
-    if (rangeKm > maxRangeKm_) return -1;
+    if (rangeKm > maxRangeKm_) {
+        return -1;
+    }
     const double bin = angleRad / (2.0 * std::numbers::pi) * kBins;
     const int ray = rayAt_[static_cast<int>(bin < 0.0 ? bin + kBins : bin) % kBins];
     const double gate = (rangeKm - firstGateKm_) / spacingKm_ + 0.5;
-    if (ray < 0 || gate < 0.0 || gate >= ngates_) return -1;
+    if (ray < 0 || gate < 0.0 || gate >= ngates_) {
+        return -1;
+    }
     return static_cast<std::ptrdiff_t>(ray) * ngates_ + static_cast<std::ptrdiff_t>(gate);
 }
 

@@ -1,4 +1,4 @@
-/* geometry.h - which gate is at a place of the picture. */
+/* geometry.h - which gate is at a point of the picture. */
 #ifndef CLI_PICTURE_GEOMETRY_H
 #define CLI_PICTURE_GEOMETRY_H
 
@@ -20,12 +20,12 @@ struct View {
 /* The view of a range-height sweep: as high as its beams reach, 20 km at most. */
 View rangeHeightView(const scan::Sweep& sweep, double maxRangeKm);
 
-/* The end of the last gate. */
+/* The range at the end of the last gate. */
 double sweepRangeKm(const scan::Sweep& sweep);
 
 /*
- * Finds the gate at a place. A ray is as wide as half the way to its neighbours, but in a gap no
- * wider than three quarters of the usual step, so that missing rays show. Plan positions are in
+ * Finds the gate at a point. A ray reaches halfway to its neighbours, but beside a gap at most
+ * three quarters of the usual step, so that missing rays are visible. Plan positions use
  * slant range; heights follow the beam over an Earth of 4/3 radius.
  */
 class GateFinder {
@@ -38,7 +38,7 @@ class GateFinder {
   private:
     void spreadRays(const std::vector<double>& angleDeg, double beamWidthDeg);
 
-    std::vector<int> rayAt_;  // by angle, in equal steps round the circle; -1 none
+    std::vector<int> rayAt_;  // by angle, in equal steps around the circle; -1: no ray
     bool rhi_;
     double maxRangeKm_, firstGateKm_, spacingKm_;
     int ngates_;

@@ -49,8 +49,12 @@ std::uint8_t between(std::uint32_t below, std::uint32_t above, int shift, double
 Rgb colourAt(Palette palette, double position) {
     const Table& table = tableOf(palette);
     constexpr int kLast = 32;
-    if (!(position > 0.0)) position = 0.0;  // NaN too: never beyond the table
-    if (position > 1.0) position = 1.0;
+    if (!(position > 0.0)) {
+        position = 0.0;  // NaN too: never past the table
+    }
+    if (position > 1.0) {
+        position = 1.0;
+    }
     const int below = position >= 1.0 ? kLast - 1 : static_cast<int>(position * kLast);
     const double weight = position * kLast - below;
     const std::uint32_t a = table[below], b = table[below + 1];
@@ -58,11 +62,21 @@ Rgb colourAt(Palette palette, double position) {
 }
 
 Rgb classColour(float code) {
-    if (code == 0.0f) return {0x00, 0x72, 0xb2};  // precipitation: blue
-    if (code == 5.0f) return {0xd5, 0x5e, 0x00};  // ground clutter: vermilion
-    if (code == 6.0f) return {0x00, 0x9e, 0x73};  // sea clutter: bluish green
-    if (code == 7.0f) return {0xcc, 0x79, 0xa7};  // turbine clutter: reddish purple
-    if (code == 3.0f) return {0xfb, 0xf6, 0xe6};  // noise: ivory, to stay in the background
+    if (code == 0.0f) {
+        return {0x00, 0x72, 0xb2};  // precipitation: blue
+    }
+    if (code == 5.0f) {
+        return {0xd5, 0x5e, 0x00};  // ground clutter: vermilion
+    }
+    if (code == 6.0f) {
+        return {0x00, 0x9e, 0x73};  // sea clutter: bluish green
+    }
+    if (code == 7.0f) {
+        return {0xcc, 0x79, 0xa7};  // turbine clutter: reddish purple
+    }
+    if (code == 3.0f) {
+        return {0xfb, 0xf6, 0xe6};  // noise: ivory, to stay in the background
+    }
     return kNoDataColour;
 }
 

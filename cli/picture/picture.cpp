@@ -14,19 +14,19 @@ namespace cli {
 
 using scan::DateTime;
 using scan::Field;
+using scan::printable;
 using scan::Scan;
 using scan::Sweep;
-using scan::printable;
 
 namespace {
 
 constexpr int kNarrowestPanelPx = 240, kWidestPicturePx = 10000;
 constexpr int kSinglePanelPx = 1000, kPanelOfSeveralPx = 900, kRangeHeightPx = 1200;
 constexpr double kVectorOversampling = 1.5;  // image pixels per point
-constexpr int kLargestImagePx = 2400;  // of an image in a vector file
+constexpr int kLargestImagePx = 2400;        // of an image in a vector file
 constexpr double kHeadingEm = 2.4;
 
-/* Where everything goes. Plan positions stand side by side, range-heights one above the other. */
+/* Where everything is drawn. Plan positions are side by side, range-heights one above the other. */
 struct Layout {
     int width = 0, height = 0;
     double em = 12, titleHeight = 0;
@@ -76,7 +76,9 @@ Layout rangeHeightLayout(int width, std::size_t panels) {
 Layout layOut(bool rhi, int widthPx, std::size_t panels) {
     const int several = kPanelOfSeveralPx * static_cast<int>(panels);
     int width = rhi ? kRangeHeightPx : panels == 1 ? kSinglePanelPx : several;
-    if (widthPx != 0) width = widthPx;
+    if (widthPx != 0) {
+        width = widthPx;
+    }
     const int narrowest = kNarrowestPanelPx * (rhi ? 1 : static_cast<int>(panels));
     if (width < narrowest || width > kWidestPicturePx) {
         throw std::invalid_argument("a picture of this many panels must be " +
@@ -88,8 +90,12 @@ Layout layOut(bool rhi, int widthPx, std::size_t panels) {
 
 View viewOf(const Canvas& canvas, const Layout& layout, const Sweep& sweep, double maxRangeKm) {
     const double range = maxRangeKm > 0.0 ? maxRangeKm : sweepRangeKm(sweep);
-    if (!std::isfinite(range)) throw std::invalid_argument("the largest range must be finite");
-    if (sweep.rhi) return rangeHeightView(sweep, range);
+    if (!std::isfinite(range)) {
+        throw std::invalid_argument("the largest range must be finite");
+    }
+    if (sweep.rhi) {
+        return rangeHeightView(sweep, range);
+    }
     const double reach = range / circleShare(canvas, layout.axes.front());
     return {false, range, -reach, reach, -reach, reach};
 }
@@ -99,7 +105,9 @@ std::string titleOf(const Scan& scan) {
     if (radar.empty() && site.empty()) {
         return printable(std::filesystem::path(scan.path).filename().string());
     }
-    if (radar.empty() || site.empty() || radar == site) return radar.empty() ? site : radar;
+    if (radar.empty() || site.empty() || radar == site) {
+        return radar.empty() ? site : radar;
+    }
     return radar + ", " + site;
 }
 
@@ -129,20 +137,30 @@ std::vector<Image> imagesOf(const Canvas& canvas, const Layout& layout, const Vi
                             const std::vector<Quantity>& quantities) {
     const Frame& frame = layout.axes.front();
     double scale = canvas.isBitmap() ? 1.0 : kVectorOversampling;
-    if (!canvas.isBitmap()) scale = std::min(scale, kLargestImagePx / frame.width);
+    if (!canvas.isBitmap()) {
+        scale = std::min(scale, kLargestImagePx / frame.width);
+    }
     return rasterise(fields, quantities, finder, view, static_cast<int>(frame.width * scale),
                      static_cast<int>(frame.height * scale));
 }
 
 void requireShapes(const Sweep& sweep, const std::vector<Field>& fields) {
-    if (fields.empty()) throw std::invalid_argument("there is no field to draw");
+    if (fields.empty()) {
+        throw std::invalid_argument("there is no field to draw");
+    }
     const auto rays = static_cast<std::size_t>(std::max(0, sweep.nrays));
     const std::size_t gates = rays * static_cast<std::size_t>(std::max(0, sweep.ngates));
     const std::size_t angles = sweep.rhi ? sweep.elevationDeg.size() : sweep.azimuthDeg.size();
-    if (gates == 0) throw std::invalid_argument("the sweep has no gates");
-    if (angles != rays) throw std::invalid_argument("the sweep needs one angle per ray");
+    if (gates == 0) {
+        throw std::invalid_argument("the sweep has no gates");
+    }
+    if (angles != rays) {
+        throw std::invalid_argument("the sweep needs one angle per ray");
+    }
     for (const Field& field : fields) {
-        if (field.values.size() == gates) continue;
+        if (field.values.size() == gates) {
+            continue;
+        }
         throw std::invalid_argument("field " + printable(field.name) +
                                     " is not of the sweep's size");
     }
@@ -166,7 +184,9 @@ void drawPanels(const Scan& scan, const Sweep& sweep, const std::vector<Field>& 
     requireShapes(sweep, fields);
     std::vector<Quantity> quantities;
     quantities.reserve(fields.size());
-    for (const Field& field : fields) quantities.push_back(quantityOf(field, sweep, options));
+    for (const Field& field : fields) {
+        quantities.push_back(quantityOf(field, sweep, options));
+    }
     for (std::size_t i = 0; i < std::min(fields.size(), options.headings.size()); ++i) {
         quantities[i].heading = options.headings[i];
     }
@@ -180,11 +200,6 @@ void drawPanels(const Scan& scan, const Sweep& sweep, const std::vector<Field>& 
         drawPanel(canvas, layout.axes[i], view, images[i], quantities[i], fields[i].values);
     }
     canvas.save();
-}
-
-void drawSweep(const Scan& scan, const Sweep& sweep, const Field& field,
-               const PictureOptions& options, const std::string& path) {
-    drawPanels(scan, sweep, {field}, options, path);
 }
 
 void drawClasses(const Scan& scan, const Sweep& sweep, const Field& field,

@@ -13,7 +13,7 @@
 namespace cli {
 
 struct PictureOptions {
-    int widthPx = 0;  // of the whole picture; 0: 1000 for one panel, 900 for each of several
+    int widthPx = 0;        // of the whole picture; 0: 1000 for one panel, 900 for each of several
     double maxRangeKm = 0;  // outermost range drawn; 0: the end of the last gate
     /* Ends of the colour scale; NaN: the usual range of the quantity. Classes have no scale. */
     double displayMin = std::numeric_limits<double>::quiet_NaN();
@@ -24,7 +24,7 @@ struct PictureOptions {
 /*
  * One panel per field, side by side, with a shared title: PNG, SVG or PDF by the ending of path.
  * A class field (isClassField) gets the class colours and a legend with the share of each class,
- * any other field a colour bar. NaN is drawn light grey.
+ * any other field gets a colour bar. NaN is drawn light grey.
  *
  * The file appears complete or not at all: it is written under a temporary name and renamed. Throws
  * std::invalid_argument for an ending that names no format, no field at all, or a field that does
@@ -34,10 +34,6 @@ struct PictureOptions {
 void drawPanels(const scan::Scan& scan, const scan::Sweep& sweep,
                 const std::vector<scan::Field>& fields, const PictureOptions& options,
                 const std::string& path);
-
-/* A single field. */
-void drawSweep(const scan::Scan& scan, const scan::Sweep& sweep, const scan::Field& field,
-               const PictureOptions& options, const std::string& path);
 
 /* Reflectivity, or any other field, beside the classes (0 precipitation, 3 noise, 5 clutter). */
 void drawClasses(const scan::Scan& scan, const scan::Sweep& sweep, const scan::Field& field,

@@ -1,4 +1,4 @@
-/* picture_quantity.cpp - words, colours and scales of the quantities. */
+/* quantity.cpp - names, colours and scales of quantities. */
 #include "picture/quantity.h"
 
 #include <algorithm>
@@ -14,12 +14,12 @@
 namespace cli {
 
 using scan::Field;
-using scan::Role;
-using scan::Sweep;
 using scan::isClassField;
 using scan::printable;
+using scan::Role;
 using scan::roleInfo;
 using scan::roleOfName;
+using scan::Sweep;
 
 namespace {
 
@@ -29,7 +29,7 @@ struct Shown {
     double low, high;
 };
 
-/* Usual ends of the scale, wide enough for most weather and narrow enough to see it. */
+/* Usual ends of the scale: wide enough for most weather, narrow enough to show its structure. */
 constexpr Shown kShown[] = {
     {Role::kZhh, Palette::kReflectivity, -10.0, 70.0},
     {Role::kZdr, Palette::kSequential, -2.0, 6.0},
@@ -44,21 +44,27 @@ constexpr Shown kShown[] = {
 
 using Ends = std::pair<double, double>;
 
-/* From the 2nd to the 98th percentile, rounded outwards: a few broken values do not matter. */
+/* From the 2nd to the 98th percentile, rounded outwards: a few corrupt values do not matter. */
 Ends robustEnds(const std::vector<float>& values) {
     std::vector<float> valid;
     for (const float value : values) {
-        if (std::isfinite(value)) valid.push_back(value);
+        if (std::isfinite(value)) {
+            valid.push_back(value);
+        }
     }
-    if (valid.empty()) return {0.0, 1.0};
+    if (valid.empty()) {
+        return {0.0, 1.0};
+    }
     const auto at = [&](double share) {
         const auto nth = valid.begin() + static_cast<std::ptrdiff_t>(share * (valid.size() - 1));
         std::nth_element(valid.begin(), nth, valid.end());
         return static_cast<double>(*nth);
     };
     const double low = at(0.02), high = at(0.98);
-    const double margin = std::max(1.0, 0.1 * std::abs(low));  // or else it drowns in rounding
-    if (!(high > low)) return {low - margin, low + margin};
+    const double margin = std::max(1.0, 0.1 * std::abs(low));  // less would be lost in rounding
+    if (!(high > low)) {
+        return {low - margin, low + margin};
+    }
     const double step = std::pow(10.0, std::floor(std::log10(high - low)));
     return {std::floor(low / step) * step, std::ceil(high / step) * step};
 }
@@ -66,17 +72,21 @@ Ends robustEnds(const std::vector<float>& values) {
 Ends extremes(const std::vector<float>& values) {
     Ends ends{0.0, 0.0};
     for (const float value : values) {
-        if (!std::isfinite(value)) continue;
+        if (!std::isfinite(value)) {
+            continue;
+        }
         ends = {std::min<double>(ends.first, value), std::max<double>(ends.second, value)};
     }
     return ends;
 }
 
-/* Phase and velocity depend on the radar: on how it counts angles, on its Nyquist velocity. */
+/* The scales of phase and velocity depend on the radar's range of angles and Nyquist velocity. */
 Ends usualEnds(const Shown& shown, const Field& field, const Sweep& sweep) {
     if (shown.role == Role::kPdp) {
         const auto [low, high] = extremes(field.values);
-        if (low < -1.0) return {-180.0, 180.0};
+        if (low < -1.0) {
+            return {-180.0, 180.0};
+        }
         return {0.0, high > 180.0 ? 360.0 : 180.0};
     }
     if (shown.role == Role::kVel && sweep.nyquist > 0.0 && std::isfinite(sweep.nyquist)) {
@@ -91,8 +101,12 @@ ColourScale scaleOf(const Field& field, const Sweep& sweep, const PictureOptions
                                      [&](const Shown& row) { return row.role == role; });
     const bool known = shown != std::end(kShown);
     Ends ends = known ? usualEnds(*shown, field, sweep) : robustEnds(field.values);
-    if (std::isfinite(options.displayMin)) ends.first = options.displayMin;
-    if (std::isfinite(options.displayMax)) ends.second = options.displayMax;
+    if (std::isfinite(options.displayMin)) {
+        ends.first = options.displayMin;
+    }
+    if (std::isfinite(options.displayMax)) {
+        ends.second = options.displayMax;
+    }
     if (!(ends.second > ends.first)) {
         throw std::invalid_argument("the colour scale must end above its beginning, not go from " +
                                     std::to_string(ends.first) + " to " +
@@ -111,7 +125,9 @@ ColourScale::ColourScale(Palette of, double from, double to)
 }
 
 bool ColourScale::colour(float value, Rgb& result) const {
-    if (std::isnan(value)) return false;
+    if (std::isnan(value)) {
+        return false;
+    }
     if (classes) {
         result = classColour(value);
         return result != kNoDataColour;
@@ -123,10 +139,14 @@ bool ColourScale::colour(float value, Rgb& result) const {
 
 Quantity quantityOf(const Field& field, const Sweep& sweep, const PictureOptions& options) {
     const std::string name = printable(field.name);
-    if (isClassField(field)) return {"Classes", "", ColourScale()};
+    if (isClassField(field)) {
+        return {"Classes", "", ColourScale()};
+    }
     const Role role = roleOfName(field.name);
     Quantity quantity{name, printable(field.units), scaleOf(field, sweep, options)};
-    if (role == Role::kNone) return quantity;
+    if (role == Role::kNone) {
+        return quantity;
+    }
     quantity.heading = std::string(roleInfo(role).text) + " (" + name + ")";
     quantity.heading[0] = static_cast<char>(std::toupper(quantity.heading[0]));
     quantity.units = roleInfo(role).units;
@@ -140,18 +160,23 @@ std::array<double, 6> classShares(const std::vector<float>& classes) {
         const auto* found = std::find(std::begin(kCodes), std::end(kCodes), code);
         shares[found != std::end(kCodes) ? static_cast<std::size_t>(found - kCodes) : 3] += 1.0;
     }
-    for (double& share : shares)
+    for (double& share : shares) {
         share /= std::max<double>(1.0, static_cast<double>(classes.size()));
+    }
     return shares;
 }
 
 std::vector<double> ticksBetween(double low, double high, double count) {
     const double least = (high - low) / std::max(count, 1.0);
-    if (!(least > 0.0) || !std::isfinite(least)) return {low};
+    if (!(least > 0.0) || !std::isfinite(least)) {
+        return {low};
+    }
     const double power = std::pow(10.0, std::floor(std::log10(least)));
     double step = 10.0 * power;
     for (const double factor : {5.0, 2.0, 1.0}) {
-        if (factor * power >= least * (1.0 - 1e-9)) step = factor * power;
+        if (factor * power >= least * (1.0 - 1e-9)) {
+            step = factor * power;
+        }
     }
     std::vector<double> ticks;
     const double slack = 1e-9 * (high - low);
@@ -167,7 +192,9 @@ std::string tickText(double tick, double step) {
                                     std::round(step * std::pow(10.0, decimals))) > 1e-6) {
         ++decimals;
     }
-    if (std::abs(tick) < 1e-9 * std::abs(step)) tick = 0.0;
+    if (std::abs(tick) < 1e-9 * std::abs(step)) {
+        tick = 0.0;
+    }
     char text[64];
     std::snprintf(text, sizeof text, std::abs(tick) < 1e6 ? "%.*f" : "%.*g", decimals, tick);
     return text;

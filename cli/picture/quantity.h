@@ -1,4 +1,4 @@
-/* quantity.h - how a field is shown: its words, its colours and the range of its scale. */
+/* quantity.h - how a field is shown: its name, its colours and the ends of its scale. */
 #ifndef CLI_PICTURE_QUANTITY_H
 #define CLI_PICTURE_QUANTITY_H
 
@@ -11,7 +11,7 @@
 
 namespace cli {
 
-/* From a value to its colour. NaN, and a code that is no class, has none. */
+/* From a value to its colour. NaN has none, nor has a number that is not a class code. */
 class ColourScale {
   public:
     ColourScale() = default;  // of classes
@@ -40,7 +40,7 @@ Quantity quantityOf(const scan::Field& field, const scan::Sweep& sweep,
  * 0..1. */
 std::array<double, 6> classShares(const std::vector<float>& classes);
 
-/* Round numbers within [low, high], about evenly `count` of them or fewer. */
+/* Evenly spaced round numbers within [low, high], about `count` or fewer. */
 std::vector<double> ticksBetween(double low, double high, double count);
 
 /* As few decimals as the step between ticks needs; no "-0". */

@@ -1,8 +1,8 @@
 /*
- * picture_raster.cpp - resampling from polar to square pixels.
+ * raster.cpp - resampling from polar gates to square pixels.
  *
- * Each pixel is the mean colour of kSide x kSide places in it, which smooths the edges of gates and
- * of the scan, and needs memory for a row of places only, whatever the size of the scan.
+ * Each pixel is the mean colour of kSide x kSide points in it, which smooths the edges of gates and
+ * of the scan. Memory is needed for one row of points only, whatever the size of the scan.
  */
 #include "picture/raster.h"
 
@@ -22,7 +22,7 @@ void findRow(const GateFinder& finder, const View& view, int width, double yKm,
     }
 }
 
-/* Sums of the colours of the places in each pixel, and how many have one. */
+/* Sums of the colours of the points in each pixel, and how many points have one. */
 struct PixelSum {
     unsigned red = 0, green = 0, blue = 0, count = 0;
 
@@ -44,7 +44,9 @@ void addRow(const Field& field, const ColourScale& scale, const std::vector<std:
             std::vector<PixelSum>& sums) {
     for (std::size_t i = 0; i < places.size(); ++i) {
         Rgb colour;
-        if (places[i] < 0 || !scale.colour(field.values[places[i]], colour)) continue;
+        if (places[i] < 0 || !scale.colour(field.values[places[i]], colour)) {
+            continue;
+        }
         sums[i / kSide].add(colour);
     }
 }
@@ -55,9 +57,13 @@ std::vector<Image> rasterise(const std::vector<Field>& fields,
                              const std::vector<Quantity>& quantities, const GateFinder& finder,
                              const View& view, int width, int height) {
     std::vector<Image> images(fields.size(), {width, height, {}});
-    for (Image& image : images) image.pixels.reserve(static_cast<std::size_t>(width) * height);
+    for (Image& image : images) {
+        image.pixels.reserve(static_cast<std::size_t>(width) * height);
+    }
     std::vector<std::vector<std::ptrdiff_t>> places(kSide);
-    for (auto& row : places) row.resize(static_cast<std::size_t>(width) * kSide);
+    for (auto& row : places) {
+        row.resize(static_cast<std::size_t>(width) * kSide);
+    }
     const double stepKm = (view.top - view.bottom) / (height * kSide);
     for (int y = 0; y < height; ++y) {
         for (int k = 0; k < kSide; ++k) {
@@ -65,8 +71,12 @@ std::vector<Image> rasterise(const std::vector<Field>& fields,
         }
         for (std::size_t f = 0; f < fields.size(); ++f) {
             std::vector<PixelSum> sums(width);
-            for (const auto& row : places) addRow(fields[f], quantities[f].scale, row, sums);
-            for (const PixelSum& sum : sums) images[f].pixels.push_back(sum.packed());
+            for (const auto& row : places) {
+                addRow(fields[f], quantities[f].scale, row, sums);
+            }
+            for (const PixelSum& sum : sums) {
+                images[f].pixels.push_back(sum.packed());
+            }
         }
     }
     return images;

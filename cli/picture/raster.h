@@ -17,7 +17,7 @@ struct Image {
     std::vector<std::uint32_t> pixels;
 };
 
-/* One image per field. All have the same size, so each place is looked up once for all of them. */
+/* One image per field. All have the same size, so each point is looked up once for all of them. */
 std::vector<Image> rasterise(const std::vector<scan::Field>& fields,
                              const std::vector<Quantity>& quantities, const GateFinder& finder,
                              const View& view, int width, int height);

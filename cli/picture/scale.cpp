@@ -1,4 +1,4 @@
-/* picture_scale.cpp - the colour bar and the legend of classes. */
+/* scale.cpp - the colour bar, and the legend of classes. */
 #include <algorithm>
 #include <cstdio>
 
@@ -28,7 +28,7 @@ void drawLegend(const Canvas& canvas, const Frame& frame, const std::vector<floa
     const int columns = entries / 2;
     const double em = frame.em, column = frame.width / columns;
     TextStyle style{.size = em, .anchorY = 0.5};
-    for (int i = 0; i < entries; ++i) {  // one size for all that the longest text allows
+    for (int i = 0; i < entries; ++i) {  // one text size for all entries: the longest must fit
         const double width = canvas.textWidth(legendText(i, shares[i]), style);
         style.size *= std::min(1.0, (column - 2.6 * em) / width);
     }
@@ -45,7 +45,7 @@ void drawLegend(const Canvas& canvas, const Frame& frame, const std::vector<floa
     }
 }
 
-/* Ends of the bar are pointed: values beyond take the colour of that end. */
+/* The ends of the bar are pointed: values past an end have the colour of that end. */
 void drawBarEnd(const Canvas& canvas, double x, double y, double width, double height, Rgb colour) {
     canvas.setColour(colour);
     cairo_move_to(canvas.context(), x, y);
@@ -107,7 +107,9 @@ void drawBar(const Canvas& canvas, const Frame& frame, const Quantity& quantity)
 
 void drawScale(const Canvas& canvas, const Frame& frame, const Quantity& quantity,
                const std::vector<float>& values) {
-    if (quantity.scale.classes) return drawLegend(canvas, frame, values);
+    if (quantity.scale.classes) {
+        return drawLegend(canvas, frame, values);
+    }
     drawBar(canvas, frame, quantity);
 }
 

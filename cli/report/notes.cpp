@@ -12,6 +12,16 @@ void printNote(const std::string& text) {
     std::printf("  note: %s\n", forTerminal(text).c_str());
 }
 
+void printNotes(const std::vector<std::string>& texts) {
+    for (const std::string& text : texts) {
+        printNote(text);
+    }
+}
+
+void printDetail(const char* label, const std::string& text) {
+    std::printf("    %-12s %s\n", label, forTerminal(text).c_str());
+}
+
 void noteDamage(const scan::Scan& scan, Beside place) {
     for (const std::string& sentence : scan.damage) {
         if (place == Beside::kResults) {

@@ -1,3 +1,4 @@
+/* progress.cpp - a bar that is drawn over and over on one line. */
 #include "report/progress.h"
 
 #include <unistd.h>
@@ -21,7 +22,9 @@ Progress::~Progress() {
 }
 
 void Progress::show(int done, int total, const std::string& what) {
-    if (!active_ || total < 2) return;
+    if (!active_ || total < 2) {
+        return;
+    }
     const std::string bar(static_cast<std::size_t>(kBarWidth * done / total), '#');
     const std::string text =
         what.size() > kLongestText ? "..." + what.substr(what.size() - kLongestText + 3) : what;
@@ -32,7 +35,9 @@ void Progress::show(int done, int total, const std::string& what) {
 }
 
 void Progress::clear() {
-    if (!shown_) return;
+    if (!shown_) {
+        return;
+    }
     std::fputs("\r\033[K", stderr);
     std::fflush(stderr);
     shown_ = false;

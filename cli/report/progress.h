@@ -1,4 +1,4 @@
-/* progress.h - one line on a terminal's standard error while long work goes on, nothing elsewhere.
+/* progress.h - a line on the terminal while long work goes on; nothing where there is no terminal.
  */
 #ifndef CLI_REPORT_PROGRESS_H
 #define CLI_REPORT_PROGRESS_H
@@ -9,19 +9,19 @@ namespace cli {
 
 class Progress {
   public:
-    /* wanted false keeps it silent on a terminal too. */
+    /* Without wanted it is silent on a terminal too. */
     explicit Progress(bool wanted);
     ~Progress();
     Progress(const Progress&) = delete;
     Progress& operator=(const Progress&) = delete;
 
-    /* Step done of total is about to begin. */
+    /* Step number done of total begins. */
     void show(int done, int total, const std::string& what);
 
-    /* Takes the line away, so that other output may follow. */
+    /* Removes the line, so that other output can follow. */
     void clear();
 
-    /* Takes the line away at the end of its scope, also when an error ends it. */
+    /* Removes the line at the end of its scope, also when an exception ends it. */
     class ClearAtEnd {
       public:
         explicit ClearAtEnd(Progress& progress) : progress_(progress) {}

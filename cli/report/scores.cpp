@@ -1,3 +1,4 @@
+/* scores.cpp - counts of a confusion matrix, and the scores made from them. */
 #include "report/scores.h"
 
 #include <limits>
@@ -9,9 +10,15 @@ namespace {
 
 /* Index of a class code, -1 for anything else. */
 int indexOf(double code) {
-    if (code == 0.0) return kIsPrecipitation;
-    if (code == 5.0) return kIsClutter;
-    if (code == 3.0) return kIsNoise;
+    if (code == 0.0) {
+        return kIsPrecipitation;
+    }
+    if (code == 5.0) {
+        return kIsClutter;
+    }
+    if (code == 3.0) {
+        return kIsNoise;
+    }
     return -1;
 }
 
@@ -28,7 +35,9 @@ Confusion compare(const std::vector<float>& truth, const std::vector<double>& re
     Confusion confusion{};
     for (std::size_t i = 0; i < truth.size(); ++i) {
         const int row = indexOf(truth[i]), column = indexOf(result[i]);
-        if (row >= 0 && column >= 0) ++confusion[row][column];
+        if (row >= 0 && column >= 0) {
+            ++confusion[row][column];
+        }
     }
     return confusion;
 }

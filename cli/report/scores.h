@@ -1,14 +1,14 @@
 /*
  * scores.h - how good a classification is, against a known truth.
  *
- * The event is ground clutter, and the gates that count are those whose truth is clutter or
+ * The event is ground clutter, and the gates that count are those whose true class is clutter or
  * precipitation:
  *
  *                           classified as clutter    as anything else
  *     truth clutter                 hits                  misses
  *     truth precipitation       falseAlarms          correctNegatives
  *
- * A gate given up as noise is no clutter found, and no precipitation lost to clutter.
+ * A gate classified as noise is neither detected clutter nor precipitation lost to clutter.
  */
 #ifndef CLI_REPORT_SCORES_H
 #define CLI_REPORT_SCORES_H
@@ -25,8 +25,8 @@ enum ClassIndex { kIsPrecipitation, kIsClutter, kIsNoise };
 /* counts[truth][result] */
 using Confusion = std::array<std::array<std::int64_t, 3>, 3>;
 
-/* Gates with a truth or a result that is no class code (0, 3, 5) are left out. Both hold as many
- * values; throws std::invalid_argument otherwise. */
+/* Gates whose truth or result is not one of the class codes 0, 3 and 5 are left out. Throws
+ * std::invalid_argument when the sizes differ. */
 Confusion compare(const std::vector<float>& truth, const std::vector<double>& result);
 
 /* NaN where the formula divides by zero. */

@@ -1,3 +1,4 @@
+/* summary.cpp - fields, calibration, classes and speed of classified sweeps, for people. */
 #include "report/summary.h"
 
 #include <cmath>
@@ -12,13 +13,13 @@ using scan::Calibration;
 using scan::ClassifiedSweep;
 using scan::ConstantSource;
 using scan::DateTime;
-using scan::NoiseEvidence;
-using scan::Role;
-using scan::Scan;
-using scan::Sweep;
 using scan::describeInputs;
 using scan::kRoleCount;
+using scan::NoiseEvidence;
+using scan::Role;
 using scan::roleInfo;
+using scan::Scan;
+using scan::Sweep;
 using scan::takesPart;
 
 namespace {
@@ -33,7 +34,7 @@ void printClass(const char* name, long count, long gates) {
     std::printf("    %-15s %9ld gates %6.2f %%", name, count, share);
 }
 
-/* Of a sweep or of all; sea and turbine clutter where there is any. */
+/* The classes of one sweep or of all sweeps. Sea and turbine clutter only where there is any. */
 template <class Counts>
 void printClasses(const Counts& counts, const std::string& remark) {
     const long gates = counts.precipitation + counts.groundClutter + counts.seaClutter +
@@ -63,7 +64,9 @@ void printFieldsUsed(const ClassifiedSweep& result) {
     bool first = true;
     for (int i = 0; i < kRoleCount; ++i) {
         const auto role = static_cast<Role>(i);
-        if (!result.fields[role] || !takesPart(role, result.mask)) continue;
+        if (!result.fields[role] || !takesPart(role, result.mask)) {
+            continue;
+        }
         std::printf("%s%s %s", first ? "" : ", ", roleInfo(role).key,
                     forTerminal(result.fields[role]->name).c_str());
         first = false;
@@ -84,7 +87,7 @@ void printEstimate(const Calibration& calibration) {
             return;
         case NoiseEvidence::kLowerEnvelope:
             std::printf(
-                "no calibration constant in the file: noise seems removed already; "
+                "no calibration constant in the file: the noise seems to have been removed; "
                 "estimated %.1f dB from the weakest echo %s\n",
                 calibration.radarConstantDb, kOverride);
             return;
@@ -98,16 +101,18 @@ void printEstimate(const Calibration& calibration) {
 
 void printCalibration(const ClassifiedSweep& result) {
     printLabel("calibration");
-    if (result.source == ConstantSource::kEstimate)
+    if (result.source == ConstantSource::kEstimate) {
         printEstimate(result.calibration);
-    else
+    } else {
         std::printf("%.1f dB, %s\n", result.calibration.radarConstantDb,
                     result.source == ConstantSource::kUser ? "as given" : "from the file");
+    }
     printLabel("echo");
-    if (result.calibration.minSnrDb < -300)
+    if (result.calibration.minSnrDb < -300) {
         std::printf("wherever there is a value\n");
-    else
+    } else {
         std::printf("where SNR >= %.1f dB\n", result.calibration.minSnrDb);
+    }
 }
 
 }  // namespace
@@ -124,9 +129,9 @@ void Totals::add(const ClassifiedSweep& result) {
 
 void printScanLine(const Scan& scan) {
     const DateTime& t = scan.time;
-    std::printf("%s: %s, %04d-%02d-%02d %02d:%02d:%02d, %zu sweep%s\n", forTerminal(scan.path).c_str(),
-                scan.format.c_str(), t.year, t.month, t.day, t.hour, t.minute, t.second,
-                scan.sweeps.size(), scan.sweeps.size() == 1 ? "" : "s");
+    std::printf("%s: %s, %04d-%02d-%02d %02d:%02d:%02d, %zu sweep%s\n",
+                forTerminal(scan.path).c_str(), scan.format.c_str(), t.year, t.month, t.day, t.hour,
+                t.minute, t.second, scan.sweeps.size(), scan.sweeps.size() == 1 ? "" : "s");
 }
 
 void printSweep(const Sweep& sweep, const ClassifiedSweep& result) {
@@ -140,14 +145,17 @@ void printSweep(const Sweep& sweep, const ClassifiedSweep& result) {
         std::printf("%s\n", forTerminal(note).c_str());
     }
     std::string remark;
-    if (result.withoutValue > 0)
+    if (result.withoutValue > 0) {
         remark = "  (" + std::to_string(result.withoutValue) + " without a reflectivity)";
+    }
     printClasses(result, remark);
     printSpeed(result.gates(), result.seconds);
 }
 
 void printTotals(const Totals& totals) {
-    if (totals.sweeps < 2) return;
+    if (totals.sweeps < 2) {
+        return;
+    }
     std::printf("total: %d sweeps of %d file%s\n", totals.sweeps, totals.files,
                 totals.files == 1 ? "" : "s");
     printClasses(totals, "");

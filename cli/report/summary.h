@@ -21,7 +21,7 @@ void printScanLine(const scan::Scan& scan);
 
 void printSweep(const scan::Sweep& sweep, const scan::ClassifiedSweep& result);
 
-/* Nothing for a single sweep, which has said it all. */
+/* Prints nothing for a single sweep, whose own lines say it all. */
 void printTotals(const Totals& totals);
 
 }  // namespace cli

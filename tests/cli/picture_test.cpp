@@ -80,7 +80,7 @@ TEST_F(PictureFile, HasNorthUpAndEastToTheRight) {
     PictureOptions options;
     options.widthPx = 500;
     options.maxRangeKm = 40.0;
-    drawSweep(scan_, sweep, {"CCl", "", classes}, options, path("a.png"));
+    drawPanels(scan_, sweep, {scan::Field{"CCl", "", classes}}, options, path("a.png"));
     const Spot rain = spotOf(path("a.png"), classColour(0.0f), 0.85);
     const Spot clutter = spotOf(path("a.png"), classColour(5.0f), 0.85);
     const Spot missing = spotOf(path("a.png"), kNoDataColour, 0.85);
@@ -177,24 +177,24 @@ TEST_F(PictureFile, RefusesWhatItCannotDraw) {
     endless.maxRangeKm = kInfinity;
     std::ofstream(path("a.png")) << "earlier";
     const std::pair<const char*, std::function<void()>> cases[] = {
-        {"ending", [&] { drawSweep(scan_, sweep, field, {}, path("a.jpg")); }},
-        {"no ending", [&] { drawSweep(scan_, sweep, field, {}, path("png")); }},
+        {"ending", [&] { drawPanels(scan_, sweep, {field}, {}, path("a.jpg")); }},
+        {"no ending", [&] { drawPanels(scan_, sweep, {field}, {}, path("png")); }},
         {"no field", [&] { drawPanels(scan_, sweep, {}, {}, path("a.png")); }},
-        {"short field", [&] { drawSweep(scan_, sweep, shortField, {}, path("a.png")); }},
+        {"short field", [&] { drawPanels(scan_, sweep, {shortField}, {}, path("a.png")); }},
         {"no gates",
          [&] {
-             drawSweep(scan_, Sweep{}, {"DZ", "", {}}, {}, path("a.png"));
+             drawPanels(scan_, Sweep{}, {scan::Field{"DZ", "", {}}}, {}, path("a.png"));
          }},
-        {"angle missing", [&] { drawSweep(scan_, angleMissing, field, {}, path("a.png")); }},
-        {"narrow", [&] { drawSweep(scan_, sweep, field, narrow, path("a.png")); }},
-        {"wide", [&] { drawSweep(scan_, sweep, field, wide, path("a.png")); }},
-        {"endless", [&] { drawSweep(scan_, sweep, field, endless, path("a.png")); }},
+        {"angle missing", [&] { drawPanels(scan_, angleMissing, {field}, {}, path("a.png")); }},
+        {"narrow", [&] { drawPanels(scan_, sweep, {field}, narrow, path("a.png")); }},
+        {"wide", [&] { drawPanels(scan_, sweep, {field}, wide, path("a.png")); }},
+        {"endless", [&] { drawPanels(scan_, sweep, {field}, endless, path("a.png")); }},
     };
     for (const auto& [name, draw] : cases) EXPECT_THROW(draw(), std::invalid_argument) << name;
-    EXPECT_THROW(drawSweep(scan_, sweep, field, {}, path("nowhere/a.png")), std::runtime_error);
+    EXPECT_THROW(drawPanels(scan_, sweep, {field}, {}, path("nowhere/a.png")), std::runtime_error);
     EXPECT_EQ(contents(path("a.png")), "earlier");
     EXPECT_EQ(filesInDirectory(), 1);
-    drawSweep(scan_, sweep, field, {}, path("a.png"));
+    drawPanels(scan_, sweep, {field}, {}, path("a.png"));
     EXPECT_EQ(contents(path("a.png")).rfind("\x89PNG", 0), 0u);
 }
 

@@ -180,7 +180,7 @@ TEST_F(Process, AppendsSamplesAtPoints) {
     const std::string arguments = "--what 17 --points " + points + " --prefix " + prefix;
     const Outcome outcome = process(arguments);
     ASSERT_EQ(outcome.code, 0) << outcome.out;
-    EXPECT_THAT(outcome.out, HasSubstr("1 of 3 points lie outside"));
+    EXPECT_THAT(outcome.out, HasSubstr("1 of 3 points are outside"));
     ASSERT_EQ(process(arguments).code, 0);
     std::ifstream file(prefix + "_zhh.dat");
     int lines = 0;
@@ -294,10 +294,10 @@ TEST_F(Process, RefusesWithAReason) {
         {"process", 2, "INPUT"},
         {"process --check-config " + bad + " --config " + bad, 2, "--config"},
         {with("-o " + directory_.file("out.csv")), 2, "csv"},
-        {with(files + "-o " + scan_), 2, "would overwrite its input"},
-        {with(files + "-o " + settings), 2, "would overwrite its input"},
-        {with(files + "-o " + points), 2, "would overwrite its input"},
-        {with(files + "--plot Zh --picture " + settings), 2, "would overwrite its input"},
+        {with(files + "-o " + scan_), 2, "would overwrite "},
+        {with(files + "-o " + settings), 2, "would overwrite "},
+        {with(files + "-o " + points), 2, "would overwrite "},
+        {with(files + "--plot Zh --picture " + settings), 2, "would overwrite "},
     });
     for (const std::string& call : {to("--config " + bad), "process --check-config " + bad}) {
         const Outcome outcome = runProgram(call);

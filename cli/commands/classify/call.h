@@ -1,0 +1,25 @@
+/* call.h - one call of the command `classify`. */
+#ifndef CLI_COMMANDS_CLASSIFY_CALL_H
+#define CLI_COMMANDS_CLASSIFY_CALL_H
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "options/classify_options.h"
+#include "scan/formats/read_scan.h"
+
+namespace cli {
+
+struct ClassifyCall {
+    std::vector<std::string> inputs;
+    std::string output, plot, format, classes = "ground";
+    ClassifyArguments how;
+    std::optional<int> sweep;
+    bool removeIsolated = false, quiet = false;
+    scan::ReadOptions read;
+};
+
+}  // namespace cli
+
+#endif

@@ -1,0 +1,133 @@
+/* run.cpp - reads, classifies, reports and writes the files of one call of `classify`. */
+#include "commands/classify/run.h"
+
+#include <cstddef>
+#include <memory>
+#include <string>
+
+#include "clutterclassifier/clutterclassifier.h"
+#include "options/layout_option.h"
+#include "options/membership_dir.h"
+#include "options/selection.h"
+#include "picture/picture.h"
+#include "report/failure.h"
+#include "report/notes.h"
+#include "scan/formats/write_classes.h"
+
+namespace cli {
+
+using scan::ClassifiedSweep;
+using scan::Role;
+using scan::Sweep;
+using scan::SweepClasses;
+using scan::WrittenFiles;
+
+struct ClassifyRun::Work {
+    std::unique_ptr<Cufrw> words;
+    scan::Scan scan;
+    std::vector<const Sweep*> sweeps;
+    std::vector<ClassifiedSweep> results;
+};
+
+namespace {
+
+scan::ClassifyOptions optionsOf(const ClassifyCall& call) {
+    scan::ClassifyOptions options = classifyOptionsFrom(call.how);
+    options.removeIsolated = call.removeIsolated;
+    options.allClasses = call.classes == "all";
+    return options;
+}
+
+}  // namespace
+
+ClassifyRun::ClassifyRun(const ClassifyCall& call)
+    : call_(call),
+      options_(optionsOf(call)),
+      inputs_(call.inputs.begin(), call.inputs.end()),
+      jobs_(planJobs(call, inputs_)),
+      progress_(!call.quiet) {
+    requireLayoutUsed(call.read, inputs_);
+}
+
+bool ClassifyRun::perform() {
+    makeDirectories(call_);
+    options_.membership = membershipDirectory(call_.how.membership);
+    bool good = true;
+    for (std::size_t i = 0; i < jobs_.size(); ++i) {
+        const std::string& name = jobs_[i].input->name();
+        progress_.show(static_cast<int>(i), static_cast<int>(jobs_.size()), name);
+        good &= attempt(name, [&] {
+            const Progress::ClearAtEnd clear(progress_);
+            classifyFile(jobs_[i]);
+        });
+    }
+    if (!call_.quiet) {
+        printTotals(totals_);
+    }
+    return good;
+}
+
+void ClassifyRun::classifyFile(const Job& job) {
+    Work work;
+    work.scan = readInput(*job.input, work.words, call_.read);
+    work.sweeps = findSweeps(work.scan, call_.sweep);
+    for (const Sweep* sweep : work.sweeps) {
+        const std::size_t done = work.results.size();
+        if (jobs_.size() < 2) {
+            progress_.show(static_cast<int>(done), static_cast<int>(work.sweeps.size()),
+                           job.input->name() + " sweep " + std::to_string(done + 1));
+        }
+        work.results.push_back(classifySweep(work.scan, *sweep, options_));
+    }
+    progress_.clear();
+    report(work);
+    write(job, work);
+    ++totals_.files;
+}
+
+void ClassifyRun::report(const Work& work) {
+    for (const ClassifiedSweep& result : work.results) {
+        totals_.add(result);
+    }
+    if (call_.quiet) {
+        return noteDamage(work.scan, Beside::kErrors);
+    }
+    printScanLine(work.scan);
+    noteDamage(work.scan, Beside::kResults);
+    for (std::size_t s = 0; s < work.sweeps.size(); ++s) {
+        printSweep(*work.sweeps[s], work.results[s]);
+    }
+}
+
+void ClassifyRun::write(const Job& job, const Work& work) const {
+    if (!job.plot.empty()) {
+        draw(job, work);
+    }
+    if (job.output.empty()) {
+        return;
+    }
+    std::vector<SweepClasses> classes;
+    for (std::size_t s = 0; s < work.sweeps.size(); ++s) {
+        classes.push_back({work.sweeps[s], &work.results[s].classes});
+    }
+    const WrittenFiles written = writeClasses(job.output, work.scan, work.words.get(), classes);
+    if (call_.quiet) {
+        return;
+    }
+    printNotes(written.notes);
+    announce(written.paths);
+}
+
+void ClassifyRun::draw(const Job& job, const Work& work) const {
+    const std::vector<std::string> paths = scan::sweepPaths(job.plot, work.scan, work.sweeps);
+    for (std::size_t s = 0; s < paths.size(); ++s) {
+        const ClassifiedSweep& result = work.results[s];
+        drawClasses(work.scan, *work.sweeps[s], *result.fields[Role::kZhh], result.classes, {},
+                    paths[s]);
+    }
+    if (!call_.quiet) {
+        announce(paths);
+    }
+}
+
+}  // namespace cli

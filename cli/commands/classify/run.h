@@ -1,0 +1,42 @@
+/* run.h - the work of `classify`, file by file. */
+#ifndef CLI_COMMANDS_CLASSIFY_RUN_H
+#define CLI_COMMANDS_CLASSIFY_RUN_H
+
+#include <vector>
+
+#include "commands/classify/call.h"
+#include "commands/classify/jobs.h"
+#include "report/progress.h"
+#include "report/summary.h"
+
+namespace cli {
+
+class ClassifyRun {
+  public:
+    /* Throws CLI::ValidationError when the call makes no sense. */
+    explicit ClassifyRun(const ClassifyCall& call);
+
+    /* Whether all files were classified and written. A file that fails is reported, and does not
+     * keep the others from being worked on. */
+    bool perform();
+
+  private:
+    /* A scan and its classes; what was read of a Universal Format file is kept for writing. */
+    struct Work;
+
+    void classifyFile(const Job& job);
+    void report(const Work& work);
+    void write(const Job& job, const Work& work) const;
+    void draw(const Job& job, const Work& work) const;
+
+    const ClassifyCall& call_;
+    scan::ClassifyOptions options_;
+    std::vector<InputFile> inputs_;
+    std::vector<Job> jobs_;
+    Progress progress_;
+    Totals totals_;
+};
+
+}  // namespace cli
+
+#endif

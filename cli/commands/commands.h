@@ -1,0 +1,23 @@
+/* commands.h - the commands of the program, each added to its command line by one function. */
+#ifndef CLI_COMMANDS_COMMANDS_H
+#define CLI_COMMANDS_COMMANDS_H
+
+namespace CLI {
+class App;
+}
+
+namespace cli {
+
+void addClassifyCommand(CLI::App& app);
+void addConvertCommand(CLI::App& app);
+void addDemoCommand(CLI::App& app);
+void addExportCommand(CLI::App& app);
+void addExtractCommand(CLI::App& app);
+void addInfoCommand(CLI::App& app);
+void addPlotCommand(CLI::App& app);
+void addProcessCommand(CLI::App& app);
+void addRepackCommand(CLI::App& app);
+
+}  // namespace cli
+
+#endif

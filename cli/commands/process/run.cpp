@@ -1,0 +1,159 @@
+/* run.cpp - reads a file, processes its sweeps, and writes, draws and samples the results. */
+#include "commands/process/run.h"
+
+#include <cstddef>
+#include <cstdio>
+#include <filesystem>
+#include <memory>
+
+#include "clutterclassifier/clutterclassifier.h"
+#include "commands/process/settings.h"
+#include "options/selection.h"
+#include "output/process_output.h"
+#include "picture/picture.h"
+#include "report/failure.h"
+#include "report/notes.h"
+#include "report/summary.h"
+#include "scan/formats/output_file.h"
+#include "scan/formats/write_classes.h"
+#include "scan/quiet_library.h"
+
+namespace cli {
+
+using scan::Field;
+using scan::OutputFile;
+using scan::ProcessedSweep;
+using scan::Sweep;
+
+namespace {
+
+namespace fs = std::filesystem;
+
+bool isUniversalFormat(const std::string& path) {
+    return scan::lowerCase(fs::path(path).extension().string()) == ".uf";
+}
+
+}  // namespace
+
+ProcessRun::ProcessRun(const ProcessCall& call, const InputFile& input)
+    : call_(call), input_(input), options_(processOptionsFrom(call)), progress_(!call.quiet) {}
+
+void ProcessRun::perform() {
+    if (!call_.points.empty()) {
+        readPointList();
+    }
+    scan_ = readInput(input_, call_.read);
+    sweeps_ = findSweeps(scan_, call_.sweep);
+    if (!call_.quiet) {
+        printScanLine(scan_);
+    }
+    noteDamage(scan_, call_.quiet ? Beside::kErrors : Beside::kResults);
+    for (std::size_t s = 0; s < sweeps_.size(); ++s) {
+        progress_.show(static_cast<int>(s), static_cast<int>(sweeps_.size()),
+                       input_.name() + " sweep " + std::to_string(s + 1));
+        processed_.push_back(process(*sweeps_[s]));
+    }
+    progress_.clear();
+    write();
+}
+
+void ProcessRun::readPointList() {
+    points_ = naming(call_.points, [&] { return scan::readPoints(call_.points); });
+    const fs::path directory = fs::path(call_.prefix).parent_path();
+    if (!directory.empty() && !fs::is_directory(directory)) {
+        throw FileError(directory.string() + ": no such directory");
+    }
+}
+
+ProcessedSweep ProcessRun::process(const Sweep& sweep) {
+    progress_.clear();
+    if (call_.quiet) {
+        const scan::QuietLibrary quiet;  // it prints its stages to standard output
+        return processSweep(scan_, sweep, options_);
+    }
+    ProcessedSweep processed = processSweep(scan_, sweep, options_);
+    report(sweep, processed);
+    return processed;
+}
+
+void ProcessRun::report(const Sweep& sweep, const ProcessedSweep& processed) const {
+    if ((processed.what & scan::kClassifyStage) != 0) {
+        printSweep(sweep, processed.classified);
+    } else {
+        std::printf("  sweep %d\n", sweep.number);
+        for (const std::string& note : processed.classified.notes) {
+            printDetail("note", note);
+        }
+    }
+    if ((processed.what & (scan::kAttenuationStage | scan::kRainStage)) != 0) {
+        std::printf("    freezing     level %.0f m above the antenna\n", processed.freezingLevelM);
+    }
+    if (sweep.rhi) {
+        std::printf("    note         one elevation, %.1f deg, is used for all rays\n",
+                    middleElevationDeg(sweep));
+    }
+}
+
+/* Names of one kind of result, one for each sweep. */
+std::vector<std::string> ProcessRun::pathsFor(const std::string& path) const {
+    if (path.empty()) {
+        return {};
+    }
+    return scan::sweepPaths(path, scan_, sweeps_);
+}
+
+/* All files are complete before the first one takes its name. */
+void ProcessRun::write() {
+    const std::vector<std::string> outputs = pathsFor(call_.output);
+    const std::vector<std::string> pictures = pathsFor(picturePath(call_, input_));
+    const auto writer =
+        isUniversalFormat(call_.output) ? writeProcessedWords : writeProcessedRecords;
+    std::vector<std::unique_ptr<OutputFile>> files;
+    for (std::size_t s = 0; s < outputs.size(); ++s) {
+        files.push_back(std::make_unique<OutputFile>(outputs[s]));
+        const std::vector<std::string> notes = writer(*files.back(), scan_, processed_[s]);
+        if (!call_.quiet) {
+            printNotes(notes);
+        }
+    }
+    for (std::size_t s = 0; s < pictures.size(); ++s) {
+        draw(processed_[s], pictures[s]);
+    }
+    for (const auto& file : files) {
+        file->commit();
+    }
+    if (!call_.quiet) {
+        announce(outputs);
+        announce(pictures);
+    }
+    if (!call_.prefix.empty()) {
+        sample();
+    }
+}
+
+void ProcessRun::draw(const ProcessedSweep& processed, const std::string& path) const {
+    std::vector<Field> fields;
+    for (const std::string& name : call_.plot) {
+        fields.push_back(processedField(processed, name));
+    }
+    drawPanels(scan_, processed.sweep, fields, {}, path);
+}
+
+void ProcessRun::sample() {
+    const std::vector<std::string> prefixes = pathsFor(call_.prefix);
+    for (std::size_t s = 0; s < prefixes.size(); ++s) {
+        std::vector<std::string> written;
+        const std::size_t outside =
+            appendSamples(prefixes[s], scan_.time, processed_[s], points_, written);
+        if (call_.quiet) {
+            continue;
+        }
+        announce(written);
+        if (outside > 0) {
+            printNote(std::to_string(outside) + " of " + std::to_string(points_.size()) +
+                      " points are outside the sweep and get the value of the nearest gate");
+        }
+    }
+}
+
+}  // namespace cli
