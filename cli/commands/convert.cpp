@@ -40,7 +40,6 @@ using scan::ReadOptions;
 using scan::Scan;
 using scan::singleParameterProducts;
 using scan::Sweep;
-using scan::writePolarData;
 using scan::writeRecords;
 using scan::writeScan;
 using scan::writeUniversalFormat;
@@ -53,9 +52,9 @@ constexpr char kFooter[] =
     "  clutterclassifier convert scan.dat scan.plv --layout 280\n"
     "  clutterclassifier convert scan.uf reflectivity.pol --field DZ --product 1814\n"
     "\n"
-    "The ending of OUT chooses its format: .uf Universal Format, .pol a polar data file of one\n"
-    "field (packed as its product code says: 1814 keeps floats), anything else a field record\n"
-    "file.";
+    "The ending of OUT chooses its format: .uf Universal Format, .h5 ODIM_H5, .nc CfRadial 1,\n"
+    ".nc4 CfRadial 2, .pol a polar data file of one field (packed as its product code says: 1814\n"
+    "keeps floats), anything else a field record file.";
 
 constexpr int kFloatProduct = 1814;
 

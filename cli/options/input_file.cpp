@@ -99,7 +99,7 @@ bool isStream(const std::string& given) {
 }  // namespace
 
 InputFile::InputFile(std::string given)
-    : given_(std::move(given)), name_(given_ == kStandardInput ? "standard input" : given_) {}
+    : given_(std::move(given)), name_(given_ == kStandardInput ? "<standard input>" : given_) {}
 
 InputFile::InputFile(InputFile&& other) noexcept
     : given_(std::move(other.given_)),

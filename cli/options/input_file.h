@@ -25,7 +25,7 @@ class InputFile {
     InputFile(InputFile&& other) noexcept;
     InputFile& operator=(InputFile&&) = delete;
 
-    /* The input as the user gave it; "-" is "standard input". */
+    /* The input as the user gave it; "-" is "<standard input>". */
     const std::string& name() const { return name_; }
 
     /* The beginning of the names of results: the file's name without its ending. */

@@ -260,7 +260,7 @@ TEST_F(Program, ControlCharactersOfNamesStayOffTheTerminal) {
 TEST_F(Program, PipesAreReadAsFiles) {
     const std::string file = runProgram("info " + scan_).out;
     const std::string body = file.substr(file.find('\n'));
-    EXPECT_EQ(runProgram("info - < " + scan_ + " #").out, "standard input" + body);
+    EXPECT_EQ(runProgram("info - < " + scan_ + " #").out, "<standard input>" + body);
     EXPECT_EQ(runProgram("info - < " + scan_ + " #").code, 0);
     const std::string out = directory_.path() + "/out/", fifo = directory_.file("fifo");
     ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);

@@ -38,7 +38,8 @@ void requireSoundCall(const ClassifyCall& call) {
             throw CLI::ValidationError(
                 "--format", "is for an output directory: a file's ending chooses its format");
         }
-        requireEnding("--output", call.output, {".uf", ".csv"});
+        requireEnding("--output", call.output,
+                      {".uf", ".h5", ".hdf", ".hdf5", ".nc", ".nc4", ".csv"});
     }
     if (!call.plot.empty() && !isDirectoryName(call.plot)) {
         requirePictureEnding("--plot", call.plot);
@@ -51,7 +52,7 @@ void addOutputOptions(CLI::App& command, ClassifyCall& call) {
     command
         .add_option("--format", call.format,
                     "Format of the files in an output directory (default: that of the input)")
-        ->check(CLI::IsMember({"uf", "csv", "plv"}));
+        ->check(CLI::IsMember({"uf", "h5", "nc", "nc4", "csv", "plv"}));
     command.add_option("--plot", call.plot,
                        "Draw reflectivity beside classes: PNG, SVG or PDF, or a directory");
     command.add_flag("-q,--quiet", call.quiet, "Print errors only");
