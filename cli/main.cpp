@@ -19,6 +19,7 @@ constexpr char kFooter[] =
     "  clutterclassifier demo\n"
     "  clutterclassifier info scan.uf\n"
     "  clutterclassifier classify scan.uf -o classes.uf --plot classes.png\n"
+    "  clutterclassifier explain scan.uf --at 271.5,32\n"
     "  clutterclassifier process scan.uf --config settings.txt -o processed.uf\n"
     "  clutterclassifier plot scan.uf --field DZ -o reflectivity.svg\n"
     "  clutterclassifier extract scan.uf gauges.txt\n"
@@ -64,6 +65,7 @@ int main(int argc, char** argv) try {
         return "clutterclassifier: " + cli::forTerminal(error.what()) + " (see --help)\n";
     });
     cli::addClassifyCommand(app);
+    cli::addExplainCommand(app);
     cli::addInfoCommand(app);
     cli::addPlotCommand(app);
     cli::addProcessCommand(app);

@@ -11,6 +11,7 @@ namespace cli {
 void addClassifyCommand(CLI::App& app);
 void addConvertCommand(CLI::App& app);
 void addDemoCommand(CLI::App& app);
+void addExplainCommand(CLI::App& app);
 void addExportCommand(CLI::App& app);
 void addExtractCommand(CLI::App& app);
 void addInfoCommand(CLI::App& app);

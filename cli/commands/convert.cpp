@@ -40,6 +40,7 @@ using scan::ReadOptions;
 using scan::Scan;
 using scan::singleParameterProducts;
 using scan::Sweep;
+using scan::writePolarData;
 using scan::writeRecords;
 using scan::writeScan;
 using scan::writeUniversalFormat;

@@ -10,6 +10,16 @@ namespace cli {
 
 namespace {
 
+constexpr int kMaxTextureWindow = 999;
+
+scan::Window neighbourhoodOf(const std::string& text) {
+    if (text == "off") {
+        return {};
+    }
+    const WindowSize size = parseWindow("--neighbourhood", text, CLUTTER_MAX_NEIGHBOURHOOD);
+    return {size.gates, size.rays};
+}
+
 /* A value that scan parses; what it refuses is a wrong call. */
 template <class Parse>
 auto parsed(const std::string& option, Parse parse) {
@@ -40,6 +50,14 @@ void addFieldOptions(CLI::App& command, ClassifyArguments& arguments) {
                        "else the set that came with the program)");
 }
 
+void addNeighbourhoodOption(CLI::App& command, ClassifyArguments& arguments) {
+    command
+        .add_option("--neighbourhood", arguments.neighbourhood,
+                    "Window over which the verdict of the textures is averaged, GATESxRAYS, odd "
+                    "sizes; off: each gate on its own")
+        ->capture_default_str();
+}
+
 void addInputOptions(CLI::App& command, ClassifyArguments& arguments) {
     command.add_option("--inputs", arguments.inputs,
                        "Inputs of the classifier: zhh-texture, zdr-texture, pdp-texture, "
@@ -47,13 +65,15 @@ void addInputOptions(CLI::App& command, ClassifyArguments& arguments) {
                        "the file has, except wid)");
     command.add_option("--window", arguments.window, "Texture window, GATESxRAYS, odd sizes")
         ->capture_default_str();
+    addNeighbourhoodOption(command, arguments);
 }
 
 scan::ClassifyOptions classifyOptionsFrom(const ClassifyArguments& arguments) {
     scan::ClassifyOptions options;
-    const WindowSize window = parseWindow("--window", arguments.window);
+    const WindowSize window = parseWindow("--window", arguments.window, kMaxTextureWindow);
     options.textureGates = window.gates;
     options.textureRays = window.rays;
+    options.neighbourhood = neighbourhoodOf(arguments.neighbourhood);
     if (!arguments.inputs.empty()) {
         options.mask = parsed("--inputs", [&] { return scan::parseInputs(arguments.inputs); });
     }

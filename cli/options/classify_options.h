@@ -11,14 +11,17 @@
 namespace cli {
 
 struct ClassifyArguments {
-    std::string inputs, map, membership, window = "5x3";
+    std::string inputs, map, membership, window = "5x3", neighbourhood = "5x3";
     std::optional<double> minSnrDb, radarConstantDb;
 };
 
 /* --map, --min-snr, --radar-constant, --membership. */
 void addFieldOptions(CLI::App& command, ClassifyArguments& arguments);
 
-/* --inputs, --window. */
+/* --neighbourhood. */
+void addNeighbourhoodOption(CLI::App& command, ClassifyArguments& arguments);
+
+/* --inputs, --window, --neighbourhood. */
 void addInputOptions(CLI::App& command, ClassifyArguments& arguments);
 
 /* All of them but the membership directory, whose absence is no fault of the call. Throws

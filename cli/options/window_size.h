@@ -10,9 +10,9 @@ struct WindowSize {
     int gates, rays;
 };
 
-/* Both sizes are odd, 1 to 999, and not both are 1. Throws CLI::ValidationError that names option.
- */
-WindowSize parseWindow(const std::string& option, const std::string& text);
+/* Both sizes are odd, 1 to largest, and not both are 1. Throws CLI::ValidationError that names
+ * option. */
+WindowSize parseWindow(const std::string& option, const std::string& text, int largest);
 
 }  // namespace cli
 

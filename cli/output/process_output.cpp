@@ -8,6 +8,7 @@
 #include <iterator>
 #include <memory>
 #include <stdexcept>
+#include <utility>
 
 #include "clutterclassifier/clutterclassifier.h"
 #include "scan/fields/roles.h"
@@ -100,6 +101,9 @@ std::vector<std::string> writeProcessedRecords(const OutputFile& file, const Sca
     if (processed.hasClasses) {
         fields.push_back(classField(processed));
     }
+    for (Field& field : certaintyFields(processed.classified)) {
+        fields.push_back(std::move(field));
+    }
     const std::unique_ptr<Cpluvek[]> records(new Cpluvek[fields.size()]);
     for (std::size_t f = 0; f < fields.size(); ++f) {
         fillFieldRecord(scan, processed.sweep, fields[f].name, fields[f].units, fields[f].values,
@@ -130,7 +134,9 @@ std::vector<std::string> writeProcessedWords(const OutputFile& file, const Scan&
     }
     std::vector<float> classes = processed.classified.classes;
     classes.resize(sweep.fields[0].values.size(), NAN);
-    return writeUniversalFormat(file, single, nullptr, {{&single.sweeps[0], &classes}});
+    return writeUniversalFormat(
+        file, single, nullptr,
+        {{&single.sweeps[0], &classes, certaintyFields(processed.classified)}});
 }
 
 Field processedField(const ProcessedSweep& processed, const std::string& name) {

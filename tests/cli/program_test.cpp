@@ -154,7 +154,7 @@ TEST_F(Program, ErrorsAreOneLineWithFileAndReason) {
         {"classify " + scan_ + " --map QQ=zdr", 1, "no field named QQ"},
         {"classify " + scan_ + " --sweep 7", 1, "has no sweep number 7"},
         {"classify -q " + scan_ + " -o /nowhere/out.uf", 1, "there is no directory /nowhere"},
-        {"classify " + scan_ + " -o " + scan_, 2, "would overwrite its input"},
+        {"classify " + scan_ + " -o " + scan_, 2, "would overwrite "},
         {"classify " + scan_ + " " + text + " -o out.uf", 2, "must be a directory"},
         {"classify " + scan_ + " --inputs zdr", 2, "no such input: zdr"},
         {"classify " + scan_ + " --window 4x3", 2, "two odd sizes"},

@@ -16,7 +16,7 @@ struct ClassifyCall {
     std::string output, plot, format, classes = "ground";
     ClassifyArguments how;
     std::optional<int> sweep;
-    bool removeIsolated = false, quiet = false;
+    bool removeIsolated = false, certainty = false, quiet = false;
     scan::ReadOptions read;
 };
 

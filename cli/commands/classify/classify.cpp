@@ -22,7 +22,8 @@ constexpr char kFooter[] =
     "  clutterclassifier classify scan.uf\n"
     "  clutterclassifier classify scan.uf -o classes.uf --plot classes.png\n"
     "  clutterclassifier classify *.uf -o results/ --format csv\n"
-    "  clutterclassifier classify scan.uf --inputs textures --window 7x3\n"
+    "  clutterclassifier classify scan.uf --inputs textures --window 7x3 --neighbourhood off\n"
+    "  clutterclassifier classify scan.uf --certainty -o classes.uf\n"
     "  clutterclassifier classify scan.uf --map Z1=zhh,D1=zdr --radar-constant 36.5 --min-snr 10\n"
     "\n"
     "The ending of OUT chooses its format: .uf Universal Format with the classes as one more "
@@ -41,6 +42,9 @@ void requireSoundCall(const ClassifyCall& call) {
         requireEnding("--output", call.output,
                       {".uf", ".h5", ".hdf", ".hdf5", ".nc", ".nc4", ".csv"});
     }
+    if (call.certainty && call.output.empty()) {
+        throw CLI::ValidationError("--certainty", "needs an output, -o");
+    }
     if (!call.plot.empty() && !isDirectoryName(call.plot)) {
         requirePictureEnding("--plot", call.plot);
     }
@@ -53,6 +57,8 @@ void addOutputOptions(CLI::App& command, ClassifyCall& call) {
         .add_option("--format", call.format,
                     "Format of the files in an output directory (default: that of the input)")
         ->check(CLI::IsMember({"uf", "h5", "nc", "nc4", "csv", "plv"}));
+    command.add_flag("--certainty", call.certainty,
+                     "Also write the probability of precipitation (PR) and the margin (MA)");
     command.add_option("--plot", call.plot,
                        "Draw reflectivity beside classes: PNG, SVG or PDF, or a directory");
     command.add_flag("-q,--quiet", call.quiet, "Print errors only");

@@ -34,6 +34,7 @@ namespace {
 scan::ClassifyOptions optionsOf(const ClassifyCall& call) {
     scan::ClassifyOptions options = classifyOptionsFrom(call.how);
     options.removeIsolated = call.removeIsolated;
+    options.certainty = call.certainty;
     options.allClasses = call.classes == "all";
     return options;
 }
@@ -108,7 +109,8 @@ void ClassifyRun::write(const Job& job, const Work& work) const {
     }
     std::vector<SweepClasses> classes;
     for (std::size_t s = 0; s < work.sweeps.size(); ++s) {
-        classes.push_back({work.sweeps[s], &work.results[s].classes});
+        const ClassifiedSweep& result = work.results[s];
+        classes.push_back({work.sweeps[s], &result.classes, certaintyFields(result)});
     }
     const WrittenFiles written = writeClasses(job.output, work.scan, work.words.get(), classes);
     if (call_.quiet) {

@@ -17,7 +17,7 @@ struct ProcessCall {
     std::vector<std::string> plot;
     std::optional<int> what, sweep;
     std::optional<double> freezingLevelM;
-    bool printConfig = false, quiet = false;
+    bool certainty = false, printConfig = false, quiet = false;
     scan::ReadOptions read;
 };
 

@@ -40,6 +40,9 @@ void requireSoundCall(const ProcessCall& call, const InputFile& input) {
     if (call.points.empty() != call.prefix.empty()) {
         throw CLI::ValidationError("--points", "goes with --prefix");
     }
+    if (call.certainty && call.output.empty()) {
+        throw CLI::ValidationError("--certainty", "needs an output, -o");
+    }
     if (!call.picture.empty() && call.plot.empty()) {
         throw CLI::ValidationError("--picture", "needs the fields, --plot");
     }
@@ -90,6 +93,8 @@ void addOutputOptions(CLI::App& command, ProcessCall& call) {
     command.add_option("-o,--output", call.output,
                        "Write the processed fields: .uf Universal Format, anything else a field "
                        "record file; of a volume one file for each sweep");
+    command.add_flag("--certainty", call.certainty,
+                     "Also write the probability of precipitation (PR) and the margin (MA)");
     command.add_option("--points", call.points,
                        "Text file of points, range (m) and azimuth (degrees) on each line");
     command.add_option("--prefix", call.prefix,
@@ -139,6 +144,7 @@ void addProcessCommand(CLI::App& app) {
     command->add_option("INPUT", call->input, kInputHelp);
     addStageOptions(*command, *call);
     addFieldOptions(*command, call->how);
+    addNeighbourhoodOption(*command, call->how);
     command->add_option("--sweep", call->sweep, "Only the sweep of this number");
     addLayoutOption(*command, call->read);
     addOutputOptions(*command, *call);

@@ -84,6 +84,7 @@ scan::ProcessOptions processOptionsFrom(const ProcessCall& call) {
     options.classify = classifyOptionsFrom(call.how);
     options.classify.mask = settings.mask;
     options.classify.removeIsolated = true;
+    options.classify.certainty = call.certainty;
     options.configuration = call.config;
     options.what = call.what.value_or(settings.what);
     options.freezingLevelM = call.freezingLevelM;
