@@ -11,7 +11,7 @@ import xarray as xr
 from conftest import dump, real
 from test_cfradial import make as make_cfradial
 from test_cfradial import variable
-from test_nexrad import REF, VEL, message31, volume
+from test_nexrad import REF, VEL, message31, moment, volume
 from test_odim import make as make_odim
 
 ENDINGS = {".h5": "ODIM_H5", ".nc": "CfRadial 1", ".nc4": "CfRadial 2"}
@@ -32,6 +32,9 @@ def made(tmp_path, kind):
     elif kind == "nexrad":
         path.write_bytes(volume([message31(azimuth, [REF, VEL]) for azimuth in [*range(180, 360), *range(180)]] +
                                 [message31(azimuth, [VEL], 2) for azimuth in range(0, 360, 2)]))
+    elif kind == "one gate":
+        one = moment("REF", np.array([66], "u1"), 2, 66)
+        path.write_bytes(volume([message31(azimuth, [one]) for azimuth in range(0, 360, 2)]))
     elif kind == "ragged":
         def change(file):
             variable(file, "ray_n_gates", ("time",), [5, 2, 3, 1, 2, 3])
@@ -75,7 +78,7 @@ def check_same(before, after, ending):
 
 
 @pytest.mark.parametrize("ending", ENDINGS)
-@pytest.mark.parametrize("kind", ["odim", "nexrad", "cfradial", "ragged"])
+@pytest.mark.parametrize("kind", ["odim", "nexrad", "one gate", "cfradial", "ragged"])
 def test_round_trips(tmp_path, kind, ending):
     source, target = made(tmp_path, kind), tmp_path / f"out{ending}"
     notes = write(source, "--convert", target)

@@ -90,11 +90,13 @@ void describeTime(const netcdf::VariableWriter& variable, const Scan& scan) {
         .text("calendar", "gregorian");
 }
 
-void describeRange(const netcdf::VariableWriter& variable) {
+void describeRange(const netcdf::VariableWriter& variable, const Sweep& sweep) {
     variable.text("standard_name", "projection_range_coordinate")
         .text("long_name", "range_to_measurement_volume")
         .text("units", "meters")
         .text("axis", "radial_range_coordinate");
+    // The range of a single gate does not say it.
+    variable.number("meters_between_gates", static_cast<float>(sweep.gateSpacingM));
 }
 
 void describeAzimuth(const netcdf::VariableWriter& variable) {

@@ -26,7 +26,7 @@ void writeTop(const netcdf::Writer& file, const Scan& scan, const char* conventi
 
 /* Attributes of coordinates and fields. */
 void describeTime(const netcdf::VariableWriter& variable, const Scan& scan);
-void describeRange(const netcdf::VariableWriter& variable);
+void describeRange(const netcdf::VariableWriter& variable, const Sweep& sweep);
 void describeAzimuth(const netcdf::VariableWriter& variable);
 void describeElevation(const netcdf::VariableWriter& variable);
 void describeField(const netcdf::VariableWriter& variable, const Field& field, float noEcho);

@@ -97,7 +97,8 @@ class StackWriter {
         const auto longest =
             std::max_element(scan_.sweeps.begin(), scan_.sweeps.end(),
                              [](const Sweep& a, const Sweep& b) { return a.ngates < b.ngates; });
-        describeRange(file_.doubles("range", {range_}, rangesOf(*longest, longest->ngates)));
+        describeRange(file_.doubles("range", {range_}, rangesOf(*longest, longest->ngates)),
+                      *longest);
         for (const std::string& name : namesIn(scan_)) {
             writeField(name);
         }
@@ -330,7 +331,7 @@ void writeGroup(const netcdf::Writer& group, const Scan& scan, const Sweep& swee
     group.doubles("sweep_fixed_angle", {}, {&sweep.fixedAngleDeg, 1}).text("units", "degrees");
     group.texts("sweep_mode", {width}, kTextWidth, {modeOf(sweep)});
     describeTime(group.doubles("time", {time}, secondsSince(scan, sweep)), scan);
-    describeRange(group.doubles("range", {range}, rangesOf(sweep, sweep.ngates)));
+    describeRange(group.doubles("range", {range}, rangesOf(sweep, sweep.ngates)), sweep);
     describeAzimuth(group.doubles("azimuth", {time}, sweep.azimuthDeg));
     describeElevation(group.doubles("elevation", {time}, sweep.elevationDeg));
     if (sweep.nyquist > 0) {
