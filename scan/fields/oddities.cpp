@@ -126,6 +126,14 @@ void addFieldOddity(const Sweep& sweep, const Field& field, Findings& out) {
                               roleInfo(role).highest, roleInfo(role).units, roleInfo(role).text));
 }
 
+void addSite(Scan& scan) {
+    const bool onEarth =
+        std::abs(scan.latitudeDeg) <= 90 && scan.longitudeDeg >= -180 && scan.longitudeDeg <= 360;
+    if (!onEarth) {
+        scan.oddities.push_back("The site lies outside the Earth's coordinates.");
+    }
+}
+
 void addUnknownNames(Scan& scan) {
     std::string unknown;
     for (const Field& field : scan.sweeps.front().fields) {
@@ -158,6 +166,7 @@ void addOddities(Scan& scan) {
         for (const Field& field : sweep.fields) addFieldOddity(sweep, field, findings);
     }
     findings.tell(scan.oddities, scan.sweeps.size() == 1);
+    addSite(scan);
     if (!scan.sweeps.empty()) addUnknownNames(scan);
 }
 

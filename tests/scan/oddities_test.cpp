@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <limits>
 #include <string>
 #include <vector>
@@ -87,6 +88,21 @@ TEST(Oddities, AreSaidOfValues) {
     EXPECT_EQ(found[3].substr(0, 30), "Sweep 1: 1 % of VR lie outside");
     EXPECT_NE(found[4].find(": ZQ, QX."), std::string::npos) << found[4];
     EXPECT_EQ(odditiesOf({other}), std::vector<std::string>{lengths});
+}
+
+TEST(Oddities, ASiteHasALatitudeAndALongitude) {
+    const struct {
+        double latitudeDeg, longitudeDeg;
+        bool odd;
+    } cases[] = {{-90, -180, false}, {90, 360, false},  {90.1, 0, true},        {-90.1, 0, true},
+                 {0, 360.1, true},   {0, -180.1, true}, {std::nan(""), 0, true}};
+    for (const auto& row : cases) {
+        Scan scan;
+        scan.latitudeDeg = row.latitudeDeg;
+        scan.longitudeDeg = row.longitudeDeg;
+        addOddities(scan);
+        EXPECT_EQ(scan.oddities.size(), row.odd ? 1u : 0u) << row.latitudeDeg;
+    }
 }
 
 /* A gap is wider than two and a half of the usual steps, and than three degrees. */
