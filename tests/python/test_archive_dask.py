@@ -112,7 +112,7 @@ def test_a_stopped_run_goes_on(serial_results, tmp_path):
     wait_until(lambda: out.exists() and len(list(out.glob("*.nc"))) >= 5)
     os.killpg(run.pid, signal.SIGINT)  # as a terminal does
     _, errors = run.communicate(timeout=60)
-    assert run.returncode == 130 and "goes on" in errors and "Traceback" not in errors
+    assert run.returncode == 130 and "continues here" in errors and "Traceback" not in errors
     made = [name for name in names_in(out) if name.endswith(".nc")]
     assert set(names_in(out)) <= {*results, "failures.csv"} and 5 <= len(made) < len(results)
     again = subprocess.run(command, capture_output=True, text=True, timeout=120)
