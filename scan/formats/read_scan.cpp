@@ -44,6 +44,14 @@ Scan readAs(FileFormat format, const std::string& path, std::unique_ptr<Cufrw>& 
         "CfRadial and NEXRAD Level 2 are read");
 }
 
+void hideValue(float noEcho, float* values, std::uint8_t* gates, std::size_t count) {
+    for (std::size_t i = 0; i < count; ++i) {
+        const bool silent = values[i] == noEcho;
+        gates[i] = silent;
+        values[i] = silent ? std::numeric_limits<float>::quiet_NaN() : values[i];
+    }
+}
+
 /* Gates without an echo have no value: their place is kept. Formats that always leave the value in
  * place are those of the library itself. */
 void hideNoEcho(Scan& scan) {
@@ -51,12 +59,8 @@ void hideNoEcho(Scan& scan) {
         for (Field& field : sweep.fields) {
             if (!field.noEcho) continue;
             field.noEchoGates.resize(field.values.size());
-            for (std::size_t i = 0; i < field.values.size(); ++i) {
-                field.noEchoGates[i] = field.values[i] == *field.noEcho;
-                if (field.noEchoGates[i]) {
-                    field.values[i] = std::numeric_limits<float>::quiet_NaN();
-                }
-            }
+            hideValue(*field.noEcho, field.values.data(), field.noEchoGates.data(),
+                      field.values.size());
         }
     }
 }

@@ -174,6 +174,15 @@ def test_declared_sizes_are_not_believed(tmp_path):
         dump(tmp_path / "a.nc")
 
 
+def test_counts_in_a_classic_header_are_not_believed(tmp_path):
+    whole = bytearray(make(tmp_path / "a.nc", "NETCDF3_CLASSIC").read_bytes())
+    assert whole[8:12] == b"\0\0\0\x0a"  # the list of dimensions; their number follows
+    whole[12:16] = b"\x10\0\0\0"
+    (tmp_path / "a.nc").write_bytes(whole)
+    with pytest.raises(ValueError, match="damaged NetCDF file: it is cut short"):
+        dump(tmp_path / "a.nc")
+
+
 @pytest.mark.parametrize("name", ["cfradial_mxpol_20120929_rhi.nc", "cfradial_xsapr_ppi.nc"])
 def test_real_files_against_netcdf4(name):
     scan = dump(real(name))

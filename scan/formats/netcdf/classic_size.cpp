@@ -25,6 +25,7 @@ class Header {
     Header(const std::vector<std::uint8_t>& bytes, std::uint64_t fileBytes)
         : bytes_(bytes.data(), bytes.size()), fileBytes_(fileBytes), version_(bytes_.u8(3)) {}
 
+    /* Also if the header declares more than it holds, which the library would ask memory for. */
     bool exceedsFile() {
         const bool streaming = bytes_.u32(at_) == kStreaming;
         records_ = streaming ? 0 : count();
@@ -41,7 +42,7 @@ class Header {
         }
         const std::uint64_t last = records_ > 0 ? (records_ - 1) * recordBytes_ : 0;
         const std::uint64_t end = std::max(fixedEnd_, records_ > 0 ? recordEnd_ + last : 0);
-        return !bytes_.failed() && end > fileBytes_ + kPadding;
+        return bytes_.failed() || end > fileBytes_ + kPadding;
     }
 
   private:

@@ -6,8 +6,8 @@
 
 namespace scan::netcdf {
 
-/* The library reads zeros past the end of such a file, and does not report it. False for files of
- * other models, and if the header itself is cut: the library reports that. */
+/* Or its header is damaged. The library reads zeros past the end of such a file, and asks for the
+ * memory that a header declares. False for files of other models. */
 bool isCutShort(const std::string& path);
 
 }  // namespace scan::netcdf
