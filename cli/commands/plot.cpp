@@ -7,9 +7,11 @@
 #include <optional>
 #include <stdexcept>
 
+#include "options/classify_options.h"
 #include "options/finite_option.h"
 #include "options/input_file.h"
 #include "options/layout_option.h"
+#include "options/membership_dir.h"
 #include "options/output_ending.h"
 #include "options/selection.h"
 #include "picture/picture.h"
@@ -33,13 +35,27 @@ struct PlotArguments {
     std::vector<std::string> fields;
     std::optional<int> sweep;
     PictureOptions picture;
+    ClassifyArguments how;
     ReadOptions read;
+    bool why = false;
 };
+
+/* The classes of the sweep with the options' defaults, and what decided them. */
+void drawWhy(const PlotArguments& arguments, const Scan& scan, const Sweep& sweep) {
+    scan::ClassifyOptions options = classifyOptionsFrom(arguments.how);
+    options.membership = membershipDirectory(arguments.how.membership);
+    options.certainty = true;
+    drawReasons(scan, sweep, classifySweep(scan, sweep, options), arguments.picture,
+                arguments.output);
+}
 
 void drawFile(const PlotArguments& arguments, const InputFile& input) {
     const Scan scan = readInput(input, arguments.read);
     noteDamage(scan, Beside::kErrors);
     const Sweep& sweep = findSweep(scan, arguments.sweep);
+    if (arguments.why) {
+        return drawWhy(arguments, scan, sweep);
+    }
     std::vector<Field> fields;
     for (const std::string& name : arguments.fields) {
         fields.push_back(findField(sweep, name));
@@ -50,7 +66,20 @@ void drawFile(const PlotArguments& arguments, const InputFile& input) {
     drawPanels(scan, sweep, fields, arguments.picture, arguments.output);
 }
 
-void requireSoundArguments(const PlotArguments& arguments, const InputFile& input) {
+/* Rejects options that would have no effect. */
+void requireSoundArguments(const CLI::App& command, const PlotArguments& arguments,
+                           const InputFile& input) {
+    for (const char* option : {"--field", "--vmin", "--vmax"}) {
+        if (arguments.why && command.count(option) > 0) {
+            throw CLI::ValidationError(option, "cannot be combined with --why");
+        }
+    }
+    for (const char* option : {"--inputs", "--window", "--neighbourhood", "--map", "--min-snr",
+                               "--radar-constant", "--membership"}) {
+        if (!arguments.why && command.count(option) > 0) {
+            throw CLI::ValidationError(option, "goes with --why");
+        }
+    }
     requirePictureEnding("--output", arguments.output);
     requireOther("--output", arguments.output, arguments.input);
     requireLayoutUsed(arguments.read, input);
@@ -59,9 +88,9 @@ void requireSoundArguments(const PlotArguments& arguments, const InputFile& inpu
     }
 }
 
-void runPlot(const PlotArguments& arguments) {
+void runPlot(const CLI::App& command, const PlotArguments& arguments) {
     const InputFile input(arguments.input);
-    requireSoundArguments(arguments, input);
+    requireSoundArguments(command, arguments, input);
     naming(input.name(), [&] { drawFile(arguments, input); });
 }
 
@@ -78,6 +107,11 @@ void addPlotCommand(CLI::App& app) {
         ->add_option("--field", arguments->fields,
                      "Field to draw (default: the reflectivity); several give panels")
         ->delimiter(',');
+    command->add_flag("--why", arguments->why,
+                      "Classify, and draw reflectivity, classes, probability of precipitation and "
+                      "the input that decided");
+    addInputOptions(*command, arguments->how);
+    addFieldOptions(*command, arguments->how);
     command->add_option("--sweep", arguments->sweep, "Number of the sweep (default: the first)");
     command->add_option("--width", arguments->picture.widthPx, "Width of the picture in pixels")
         ->check(CLI::Range(240, 10000));
@@ -89,8 +123,10 @@ void addPlotCommand(CLI::App& app) {
     command->add_option("--vmax", arguments->picture.displayMax, "End of the colour scale")
         ->check(isFinite);
     command->footer(
-        "Example: clutterclassifier plot scan.uf --field DZ,VR --max-range 100 -o scan.png");
-    command->callback([arguments] { runPlot(*arguments); });
+        "Examples:\n"
+        "  clutterclassifier plot scan.uf --field DZ,VR --max-range 100 -o scan.png\n"
+        "  clutterclassifier plot scan.uf --why -o why.png");
+    command->callback([arguments, command] { runPlot(*command, *arguments); });
 }
 
 }  // namespace cli

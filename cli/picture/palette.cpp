@@ -3,6 +3,8 @@
 
 #include <array>
 #include <cmath>
+#include <cstddef>
+#include <iterator>
 
 namespace cli {
 
@@ -59,6 +61,19 @@ Rgb colourAt(Palette palette, double position) {
     const double weight = position * kLast - below;
     const std::uint32_t a = table[below], b = table[below + 1];
     return {between(a, b, 16, weight), between(a, b, 8, weight), between(a, b, 0, weight)};
+}
+
+Rgb reasonColour(float reason) {
+    constexpr Rgb kReasons[] = {{0x00, 0x72, 0xb2}, {0x56, 0xb4, 0xe9}, {0x00, 0x9e, 0x73},
+                                {0xa6, 0xd8, 0x54}, {0xd5, 0x5e, 0x00}, {0xe6, 0x9f, 0x00},
+                                {0x8d, 0x6e, 0x63}, {0xcc, 0x79, 0xa7}, {0x5e, 0x3c, 0x99},
+                                {0x60, 0x60, 0x60}};
+    for (std::size_t i = 0; i < std::size(kReasons); ++i) {
+        if (reason == static_cast<float>(i)) {
+            return kReasons[i];
+        }
+    }
+    return kNoDataColour;
 }
 
 Rgb classColour(float code) {

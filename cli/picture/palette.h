@@ -30,6 +30,9 @@ Rgb colourAt(Palette palette, double position);
  */
 Rgb classColour(float code);
 
+/* Colours of what decided a class: input 0 to 8 of the library, 9 the neighbourhood. */
+Rgb reasonColour(float reason);
+
 inline constexpr Rgb kNoDataColour{0xd5, 0xd8, 0xdc};
 
 }  // namespace cli

@@ -208,4 +208,14 @@ void drawClasses(const Scan& scan, const Sweep& sweep, const Field& field,
     drawPanels(scan, sweep, {field, {"CCl", "", classes}}, options, path);
 }
 
+void drawReasons(const Scan& scan, const Sweep& sweep, const scan::ClassifiedSweep& result,
+                 const PictureOptions& options, const std::string& path) {
+    drawPanels(scan, sweep,
+               {*result.fields[scan::Role::kZhh],
+                {"CCl", "", result.classes},
+                {kProbabilityField, "", result.probability},
+                {kReasonField, "", result.deciding}},
+               options, path);
+}
+
 }  // namespace cli

@@ -8,9 +8,15 @@
 #include <string>
 #include <vector>
 
+#include "scan/classes/classify_sweep.h"
 #include "scan/scan.h"
 
 namespace cli {
+
+/* Names of fields that are drawn in a way of their own: the probability of precipitation, and what
+ * decided the class of each gate (index of the input; 9 the neighbourhood). */
+inline constexpr char kProbabilityField[] = "Probability of precipitation";
+inline constexpr char kReasonField[] = "Deciding input";
 
 struct PictureOptions {
     int widthPx = 0;        // of the whole picture; 0: 1000 for one panel, 900 for each of several
@@ -38,6 +44,12 @@ void drawPanels(const scan::Scan& scan, const scan::Sweep& sweep,
 /* Reflectivity, or any other field, beside the classes (0 precipitation, 3 noise, 5 clutter). */
 void drawClasses(const scan::Scan& scan, const scan::Sweep& sweep, const scan::Field& field,
                  const std::vector<float>& classes, const PictureOptions& options,
+                 const std::string& path);
+
+/* Reflectivity, classes, probability of precipitation and deciding input of a sweep that was
+ * classified with its certainty. */
+void drawReasons(const scan::Scan& scan, const scan::Sweep& sweep,
+                 const scan::ClassifiedSweep& result, const PictureOptions& options,
                  const std::string& path);
 
 /* Throws std::invalid_argument when the ending of path names no picture format. */

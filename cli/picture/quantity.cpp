@@ -124,12 +124,23 @@ ColourScale::ColourScale(Palette of, double from, double to)
     }
 }
 
+ColourScale ColourScale::ofReasons() {
+    ColourScale scale;
+    scale.classes = false;
+    scale.reasons = true;
+    return scale;
+}
+
 bool ColourScale::colour(float value, Rgb& result) const {
     if (std::isnan(value)) {
         return false;
     }
     if (classes) {
         result = classColour(value);
+        return result != kNoDataColour;
+    }
+    if (reasons) {
+        result = reasonColour(value);
         return result != kNoDataColour;
     }
     const double position = std::clamp((value - low) / (high - low), 0.0, 1.0);
@@ -141,6 +152,12 @@ Quantity quantityOf(const Field& field, const Sweep& sweep, const PictureOptions
     const std::string name = printable(field.name);
     if (isClassField(field)) {
         return {"Classes", "", ColourScale()};
+    }
+    if (field.name == kReasonField) {
+        return {name, "", ColourScale::ofReasons()};
+    }
+    if (field.name == kProbabilityField) {
+        return {name, "", ColourScale(Palette::kSequential, 0.0, 1.0)};
     }
     const Role role = roleOfName(field.name);
     Quantity quantity{name, printable(field.units), scaleOf(field, sweep, options)};

@@ -16,9 +16,11 @@ class ColourScale {
   public:
     ColourScale() = default;  // of classes
     ColourScale(Palette palette, double low, double high);
+    static ColourScale ofReasons();
     bool colour(float value, Rgb& result) const;
 
-    bool classes = true;
+    bool classes = true;   // of class codes
+    bool reasons = false;  // of what decided a class
     Palette palette = Palette::kSequential;
     double low = 0.0, high = 1.0;
 

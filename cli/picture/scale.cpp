@@ -1,8 +1,13 @@
 /* scale.cpp - the colour bar, and the legend of classes. */
 #include <algorithm>
+#include <cmath>
+#include <cstddef>
 #include <cstdio>
+#include <string>
+#include <vector>
 
 #include "picture/axes.h"
+#include "scan/classes/inputs.h"
 
 namespace cli {
 
@@ -16,32 +21,68 @@ constexpr struct {
 } kLegend[] = {{"precipitation", 0.0f}, {"ground clutter", 5.0f}, {"noise", 3.0f},
                {"no data", -1.0f},      {"sea clutter", 6.0f},    {"turbine clutter", 7.0f}};
 
-std::string legendText(int entry, double share) {
+struct Entry {
+    std::string text;
+    Rgb colour;
+    double share;
+};
+
+std::vector<Entry> classEntries(const std::vector<float>& classes) {
+    const auto shares = classShares(classes);
+    const std::size_t count = shares[4] + shares[5] > 0.0 ? 6 : 4;
+    std::vector<Entry> entries;
+    for (std::size_t i = 0; i < count; ++i) {
+        entries.push_back({kLegend[i].text, classColour(kLegend[i].code), shares[i]});
+    }
+    return entries;
+}
+
+std::string reasonName(std::size_t reason) {
+    const auto& inputs = scan::inputs();
+    return reason < inputs.size() ? inputs[reason].info->name : "neighbourhood";
+}
+
+/* What decided any gate, with its share of the gates that were decided. */
+std::vector<Entry> reasonEntries(const std::vector<float>& reasons) {
+    const auto decided = std::count_if(reasons.begin(), reasons.end(),
+                                       [](float reason) { return !std::isnan(reason); });
+    std::vector<Entry> entries;
+    for (std::size_t i = 0; i <= scan::inputs().size(); ++i) {
+        const auto reason = static_cast<float>(i);
+        const auto count = std::count(reasons.begin(), reasons.end(), reason);
+        if (count > 0) {
+            entries.push_back({reasonName(i), reasonColour(reason),
+                               static_cast<double>(count) / static_cast<double>(decided)});
+        }
+    }
+    return entries;
+}
+
+std::string legendText(const Entry& entry) {
     char text[64];
-    std::snprintf(text, sizeof text, "%s  %.1f %%", kLegend[entry].text, 100.0 * share);
+    std::snprintf(text, sizeof text, "%s  %.1f %%", entry.text.c_str(), 100.0 * entry.share);
     return text;
 }
 
-void drawLegend(const Canvas& canvas, const Frame& frame, const std::vector<float>& classes) {
-    const auto shares = classShares(classes);
-    const int entries = shares[4] + shares[5] > 0.0 ? 6 : 4;
-    const int columns = entries / 2;
-    const double em = frame.em, column = frame.width / columns;
+/* Two lines of entries, column by column. */
+void drawLegend(const Canvas& canvas, const Frame& frame, const std::vector<Entry>& entries) {
+    const double em = frame.em;
+    const double column = frame.width / static_cast<double>((entries.size() + 1) / 2);
     TextStyle style{.size = em, .anchorY = 0.5};
-    for (int i = 0; i < entries; ++i) {  // one text size for all entries: the longest must fit
-        const double width = canvas.textWidth(legendText(i, shares[i]), style);
+    for (const Entry& entry : entries) {  // one text size for all entries: the longest must fit
+        const double width = canvas.textWidth(legendText(entry), style);
         style.size *= std::min(1.0, (column - 2.6 * em) / width);
     }
-    for (int i = 0; i < entries; ++i) {
-        const int right = i / 2, down = i % 2;
-        const double x = frame.x + right * column, y = frame.y + down * 1.7 * em;
-        canvas.setColour(classColour(kLegend[i].code));
+    for (std::size_t i = 0; i < entries.size(); ++i) {
+        const double x = frame.x + static_cast<double>(i / 2) * column;
+        const double y = frame.y + static_cast<double>(i % 2) * 1.7 * em;
+        canvas.setColour(entries[i].colour);
         cairo_rectangle(canvas.context(), x, y, 1.6 * em, 1.1 * em);
         cairo_fill_preserve(canvas.context());
         canvas.setColour(kEdge);
         cairo_set_line_width(canvas.context(), 0.07 * em);
         cairo_stroke(canvas.context());
-        canvas.text(x + 2.1 * em, y + 0.55 * em, legendText(i, shares[i]), style);
+        canvas.text(x + 2.1 * em, y + 0.55 * em, legendText(entries[i]), style);
     }
 }
 
@@ -108,7 +149,10 @@ void drawBar(const Canvas& canvas, const Frame& frame, const Quantity& quantity)
 void drawScale(const Canvas& canvas, const Frame& frame, const Quantity& quantity,
                const std::vector<float>& values) {
     if (quantity.scale.classes) {
-        return drawLegend(canvas, frame, values);
+        return drawLegend(canvas, frame, classEntries(values));
+    }
+    if (quantity.scale.reasons) {
+        return drawLegend(canvas, frame, reasonEntries(values));
     }
     drawBar(canvas, frame, quantity);
 }

@@ -133,7 +133,7 @@ void countClasses(const Sweep& sweep, ClassifiedSweep& result) {
 void classifyByPlan(const Sweep& sweep, const ClassifyOptions& options, ClassifiedSweep& result) {
     const Fields fields(sweep, result);
     const std::size_t cells = result.fields[Role::kZhh]->values.size();
-    std::vector<std::uint8_t> codes(cells);
+    std::vector<std::uint8_t> codes(cells), deciding;
     clutter_result wanted = {};
     wanted.size = sizeof wanted;
     wanted.classes = codes.data();
@@ -142,11 +142,15 @@ void classifyByPlan(const Sweep& sweep, const ClassifyOptions& options, Classifi
         result.margin.resize(cells);
         wanted.probability = result.probability.data();
         wanted.margin = result.margin.data();
+        deciding.resize(cells);
+        wanted.deciding = deciding.data();
     }
     const auto begin = std::chrono::steady_clock::now();
     openClassifier(options, result.mask)
         .classify(fields.scan(), libraryOptions(sweep, options, result.mask), wanted);
     result.classes.assign(codes.begin(), codes.end());
+    result.deciding.assign(deciding.begin(), deciding.end());
+    std::replace(result.deciding.begin(), result.deciding.end(), float{CLUTTER_BY_NONE}, kNoValue);
     if (options.removeIsolated) {
         removeIsolated(sweep, result.classes);
     }

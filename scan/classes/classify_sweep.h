@@ -16,6 +16,8 @@ struct ClassifiedSweep : ClassificationPlan {
     std::vector<float> probability;  // of precipitation, with ClassifyOptions::certainty; NaN where
                                      // the gate is noise
     std::vector<float> margin;       // logarithm of the ratio of the strengths of both classes
+    std::vector<float> deciding;  // index of the input that decided, or CLUTTER_BY_NEIGHBOURHOOD;
+                                  // NaN where nothing did
     long precipitation = 0, groundClutter = 0, noise = 0;
     long seaClutter = 0, turbineClutter = 0;
     long withoutValue = 0;  // of the noise: gates without a reflectivity

@@ -8,6 +8,8 @@
 
 #include "program_scan.h"
 #include "run_program.h"
+#include "scan/classes/classify_sweep.h"
+#include "scan/classes/inputs.h"
 #include "scan/fields/find_field.h"
 #include "scan/formats/read_scan.h"
 
@@ -82,6 +84,26 @@ TEST_F(Explain, SharesAddUpToTheMarginOfTheClass) {
     }
 }
 
+TEST_F(Explain, APictureShowsWhatDecided) {
+    const scan::Scan scan = scan::readScan(scan_);
+    const scan::Sweep& sweep = scan.sweeps.at(0);
+    scan::ClassifyOptions options;
+    options.membership = kMembershipDirectory;
+    options.certainty = true;
+    const std::vector<float> deciding = scan::classifySweep(scan, sweep, options).deciding;
+    EXPECT_TRUE(std::isnan(deciding.at(10))) << "noise";
+    for (const auto& [ray, gate] : {std::pair(20, 100), {45, 100}, {15, 80}}) {
+        const float index = deciding.at(static_cast<std::size_t>(ray * kGates + gate));
+        const scan::Input& input = scan::inputs().at(static_cast<std::size_t>(index));
+        EXPECT_THAT(runProgram("explain --json " + scan_ + at(sweep, ray, gate)).out,
+                    HasSubstr(std::string("\"deciding\": \"") + input.info->name + "\""));
+    }
+    const std::string all = directory_.file("all.png"), one = directory_.file("one.png");
+    ASSERT_EQ(runProgram("plot --why " + scan_ + " -o " + all).code, 0);
+    ASSERT_EQ(runProgram("plot --why " + scan_ + " --inputs rhv -o " + one).code, 0);
+    EXPECT_NE(readFile(all), readFile(one));
+}
+
 TEST_F(Explain, SaysWhatDecidedAndWhatWouldTurnTheVerdict) {
     const scan::Scan scan = scan::readScan(scan_);
     const std::string where = at(scan.sweeps.at(0), 45, 100);
@@ -106,6 +128,8 @@ TEST_F(Explain, SaysWhatDecidedAndWhatWouldTurnTheVerdict) {
         {"explain " + scan_ + where + " --sweep 9", 1, "has no sweep number 9"},
         {"classify --neighbourhood 4x3 " + scan_, 2, "--neighbourhood: expected two odd sizes"},
         {"classify --neighbourhood 103x3 " + scan_, 2, "up to 101"},
+        {"plot " + scan_ + " -o x.png --inputs vel", 2, "--inputs: goes with --why"},
+        {"plot --why " + scan_ + " -o x.png --vmin 0", 2, "--vmin: cannot be combined with"},
         {"classify --certainty " + scan_, 2, "--certainty: needs an output"},
     };
     for (const auto& row : kRefused) {
