@@ -19,7 +19,7 @@ namespace {
 constexpr int kGates = 600;
 constexpr int kRays = 360;
 constexpr int kTrials = 1000;
-constexpr double kLeastRise = 2.0;
+constexpr double kMinRise = 2.0;
 
 struct Output {
     std::vector<double> ah, zcorr, rebuilt, alpha, a, b;
@@ -31,7 +31,7 @@ void correct(Cradarpro& radar, const literal::AttenuationRay& ray, Output& out, 
     const int result =
         radar.Ah_optimal(ray.phidp.data(), ray.z.data(), ray.n(), ray.dr, ray.mask.data(),
                          out.ah.data(), out.zcorr.data(), out.rebuilt.data(), out.alpha.data(),
-                         out.a.data(), out.b.data(), dphi, pia, alg, nullptr, kLeastRise);
+                         out.a.data(), out.b.data(), dphi, pia, alg, nullptr, kMinRise);
     if (result != 1) std::abort();
     benchmark::DoNotOptimize(pia);
 }

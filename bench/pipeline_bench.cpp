@@ -3,12 +3,11 @@
  * context, classification to blanking, nominal attenuation solution. And its rain rates alone.
  */
 #include <benchmark/benchmark.h>
-#include <fcntl.h>
-#include <unistd.h>
 
 #include <cstdio>
 
 #include "clutterclassifier/Crres.h"
+#include "clutterclassifier/classifier.hpp"
 #include "support/directories.h"
 #include "support/literal_pipeline.h"
 #include "support/scan_context.h"
@@ -21,31 +20,9 @@ constexpr int kStages = 255 & ~(32 | 64);
 constexpr int kAlgorithm = 4;
 constexpr int kBetterOfTwo = -1;
 
-/* Standard output goes nowhere while the stages talk. */
-class Silence {
-  public:
-    Silence() {
-        std::fflush(stdout);
-        kept_ = dup(STDOUT_FILENO);
-        const int nowhere = open("/dev/null", O_WRONLY);
-        dup2(nowhere, STDOUT_FILENO);
-        close(nowhere);
-    }
-    ~Silence() {
-        std::fflush(stdout);
-        dup2(kept_, STDOUT_FILENO);
-        close(kept_);
-    }
-    Silence(const Silence&) = delete;
-    Silence& operator=(const Silence&) = delete;
-
-  private:
-    int kept_;
-};
-
 void fast(benchmark::State& state, int stages) {
     const literal::PolarScan scan = clutter::test::makeRainScan(kRays, kGates, 3);
-    const Silence silence;
+    const clutter::MessageSink silence;
     for (auto _ : state) {
         Crres context;
         clutter::test::fillContext(context, scan);

@@ -1,5 +1,6 @@
-/*
- * Cvars.h - one fuzzy variable.
+/**
+ * @file Cvars.h
+ * One fuzzy variable.
  */
 #ifndef CLUTTERCLASSIFIER_CVARS_H
 #define CLUTTERCLASSIFIER_CVARS_H
@@ -7,7 +8,7 @@
 #include "clutterclassifier/Cmfs.h"
 #include "clutterclassifier/export.h"
 
-/* A name, a range (stored, not used in evaluation) and an owned array of membership functions. */
+/** A name, a range (stored, not used in evaluation) and an owned array of membership functions. */
 class CLUTTERCLASSIFIER_EXPORT Cvars {
   public:
     Cvars();
@@ -15,14 +16,14 @@ class CLUTTERCLASSIFIER_EXPORT Cvars {
     Cvars(const Cvars&) = delete;
     Cvars& operator=(const Cvars&) = delete;
 
-    /* Allocates n membership functions, once: does nothing when n < 1 or when there are some
+    /** Allocates n membership functions, once: does nothing when n < 1 or when there are some
      * already. */
     void CreateMFSspace(int n);
 
-    char name[20]; /* " " after construction */
+    char name[20]; /**< " " after construction */
     float minval;
     float maxval;
-    Cmfs* mfs; /* owned, nmfs functions; null until created */
+    Cmfs* mfs; /**< owned, nmfs functions; null until created */
     int nmfs;
 };
 

@@ -43,7 +43,7 @@
 extern "C" {
 #endif
 
-/** What a function returns. */
+/** Result of a function. */
 typedef enum clutter_status {
     CLUTTER_OK = 0,               /**< done */
     CLUTTER_INVALID_ARGUMENT = 1, /**< a null pointer, or a value that makes no sense */
@@ -53,11 +53,11 @@ typedef enum clutter_status {
     CLUTTER_MALFORMED = 5         /**< a membership file whose contents make no sense */
 } clutter_status;
 
-/** A sentence that describes a status; also for numbers that are none. Never null. */
+/** A phrase that describes a status, or says that the status is unknown. Never null. */
 CLUTTERCLASSIFIER_EXPORT const char* clutter_status_text(int status);
 
-/** What went wrong in the last call that was given it: which file, line or argument, and why. Empty
- * after CLUTTER_OK, always terminated, cut where it does not fit. */
+/** Why the last call failed: which file, line or argument, and the reason. Empty after CLUTTER_OK,
+ * always terminated, cut where it does not fit. */
 typedef struct clutter_message {
     char text[1024];
 } clutter_message;
@@ -87,7 +87,7 @@ enum {
     CLUTTER_ALL_INPUTS = 511
 };
 
-/** Numbers of inputs, and what may stand in place of one in clutter_result.deciding. */
+/** Number of inputs, and the other values of clutter_result.deciding. */
 enum {
     CLUTTER_INPUT_COUNT = 9,
     CLUTTER_BY_NEIGHBOURHOOD = 9, /**< the neighbouring gates */
@@ -107,8 +107,9 @@ typedef struct clutter_input_info {
 } clutter_input_info;
 
 /**
- * @brief Describes input 0 to CLUTTER_INPUT_COUNT - 1.
- * @param info receives a pointer to constant data
+ * @brief Describes an input.
+ * @param index 0 to CLUTTER_INPUT_COUNT - 1
+ * @param info  receives a pointer to constant data
  * @return CLUTTER_OK, or CLUTTER_INVALID_ARGUMENT for any other index or a null pointer
  */
 CLUTTERCLASSIFIER_EXPORT clutter_status clutter_get_input(int32_t index,
@@ -205,13 +206,13 @@ typedef struct clutter_options {
     int32_t neighbourhood_rays;
     int32_t sector;              /**< 0: the last ray is next to the first; 1: it is not */
     int32_t nan_is_not_measured; /**< see clutter_classify() */
-    int32_t all_clutter;         /**< 1: tell sea clutter and wind turbines from ground clutter */
+    int32_t all_clutter; /**< 1: separate sea clutter and wind turbines from ground clutter */
 } clutter_options;
 
 enum { CLUTTER_MAX_NEIGHBOURHOOD = 101 };
 
 /**
- * @brief What to write: arrays of rays x gates that the caller owns, null where not asked for.
+ * @brief Results to write: arrays of rays x gates that the caller owns, null where not asked for.
  *
  * They must not overlap each other or the scan.
  */
@@ -250,7 +251,7 @@ typedef struct clutter_result {
  * neighbour is never the reason for a class of a gate that is noise. `contributions` are those of
  * the gate itself, so that the margin minus their sum is the neighbourhood's share.
  *
- * **NaN.** By default a NaN of any field means what it means to the entry point: an echo (in the
+ * **NaN.** By default a NaN of any field has the entry point's meaning: an echo (in the
  * reflectivity), a NaN texture in every window that holds it, and for every table its last degree.
  * With nan_is_not_measured a gate is not measured where the reflectivity is NaN, or without
  * reflectivity the SNR, or without both every field in use: it has the class CLUTTER_NOT_MEASURED
@@ -259,7 +260,7 @@ typedef struct clutter_result {
  * @param classifier from clutter_create()
  * @param scan    the fields
  * @param options null: defaults
- * @param result  what to write
+ * @param result  arrays to write
  * @param message may be null
  * @return CLUTTER_OK, CLUTTER_INVALID_ARGUMENT, CLUTTER_TOO_LARGE or CLUTTER_NO_MEMORY
  */
@@ -276,7 +277,7 @@ typedef struct clutter_input_share {
     double clutter;       /**< degree in clutter (the strongest kind) */
     double contribution;  /**< ln(precipitation / clutter) */
     double turning_value; /**< nearest value that would turn the verdict between precipitation and
-                               clutter, all else as it is; NaN: none would */
+                               clutter if nothing else changed; NaN: no value would */
 } clutter_input_share;
 
 /** Why a gate has its class. */
@@ -305,7 +306,7 @@ CLUTTERCLASSIFIER_EXPORT clutter_status clutter_explain(
 /**
  * @brief Receives one message of the library, with its line break.
  *
- * @param context what was given with the sink
+ * @param context the context given with the sink
  * @param text    the message, cut after 8,191 characters; valid during the call only
  *
  * Called in the thread that runs the operation. It must return normally (no exception, no longjmp).
@@ -316,7 +317,7 @@ typedef void (*clutter_message_sink)(void* context, const char* text);
  * @brief Sends the messages that operations print in the calling thread to a sink.
  *
  * The entry point and some operations of the classes print a line on standard output. With a sink,
- * the calling thread's lines go there instead; other threads, and what the host prints itself, are
+ * the calling thread's lines go there instead; other threads, and the host's own output, are
  * not affected. A new thread starts without a sink.
  *
  * @param sink    null: standard output again

@@ -16,7 +16,7 @@
 
 namespace clutter {
 
-/** A failed call of the handle: its status, and the text that says what is wrong. */
+/** A failed call of the handle: its status, and the reason as text. */
 class Error : public std::runtime_error {
   public:
     Error(clutter_status status, const std::string& text)
@@ -50,7 +50,7 @@ class Span {
 /**
  * @brief One scan of contiguous fields: fill in what there is, then give it to a Classifier.
  *
- * The spans must outlive the classification. Everything that clutter_scan offers besides is a
+ * The spans must outlive the classification. All other members of clutter_scan are a
  * public member of `c`.
  */
 class Scan {
@@ -71,7 +71,7 @@ class Scan {
     Scan& width(Span<const float> values) { return take(c.width, values); }
     Scan& snr(Span<const float> values) { return take(c.snr, values); }
 
-    /** How noise is told from echo where there is no SNR: see clutter_scan. */
+    /** How noise and echo are separated without an SNR field: see clutter_scan. */
     Scan& noise(double gateSpacingM, double radarConstantDb, double minSnrDb) {
         c.gate_spacing_m = gateSpacingM;
         c.radar_constant_db = radarConstantDb;

@@ -1,5 +1,6 @@
-/*
- * clutterclassifier.h - the one header a host needs.
+/**
+ * @file clutterclassifier.h
+ * The one header a host needs.
  *
  * From C it declares the entry point clutterclassifier(); from C++ it also brings in every class of
  * the library and copydata().
@@ -11,11 +12,11 @@
  *                       rhohv, velocity, ldr, pdf, ranges, azimuths, &elevation, params, output);
  *
  * The library keeps no global state and starts no threads: calls from several threads at once, each
- * with objects of its own, are independent of each other. What draws random numbers (CDSP's noise,
- * Cpluvek::CreateDataSpaceforPPI, the attenuation algorithms 0, 1, 2 and 8) takes them from the C
- * library's rand(), one generator for the whole host, which it seeds anew from itself and the
- * clock. No exception of the library's own code leaves it. Messages go to standard output, or to the
- * calling thread's sink (classifier.h).
+ * with objects of its own, are independent of each other. Operations that draw random numbers
+ * (CDSP's noise, Cpluvek::CreateDataSpaceforPPI, the attenuation algorithms 0, 1, 2 and 8) take
+ * them from the C library's rand(), one generator for the whole host, which they seed anew from
+ * itself and the clock. No exception of the library's own code leaves it. Messages go to standard
+ * output, or to the calling thread's sink (classifier.h).
  */
 #ifndef CLUTTERCLASSIFIER_CLUTTERCLASSIFIER_H
 #define CLUTTERCLASSIFIER_CLUTTERCLASSIFIER_H
@@ -39,15 +40,15 @@ extern "C" {
 #endif
 
 /* clang-format off */
-/*
- * Tells precipitation from ground clutter and noise, gate by gate, in one radar scan.
+/**
+ * Separates precipitation from ground clutter and noise, gate by gate, in one radar scan.
  *
  * Field arrays hold nrays x ngates doubles, ray after ray: gate g of ray r at r * ngates + g. Each
- * of the seven may be null: that quantity then takes no part. Without zhh nothing can be classified
+ * of the seven may be null: that field is then left out. Without zhh nothing can be classified
  * and output is left untouched.
  *
- *   mfdir      directory of the membership-function files, with its trailing separator; null is an
- *              empty text, a text of 1,024 characters or more a directory that does not exist
+ *   mfdir      directory of the membership-function files, with its trailing separator; null counts as
+ *              ""; 1,024 characters or more count as a missing directory
  *   nrays      scan size, at least 1; otherwise "nrays and ngates should be positive!" is printed
  *   ngates     and output is left untouched
  *   zhh        horizontal reflectivity, dBZ
@@ -69,8 +70,8 @@ extern "C" {
  *              5 ground clutter
  *
  * When a membership file of a used input cannot be read (it must be a regular file; a pipe is not
- * waited for), "Membership function not found: ..." is printed once and output tells only noise (3)
- * from echo (0). When there is not enough memory, output is left untouched and nothing is printed.
+ * waited for), "Membership function not found: ..." is printed once and output separates only noise
+ * (3) from echo (0). When there is not enough memory, output is left untouched and nothing is printed.
  * Hosts that need a status use classifier.h. A NaN value takes the last degree of its table.
  *
  * The caller owns every array; none is kept. Inputs are not modified, but output may be one of the
@@ -86,9 +87,9 @@ CLUTTERCLASSIFIER_EXPORT void clutterclassifier(const char* mfdir, int nrays, in
 #ifdef __cplusplus
 }
 
-/*
- * Imports one field of nrays x ngates doubles (rounded to float) into a record, in place of what
- * the record held. Does nothing when src is null.
+/**
+ * Imports one field of nrays x ngates doubles (rounded to float) into a record, replacing what the
+ * record held. Does nothing when src is null.
  *
  *   ranges, azimuths, elevation, params   as in clutterclassifier()
  *

@@ -1,4 +1,7 @@
-/* The one export macro of the library: what carries it is public, everything else is hidden. */
+/**
+ * @file export.h
+ * The export macro: what carries it is public, everything else is hidden.
+ */
 #ifndef CLUTTERCLASSIFIER_EXPORT_H
 #define CLUTTERCLASSIFIER_EXPORT_H
 

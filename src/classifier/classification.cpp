@@ -67,7 +67,7 @@ void Classification::average(int ray) {
     }
 }
 
-/* What the margin holds beyond the gate's own inputs. */
+/* The margin less the shares of the gate's own inputs. */
 void Classification::findShare() {
     for (std::size_t g = 0; g < share_.size(); ++g) {
         share_[g] = decision_.margin[g];

@@ -1,5 +1,5 @@
 /*
- * The C functions of the handle. Each turns what goes wrong inside into a status and a text.
+ * The C functions of the handle. Each turns exceptions into a status and a text.
  */
 #include "clutterclassifier/classifier.h"
 
@@ -46,7 +46,7 @@ clutter_status guarded(clutter_message* message, Operation operation) {
         say(message, clutter_status_text(CLUTTER_NO_MEMORY));
         return CLUTTER_NO_MEMORY;
     } catch (const std::exception&) {
-        // Only containers are left to throw: a size beyond what they can hold.
+        // std::length_error of a container: more elements than it can hold.
         say(message, clutter_status_text(CLUTTER_TOO_LARGE));
         return CLUTTER_TOO_LARGE;
     }

@@ -1,5 +1,5 @@
 /*
- * explain.h - why a gate has its class, and what would change it.
+ * explain.h - why a gate has its class, and which change of an input would turn it.
  */
 #ifndef CLUTTER_CLASSIFIER_EXPLAIN_H
 #define CLUTTER_CLASSIFIER_EXPLAIN_H

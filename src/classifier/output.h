@@ -10,7 +10,8 @@
 
 namespace clutter::classifier {
 
-/* Writes what a checked result asks for. Everything is allocated before the first write. */
+/* Writes the arrays that a checked result asks for. Everything is allocated before the first write.
+ */
 void classifyInto(const MembershipSet& set, const Request& request, const clutter_result& result);
 
 }  // namespace clutter::classifier

@@ -1,3 +1,6 @@
+/*
+ * The processing context: its settings, and operations on its classes.
+ */
 #include "clutterclassifier/Crres.h"
 
 #include <cstddef>

@@ -33,7 +33,7 @@ float gateSpacing(const double* ranges) {
     return static_cast<float>(base::truncateToInt(ranges[1] - ranges[0]));
 }
 
-/* What the context's directory setting would hold: a longer text is cut there, and then too long
+/* The directory as the context's setting holds it: a longer text is cut there, and is then too long
  * for any file name to be formed from it. */
 std::string directoryOf(const char* mfdir) {
     char directory[sizeof(Crres::mfdir)];

@@ -1,3 +1,6 @@
+/*
+ * Loops over the gates of a ray.
+ */
 #include "driver/gate_kernels.h"
 
 #include "base/kernel.h"

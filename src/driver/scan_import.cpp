@@ -1,3 +1,6 @@
+/*
+ * Rows of doubles as floats, and noise flags packed into bytes.
+ */
 #include "driver/scan_import.h"
 
 #include "base/array.h"

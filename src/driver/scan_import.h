@@ -12,7 +12,7 @@
 
 namespace clutter::driver {
 
-/* A field of doubles (or none), rounded to floats a ray at a time. */
+/* A field of doubles, or no field, rounded to floats a ray at a time. */
 class NarrowedRows : public dsp::RowSource {
   public:
     NarrowedRows(const double* field, dsp::PolarShape shape);
@@ -27,7 +27,7 @@ class NarrowedRows : public dsp::RowSource {
     std::vector<float> row_;
 };
 
-/* What the signal-to-noise test needs. */
+/* Parameters of the signal-to-noise test. */
 struct NoiseTest {
     float gateSizeM;
     float radarConstantDb;

@@ -24,7 +24,7 @@ struct GateRun {
     int end;
 };
 
-/* The next run of gates to classify at or after a gate; empty when there is none. noise holds the
+/* The next run of gates to classify at or after a gate; empty past the last run. noise holds the
  * noise class where a gate is not to be classified. */
 GateRun nextRun(const float* noise, int ngates, int from);
 

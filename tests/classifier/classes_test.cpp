@@ -133,7 +133,7 @@ TEST(AllClutter, HasTheClassesOfTheDescribedOperation) {
     }
 }
 
-/* What tells noise: the reflectivity, a ratio, or a mask. */
+/* Noise follows from the reflectivity, a ratio or a mask. */
 TEST(Noise, ComesFromTheRatioOrTheMask) {
     const Classifier classifier(kMembershipDirectory);
     TestScan scan = makeTestScan(6, 90, 1);

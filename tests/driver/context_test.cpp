@@ -144,7 +144,7 @@ TEST(Stage, NamesItsRecordsAndKeepsTheScansDescription) {
     EXPECT_STREQ(c.snr.units, "dB");
     EXPECT_EQ(c.snr.data[0], 36.0f);
     EXPECT_EQ(c.snr.data[1], 16.0f);
-    EXPECT_EQ(valuesOf(c.ccl), (std::vector<float>{0, 3, 0})) << "a NaN ratio is no noise";
+    EXPECT_EQ(valuesOf(c.ccl), (std::vector<float>{0, 3, 0})) << "a NaN ratio is not noise";
 }
 
 TEST(Stage, RatioIsFormedInSinglePrecisionFromTheLeft) {
@@ -175,7 +175,7 @@ TEST(Stage, RecordsSmallerThanTheScanAreAbsent) {
     fill(c.vel, 3, 2, std::vector<float>(6, 0.0f));
     testing::internal::CaptureStdout();
     c.PrecipitationClutterClassification(16);
-    EXPECT_NE(testing::internal::GetCapturedStdout(), "") << "a larger one takes part";
+    EXPECT_NE(testing::internal::GetCapturedStdout(), "") << "a larger one is used";
     fill(c.snr, 1, 1, {0.0f});
     EXPECT_EQ(c.classifyNoisewithSNR(), 0);
 }

@@ -96,7 +96,7 @@ TEST(EntryPoint, RefusedSizesAndNoReflectivityLeaveTheOutput) {
     EXPECT_EQ(classify(scan), std::vector<double>(10, 99.0));
 }
 
-TEST(EntryPoint, WithoutMembershipFilesOnlyNoiseIsTold) {
+TEST(EntryPoint, WithoutMembershipFilesOnlyNoiseIsSeparated) {
     TestScan scan = clutter::test::makeTestScan(6, 100, 2);
     std::vector<double> noise = literal::classifyScan(scan.literal(), kMembershipDirectory);
     for (double& cls : noise) cls = cls == 3.0 ? 3.0 : 0.0;

@@ -84,47 +84,39 @@ struct TwoValues {
     float out[2] = {99.0f, 99.0f};
 };
 
-TEST(Engine, TiesGoToTheEarliestAndAllEqualIsUndecided) {
-    TwoValues v;
-    Cfuzzy engine(1, 3, 1, 3);
-    engine.Fillmfs(0, 0, "input", "low", "complement", nullptr);
-    engine.Fillmfs(0, 1, "input", "one", "ones", nullptr);
-    engine.Fillmfs(0, 2, "input", "also one", "ones", nullptr);
-    engine.AddressDataPointers(0, v.x);
-    short table[] = {0, 10, 1, 11, 2, 12};
-    engine.Fillrules(table, 3);
-    ASSERT_EQ(engine.Evaluate(v.out, 2), 1);
-    EXPECT_EQ(v.out[0], 11.0f);
-    short unused[] = {-1, 10, -1, 11};
-    engine.Fillrules(unused, 2);
-    ASSERT_EQ(engine.Evaluate(v.out, 2), 1);
-    EXPECT_EQ(v.out[0], -1.0f);
-    engine.Fillrules(table, 1);
-    ASSERT_EQ(engine.Evaluate(v.out, 2), 1);
-    EXPECT_EQ(v.out[1], -1.0f) << "a single rule decides nothing";
-    engine.Fillrules(nullptr, 0);
-    v.out[0] = 99.0f;
-    ASSERT_EQ(engine.Evaluate(v.out, 2), 1);
-    EXPECT_EQ(v.out[0], -1.0f) << "nor does none";
-}
-
-TEST(Engine, NanInRuleZeroIsNeverExceeded) {
-    TwoValues v;
-    v.x[0] = kNan;
-    Cfuzzy engine(1, 2, 1, 2);
-    engine.Fillmfs(0, 0, "input", "itself", "same", nullptr);
-    engine.Fillmfs(0, 1, "input", "one", "ones", nullptr);
-    engine.AddressDataPointers(0, v.x);
-    short table[] = {0, 10, 1, 11};
-    engine.Fillrules(table, 2);
-    ASSERT_EQ(engine.Evaluate(v.out, 2), 1);
-    EXPECT_EQ(v.out[0], 10.0f);
-    EXPECT_EQ(v.out[1], 11.0f);
+/* Function 0 is 1 - x, 1 and 2 are 1, 3 is x, of one input; rows of function and class. */
+TEST(Engine, TheStrongestRuleWinsTheEarliestOfEqualsAndNoneWhereAllAreEqual) {
+    struct Row {
+        const char* name;
+        float x;
+        std::vector<short> rules;
+        float expected;
+    };
+    const Row rows[] = {
+        {"the earliest of equally strong ones", 0.5f, {0, 10, 1, 11, 2, 12}, 11.0f},
+        {"unused inputs", 0.5f, {-1, 10, -1, 11}, -1.0f},
+        {"a single rule decides nothing", 0.25f, {0, 10}, -1.0f},
+        {"no rules", 0.5f, {}, -1.0f},
+        {"NaN in rule 0 is never exceeded", kNan, {3, 10, 1, 11}, 10.0f},
+        {"NaN in another rule never wins", kNan, {1, 10, 3, 11}, 10.0f},
+        {"the stronger of two", 0.25f, {3, 10, 1, 11}, 11.0f},
+    };
+    for (const Row& row : rows) {
+        float x[1] = {row.x}, out[1] = {99.0f};
+        std::vector<short> table = row.rules;
+        Cfuzzy engine(1, 4, 1, 4);
+        const char* const types[] = {"complement", "ones", "ones", "same"};
+        for (int f = 0; f < 4; ++f) engine.Fillmfs(0, f, "input", "f", types[f], nullptr);
+        engine.AddressDataPointers(0, x);
+        engine.Fillrules(table.data(), static_cast<int>(table.size() / 2));
+        ASSERT_EQ(engine.Evaluate(out, 1), 1);
+        EXPECT_EQ(out[0], row.expected) << row.name;
+    }
 }
 
 TEST(Engine, TrapezoidPlateauKeepsTheDegreeBefore) {
     // Rule 0: a plateau at the very start keeps 1. Rule 1: 0.5 from the first input, an absent
-    // second one leaves 1 behind, and that is what the plateau of the third keeps.
+    // second one leaves 1, which the plateau of the third keeps.
     TwoValues v;
     Cfuzzy engine(3, 2, 1, 2);
     float plateau[5] = {-1, 0, 1, 2, 0};
@@ -267,7 +259,7 @@ TEST(MembershipFile, PairsOfTokens) {
     delete[] y;
     writeText(path, "low 0.25 7,5 1e-3x");
     ASSERT_EQ(engine.readmf(name.data(), &x, &y, n), 1);
-    EXPECT_EQ(x[0], 0.0) << "no number";
+    EXPECT_EQ(x[0], 0.0) << "not a number";
     EXPECT_EQ(x[1], 7.0);
     EXPECT_EQ(y[1], 1e-3);
     delete[] x;

@@ -1,4 +1,4 @@
-/* The quick verdict of two-rule products settles as the exact evaluation does. */
+/* The quick verdict of two-rule products decides as the exact evaluation does. */
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -13,7 +13,7 @@ namespace {
 using namespace clutter::test;
 using literal::Function;
 
-TEST(QuickVerdict, SmoothPairsSettleAsTheExactProductDoes) {
+TEST(QuickVerdict, SmoothPairsDecideAsTheExactProductDoes) {
     // The everyday case: overlapping bells with a floor, and a likelihood that is exactly 0 or 1 at
     // times.
     TempDir directory;

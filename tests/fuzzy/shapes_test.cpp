@@ -84,6 +84,14 @@ TEST(Shapes, KnownDegrees) {
     EXPECT_EQ(out[2], 1.000000013351432e-10);
     EXPECT_EQ(out[3], 7.0) << "the plateau is not written";
     EXPECT_EQ(out[4], 7.0) << "nor is NaN";
+
+    // Beside the ends, where the flanks are hardly more than the floor that both of them end in.
+    const float triangle[5] = {-1, 0, 0, 1, 0};
+    std::copy_n(triangle, 5, mf.params);
+    float z[] = {-1.0f + 0x1p-24f, 1.0f - 0x1p-24f};
+    mf.trapezoidal(z, out, 2);
+    EXPECT_DOUBLE_EQ(out[0], static_cast<double>(0x1p-24f + 1e-10f));
+    EXPECT_EQ(out[1], out[0]);
 }
 
 TEST(Interpolation, SameBitsAsTheWalkForOrderedAndOtherTables) {

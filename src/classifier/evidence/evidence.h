@@ -43,7 +43,7 @@ class Evidence {
     Evidence(const MembershipSet& set, const Request& request, driver::ScanInputs& inputs,
              GateStates& states, Wanted wanted);
 
-    /* A row with room for what is wanted. */
+    /* A row with room for everything that is wanted. */
     EvidenceRow makeRow() const;
 
     /* Computes the evidence of a ray; going on by one ray is fastest. */

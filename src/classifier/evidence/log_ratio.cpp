@@ -21,7 +21,7 @@ namespace {
 
 constexpr std::uint64_t kMantissa = 0x000fffffffffffffu;
 constexpr std::uint64_t kOne = 0x3ff0000000000000u;
-constexpr std::uint32_t kLeastNormal = 0x00100000u;  // high words of positive numbers
+constexpr std::uint32_t kMinNormal = 0x00100000u;  // high words of positive numbers
 constexpr std::uint32_t kNormals = 0x7fe00000u;
 constexpr double kRootOfTwo = 1.4142135623730951;
 constexpr float kLnOfTwo = 0.693147181f;
@@ -36,7 +36,7 @@ CLUTTER_KERNEL bool logRatiosOfNormals(const double* __restrict above,
         const auto b = std::bit_cast<std::uint64_t>(below[j]);
         const auto highA = static_cast<std::uint32_t>(a >> 32);
         const auto highB = static_cast<std::uint32_t>(b >> 32);
-        strange |= highA - kLeastNormal < kNormals && highB - kLeastNormal < kNormals ? 0 : 1;
+        strange |= highA - kMinNormal < kNormals && highB - kMinNormal < kNormals ? 0 : 1;
         const double mantissaA = std::bit_cast<double>((a & kMantissa) | kOne);
         const double mantissaB = std::bit_cast<double>((b & kMantissa) | kOne);
         const bool large = mantissaA > kRootOfTwo * mantissaB;
@@ -85,7 +85,7 @@ double logRatio(double above, double below) {
     constexpr double kInfinity = std::numeric_limits<double>::infinity();
     const double size = above > below ? kInfinity : -kInfinity;
     if (!(above > 0.0 && below > 0.0 && above < kInfinity && below < kInfinity)) return size;
-    // The quotient keeps what differs between neighbours, but it may be too large or too small.
+    // The quotient keeps the difference of close numbers, but it may overflow or vanish.
     const double quotient = above / below;
     return std::isnormal(quotient) ? std::log(quotient) : std::log(above) - std::log(below);
 }

@@ -12,8 +12,8 @@
 
 namespace clutter::classifier {
 
-/* A member's evidence is limited to -kMaxEvidence .. kMaxEvidence: what products of normal numbers
- * can reach, so that no single gate is infinitely sure. */
+/* A member's evidence is limited to -kMaxEvidence .. kMaxEvidence: the range
+ * of products of normal numbers, so that no single gate is infinitely sure. */
 constexpr float kMaxEvidence = 700.0f;
 
 /*

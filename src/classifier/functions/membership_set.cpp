@@ -26,8 +26,9 @@ std::string checkedDirectory(const std::string& directory) {
     if (stat(directory.c_str(), &state) != 0) {
         throw Refusal(CLUTTER_NOT_READ, directory + ": " + std::generic_category().message(errno));
     }
-    if (!S_ISDIR(state.st_mode))
+    if (!S_ISDIR(state.st_mode)) {
         throw Refusal(CLUTTER_NOT_READ, directory + ": is not a directory");
+    }
     return directory.back() == '/' ? directory : directory + '/';
 }
 

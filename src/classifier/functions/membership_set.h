@@ -43,7 +43,7 @@ struct InputFunctions {
 /* Does not change once it is made. */
 class MembershipSet {
   public:
-    /* inputs is a sum of bits. Throws Refusal naming the file, the line and what is wrong. */
+    /* inputs is a sum of bits. Throws Refusal with the file, the line and the reason. */
     MembershipSet(const std::string& directory, unsigned inputs, int classes);
 
     unsigned inputs() const { return inputs_; }

@@ -12,7 +12,7 @@ namespace clutter::classifier {
 
 /*
  * The points of a file of finite numbers: pairs of an abscissa, not below the one before, and a
- * degree of at least 0. Throws Refusal with the path, the line and what is wrong.
+ * degree of at least 0. Throws Refusal with the path, the line and the reason.
  */
 fuzzy::Points readStrictTable(const std::string& path);
 

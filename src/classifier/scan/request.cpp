@@ -69,7 +69,7 @@ void takeFields(const clutter_scan& scan, Request& request) {
     request.snr = checkedField(scan.snr, request);
 }
 
-/* Which of the three ways tells noise, and its numbers. */
+/* The source of the noise flags, and its parameters. */
 void takeNoise(const clutter_scan& scan, Request& request) {
     request.noise = scan.noise;
     if (scan.noise != nullptr) {

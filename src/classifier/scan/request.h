@@ -1,5 +1,5 @@
 /*
- * request.h - a checked classification: what to read, how to decide.
+ * request.h - a checked classification: fields to read, and how to decide.
  */
 #ifndef CLUTTER_CLASSIFIER_REQUEST_H
 #define CLUTTER_CLASSIFIER_REQUEST_H

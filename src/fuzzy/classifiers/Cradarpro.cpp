@@ -1,3 +1,6 @@
+/*
+ * The algorithms class: its constants, and conversions of reflectivity.
+ */
 #include "clutterclassifier/Cradarpro.h"
 
 #include <algorithm>

@@ -1,7 +1,7 @@
 /*
  * The frame of a hydrometeor classifier: variables, functions and rules are there, their parameters
  * are placeholders. It is incomplete on purpose, since hosts call it as it is: the two height
- * fields have no functions, the output has none either, and the last rule names a function that no
+ * fields have no functions, neither has the output, and the last rule names a function that no
  * input has. Every call with an input therefore ends in the engine's "not found".
  */
 #include <algorithm>

@@ -1,3 +1,6 @@
+/*
+ * Window counts from running sums: along each ray once, then from ray to ray.
+ */
 #include "fuzzy/classifiers/isolated_pixels.h"
 
 #include <algorithm>
@@ -14,7 +17,7 @@ namespace {
 void sumAlongRay(const float* cls, int ngates, int half, std::uint32_t* sums) {
     const auto one = [cls](std::int64_t g) -> std::int64_t { return cls[g] == 0.0f ? 1 : 0; };
     const std::int64_t last = ngates - 1;
-    // Window of gate 0: the edge gate stands for itself and the half members before it.
+    // Window of gate 0: the edge gate counts for itself and for the half members before it.
     std::int64_t sum = one(0) * (static_cast<std::int64_t>(half) + 1);
     const std::int64_t inside = std::min<std::int64_t>(half, last);
     for (std::int64_t g = 1; g <= inside; ++g) sum += one(g);

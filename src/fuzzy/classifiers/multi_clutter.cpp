@@ -1,6 +1,6 @@
 /*
  * Ground, sea and wind-turbine clutter against precipitation: the same inputs and the same table of
- * variables and classes as for ground clutter alone, used to its end.
+ * variables and classes as for ground clutter alone, with all four classes.
  */
 #include "clutterclassifier/Cradarpro.h"
 #include "fuzzy/classifiers/precipitation_clutter.h"

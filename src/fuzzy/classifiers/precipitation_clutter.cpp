@@ -1,3 +1,6 @@
+/*
+ * Variables, membership functions and rules of the classifiers of precipitation and clutter.
+ */
 #include "fuzzy/classifiers/precipitation_clutter.h"
 
 #include <algorithm>

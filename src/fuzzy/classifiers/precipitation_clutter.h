@@ -1,6 +1,6 @@
 /*
- * precipitation_clutter.h - the fuzzy system that tells precipitation from clutter: from ground
- * clutter alone, or from ground, sea and wind-turbine clutter.
+ * precipitation_clutter.h - the fuzzy system that separates precipitation from clutter: from
+ * ground clutter alone, or from ground, sea and wind-turbine clutter.
  */
 #ifndef CLUTTER_FUZZY_PRECIPITATION_CLUTTER_H
 #define CLUTTER_FUZZY_PRECIPITATION_CLUTTER_H
@@ -12,7 +12,7 @@
 
 namespace clutter::fuzzy {
 
-/* How many classes there are to tell apart. */
+/* Number of classes of each system. */
 constexpr int kGroundOnly = 2;
 constexpr int kAllClutter = 4;
 
@@ -34,7 +34,7 @@ class PrecipitationClutterEngine : public Cfuzzy {
                                int classes = kGroundOnly);
 };
 
-/* What both classifiers are asked: n elements of the inputs that are not null. */
+/* Arguments of both classifiers: n elements of the inputs that are not null. */
 struct ClutterQuestion {
     const char* dir;
     float* arrays[kInputCount];

@@ -1,3 +1,6 @@
+/*
+ * The public engine: filling its tables, evaluation through a rule base, membership files.
+ */
 #include "clutterclassifier/Cfuzzy.h"
 
 #include <algorithm>
@@ -21,8 +24,8 @@ constexpr int kManyElements = 4096;  // from here on, tables for quick verdicts 
 
 std::unique_ptr<Cvars[]> makeVariables(int count, int functions) {
     std::unique_ptr<Cvars[]> variables(new Cvars[static_cast<std::size_t>(count)]);
-    for (int i = 0; i < count; ++i)
-        variables[static_cast<std::size_t>(i)].CreateMFSspace(functions);
+    std::for_each_n(variables.get(), count,
+                    [functions](Cvars& variable) { variable.CreateMFSspace(functions); });
     return variables;
 }
 

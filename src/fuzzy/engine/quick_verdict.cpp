@@ -1,5 +1,5 @@
 /*
- * The sum of the inputs' cells, compared with what the cells and rounding leave uncertain.
+ * The sum of the inputs' cells, compared with the uncertainty of the cells and of rounding.
  */
 #include "fuzzy/engine/quick_verdict.h"
 
@@ -13,7 +13,7 @@ namespace clutter::fuzzy {
 namespace {
 
 constexpr std::size_t kMaxInputs = 10;
-constexpr float kRounding = 1e-3f;  // far above what sums of floats and products of doubles lose
+constexpr float kRounding = 1e-3f;  // far above the rounding of such sums and products
 
 CLUTTER_KERNEL void dropUncertain(float tolerance, float* scores, int n) {
     for (int j = 0; j < n; ++j) {

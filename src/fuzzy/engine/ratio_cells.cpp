@@ -17,7 +17,7 @@ constexpr double kSmallestDegree = 0x1p-100;  // products of as many stay normal
 constexpr double kLargestDegree = 0x1p100;
 constexpr double kLargestRatio = 1e30;  // a normal number in single precision, and so its inverse
 constexpr double kCancellation = 1e-8;  // of a table's largest degree: below, rounding could matter
-constexpr float kMaxHalf = 0.125f;      // of a cell's log ratio; wider cells settle nothing
+constexpr float kMaxHalf = 0.125f;      // of a cell's log ratio; wider cells decide nothing
 constexpr double kCellOverlap = 1e-3;   // of a cell: the index is computed in single precision
 constexpr float kNan = std::numeric_limits<float>::quiet_NaN();
 constexpr float kInfinity = std::numeric_limits<float>::infinity();
@@ -40,7 +40,7 @@ bool supported(const Term& term) {
     }
 }
 
-/* The smallest degree of a term that is far from what rounding could do to it. */
+/* The smallest degree that dominates its own rounding error. */
 double smallestTrusted(const Term& term) {
     double smallest = kSmallestDegree;
     if (term.shape != Shape::kTable) return smallest;

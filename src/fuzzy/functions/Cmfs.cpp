@@ -1,3 +1,6 @@
+/*
+ * One membership function: its shapes as operations of the public class.
+ */
 #include "clutterclassifier/Cmfs.h"
 
 #include "fuzzy/functions/membership.h"

@@ -1,3 +1,6 @@
+/*
+ * One fuzzy variable.
+ */
 #include "clutterclassifier/Cvars.h"
 
 #include "base/array.h"

@@ -1,3 +1,6 @@
+/*
+ * Membership tables: reading them, and the segment of each of many values by counting comparisons.
+ */
 #include "fuzzy/functions/membership.h"
 
 #include <algorithm>
@@ -26,7 +29,7 @@ float roundUp(double value) {
     return static_cast<double>(nearest) < value ? std::nextafter(nearest, kInfinity) : nearest;
 }
 
-/* segments[j] = how many thresholds x[j] is not below; NaN is below none. */
+/* segments[j] = number of thresholds that x[j] is not below; all of them for NaN. */
 CLUTTER_KERNEL void countThresholds(const float* thresholds, int count, const float* x,
                                     int* __restrict segments, int n) {
     for (int j = 0; j < n; ++j) segments[j] = 0;

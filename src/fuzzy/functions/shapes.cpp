@@ -1,3 +1,6 @@
+/*
+ * The built-in shapes as loops over values.
+ */
 #include "fuzzy/functions/shapes.h"
 
 #include <cmath>

@@ -11,7 +11,7 @@ enum class Shape { kSame, kComplement, kGaussian, kGaussian2s, kOnes, kTrapezoid
 /* The built-in shape of a type text, or kTable: any other text is the path of a membership file. */
 Shape shapeOf(const char* type);
 
-/* Degrees of n values; the formulas and what NaN does stand with Cmfs. */
+/* Degrees of n values; Cmfs has the formulas and the effect of NaN. */
 void evaluateSame(const float* x, double* degrees, int n);
 void evaluateComplement(const float* x, double* degrees, int n);
 void evaluateGaussian(const float* params, const float* x, double* degrees, int n);
