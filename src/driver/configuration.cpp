@@ -16,7 +16,7 @@ namespace base = clutter::base;
 
 namespace {
 
-constexpr std::size_t kLongestWord = 1023;
+constexpr std::size_t kMaxWord = 1023;
 
 /* A cell of the rainfall relations' table. */
 struct Coefficient {
@@ -95,7 +95,7 @@ class Store {
 std::optional<std::string_view> nextWord(base::TokenReader& tokens) {
     const auto token = tokens.next();
     if (!token) return std::nullopt;
-    return token->substr(0, kLongestWord);
+    return token->substr(0, kMaxWord);
 }
 
 }  // namespace

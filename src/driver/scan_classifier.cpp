@@ -9,12 +9,6 @@
 #include "fuzzy/classifiers/precipitation_clutter.h"
 
 namespace clutter::driver {
-namespace {
-
-constexpr std::size_t kManyEchoes = 4096;  // from here on, tables for quick verdicts pay
-
-}  // namespace
-
 std::optional<fuzzy::RuleBase> readRules(const std::string& directory, unsigned inputs,
                                          std::size_t echoes) {
     if (inputs == 0 || echoes == 0) return std::nullopt;
@@ -26,7 +20,7 @@ std::optional<fuzzy::RuleBase> readRules(const std::string& directory, unsigned 
     const fuzzy::PrecipitationClutterEngine engine(directory.c_str(), arrays);
     fuzzy::RuleBase rules(engine);
     if (!rules.announceComplete()) return std::nullopt;
-    if (echoes >= kManyEchoes) rules.prepareForMany();
+    if (echoes >= std::size_t{fuzzy::RuleBase::kMinMany}) rules.prepareForMany();
     return rules;
 }
 

@@ -22,7 +22,8 @@ CLUTTER_KERNEL void multiplyDegrees(const double* __restrict degrees, double* __
 /* Margins below this are computed as the engine computes them: the sign is then its verdict, and
  * the error of quick products does not count beside the others. */
 constexpr float kClose = 1e-4f;
-static_assert(2 * fuzzy::kInputCount * StrengthRows::kMaxError < 1e-5 * kClose);
+static_assert(2 * fuzzy::kInputCount * StrengthRows::kMaxError <
+              1e-5 * static_cast<double>(kClose));
 
 /* A NaN input has the degree 1 in every class. */
 CLUTTER_KERNEL void leaveOutNan(const float* __restrict x, double* __restrict degrees, int n) {

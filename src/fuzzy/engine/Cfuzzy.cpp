@@ -20,7 +20,6 @@ using namespace clutter;
 namespace {
 
 constexpr const char* kPathTooLong = "/dev/null/path-too-long";
-constexpr int kManyElements = 4096;  // from here on, tables for quick verdicts pay
 
 std::unique_ptr<Cvars[]> makeVariables(int count, int functions) {
     std::unique_ptr<Cvars[]> variables(new Cvars[static_cast<std::size_t>(count)]);
@@ -123,7 +122,7 @@ int Cfuzzy::Evaluate(float* out, int n) {
     if (out == nullptr) return 0;
     fuzzy::RuleBase ruleBase(*this);
     if (!ruleBase.announceComplete()) return 0;
-    if (n >= kManyElements) ruleBase.prepareForMany();
+    if (n >= fuzzy::RuleBase::kMinMany) ruleBase.prepareForMany();
     fuzzy::UndecidedElements undecided(ninputs);
     ruleBase.classify(data, n, out, undecided);
     return 1;

@@ -60,6 +60,9 @@ class RuleBase {
      * input order. */
     [[nodiscard]] bool announceComplete() const;
 
+    /* From so many elements on, making tables for quick verdicts pays. */
+    static constexpr int kMinMany = 4096;
+
     /* Makes tables that decide most elements of a long array at once (two-rule products only). */
     void prepareForMany();
 

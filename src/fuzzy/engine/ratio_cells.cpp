@@ -13,12 +13,11 @@
 namespace clutter::fuzzy {
 namespace {
 
-constexpr double kSmallestDegree = 0x1p-100;  // products of as many stay normal numbers
-constexpr double kLargestDegree = 0x1p100;
-constexpr double kLargestRatio = 1e30;  // a normal number in single precision, and so its inverse
+constexpr double kMinDegree = 0x1p-100;  // products of as many stay normal numbers
+constexpr double kMaxDegree = 0x1p100;
+constexpr double kMaxRatio = 1e30;      // a normal number in single precision, and so its inverse
 constexpr double kCancellation = 1e-8;  // of a table's largest degree: below, rounding could matter
 constexpr float kMaxHalf = 0.125f;      // of a cell's log ratio; wider cells decide nothing
-constexpr double kCellOverlap = 1e-3;   // of a cell: the index is computed in single precision
 constexpr float kNan = std::numeric_limits<float>::quiet_NaN();
 constexpr float kInfinity = std::numeric_limits<float>::infinity();
 
@@ -42,7 +41,7 @@ bool supported(const Term& term) {
 
 /* The smallest degree that dominates its own rounding error. */
 double smallestTrusted(const Term& term) {
-    double smallest = kSmallestDegree;
+    double smallest = kMinDegree;
     if (term.shape != Shape::kTable) return smallest;
     for (const double y : term.table->points().y) {
         smallest = std::max(smallest, kCancellation * std::abs(y));
@@ -68,7 +67,7 @@ class LogRatio {
         for (std::size_t j = 0; j < n; ++j) {
             const double ratio = degrees[0][j] / degrees[1][j];
             const bool trusted = trust(0, degrees[0][j]) && trust(1, degrees[1][j]) &&
-                                 ratio >= 1.0 / kLargestRatio && ratio <= kLargestRatio;
+                                 ratio >= 1.0 / kMaxRatio && ratio <= kMaxRatio;
             ratios[j] = trusted ? std::log(static_cast<float>(ratio)) : kNan;
         }
         return ratios;
@@ -93,7 +92,7 @@ class LogRatio {
 
   private:
     bool trust(int rule, double degree) const {
-        return degree >= smallest_[rule] && degree <= kLargestDegree;
+        return degree >= smallest_[rule] && degree <= kMaxDegree;
     }
 
     const Term* terms_[2];
