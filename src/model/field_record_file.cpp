@@ -9,7 +9,6 @@
 #include <cstdio>
 #include <cstring>
 #include <memory>
-#include <optional>
 #include <span>
 #include <vector>
 
@@ -164,7 +163,8 @@ enum class BlockCheck { kSound, kCutShort, kContradiction };
 struct BlockReader {
     ByteCursor cursor;
     std::size_t fileBytes;
-    std::optional<Grid> firstGrid;   // shared by all later blocks
+    bool atFirstBlock = true;
+    Grid firstGrid{};                // of the first block, shared by all later ones
     std::size_t declaredValues = 0;  // by headers, past the shared grid
 
     explicit BlockReader(Bytes file) : cursor(file), fileBytes(file.size()) {}
@@ -199,11 +199,11 @@ BlockCheck parseBlock(BlockReader& reader, Block& block) {
     block.header = cursor.skip(kHeaderBytes);
     if (cursor.failed()) return BlockCheck::kCutShort;
     block.own = {intAt(block.header, kGatesOffset), intAt(block.header, kRaysOffset)};
-    block.shared = reader.firstGrid.value_or(block.own);
+    block.shared = reader.atFirstBlock ? block.own : reader.firstGrid;
     if (block.own.negative()) return BlockCheck::kContradiction;
     const std::size_t valueBytes = storedValueBytes(intAt(block.header, kDatatypeOffset));
-    const bool first = !reader.firstGrid;
-    if (first && !fits(block.own, valueBytes, cursor.remaining())) return BlockCheck::kCutShort;
+    if (reader.atFirstBlock && !fits(block.own, valueBytes, cursor.remaining()))
+        return BlockCheck::kCutShort;
     if (!reader.mayDeclare(block)) return BlockCheck::kCutShort;
 
     const BlockCheck angleCounts = checkCounts(cursor, block.shared.angleCount());
@@ -269,6 +269,7 @@ int Cpluvek::ReadDataFromFile(const char* file) {
         if (check != BlockCheck::kSound) return 0;
         unpackBlock(block, this[i]);
         reader.firstGrid = block.shared;
+        reader.atFirstBlock = false;
     }
     return 1;
 }
