@@ -63,10 +63,11 @@ class Tree:
         """Tests that a file can fail, the likeliest first; each stage is built and run only when needed."""
         folder = name.split("/")
         if folder[0] == "python":
-            stem = Path(name).stem.strip("_")
-            near = [m for m in self.modules if re.search(rf"\b_?{stem}\b", f"{m.stem[5:]} {m.read_text()}")]
-            rest = [m for m in self.modules if m not in near and m.name not in _SLOW]
-            return [(" ".join(m.name for m in group),) for group in (near, rest) if group]
+            stem = re.compile(rf"\b_?{Path(name).stem.strip('_')}\b")
+            hits = {m: len(stem.findall(f"{m.stem[5:]} {m.read_text()}")) for m in self.modules}
+            near = sorted((m for m in hits if hits[m]), key=lambda m: -hits[m])
+            rest = [m for m in hits if not hits[m] and m.name not in _SLOW]
+            return [(" ".join(m.name for m in group),) for group in (near[:3], near[3:], rest) if group]
         own = f"{folder[1] if folder[0] == 'src' else folder[0]}_tests"
         others = {"src": set(self.executables) - {"scan_tests", "cli_tests"},
                   "scan": {"scan_tests", "cli_tests"}, "cli": {"cli_tests"}}[folder[0]] - {own}
