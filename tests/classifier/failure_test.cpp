@@ -32,6 +32,22 @@ void release(void* memory) {
     std::free(memory);
 }
 
+/* Nine, each with a bit of its own: textures first. */
+TEST(InputTable, NamesEveryInput) {
+    const char* const keys[] = {"zhh", "zdr", "pdp", "rhv", "vel", "ldr", "pdf", "rhv", "wid"};
+    const clutter_input_info* info = nullptr;
+    for (int i = 0; i < CLUTTER_INPUT_COUNT; ++i) {
+        ASSERT_EQ(clutter_get_input(i, &info), CLUTTER_OK);
+        EXPECT_EQ(std::string(info->field).substr(0, 3), keys[i]);
+        EXPECT_EQ(info->bit, 1u << i);
+        EXPECT_EQ(info->texture, i < 4 ? 1 : 0);
+    }
+    for (const int index : {-1, int{CLUTTER_INPUT_COUNT}}) {
+        EXPECT_EQ(clutter_get_input(index, &info), CLUTTER_INVALID_ARGUMENT);
+    }
+    EXPECT_EQ(clutter_get_input(0, nullptr), CLUTTER_INVALID_ARGUMENT);
+}
+
 }  // namespace
 
 void* operator new(std::size_t size) {

@@ -141,6 +141,7 @@ TEST(Roles, ASummaryLeavesOutWhatIsMissing) {
     EXPECT_DOUBLE_EQ(summary.shareInRange, 0.75);
     EXPECT_FALSE(summary.constant());
     EXPECT_TRUE(scan::summarise({2, kMissing, 2}, Role::kZdr).constant());
+    EXPECT_TRUE(scan::summarise({2}, Role::kZdr).constant());
     EXPECT_EQ(scan::summarise({kMissing}, Role::kZdr).count, 0);
 }
 
