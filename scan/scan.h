@@ -1,5 +1,5 @@
 /*
- * scan.h - what the program works on: the sweeps of one input file, whatever its format.
+ * scan.h - the sweeps of one input file, whatever its format.
  */
 #ifndef SCAN_SCAN_H
 #define SCAN_SCAN_H
@@ -16,12 +16,11 @@ constexpr float kNoRainDbz = -32;
 
 /* One quantity of a sweep: nrays x ngates values, ray after ray. NaN is "no value". */
 struct Field {
-    std::string name;  /* as the file has it: "DZ", "PH", "Zh" */
-    std::string units; /* "" when the file does not say */
+    std::string name;   // as the file has it: "DZ", "PH", "Zh"
+    std::string units;  // "" when the file does not say
     std::vector<float> values;
-    int wordsPerUnit =
-        0; /* the finest that Universal Format keeps it; 0: what its quantity needs */
-    /* What gates hold that were measured, but without an echo. */
+    int wordsPerUnit = 0;  // the finest that Universal Format keeps it; 0: what its quantity needs
+    /* value of gates that were measured and have no echo */
     std::optional<float> noEcho = std::nullopt;
     /* 1 where the value for "no echo" was replaced by NaN; empty when none was. */
     std::vector<std::uint8_t> noEchoGates = {};
@@ -30,24 +29,26 @@ struct Field {
 /* Rays of one sweep number, padded to the longest. */
 struct Sweep {
     int number = 0;
-    bool rhi = false; /* range-height scan: azimuth fixed, elevation moves */
-    std::string mode; /* as CfRadial names it: "azimuth_surveillance", "sector"; "" unknown */
+    bool rhi = false;  // range-height scan: azimuth fixed, elevation moves
+    std::string mode;  // as CfRadial names it: "azimuth_surveillance", "sector"; "" unknown
     double fixedAngleDeg = 0;
-    std::vector<double> azimuthDeg;   /* one per ray */
-    std::vector<double> elevationDeg; /* one per ray */
-    std::vector<double> rayTimeS;     /* one per ray, seconds since 1970 in UTC; empty: unknown */
+    std::vector<double> azimuthDeg;    // one per ray
+    std::vector<double> elevationDeg;  // one per ray
+    std::vector<double> rayTimeS;      // one per ray, seconds since 1970 in UTC; empty: unknown
     int nrays = 0;
     int ngates = 0;
-    std::vector<int> rayGates; /* gates that each ray really has; empty: ngates everywhere */
+    std::vector<int> rayGates;  // gates that each ray really has; empty: ngates everywhere
     double gateSpacingM = 0;
-    double firstGateM = 0; /* range of the first gate's centre */
-    double nyquist = 0;    /* m/s, 0 unknown */
+    double firstGateM = 0;  // range of the first gate's centre
+    double nyquist = 0;     // m/s, 0 unknown
     std::vector<Field> fields;
 };
 
-/* The one elevation that stands for a sweep. */
+/* The one elevation that represents a sweep. */
 inline double middleElevationDeg(const Sweep& sweep) {
-    if (!sweep.rhi || sweep.elevationDeg.empty()) return sweep.fixedAngleDeg;
+    if (!sweep.rhi || sweep.elevationDeg.empty()) {
+        return sweep.fixedAngleDeg;
+    }
     return sweep.elevationDeg[sweep.elevationDeg.size() / 2];
 }
 
@@ -65,18 +66,18 @@ struct Operation {
 
 struct Scan {
     std::string path;
-    std::string format; /* "Universal Format", "field record" */
+    std::string format;  // "Universal Format", "field record"
     std::string radarName, siteName;
-    std::string source; /* identifiers as ODIM_H5 lists them: "WMO:02606,NOD:seang" */
+    std::string source;  // identifiers as ODIM_H5 lists them: "WMO:02606,NOD:seang"
     double latitudeDeg = 0, longitudeDeg = 0, altitudeM = 0;
     double beamWidthDeg = 0, wavelengthM = 0;
     Operation operation;
     DateTime time;
-    double radarConstantDb = 0; /* only meaningful with hasRadarConstant */
+    double radarConstantDb = 0;  // only meaningful with hasRadarConstant
     bool hasRadarConstant = false;
     std::vector<Sweep> sweeps;
-    std::vector<std::string> damage;   /* sentences: what of the file was not to be had */
-    std::vector<std::string> oddities; /* sentences for `info`: what else was unusual in it */
+    std::vector<std::string> damage;    // sentences: parts of the file that could not be read
+    std::vector<std::string> oddities;  // sentences: what else is unusual about it
 };
 
 }  // namespace scan

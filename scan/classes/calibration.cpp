@@ -10,35 +10,35 @@
 namespace scan {
 namespace {
 
-constexpr int kMostRings = 32; /* blocks of gates that are looked at on their own */
-constexpr int kLeastRings = 8;
-constexpr int kNearShare = 8;            /* the nearest eighth is full of clutter and side lobes */
-constexpr size_t kLeastValues = 40;      /* a ring with fewer says nothing */
-constexpr double kBinDb = 0.5;           /* of the histogram of a ring */
-constexpr double kLowestDb = -120;       /* of the histogram; wider than any radar */
-constexpr int kBins = 480;               /* to +120 dB */
-constexpr int kSmoothBins = 3;           /* to each side: quantised values leave gaps */
-constexpr double kPeakHalfWidthDb = 3;   /* noise of a ring lies mostly within this of its peak */
-constexpr double kLeastPeakShare = 0.12; /* of a ring's values, for a peak to be noise */
-constexpr double kSharePeak = 0.25;      /* enough whatever the shape of the peak */
-constexpr double kLeastTail = 0.3;       /* below the peak, of what is in it */
-constexpr double kHighPeak = 0.5;        /* of the highest: a lower peak that counts as well */
-constexpr double kWeatherCorrelation = 0.9; /* median above it: no noise */
-constexpr double kAgreementDb = 2;          /* between rings that show the same noise */
-constexpr double kLeastAgreeing = 0.3;      /* of the rings */
-constexpr double kSteepest = -0.6;          /* dB per dB of spreading: 0 noise, -1 uniform rain */
-constexpr double kWeakShare = 0.1;          /* of a ring's values are its weak ones */
-constexpr double kDeepestWeakDb = 8;        /* below the noise: noise covers what is weaker */
-constexpr double kDeepestMedianDb = 2;      /* the same for half of the values */
-constexpr double kEnvelopeShare = 0.01;     /* of a ring's values lie below its envelope */
-constexpr double kMarkerShare = 0.02;       /* of all gates at the lowest value: a marker */
+constexpr int kMaxRings = 32;  // blocks of gates that are looked at on their own
+constexpr int kMinRings = 8;
+constexpr int kNearShare = 8;                // the nearest eighth is full of clutter and side lobes
+constexpr std::size_t kMinValues = 40;       // a ring with fewer is ignored
+constexpr double kBinDb = 0.5;               // of the histogram of a ring
+constexpr double kLowestDb = -120;           // of the histogram; wider than any radar
+constexpr int kBins = 480;                   // to +120 dB
+constexpr int kSmoothBins = 3;               // to each side: quantised values leave gaps
+constexpr double kPeakHalfWidthDb = 3;       // noise of a ring lies mostly within this of its peak
+constexpr double kMinPeakShare = 0.12;       // of a ring's values, for a peak to be noise
+constexpr double kSharePeak = 0.25;          // enough whatever the shape of the peak
+constexpr double kMinTail = 0.3;             // below the peak, of what is in it
+constexpr double kHighPeak = 0.5;            // of the highest: a lower peak that counts as well
+constexpr double kWeatherCorrelation = 0.9;  // median above it: no noise
+constexpr double kAgreementDb = 2;           // between rings that show the same noise
+constexpr double kMinAgreeing = 0.3;         // of the rings
+constexpr double kSteepest = -0.6;           // dB per dB of spreading: 0 noise, -1 uniform rain
+constexpr double kWeakShare = 0.1;           // of a ring's values are its weak ones
+constexpr double kDeepestWeakDb = 8;         // below the noise: noise covers what is weaker
+constexpr double kDeepestMedianDb = 2;       // the same for half of the values
+constexpr double kEnvelopeShare = 0.01;      // of a ring's values lie below its envelope
+constexpr double kMarkerShare = 0.02;        // of all gates at the lowest value: a marker
 
 using Values = std::vector<double>;
 
 struct Ring {
-    double spreadingDb = 0;         /* 20 log10(range in km) of its middle */
-    Values levels;                  /* Z - 20 log10(range) of its gates */
-    std::vector<float> correlation; /* of the same gates; empty when there is none */
+    double spreadingDb = 0;          // 20 log10(range in km) of its middle
+    Values levels;                   // Z - 20 log10(range) of its gates
+    std::vector<float> correlation;  // of the same gates; empty when there is none
 };
 
 struct Peak {
@@ -48,10 +48,12 @@ struct Peak {
 /* The lowest value when so many gates share it that it cannot be a measurement. */
 float noEchoMarker(const std::vector<float>& values) {
     float lowest = std::numeric_limits<float>::infinity();
-    size_t present = 0;
+    std::size_t present = 0;
     for (float value : values) {
         present += std::isfinite(value);
-        if (std::isfinite(value)) lowest = std::min(lowest, value);
+        if (std::isfinite(value)) {
+            lowest = std::min(lowest, value);
+        }
     }
     const auto sharing = std::count(values.begin(), values.end(), lowest);
     const bool marker = static_cast<double>(sharing) > kMarkerShare * static_cast<double>(present);
@@ -61,7 +63,7 @@ float noEchoMarker(const std::vector<float>& values) {
 double quantile(Values values, double share) {
     const auto at = static_cast<std::ptrdiff_t>(share * static_cast<double>(values.size() - 1));
     std::nth_element(values.begin(), values.begin() + at, values.end());
-    return values[static_cast<size_t>(at)];
+    return values[static_cast<std::size_t>(at)];
 }
 
 double spreadingDb(double gate, double gateSpacingM) {
@@ -75,17 +77,21 @@ Ring collectRing(const std::vector<float>& reflectivity, const std::vector<float
     ring.spreadingDb = spreadingDb(0.5 * (first + last), gateSpacingM);
     for (int r = 0; r < nrays; ++r) {
         for (int g = first; g < last; ++g) {
-            const size_t at =
-                static_cast<size_t>(r) * static_cast<size_t>(ngates) + static_cast<size_t>(g);
-            if (!std::isfinite(reflectivity[at])) continue;
+            const std::size_t at = static_cast<std::size_t>(r) * static_cast<std::size_t>(ngates) +
+                                   static_cast<std::size_t>(g);
+            if (!std::isfinite(reflectivity[at])) {
+                continue;
+            }
             ring.levels.push_back(reflectivity[at] - spreadingDb(g, gateSpacingM));
-            if (!correlation.empty()) ring.correlation.push_back(correlation[at]);
+            if (!correlation.empty()) {
+                ring.correlation.push_back(correlation[at]);
+            }
         }
     }
     return ring;
 }
 
-/* Few rings for a small scan, so that each has something to say; rings with too little are dropped.
+/* Few rings for a small scan, so that each holds enough values; rings with too little are dropped.
  */
 std::vector<Ring> collectRings(std::vector<float> reflectivity,
                                const std::vector<float>& correlation, int nrays, int ngates,
@@ -98,14 +104,16 @@ std::vector<Ring> collectRings(std::vector<float> reflectivity,
     const auto present = std::count_if(reflectivity.begin(), reflectivity.end(),
                                        [](float value) { return std::isfinite(value); });
     const int count = static_cast<int>(
-        std::clamp<long>(present / (2 * static_cast<long>(kLeastValues)), kLeastRings, kMostRings));
+        std::clamp<long>(present / (2 * static_cast<long>(kMinValues)), kMinRings, kMaxRings));
     std::vector<Ring> rings;
     for (long i = count / kNearShare; i < count; ++i) {
         const int first = std::max(1, static_cast<int>(i * ngates / count));
         const int last = static_cast<int>((i + 1) * ngates / count);
         Ring ring =
             collectRing(reflectivity, correlation, nrays, ngates, first, last, gateSpacingM);
-        if (ring.levels.size() >= kLeastValues) rings.push_back(std::move(ring));
+        if (ring.levels.size() >= kMinValues) {
+            rings.push_back(std::move(ring));
+        }
     }
     return rings;
 }
@@ -116,8 +124,9 @@ Values smoothHistogram(const Values& values) {
         const int bin = static_cast<int>(
             std::clamp((value - kLowestDb) / kBinDb, 0.0, static_cast<double>(kBins - 1)));
         for (int b = std::max(0, bin - kSmoothBins); b <= std::min(kBins - 1, bin + kSmoothBins);
-             ++b)
-            counts[static_cast<size_t>(b)] += 1 + kSmoothBins - std::abs(b - bin);
+             ++b) {
+            counts[static_cast<std::size_t>(b)] += 1 + kSmoothBins - std::abs(b - bin);
+        }
     }
     return counts;
 }
@@ -126,9 +135,13 @@ Values smoothHistogram(const Values& values) {
 double lowestPeak(const Values& values) {
     const Values counts = smoothHistogram(values);
     const double least = kHighPeak * *std::max_element(counts.begin(), counts.end());
-    size_t bin = 0;
-    while (counts[bin] < least) ++bin;
-    while (bin + 1 < counts.size() && counts[bin + 1] >= counts[bin]) ++bin;
+    std::size_t bin = 0;
+    while (counts[bin] < least) {
+        ++bin;
+    }
+    while (bin + 1 < counts.size() && counts[bin + 1] >= counts[bin]) {
+        ++bin;
+    }
     return kLowestDb + (static_cast<double>(bin) + 0.5) * kBinDb;
 }
 
@@ -138,12 +151,13 @@ double median(Values values) {
 
 bool isWeather(const Ring& ring, double peak) {
     Values correlation;
-    for (size_t i = 0; i < ring.correlation.size(); ++i) {
+    for (std::size_t i = 0; i < ring.correlation.size(); ++i) {
         if (std::isfinite(ring.correlation[i]) &&
-            std::abs(ring.levels[i] - peak) <= kPeakHalfWidthDb)
+            std::abs(ring.levels[i] - peak) <= kPeakHalfWidthDb) {
             correlation.push_back(ring.correlation[i]);
+        }
     }
-    return correlation.size() >= kLeastValues / 2 && median(correlation) > kWeatherCorrelation;
+    return correlation.size() >= kMinValues / 2 && median(correlation) > kWeatherCorrelation;
 }
 
 /* Noise has a tail below its peak, unlike weak echo that a threshold cuts off; a tall peak needs
@@ -156,8 +170,10 @@ bool isNoisePeak(const Ring& ring, double peak) {
         below += level < peak - kPeakHalfWidthDb;
     }
     const double share = inside / static_cast<double>(ring.levels.size());
-    if (share < kLeastPeakShare || isWeather(ring, peak)) return false;
-    return share >= kSharePeak || below >= kLeastTail * inside;
+    if (share < kMinPeakShare || isWeather(ring, peak)) {
+        return false;
+    }
+    return share >= kSharePeak || below >= kMinTail * inside;
 }
 
 /* Least-squares slope of the levels over the spreading. */
@@ -180,7 +196,7 @@ double slope(const Peak* begin, const Peak* end) {
 
 /* Nothing lies far below the noise in any ring, a few odd ones aside. */
 bool isFloor(double level, const std::vector<Ring>& rings) {
-    size_t deeper = 0;
+    std::size_t deeper = 0;
     for (const Ring& ring : rings) {
         deeper += quantile(ring.levels, kWeakShare) < level - kDeepestWeakDb ||
                   median(ring.levels) < level - kDeepestMedianDb;
@@ -192,16 +208,24 @@ bool isFloor(double level, const std::vector<Ring>& rings) {
 double agreedLevel(std::vector<Peak> peaks, const std::vector<Ring>& rings) {
     std::sort(peaks.begin(), peaks.end(),
               [](const Peak& a, const Peak& b) { return a.level < b.level; });
-    const auto enough = static_cast<size_t>(kLeastAgreeing * static_cast<double>(rings.size()));
-    size_t best = std::max<size_t>(enough, 3) - 1;
+    const auto enough = static_cast<std::size_t>(kMinAgreeing * static_cast<double>(rings.size()));
+    std::size_t best = std::max<std::size_t>(enough, 3) - 1;
     double level = std::numeric_limits<double>::quiet_NaN();
-    for (size_t low = 0; low < peaks.size(); ++low) {
-        size_t high = low;
-        while (high < peaks.size() && peaks[high].level <= peaks[low].level + kAgreementDb) ++high;
-        if (high - low <= best) continue;
+    for (std::size_t low = 0; low < peaks.size(); ++low) {
+        std::size_t high = low;
+        while (high < peaks.size() && peaks[high].level <= peaks[low].level + kAgreementDb) {
+            ++high;
+        }
+        if (high - low <= best) {
+            continue;
+        }
         const double middle = peaks[(low + high) / 2].level;
-        if (slope(peaks.data() + low, peaks.data() + high) < kSteepest) continue;
-        if (!isFloor(middle, rings)) continue;
+        if (slope(peaks.data() + low, peaks.data() + high) < kSteepest) {
+            continue;
+        }
+        if (!isFloor(middle, rings)) {
+            continue;
+        }
         best = high - low;
         level = middle;
     }
@@ -220,11 +244,17 @@ Calibration estimateCalibration(const std::vector<float>& reflectivity,
     for (const Ring& ring : rings) {
         envelopes.push_back(quantile(ring.levels, kEnvelopeShare));
         const double peak = lowestPeak(ring.levels);
-        if (isNoisePeak(ring, peak)) peaks.push_back({ring.spreadingDb, peak});
+        if (isNoisePeak(ring, peak)) {
+            peaks.push_back({ring.spreadingDb, peak});
+        }
     }
-    if (envelopes.empty()) return {};
+    if (envelopes.empty()) {
+        return {};
+    }
     const double noise = agreedLevel(peaks, rings);
-    if (std::isfinite(noise)) return {NoiseEvidence::kNoiseGates, -noise, kEchoSnrDb};
+    if (std::isfinite(noise)) {
+        return {NoiseEvidence::kNoiseGates, -noise, kEchoSnrDb};
+    }
     return {NoiseEvidence::kLowerEnvelope, -quantile(envelopes, 0.1), 0};
 }
 

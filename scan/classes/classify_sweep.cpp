@@ -11,6 +11,7 @@
 
 #include "clutterclassifier/classifier.hpp"
 #include "scan/classes/remove_isolated.h"
+#include "scan/fields/class_codes.h"
 #include "scan/fields/missing.h"
 #include "scan/fields/oddities.h"
 

@@ -4,6 +4,9 @@
 #include <algorithm>
 #include <cstddef>
 #include <stdexcept>
+#include <utility>
+
+#include "scan/text.h"
 
 namespace scan {
 namespace {

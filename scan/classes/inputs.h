@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "clutterclassifier/classifier.h"
-#include "scan/fields/roles.h"
+#include "scan/fields/role.h"
 
 namespace scan {
 

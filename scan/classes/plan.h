@@ -8,7 +8,8 @@
 
 #include "scan/classes/calibration.h"
 #include "scan/classes/inputs.h"
-#include "scan/fields/roles.h"
+#include "scan/fields/field_choice.h"
+#include "scan/fields/field_map.h"
 #include "scan/scan.h"
 
 namespace scan {
@@ -28,7 +29,7 @@ struct ClassifyOptions {
     Window neighbourhood = {5, 3};  // over which the textures' verdict is averaged
     bool certainty = false;         // also the probability of precipitation and the margin
     bool removeIsolated = false;
-    bool allClasses = false;  // tell sea and wind-turbine clutter from ground clutter
+    bool allClasses = false;  // distinguish sea and wind-turbine clutter from ground clutter
     FieldMap map;
 };
 

@@ -6,8 +6,8 @@
 #include <memory>
 
 #include "clutterclassifier/clutterclassifier.h"
+#include "scan/fields/class_codes.h"
 #include "scan/fields/oddities.h"
-#include "scan/fields/roles.h"
 
 namespace scan {
 namespace {

@@ -3,7 +3,7 @@
 
 #include <stdexcept>
 
-#include "scan/fields/roles.h"
+#include "scan/text.h"
 
 namespace scan {
 

@@ -4,6 +4,8 @@
 #include <cmath>
 #include <limits>
 
+#include "scan/scan.h"
+
 namespace scan {
 namespace {
 

@@ -4,7 +4,7 @@
 
 #include <vector>
 
-#include "scan/fields/roles.h"
+#include "scan/fields/role.h"
 
 namespace scan {
 

@@ -8,7 +8,9 @@
 #include <utility>
 #include <vector>
 
-#include "scan/fields/roles.h"
+#include "scan/fields/role.h"
+#include "scan/fields/value_summary.h"
+#include "scan/median.h"
 
 namespace scan {
 namespace {
@@ -31,15 +33,13 @@ std::vector<double> azimuthSteps(const Sweep& sweep) {
     std::vector<double> sorted = sweep.azimuthDeg;
     std::sort(sorted.begin(), sorted.end());
     std::vector<double> steps;
-    for (size_t r = 1; r < sorted.size(); ++r) steps.push_back(sorted[r] - sorted[r - 1]);
-    if (!sorted.empty()) steps.push_back(sorted.front() + 360 - sorted.back());
+    for (std::size_t r = 1; r < sorted.size(); ++r) {
+        steps.push_back(sorted[r] - sorted[r - 1]);
+    }
+    if (!sorted.empty()) {
+        steps.push_back(sorted.front() + 360 - sorted.back());
+    }
     return steps;
-}
-
-double medianOf(std::vector<double> values) {
-    const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
-    std::nth_element(values.begin(), middle, values.end());
-    return *middle;
 }
 
 /* Sentences about sweeps: one that is true of several is said once. */
@@ -47,23 +47,30 @@ class Findings {
   public:
     void add(const Sweep& sweep, const std::string& sentence) {
         for (auto& [known, sweeps] : found_) {
-            if (known != sentence) continue;
+            if (known != sentence) {
+                continue;
+            }
             sweeps.push_back(sweep.number);
             return;
         }
         found_.push_back({sentence, {sweep.number}});
     }
 
-    void tell(std::vector<std::string>& out, bool single) const {
-        for (const auto& [sentence, sweeps] : found_)
+    void report(std::vector<std::string>& out, bool single) const {
+        for (const auto& [sentence, sweeps] : found_) {
             out.push_back(label(sweeps, single) + sentence);
+        }
     }
 
   private:
     static std::string label(const std::vector<int>& sweeps, bool single) {
-        if (single) return "";
+        if (single) {
+            return "";
+        }
         std::string numbers;
-        for (int number : sweeps) numbers += (numbers.empty() ? "" : ", ") + std::to_string(number);
+        for (int number : sweeps) {
+            numbers += (numbers.empty() ? "" : ", ") + std::to_string(number);
+        }
         return (sweeps.size() == 1 ? "Sweep " : "Sweeps ") + numbers + ": ";
     }
 
@@ -71,9 +78,13 @@ class Findings {
 };
 
 void addLengths(const Sweep& sweep, Findings& out) {
-    if (sweep.rayGates.empty()) return;
+    if (sweep.rayGates.empty()) {
+        return;
+    }
     const auto ends = std::minmax_element(sweep.rayGates.begin(), sweep.rayGates.end());
-    if (*ends.first == *ends.second) return;
+    if (*ends.first == *ends.second) {
+        return;
+    }
     out.add(sweep,
             format("The number of gates differs from ray to ray (%d to %d); shorter rays are "
                    "padded with missing gates.",
@@ -81,7 +92,9 @@ void addLengths(const Sweep& sweep, Findings& out) {
 }
 
 void addCoverage(const Sweep& sweep, Findings& out) {
-    if (sweep.rhi || sweep.nrays < 2) return;
+    if (sweep.rhi || sweep.nrays < 2) {
+        return;
+    }
     const std::vector<double> steps = azimuthSteps(sweep);
     const double gap = *std::max_element(steps.begin(), steps.end());
     if (!closesCircle(sweep)) {
@@ -98,32 +111,37 @@ void addCoverage(const Sweep& sweep, Findings& out) {
 }
 
 void addOrder(const Sweep& sweep, Findings& out) {
-    if (sweep.rhi || sweep.nrays < 2) return;
+    if (sweep.rhi || sweep.nrays < 2) {
+        return;
+    }
     int forward = 0;
-    for (size_t r = 1; r < sweep.azimuthDeg.size(); ++r)
+    for (std::size_t r = 1; r < sweep.azimuthDeg.size(); ++r) {
         forward += std::remainder(sweep.azimuthDeg[r] - sweep.azimuthDeg[r - 1], 360.0) >= 0;
+    }
     const int turns = std::min(forward, sweep.nrays - 1 - forward);
     if (turns > 0) {
         out.add(sweep, format("The azimuths are not in order (%d steps back).", turns));
     }
     const double first = sweep.azimuthDeg.front();
-    if (std::abs(std::remainder(first, 360.0)) > 1)
+    if (std::abs(std::remainder(first, 360.0)) > 1) {
         out.add(sweep, format("The first ray looks at %.1f degrees, not north.", first));
+    }
 }
 
 void addFieldOddity(const Sweep& sweep, const Field& field, Findings& out) {
     const Role role = roleOfName(field.name);
     const ValueSummary summary = summarise(field.values, role);
     const char* name = field.name.c_str();
-    if (summary.count == 0)
+    if (summary.count == 0) {
         out.add(sweep, format("%s holds no value.", name));
-    else if (summary.constant() && summary.count > 1)
+    } else if (summary.constant() && summary.count > 1) {
         out.add(sweep, format("%s is %g wherever it has a value.", name, summary.lowest));
-    else if (summary.shareInRange < 0.99)
-        out.add(sweep, format("%.0f %% of %s lie outside %g..%g %s: hardly the "
-                              "%s, or stored broken.",
+    } else if (summary.shareInRange < 0.99) {
+        out.add(sweep, format("%.0f %% of %s lie outside %g..%g %s: probably not the "
+                              "%s, or corrupt.",
                               100 * (1 - summary.shareInRange), name, roleInfo(role).lowest,
                               roleInfo(role).highest, roleInfo(role).units, roleInfo(role).text));
+    }
 }
 
 void addSite(Scan& scan) {
@@ -137,11 +155,13 @@ void addSite(Scan& scan) {
 void addUnknownNames(Scan& scan) {
     std::string unknown;
     for (const Field& field : scan.sweeps.front().fields) {
-        if (roleOfName(field.name) == Role::kNone)
+        if (roleOfName(field.name) == Role::kNone) {
             unknown += (unknown.empty() ? "" : ", ") + field.name;
+        }
     }
-    if (!unknown.empty())
+    if (!unknown.empty()) {
         scan.oddities.push_back("Fields without a role in the classification: " + unknown + ".");
+    }
 }
 
 }  // namespace
@@ -152,9 +172,11 @@ double largestAzimuthGapDeg(const Sweep& sweep) {
 }
 
 bool closesCircle(const Sweep& sweep) {
-    if (sweep.rhi || sweep.nrays < 3) return false;
+    if (sweep.rhi || sweep.nrays < 3) {
+        return false;
+    }
     const std::vector<double> steps = azimuthSteps(sweep);
-    return largestAzimuthGapDeg(sweep) <= std::max(kGapSteps * medianOf(steps), 3.0);
+    return largestAzimuthGapDeg(sweep) <= std::max(kGapSteps * upperMedian(steps), 3.0);
 }
 
 void addOddities(Scan& scan) {
@@ -163,11 +185,15 @@ void addOddities(Scan& scan) {
         addLengths(sweep, findings);
         addCoverage(sweep, findings);
         addOrder(sweep, findings);
-        for (const Field& field : sweep.fields) addFieldOddity(sweep, field, findings);
+        for (const Field& field : sweep.fields) {
+            addFieldOddity(sweep, field, findings);
+        }
     }
-    findings.tell(scan.oddities, scan.sweeps.size() == 1);
+    findings.report(scan.oddities, scan.sweeps.size() == 1);
     addSite(scan);
-    if (!scan.sweeps.empty()) addUnknownNames(scan);
+    if (!scan.sweeps.empty()) {
+        addUnknownNames(scan);
+    }
 }
 
 }  // namespace scan

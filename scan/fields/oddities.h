@@ -1,4 +1,4 @@
-/* oddities.h - what is unusual about a scan, in sentences. */
+/* oddities.h - unusual properties of a scan, in sentences. */
 #ifndef SCAN_FIELDS_ODDITIES_H
 #define SCAN_FIELDS_ODDITIES_H
 
@@ -14,7 +14,7 @@ double largestAzimuthGapDeg(const Sweep& sweep);
 /* Whether the rays close a circle, so that the last one is a neighbour of the first. */
 bool closesCircle(const Sweep& sweep);
 
-/* Appends what can be told from the scan alone: coverage, order, ray lengths, values. */
+/* Appends what the scan alone shows: coverage, order, ray lengths, values. */
 void addOddities(Scan& scan);
 
 }  // namespace scan

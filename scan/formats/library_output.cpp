@@ -22,15 +22,15 @@ class KeptErrno {
 
 }  // namespace
 
-bool holdsLines(const std::string& path, size_t lines) {
+bool holdsLines(const std::string& path, std::size_t lines) {
     const KeptErrno kept;
     std::ifstream file(path, std::ios::binary);
     const auto found =
         std::count(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>(), '\n');
-    return file && static_cast<size_t>(found) == lines;
+    return file && static_cast<std::size_t>(found) == lines;
 }
 
-bool holdsBytes(const std::string& path, size_t bytes) {
+bool holdsBytes(const std::string& path, std::size_t bytes) {
     const KeptErrno kept;
     std::error_code error;
     return std::filesystem::file_size(path, error) == bytes && !error;

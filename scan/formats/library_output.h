@@ -9,8 +9,8 @@ namespace scan {
 
 /* Whether the file is there with so many whole lines, or so many bytes: a full disk must not pass
  * unnoticed. errno stays that of the operation that wrote. */
-bool holdsLines(const std::string& path, size_t lines);
-bool holdsBytes(const std::string& path, size_t bytes);
+bool holdsLines(const std::string& path, std::size_t lines);
+bool holdsBytes(const std::string& path, std::size_t bytes);
 
 }  // namespace scan
 

@@ -10,20 +10,17 @@
 #include <stdexcept>
 
 #include "clutterclassifier/clutterclassifier.h"
-#include "scan/fields/roles.h"
+#include "scan/fields/class_codes.h"
 #include "scan/formats/containers/write_containers.h"
 #include "scan/formats/output_file.h"
 #include "scan/formats/record/write_record.h"
 #include "scan/formats/uf/write_uf.h"
+#include "scan/text.h"
 
 namespace scan {
 namespace {
 
 using Sweeps = std::vector<const Sweep*>;
-
-std::string endingOf(const std::string& path) {
-    return lowerCase(std::filesystem::path(path).extension().string());
-}
 
 /* The number in the file, or the position in it where numbers come twice. */
 int labelOf(const Scan& scan, const Sweep& sweep) {

@@ -2,24 +2,14 @@
 #ifndef SCAN_POINTS_SAMPLES_H
 #define SCAN_POINTS_SAMPLES_H
 
-#include <optional>
 #include <string>
 #include <vector>
 
 #include "scan/formats/record/read_record.h"
+#include "scan/points/point_list.h"
 #include "scan/scan.h"
 
 namespace scan {
-
-/* Where values are wanted: range in m and azimuth in degrees, or x and y in m. */
-struct Points {
-    std::vector<float> first, second;
-    size_t size() const { return first.size(); }
-};
-
-/* A text file with two numbers on each line that is not blank. Throws std::runtime_error with the
- * reason. */
-Points readPoints(const std::string& path);
 
 /* Range and azimuth of map points, seen from a radar at (east, north) along beams of an elevation;
  * the curvature of the Earth is left out. */
@@ -41,7 +31,7 @@ struct Samples {
 
 /*
  * Fields of a sweep at ranges and azimuths: the gate whose centre is nearest on the ray that is
- * nearest around the circle. Points before the first or behind the last gate, and those farther
+ * nearest around the circle. Points before the first or past the last gate, and those farther
  * from any ray than the rays are from each other, have no value. No names: all fields.
  *
  * Throws std::runtime_error for a range-height sweep and for a name that the sweep does not have.

@@ -13,7 +13,7 @@
 #include <sstream>
 #include <stdexcept>
 
-#include "scan/fields/roles.h"
+#include "scan/text.h"
 
 namespace scan {
 namespace {
@@ -24,13 +24,13 @@ struct Setting {
     const char* key;
     Kind kind;
     const char* example;
-    double lowest, highest; /* numbers that mean something */
+    double lowest, highest;  // numbers that mean something
     const char* meaning;
 };
 
-constexpr double kWidestWindow = 999; /* the work grows with it, without end */
+constexpr double kWidestWindow = 999;  // the work grows with it, without end
 constexpr double kAny = 1e30;
-constexpr double kLeastInt = std::numeric_limits<int>::min();
+constexpr double kMinInt = std::numeric_limits<int>::min();
 constexpr double kAboveZero = std::numeric_limits<double>::denorm_min();
 
 constexpr Setting kSettings[] = {
@@ -52,7 +52,7 @@ constexpr Setting kSettings[] = {
     {"RAYS2AVE_ZDR", Kind::kWindow, "1", 0, kWidestWindow, "of ZDR"},
     {"RAYS2AVE_PDP", Kind::kWindow, "1", 0, kWidestWindow, "of the phase"},
     {"RAYS2AVE_RHV", Kind::kWindow, "0", 0, kWidestWindow, "of the correlation"},
-    {"RAINFALL_ALG", Kind::kInt, "0", kLeastInt, 4,
+    {"RAINFALL_ALG", Kind::kInt, "0", kMinInt, 4,
      "rain rate: 0 Z, 1 Z and ZDR, 4 polynomial of Z and ZDR; negative: 0 or 1, gate by gate "
      "(2 and 3 need KDP, which the stage does not have: the rain rate stays 0)"},
     {"ATTENUATION_ALG", Kind::kInt, "0", -1, 8,
@@ -71,8 +71,8 @@ constexpr Setting kSettings[] = {
 };
 
 constexpr std::uintmax_t kLargestFile = 1 << 20;
-constexpr size_t kLongestWord = 1023; /* what the library keeps of one */
-constexpr size_t kLongestDirectory = 1000;
+constexpr std::size_t kLongestWord = 1023;  // as much as the library keeps of one
+constexpr std::size_t kLongestDirectory = 1000;
 
 struct Word {
     std::string text;
@@ -87,11 +87,17 @@ bool isBlank(char c) {
 std::vector<Word> wordsOf(const std::string& text) {
     std::vector<Word> words;
     int line = 1;
-    for (size_t at = 0; at < text.size(); ++at) {
+    for (std::size_t at = 0; at < text.size(); ++at) {
         const bool begins = !isBlank(text[at]) && (at == 0 || isBlank(text[at - 1]));
-        if (begins) words.push_back({"", line});
-        if (!isBlank(text[at])) words.back().text += text[at];
-        if (text[at] == '\n') ++line;
+        if (begins) {
+            words.push_back({"", line});
+        }
+        if (!isBlank(text[at])) {
+            words.back().text += text[at];
+        }
+        if (text[at] == '\n') {
+            ++line;
+        }
     }
     return words;
 }
@@ -111,7 +117,7 @@ bool parseWholeWord(const std::string& word, double& value) {
 }
 
 bool isWhole(const std::string& word) {
-    const size_t sign = word.find_first_of("+-") == 0 ? 1 : 0;
+    const std::size_t sign = word.find_first_of("+-") == 0 ? 1 : 0;
     return word.size() > sign && word.find_first_not_of("0123456789", sign) == std::string::npos;
 }
 
@@ -124,10 +130,14 @@ std::string shown(double value) {
 
 std::string unknownKey(const std::string& key) {
     std::string text = "unknown key " + printable(key.substr(0, 60));
-    if (!key.empty() && key[0] == '#') return text + " (a configuration file has no comments)";
-    for (const Setting& setting : kSettings)
-        if (lowerCase(key) == lowerCase(setting.key))
+    if (!key.empty() && key[0] == '#') {
+        return text + " (a configuration file has no comments)";
+    }
+    for (const Setting& setting : kSettings) {
+        if (lowerCase(key) == lowerCase(setting.key)) {
             return text + ", case matters: " + setting.key;
+        }
+    }
     return text;
 }
 
@@ -140,45 +150,61 @@ bool fits(double number) {
 }
 
 bool hasRoom(Kind kind, double number) {
-    if (kind == Kind::kShort) return fits<short>(number);
-    if (kind == Kind::kInt || kind == Kind::kWindow) return fits<int>(number);
+    if (kind == Kind::kShort) {
+        return fits<short>(number);
+    }
+    if (kind == Kind::kInt || kind == Kind::kWindow) {
+        return fits<int>(number);
+    }
     return fits<float>(number);
 }
 
-/* What is wrong with a value; no text when nothing is. */
+/* What is wrong with a value; no text where it is valid. */
 struct ValueProblem {
     std::string text;
     bool fatal = false;
 };
 
 std::string directoryProblem(const std::string& value) {
-    if (value.size() > kLongestDirectory) return "the name is too long";
+    if (value.size() > kLongestDirectory) {
+        return "the name is too long";
+    }
     return value.back() == '/' ? "" : "the directory lacks its last /";
 }
 
 std::string rangeProblem(const Setting& setting) {
-    if (setting.lowest == kLeastInt) return "more than " + shown(setting.highest);
-    if (setting.lowest == kAboveZero) return "not above 0 or more than " + shown(setting.highest);
+    if (setting.lowest == kMinInt) {
+        return "more than " + shown(setting.highest);
+    }
+    if (setting.lowest == kAboveZero) {
+        return "not above 0 or more than " + shown(setting.highest);
+    }
     return "not within " + shown(setting.lowest) + " to " + shown(setting.highest);
 }
 
 ValueProblem numberProblem(const Setting& setting, const std::string& value) {
     double number = 0;
     const bool isNumber = value.size() <= kLongestWord && parseWholeWord(value, number);
-    if (!isNumber || !std::isfinite(number))
-        return {printable(value.substr(0, 60)) + " is no number", true};
-    if (setting.kind != Kind::kNumber && !isWhole(value))
-        return {value + " is no whole number", true};
-    if (!hasRoom(setting.kind, number))
+    if (!isNumber || !std::isfinite(number)) {
+        return {printable(value.substr(0, 60)) + " is not a number", true};
+    }
+    if (setting.kind != Kind::kNumber && !isWhole(value)) {
+        return {value + " is not a whole number", true};
+    }
+    if (!hasRoom(setting.kind, number)) {
         return {value + " is too large, and would be read as another number", true};
-    if (number < setting.lowest || number > setting.highest)
+    }
+    if (number < setting.lowest || number > setting.highest) {
         return {value + " is " + rangeProblem(setting),
                 setting.kind == Kind::kWindow && number > setting.highest};
+    }
     return {};
 }
 
 ValueProblem valueProblem(const Setting& setting, const std::string& value) {
-    if (setting.kind == Kind::kWord) return {directoryProblem(value)};
+    if (setting.kind == Kind::kWord) {
+        return {directoryProblem(value)};
+    }
     return numberProblem(setting, value);
 }
 
@@ -187,33 +213,42 @@ class Examination {
     explicit Examination(const std::string& text) : words_(wordsOf(text)) {}
 
     Configuration result() {
-        while (at_ < words_.size()) takePair();
+        while (at_ < words_.size()) {
+            takePair();
+        }
         return std::move(configuration_);
     }
 
   private:
     void takePair() {
         const Word& key = words_[at_++];
-        if (at_ == words_.size()) return report(key, key.text + " has no value");
+        if (at_ == words_.size()) {
+            return report(key, key.text + " has no value");
+        }
         const Setting* setting = findSetting(key.text);
         const Word& value = words_[at_];
         /* The library would take the next key for the value, and go on one word out of step. */
-        if (setting && findSetting(value.text))
+        if (setting && findSetting(value.text)) {
             return report(key, key.text + " has no value: " + value.text + " follows", true);
+        }
         ++at_;
-        if (!setting) return report(key, unknownKey(key.text));
+        if (!setting) {
+            return report(key, unknownKey(key.text));
+        }
         noteRepetition(*setting, key);
         const ValueProblem wrong = valueProblem(*setting, value.text);
-        if (!wrong.text.empty())
+        if (!wrong.text.empty()) {
             report(value, std::string(setting->key) + ": " + wrong.text, wrong.fatal);
+        }
         configuration_.keys.push_back(key.text);
     }
 
     void noteRepetition(const Setting& setting, const Word& key) {
         const auto [entry, isNew] = lines_.emplace(setting.key, key.line);
-        if (!isNew)
+        if (!isNew) {
             report(key, key.text + " is given again: line " + std::to_string(entry->second) +
                             " has it already, the last one counts");
+        }
     }
 
     void report(const Word& where, const std::string& text, bool fatal = false) {
@@ -221,7 +256,7 @@ class Examination {
     }
 
     std::vector<Word> words_;
-    size_t at_ = 0;
+    std::size_t at_ = 0;
     std::map<std::string, int> lines_;
     Configuration configuration_;
 };
@@ -239,11 +274,17 @@ Configuration examineConfiguration(const std::string& text) {
 Configuration examineConfigurationFile(const std::string& path) {
     std::error_code error;
     const auto size = std::filesystem::file_size(path, error);
-    if (error) throw std::runtime_error(error.message());
-    if (size > kLargestFile) throw std::runtime_error("is too large for a configuration file");
+    if (error) {
+        throw std::runtime_error(error.message());
+    }
+    if (size > kLargestFile) {
+        throw std::runtime_error("is too large for a configuration file");
+    }
     std::ifstream file(path, std::ios::binary);
     const std::string text{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-    if (!file.is_open() || file.bad()) throw std::runtime_error("cannot be read");
+    if (!file.is_open() || file.bad()) {
+        throw std::runtime_error("cannot be read");
+    }
     return examineConfiguration(text);
 }
 
@@ -251,14 +292,16 @@ std::string exampleConfiguration(const std::string& membership) {
     std::string text;
     for (const Setting& setting : kSettings) {
         const std::string value = setting.kind == Kind::kWord ? membership : setting.example;
-        if (!value.empty()) text += std::string(setting.key) + " " + value + "\n";
+        if (!value.empty()) {
+            text += std::string(setting.key) + " " + value + "\n";
+        }
     }
     return text;
 }
 
 std::string configurationTable() {
-    constexpr size_t kKeyWidth = 17;
-    constexpr size_t kTextWidth = 78;
+    constexpr std::size_t kKeyWidth = 17;
+    constexpr std::size_t kTextWidth = 78;
     std::string table;
     for (const Setting& setting : kSettings) {
         std::string line = setting.key;

@@ -1,6 +1,6 @@
 /*
- * configuration.h - the file of settings as a user sees it: what may stand in it, an example, and
- * what is wrong with one. Reading it into a context is the library's work.
+ * configuration.h - the settings file as a user sees it: its keys, an example, and what is wrong
+ * with one. The library reads it into a context.
  */
 #ifndef SCAN_PROCESS_CONFIGURATION_H
 #define SCAN_PROCESS_CONFIGURATION_H
@@ -20,7 +20,7 @@ struct ConfigurationProblem {
 
 /* The pairs of a file as the library takes them, and what is wrong with them. */
 struct Configuration {
-    std::vector<std::string> keys; /* known ones, in the file's order */
+    std::vector<std::string> keys;  // known ones, in the file's order
     std::vector<ConfigurationProblem> problems;
 
     bool names(const std::string& key) const;

@@ -25,7 +25,7 @@ constexpr struct {
 }  // namespace
 
 void fillRecord(const Sweep& sweep, const Field& field, Role role, int rays, Cpluvek& record) {
-    const auto count = static_cast<size_t>(rays) * static_cast<size_t>(sweep.ngates);
+    const auto count = static_cast<std::size_t>(rays) * static_cast<std::size_t>(sweep.ngates);
     record.nrays = rays;
     record.ngates = sweep.ngates;
     record.gatesize = static_cast<float>(sweep.gateSpacingM);
@@ -35,22 +35,28 @@ void fillRecord(const Sweep& sweep, const Field& field, Role role, int rays, Cpl
     record.recindex = 0;
     record.nrecords = 1;
     record.nsets = 1;
-    record.angles = new float[static_cast<size_t>(rays) + 1]();
+    record.angles = new float[static_cast<std::size_t>(rays) + 1]();
     record.angles[0] = static_cast<float>(middleElevationDeg(sweep) * kRadiansPerDegree);
-    for (int r = 0; r < sweep.nrays; ++r)
+    for (int r = 0; r < sweep.nrays; ++r) {
         record.angles[1 + r] =
-            static_cast<float>(sweep.azimuthDeg[static_cast<size_t>(r)] * kRadiansPerDegree);
+            static_cast<float>(sweep.azimuthDeg[static_cast<std::size_t>(r)] * kRadiansPerDegree);
+    }
     record.data = new float[count];
     std::fill(record.data, record.data + count, fillValue(role));
-    for (size_t i = 0; i < field.values.size(); ++i)
-        if (!isMissing(role, field.values[i])) record.data[i] = field.values[i];
+    for (std::size_t i = 0; i < field.values.size(); ++i) {
+        if (!isMissing(role, field.values[i])) {
+            record.data[i] = field.values[i];
+        }
+    }
 }
 
 void fillContext(const Sweep& sweep, const FieldChoice& fields, int reach, Crres& context) {
     const int rays = sweep.nrays + (closesCircle(sweep) ? 0 : reach);
-    for (const auto& row : kRecords)
-        if (const Field* field = fields[row.role])
+    for (const auto& row : kRecords) {
+        if (const Field* field = fields[row.role]) {
             fillRecord(sweep, *field, row.role, rays, context.*row.record);
+        }
+    }
 }
 
 }  // namespace scan

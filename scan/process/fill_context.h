@@ -2,7 +2,8 @@
 #ifndef SCAN_PROCESS_FILL_CONTEXT_H
 #define SCAN_PROCESS_FILL_CONTEXT_H
 
-#include "scan/fields/roles.h"
+#include "scan/fields/field_choice.h"
+#include "scan/fields/role.h"
 #include "scan/scan.h"
 
 class Cpluvek;

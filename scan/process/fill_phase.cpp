@@ -5,11 +5,15 @@
 #include <cstddef>
 #include <utility>
 
+#include "scan/median.h"
+
 namespace scan {
 namespace {
 
 int nextValue(const float* phase, int from, int ngates) {
-    while (from < ngates && !std::isfinite(phase[from])) ++from;
+    while (from < ngates && !std::isfinite(phase[from])) {
+        ++from;
+    }
     return from;
 }
 
@@ -24,20 +28,15 @@ void interpolate(float* phase, int left, int right) {
 /* Closes the gaps of one ray; false where there is no value to begin with. */
 bool fillRay(float* phase, int ngates) {
     int left = nextValue(phase, 0, ngates);
-    if (left == ngates) return false;
+    if (left == ngates) {
+        return false;
+    }
     std::fill(phase, phase + left, phase[left]);
-    for (int right = 0; (right = nextValue(phase, left + 1, ngates)) < ngates; left = right)
+    for (int right = 0; (right = nextValue(phase, left + 1, ngates)) < ngates; left = right) {
         interpolate(phase, left, right);
+    }
     std::fill(phase + left + 1, phase + ngates, phase[left]);
     return true;
-}
-
-/* The upper one of an even number. */
-float medianOf(std::vector<float> values) {
-    if (values.empty()) return 0;
-    const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
-    std::nth_element(values.begin(), middle, values.end());
-    return *middle;
 }
 
 }  // namespace
@@ -47,13 +46,16 @@ EmptyRays fillPhaseGaps(float* phase, int nrays, int ngates) {
     EmptyRays empty;
     std::vector<float> firstValues;
     for (int r = 0; r < nrays; ++r) {
-        if (fillRay(rayAt(r), ngates))
+        if (fillRay(rayAt(r), ngates)) {
             firstValues.push_back(rayAt(r)[0]);
-        else
+        } else {
             empty.rays.push_back(r);
+        }
     }
-    empty.phase = medianOf(std::move(firstValues));
-    for (const int r : empty.rays) std::fill(rayAt(r), rayAt(r) + ngates, empty.phase);
+    empty.phase = firstValues.empty() ? 0 : upperMedian(std::move(firstValues));
+    for (const int r : empty.rays) {
+        std::fill(rayAt(r), rayAt(r) + ngates, empty.phase);
+    }
     return empty;
 }
 

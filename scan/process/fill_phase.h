@@ -9,7 +9,7 @@ namespace scan {
 /* What was done about the rays that had no phase at all. */
 struct EmptyRays {
     std::vector<int> rays;
-    float phase = 0; /* what they hold now */
+    float phase = 0;  // what they hold now
 };
 
 /*

@@ -3,6 +3,8 @@
 
 #include <algorithm>
 
+#include "scan/fields/class_codes.h"
+
 namespace scan {
 namespace {
 

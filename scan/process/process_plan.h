@@ -8,7 +8,7 @@ namespace scan {
 
 struct ProcessPlan {
     int what = 0;                       // stages that will run
-    const Field* classField = nullptr;  // classes that the sweep brings along, where none are made
+    const Field* classField = nullptr;  // classes of the sweep, used where it is not classified
     ClassificationPlan classification;  // without the first stage: fields and notes only
 };
 

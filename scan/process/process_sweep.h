@@ -25,10 +25,10 @@ constexpr int kBlankStage = 128;
 constexpr int kAllStages = 255;
 
 struct ProcessOptions {
-    ClassifyOptions classify;             /* its mask: only when the settings name one */
-    std::string configuration;            /* file of settings; empty: the library's defaults */
-    int what = kAllStages;                /* stages that are wanted */
-    std::optional<double> freezingLevelM; /* above the antenna; none: that of the settings */
+    ClassifyOptions classify;              // its mask: only when the settings name one
+    std::string configuration;             // file of settings; empty: the library's defaults
+    int what = kAllStages;                 // stages that are wanted
+    std::optional<double> freezingLevelM;  // above the antenna; none: that of the settings
 };
 
 struct ProcessedSweep {
@@ -36,8 +36,8 @@ struct ProcessedSweep {
     int what = 0;                // stages that ran
     bool hasClasses = false;
     double freezingLevelM = 0;
-    Sweep sweep; /* the fields after the chain, by their record names; NaN is no value */
-    std::unique_ptr<Crres> context; /* its records too hold NaN where these fields do */
+    Sweep sweep;  // the fields after the chain, by their record names; NaN is no value
+    std::unique_ptr<Crres> context;  // its records too hold NaN where these fields do
 };
 
 /*

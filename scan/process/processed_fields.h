@@ -4,7 +4,7 @@
 
 #include <vector>
 
-#include "scan/fields/roles.h"
+#include "scan/fields/field_choice.h"
 #include "scan/scan.h"
 
 class Crres;

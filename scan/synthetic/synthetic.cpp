@@ -26,7 +26,7 @@ using Complex = std::complex<double>;
 
 constexpr double kPi = std::numbers::pi;
 constexpr double kDegree = kPi / 180.0;
-constexpr int kSamples = 16; /* independent samples a ray: rain then scatters by 1.1 dB, 1.4 deg */
+constexpr int kSamples = 16;  // independent samples a ray: rain then scatters by 1.1 dB, 1.4 deg
 /* The beam moves on while a ray is sampled, and the receiver's filter is not a box. */
 constexpr double kLeakDb = -10.0;
 constexpr double kSystemPhaseDeg = 40.0;
@@ -109,7 +109,9 @@ void writeDepolarisation(const Moments& m, double noise, std::size_t i, Syntheti
 constexpr float kRainWins = 0.0f, kNoiseWins = 3.0f, kClutterWins = 5.0f;
 
 float judge(double rain, double clutter, double noise) {
-    if (toDb((rain + clutter) / noise) < kMinSnrDb) return kNoiseWins;
+    if (toDb((rain + clutter) / noise) < kMinSnrDb) {
+        return kNoiseWins;
+    }
     return clutter > rain ? kClutterWins : kRainWins;
 }
 
@@ -122,8 +124,12 @@ SyntheticScan emptyScan(int nrays, int ngates) {
     scan.elevationDeg = kElevationDeg;
     scan.radarConstantDb = -kNoiseDbzAt1Km;
     scan.minSnrDb = kMinSnrDb;
-    for (int g = 0; g < ngates; ++g) scan.rangeM.push_back(g * kSpacingM);
-    for (int r = 0; r < nrays; ++r) scan.azimuthDeg.push_back((r + 0.5) * 360.0 / nrays);
+    for (int g = 0; g < ngates; ++g) {
+        scan.rangeM.push_back(g * kSpacingM);
+    }
+    for (int r = 0; r < nrays; ++r) {
+        scan.azimuthDeg.push_back((r + 0.5) * 360.0 / nrays);
+    }
     const std::size_t n = static_cast<std::size_t>(nrays) * ngates;
     for (auto* field : {&scan.zhh, &scan.zdr, &scan.phidp, &scan.rhohv, &scan.velocity, &scan.width,
                         &scan.ldr, &scan.likelihood}) {
@@ -168,10 +174,14 @@ Moments groundMoments(const SyntheticScan& scan, const std::vector<Echo>& ground
                       double propagationDeg) {
     Moments moments;
     const auto add = [&](int r, int g, double leakDb) {
-        if (g < 0 || g >= scan.ngates) return;
+        if (g < 0 || g >= scan.ngates) {
+            return;
+        }
         const int wrapped = (r + scan.nrays) % scan.nrays;
         Echo echo = ground[static_cast<std::size_t>(wrapped) * scan.ngates + g];
-        if (echo.dBZ <= Echo{}.dBZ) return;
+        if (echo.dBZ <= Echo{}.dBZ) {
+            return;
+        }
         echo.dBZ += leakDb;
         moments.add(echo, propagationDeg);
     };

@@ -43,7 +43,9 @@ class Random {
      * uniforms of 52 bits can be multiplied without underflow. */
     double gamma(int shape) {
         double product = 1.0;
-        for (int i = 0; i < shape; ++i) product *= uniform();
+        for (int i = 0; i < shape; ++i) {
+            product *= uniform();
+        }
         return -std::log(product);
     }
 

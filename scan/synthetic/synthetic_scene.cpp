@@ -37,7 +37,7 @@ Weather::Weather(std::uint64_t seed)
     Random random(seed);
     windSpeed_ = random.uniform(10.0, 14.0);
     windFromRad_ = random.uniform(0.0, 2.0 * kPi);
-    /* Two cells in three stand in a line across the scan, the others anywhere. */
+    /* Two cells in three lie in a line across the scan, the others anywhere. */
     const double lineRad = random.uniform(0.0, kPi), lineKm = random.uniform(25.0, 55.0);
     for (int i = 0; i < kCells; ++i) {
         double xKm = random.uniform(-130.0, 130.0), yKm = random.uniform(-130.0, 130.0);
@@ -54,13 +54,17 @@ Weather::Weather(std::uint64_t seed)
 double Weather::reflectivity(double xKm, double yKm) const {
     const double region = region_.at(xKm, yKm);
     double dBZ = 18.0 + 7.0 * region + 3.5 * bands_.at(xKm, yKm);
-    if (region < 0.25) dBZ += 35.0 * (region - 0.25); /* the edge of the rain area */
+    if (region < 0.25) {
+        dBZ += 35.0 * (region - 0.25);  // the edge of the rain area
+    }
     for (const Cell& cell : cells_) {
         const double dx = xKm - cell.xKm, dy = yKm - cell.yKm;
         const double along = dx * std::cos(cell.angleRad) + dy * std::sin(cell.angleRad);
         const double across = dy * std::cos(cell.angleRad) - dx * std::sin(cell.angleRad);
         const double distance = std::hypot(along / cell.stretch, across) / cell.radiusKm;
-        if (distance > 6.0) continue;
+        if (distance > 6.0) {
+            continue;
+        }
         /* A round top and an exponential flank. */
         dBZ = addPowersDb(dBZ, cell.peakDbz - 12.0 * (std::hypot(1.0, distance) - 1.0));
     }
@@ -160,7 +164,9 @@ Echo Clutter::drawTarget(const Target& target, double rangeKm, Random& random) c
     echo.phaseDeg = random.uniform(-180.0, 180.0);
     echo.correlation = spoke ? 0.1 : drawCorrelation(random);
     echo.velocity = tower ? 0.1 * random.normal() : target.velocity + 0.5 * random.normal();
-    if (spoke) echo.velocity = random.uniform(-40.0, 40.0);
+    if (spoke) {
+        echo.velocity = random.uniform(-40.0, 40.0);
+    }
     echo.width = tower ? 0.2 : random.uniform(0.4, 2.5);
     echo.ldrDb = -12.0 + 4.0 * random.normal();
     return echo;
@@ -169,7 +175,9 @@ Echo Clutter::drawTarget(const Target& target, double rangeKm, Random& random) c
 Echo Clutter::draw(int ray, int gate, double xKm, double yKm, double rangeKm,
                    Random& random) const {
     const int target = targetAt_[static_cast<std::size_t>(ray) * ngates_ + gate];
-    if (target != 0) return drawTarget(targets_[target - 1], rangeKm, random);
+    if (target != 0) {
+        return drawTarget(targets_[target - 1], rangeKm, random);
+    }
     const double excess = terrain(xKm, yKm, rangeKm) + 0.12 * random.normal();
     return excess > 0.0 ? drawTerrain(excess, xKm, yKm, random) : Echo{};
 }

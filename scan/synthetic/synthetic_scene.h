@@ -11,12 +11,12 @@ namespace scan {
 
 /* One kind of echo at one gate. */
 struct Echo {
-    double dBZ = -100.0; /* -100: none */
+    double dBZ = -100.0;  // -100: none
     double zdrDb = 0.0;
-    double phaseDeg = 0.0; /* of scattering; the propagation phase comes on top */
+    double phaseDeg = 0.0;  // of scattering; the propagation phase comes on top
     double correlation = 0.0;
-    double velocity = 0.0; /* m/s, not folded */
-    double width = 1.0;    /* m/s */
+    double velocity = 0.0;  // m/s, not folded
+    double width = 1.0;     // m/s
     double ldrDb = -30.0;
 };
 
@@ -58,7 +58,7 @@ class Clutter {
     enum class Kind { kTower, kSpeck, kInterference };
     struct Target {
         Kind kind;
-        double excessDb; /* tower: dBZ; else above the noise */
+        double excessDb;  // tower: dBZ; else above the noise
         double velocity;
     };
     double terrain(double xKm, double yKm, double rangeKm) const;
@@ -68,7 +68,7 @@ class Clutter {
 
     int nrays_, ngates_;
     SmoothPattern terrain_, phase_, offset_;
-    std::vector<std::uint16_t> targetAt_; /* per gate: 0 none, else 1 + index */
+    std::vector<std::uint16_t> targetAt_;  // per gate: 0 none, else 1 + index
     std::vector<Target> targets_;
 };
 

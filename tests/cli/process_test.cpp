@@ -302,7 +302,7 @@ TEST_F(Process, RefusesWithAReason) {
     for (const std::string& call : {to("--config " + bad), "process --check-config " + bad}) {
         const Outcome outcome = runProgram(call);
         EXPECT_EQ(outcome.code, 1) << call;
-        EXPECT_THAT(outcome.out, HasSubstr("bad.txt:2: ZDR_BIAS: high is no number"));
+        EXPECT_THAT(outcome.out, HasSubstr("bad.txt:2: ZDR_BIAS: high is not a number"));
     }
     EXPECT_EQ(std::distance(fs::directory_iterator(directory_.path()), {}), before);
     EXPECT_EQ(fs::file_size(settings), sizeof kSettings - 1);

@@ -179,7 +179,7 @@ TEST_F(Program, ErrorsAreOneLineWithFileAndReason) {
         {"demo --seed -1", 2, "-1 is not a whole number"},
         {"demo --seed 18446744073709551616", 2, "is not a whole number"},
         {"demo --scan x.plv", 2, "--scan: must end in .uf"},
-        {"classify " + scan_ + " --map DZ", 2, "FIELD=QUANTITY"},
+        {"classify " + scan_ + " --map DZ", 2, "FIELD=ROLE"},
         {"classify " + scan_ + " --plot a.jpeg", 2, ".png"},
         {"classify " + scan_ + " --min-snr high", 2, "--min-snr"},
         {"classify " + scan_ + " --min-snr nan", 2, "--min-snr: nan is not a finite number"},

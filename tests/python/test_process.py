@@ -135,8 +135,8 @@ def test_the_directory_of_the_settings(tmp_path) -> None:
 
 @pytest.mark.parametrize(("config", "words"), [
     ({"NO_SUCH": 1}, "unknown key NO_SUCH"), ({"RAINFALL_ALG": 9}, "9 is more than"),
-    ({"RAINFALL_ALG": 0.5}, "no whole number"), ({"CLUTTER_MFS": "a b/"}, "not a single word"),
-    ({"ZDR_BIAS": "much"}, "much is no number"), ({"zdr_bias": 1}, "case matters"),
+    ({"RAINFALL_ALG": 0.5}, "not a whole number"), ({"CLUTTER_MFS": "a b/"}, "not a single word"),
+    ({"ZDR_BIAS": "much"}, "much is not a number"), ({"zdr_bias": 1}, "case matters"),
 ])
 def test_wrong_settings_are_named(config: dict[str, object], words: str, tmp_path) -> None:
     with pytest.raises(ValueError, match=words):

@@ -214,7 +214,8 @@ TEST_F(ReadScan, RecordsThatAreNoRaysAreDamage) {
     UfRecord foreign = ufRay({{"DZ", {2}}}, 2);
     foreign.text(1, "XX");
     const scan::Scan scan = read(ufFile({ufRay({{"DZ", {1}}}), foreign}));
-    EXPECT_EQ(damageOf(scan), "1 of 2 records do not begin as rays do: their values mean nothing.");
+    EXPECT_EQ(damageOf(scan),
+              "1 of 2 records do not start with a ray header: their values are meaningless.");
 }
 
 TEST_F(ReadScan, FilesThatCannotBeReadSayWhy) {

@@ -17,6 +17,7 @@
 #include "scan/formats/output_file.h"
 #include "scan/formats/write_classes.h"
 #include "scan/quiet_library.h"
+#include "scan/text.h"
 
 namespace cli {
 

@@ -83,7 +83,7 @@ def check_config(config: Config) -> list[str]:
     >>> cc.check_config({"ATTENUATION_ALG": 4, "FREEZING_LEVEL": 2600})
     []
     >>> cc.check_config({"RAINFALL_ALG": 1.5})
-    ['RAINFALL_ALG: 1.5 is no whole number']
+    ['RAINFALL_ALG: 1.5 is not a whole number']
     """
     problems = _core.configuration_problems(_text_of(config))
     if isinstance(config, Mapping):

@@ -12,7 +12,7 @@
 namespace scan {
 namespace {
 
-constexpr float kNoEchoDbz = -32.5F;
+constexpr float kNoEchoDbz = -32.5f;
 
 /* The library takes a file whose first ray has another number of bins for read, and leaves the
  * values as they were: all 0, which no bin of a ray that was read can be for long. */
@@ -24,7 +24,9 @@ bool holdsRays(const CGermanRadar& radar) {
 /* The library's own value marks them, not its mark of no rain. */
 void markNoEcho(Field& field, bool keep) {
     field.noEcho = kNoEchoDbz;
-    if (keep) return;
+    if (keep) {
+        return;
+    }
     std::replace(field.values.begin(), field.values.end(), kNoEchoDbz,
                  std::numeric_limits<float>::quiet_NaN());
 }
@@ -34,9 +36,12 @@ void markNoEcho(Field& field, bool keep) {
 Scan readGermanDx(const std::string& path, bool keepNoEcho) {
     const auto radar = std::make_unique<CGermanRadar>();
     std::string name = path;
-    if (radar->readbinaryfile(name.data()) != 1)
-        throw std::runtime_error("is no complete German DX file");
-    if (!holdsRays(*radar)) throw std::runtime_error("has a first ray of neither 100 nor 128 bins");
+    if (radar->readbinaryfile(name.data()) != 1) {
+        throw std::runtime_error("is not a complete German DX file");
+    }
+    if (!holdsRays(*radar)) {
+        throw std::runtime_error("has a first ray of neither 100 nor 128 bins");
+    }
     Cpluvek records[2];
     radar->german2pluvek(records);
     Scan scan = scanFromRecords(records, 1);
@@ -45,7 +50,7 @@ Scan readGermanDx(const std::string& path, bool keepNoEcho) {
     sweep.elevationDeg.assign(std::begin(radar->elevation), std::end(radar->elevation));
     markNoEcho(sweep.fields[0], keepNoEcho);
     scan.oddities.push_back(
-        "A German DX file tells neither the place of its radar nor a "
+        "A German DX file contains neither the position of its radar nor a "
         "calibration constant.");
     return scan;
 }

@@ -9,9 +9,9 @@
 
 #include "clutterclassifier/clutterclassifier.h"
 #include "formats/polar/layout.h"
-#include "scan/fields/roles.h"
 #include "scan/formats/checked_words.h"
 #include "scan/formats/record/write_record.h"
+#include "scan/text.h"
 
 namespace scan {
 namespace {

@@ -7,7 +7,7 @@
 #include <memory>
 
 #include "clutterclassifier/clutterclassifier.h"
-#include "scan/fields/roles.h"
+#include "scan/fields/class_codes.h"
 #include "scan/quiet_library.h"
 
 namespace scan {
@@ -18,14 +18,14 @@ constexpr double kPi = 3.14159265358979323846;
 constexpr double kRadiansPerDegree = kPi / 180;
 constexpr int kStoredAsByte = 2;
 
-template <size_t N>
+template <std::size_t N>
 void setText(char (&buffer)[N], const std::string& text) {
     std::snprintf(buffer, N, "%s", text.c_str());
 }
 
 void setExtent(const Sweep& sweep, Cpluvek& record) {
     const auto reach = static_cast<float>(sweep.ngates * sweep.gateSpacingM);
-    const float limits[6] = {-reach, reach, reach / 2.5F, -reach, reach, reach / 2.5F};
+    const float limits[6] = {-reach, reach, reach / 2.5f, -reach, reach, reach / 2.5f};
     std::copy(std::begin(limits), std::end(limits), record.axislimits);
     std::copy(std::begin(limits), std::end(limits), record.axislimits0);
 }
@@ -72,10 +72,11 @@ void fillFieldRecord(const Scan& scan, const Sweep& sweep, const std::string& na
     setText(record.name, name);
     setText(record.units, units.empty() ? "-" : units);
     setText(record.title, "DATA FILE, " + std::string(record.datetime));
-    record.angles = new float[static_cast<size_t>(sweep.nrays) + 1];
+    record.angles = new float[static_cast<std::size_t>(sweep.nrays) + 1];
     record.angles[0] = static_cast<float>(middleElevationDeg(sweep) * kRadiansPerDegree);
-    for (size_t r = 0; r < sweep.azimuthDeg.size(); ++r)
+    for (std::size_t r = 0; r < sweep.azimuthDeg.size(); ++r) {
         record.angles[1 + r] = static_cast<float>(sweep.azimuthDeg[r] * kRadiansPerDegree);
+    }
     record.data = new float[values.size()];
     std::copy(values.begin(), values.end(), record.data);
 }

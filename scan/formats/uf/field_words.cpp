@@ -8,9 +8,11 @@
 #include <stdexcept>
 
 #include "formats/uf/fields.h"
-#include "scan/fields/roles.h"
+#include "scan/fields/class_codes.h"
+#include "scan/fields/role.h"
 #include "scan/formats/uf/make_words.h"
 #include "scan/formats/uf/write_uf.h"
+#include "scan/text.h"
 
 namespace scan {
 namespace {

@@ -10,7 +10,8 @@
 #include <stdexcept>
 
 #include "clutterclassifier/clutterclassifier.h"
-#include "scan/fields/roles.h"
+#include "scan/fields/role.h"
+#include "scan/median.h"
 
 namespace scan {
 namespace {
@@ -20,12 +21,14 @@ constexpr int kModeRhi = 3;
 constexpr float kNoValue = std::numeric_limits<float>::quiet_NaN();
 
 /* A few long rays among very many short ones would be padded to far more than the file holds. */
-constexpr size_t kMostPadding = 16;
-constexpr size_t kAlwaysAllowedValues = 1 << 22;
+constexpr std::size_t kMaxPadding = 16;
+constexpr std::size_t kAlwaysAllowedValues = 1 << 22;
 
 std::string textOf(const char* chars) {
     std::string text(chars);
-    while (!text.empty() && text.back() == ' ') text.pop_back();
+    while (!text.empty() && text.back() == ' ') {
+        text.pop_back();
+    }
     return text;
 }
 
@@ -57,18 +60,17 @@ double spread(const std::vector<double>& values) {
     return *ends.second - *ends.first;
 }
 
-double median(std::vector<double> values) {
-    const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
-    std::nth_element(values.begin(), middle, values.end());
-    return *middle;
-}
-
 /* Position of a field in a ray: rays of one sweep may hold their fields in another order. */
 int findInRay(const Cufray& ray, int count, const std::string& name, int expected) {
     count = std::min<int>(count, ray.nfields);
-    if (expected < count && name == ray.table[expected].name) return expected;
-    for (int f = 0; f < count; ++f)
-        if (name == ray.table[f].name) return f;
+    if (expected < count && name == ray.table[expected].name) {
+        return expected;
+    }
+    for (int f = 0; f < count; ++f) {
+        if (name == ray.table[f].name) {
+            return f;
+        }
+    }
     return -1;
 }
 
@@ -78,11 +80,14 @@ int gatesOf(const Cufray& ray, int field) {
 
 void unpack(const Cufray& ray, int field, float* out) {
     const CufFieldHeader& header = ray.headers[field];
-    if (header.scalefactor == 0) return;
-    const short* words = ray.data + static_cast<size_t>(field) * ray.ngates;
+    if (header.scalefactor == 0) {
+        return;
+    }
+    const short* words = ray.data + static_cast<std::size_t>(field) * ray.ngates;
     const auto scale = static_cast<float>(header.scalefactor);
-    for (int g = 0; g < gatesOf(ray, field); ++g)
+    for (int g = 0; g < gatesOf(ray, field); ++g) {
         out[g] = words[g] == ray.missingvalue ? kNoValue : static_cast<float>(words[g]) / scale;
+    }
 }
 
 Field fieldFrom(const Cufray* rays, const Sweep& sweep, int fieldCount, int field) {
@@ -90,13 +95,16 @@ Field fieldFrom(const Cufray* rays, const Sweep& sweep, int fieldCount, int fiel
     result.name = textOf(rays[0].table[field].name);
     const Role role = roleOfName(result.name);
     result.units = roleInfo(role).units;
-    if (role == Role::kZhh && fromLibrary(rays[0])) result.noEcho = kNoRainDbz;
-    result.values.assign(static_cast<size_t>(sweep.nrays) * static_cast<size_t>(sweep.ngates),
-                         kNoValue);
+    if (role == Role::kZhh && fromLibrary(rays[0])) {
+        result.noEcho = kNoRainDbz;
+    }
+    result.values.assign(
+        static_cast<std::size_t>(sweep.nrays) * static_cast<std::size_t>(sweep.ngates), kNoValue);
     for (int r = 0; r < sweep.nrays; ++r) {
         const int at = findInRay(rays[r], fieldCount, rays[0].table[field].name, field);
-        if (at >= 0 && rays[r].data)
-            unpack(rays[r], at, result.values.data() + static_cast<size_t>(r) * sweep.ngates);
+        if (at >= 0 && rays[r].data) {
+            unpack(rays[r], at, result.values.data() + static_cast<std::size_t>(r) * sweep.ngates);
+        }
     }
     return result;
 }
@@ -104,7 +112,7 @@ Field fieldFrom(const Cufray* rays, const Sweep& sweep, int fieldCount, int fiel
 /* As the file has it, where that agrees with the rays: some leave it out or mean something else. */
 double fixedAngle(const Cufray& first, const Sweep& sweep) {
     constexpr double kAgreementDeg = 1.5;
-    const double pointed = median(sweep.rhi ? sweep.azimuthDeg : sweep.elevationDeg);
+    const double pointed = upperMedian(sweep.rhi ? sweep.azimuthDeg : sweep.elevationDeg);
     const double said = first.fixedangle / kUnitsPerDegree;
     const bool agrees = std::abs(std::remainder(said - pointed, 360.0)) <= kAgreementDeg;
     return agrees && !fromLibrary(first) ? said : pointed;
@@ -116,7 +124,9 @@ void fillGeometry(const Cufray* rays, Sweep& sweep) {
     sweep.number = first.sweepnumber;
     sweep.gateSpacingM = header.gatespacing;
     sweep.firstGateM = 1000.0 * header.firstgaterange;
-    if (!fromLibrary(first)) sweep.firstGateM += header.firstgateadjustment;
+    if (!fromLibrary(first)) {
+        sweep.firstGateM += header.firstgateadjustment;
+    }
     for (int r = 0; r < sweep.nrays; ++r) {
         sweep.azimuthDeg.push_back(azimuthOf(rays[r]));
         sweep.elevationDeg.push_back(rays[r].elevation / kUnitsPerDegree);
@@ -130,20 +140,28 @@ void fillGeometry(const Cufray* rays, Sweep& sweep) {
 
 double nyquistOf(const Cufray& ray, int fieldCount) {
     for (int f = 0; f < fieldCount; ++f) {
-        if (std::string(ray.table[f].name) != "VR" || ray.headers[f].scalefactor == 0) continue;
+        if (std::string(ray.table[f].name) != "VR" || ray.headers[f].scalefactor == 0) {
+            continue;
+        }
         const double nyquist = static_cast<double>(ray.nyquist) / ray.headers[f].scalefactor;
-        if (ray.nyquist != ray.missingvalue && nyquist > 0) return nyquist;
+        if (ray.nyquist != ray.missingvalue && nyquist > 0) {
+            return nyquist;
+        }
     }
     return 0;
 }
 
 void requireModestPadding(const Cufray* rays, const Sweep& sweep) {
-    size_t held = 0;
-    for (int r = 0; r < sweep.nrays; ++r) held += rays[r].ngates;
-    const size_t padded = static_cast<size_t>(sweep.nrays) * static_cast<size_t>(sweep.ngates);
-    if (padded > kAlwaysAllowedValues && padded > kMostPadding * held)
+    std::size_t held = 0;
+    for (int r = 0; r < sweep.nrays; ++r) {
+        held += rays[r].ngates;
+    }
+    const std::size_t padded =
+        static_cast<std::size_t>(sweep.nrays) * static_cast<std::size_t>(sweep.ngates);
+    if (padded > kAlwaysAllowedValues && padded > kMaxPadding * held) {
         throw std::runtime_error("the rays of sweep " + std::to_string(sweep.number) +
                                  " differ too much in length");
+    }
 }
 
 Sweep sweepFrom(const Cufray* rays, int nrays, int fieldCount) {
@@ -152,8 +170,9 @@ Sweep sweepFrom(const Cufray* rays, int nrays, int fieldCount) {
     fillGeometry(rays, sweep);
     requireModestPadding(rays, sweep);
     sweep.nyquist = nyquistOf(rays[0], fieldCount);
-    for (int f = 0; f < fieldCount; ++f)
+    for (int f = 0; f < fieldCount; ++f) {
         sweep.fields.push_back(fieldFrom(rays, sweep, fieldCount, f));
+    }
     return sweep;
 }
 
@@ -164,9 +183,15 @@ Sweep sweepFrom(const Cufray* rays, int nrays, int fieldCount) {
 std::optional<double> radarConstantOf(const Cufray& ray, int fieldCount) {
     for (int f = 0; f < fieldCount; ++f) {
         const double scale = ray.headers[f].scalefactor;
-        if (std::string(ray.table[f].name) != "DM" || scale == 0) continue;
-        if (ray.radarconstant == ray.missingvalue || ray.noisepower == ray.missingvalue) continue;
-        if (ray.radarconstant == 0 || ray.noisepower >= 0) continue;
+        if (std::string(ray.table[f].name) != "DM" || scale == 0) {
+            continue;
+        }
+        if (ray.radarconstant == ray.missingvalue || ray.noisepower == ray.missingvalue) {
+            continue;
+        }
+        if (ray.radarconstant == 0 || ray.noisepower >= 0) {
+            continue;
+        }
         return -(ray.radarconstant + ray.noisepower) / scale;
     }
     return std::nullopt;
@@ -181,22 +206,26 @@ void fillSite(const Cufray& ray, Scan& scan) {
     scan.altitudeM = ray.altitude;
     scan.time = {ray.year, ray.month, ray.day, ray.hour, ray.minute, ray.second};
     const CufFieldHeader& header = ray.headers[0];
-    if (header.horizontalbeamwidth != ray.missingvalue)
+    if (header.horizontalbeamwidth != ray.missingvalue) {
         scan.beamWidthDeg = header.horizontalbeamwidth / kUnitsPerDegree;
-    if (header.wavelength != ray.missingvalue)
+    }
+    if (header.wavelength != ray.missingvalue) {
         scan.wavelengthM = header.wavelength / kUnitsPerDegree / 100;
+    }
 }
 
-/* What the framing tells: the year as it stands in the file, and how it ends. */
+/* What the framing holds: the year as it is in the file, and how the file ends. */
 struct Framing {
     int year = 0;
-    std::uintmax_t bytesLeft = 0; /* after the last whole record */
-    bool lacksLastLength = false; /* which the last record is read without */
+    std::uintmax_t bytesLeft = 0;  // after the last whole record
+    bool lacksLastLength = false;  // which the last record is read without
 };
 
 std::uint32_t bigEndian(const unsigned char* bytes, int count) {
     std::uint32_t value = 0;
-    for (int i = 0; i < count; ++i) value = value << 8 | bytes[i];
+    for (int i = 0; i < count; ++i) {
+        value = value << 8 | bytes[i];
+    }
     return value;
 }
 
@@ -207,13 +236,16 @@ Framing readFraming(const std::string& path) {
     framing.bytesLeft = std::filesystem::file_size(path);
     std::ifstream file(path, std::ios::binary);
     unsigned char head[kYearOffset + 2];
-    if (file.read(reinterpret_cast<char*>(head), sizeof head))
+    if (file.read(reinterpret_cast<char*>(head), sizeof head)) {
         framing.year = static_cast<int>(bigEndian(head + kYearOffset, 2));
+    }
     std::uintmax_t begin = 0;
     while (file.seekg(static_cast<std::streamoff>(begin)),
            file.read(reinterpret_cast<char*>(head), 4)) {
         const std::uint32_t length = bigEndian(head, 4);
-        if (length < kSmallestRecordBytes || length + 4ULL > framing.bytesLeft) break;
+        if (length < kSmallestRecordBytes || length + 4ULL > framing.bytesLeft) {
+            break;
+        }
         framing.lacksLastLength = length + 8ULL > framing.bytesLeft;
         const std::uintmax_t held = std::min<std::uintmax_t>(length + 8ULL, framing.bytesLeft);
         begin += held;
@@ -222,7 +254,7 @@ Framing readFraming(const std::string& path) {
     return framing;
 }
 
-void judgeFraming(const std::string& path, Scan& scan) {
+void checkFraming(const std::string& path, Scan& scan) {
     const Framing framing = readFraming(path);
     if (framing.year < 100) {
         scan.oddities.push_back("The year has two digits: " + std::to_string(framing.year) +
@@ -233,8 +265,9 @@ void judgeFraming(const std::string& path, Scan& scan) {
                               " bytes after the last whole record were left unread: the file is "
                               "cut short, or something was appended.");
     }
-    if (framing.lacksLastLength)
+    if (framing.lacksLastLength) {
         scan.damage.push_back("The file ends within the last record's closing length.");
+    }
 }
 
 /* Records between which something else was put, or was lost, are read as rays all the same. */
@@ -242,9 +275,11 @@ void addForeignRecords(const Cufrw& words, Scan& scan) {
     const auto foreign = std::count_if(words.rays, words.rays + words.nrays, [](const Cufray& ray) {
         return textOf(ray.format) != "UF";
     });
-    if (foreign > 0)
-        scan.damage.push_back(std::to_string(foreign) + " of " + std::to_string(words.nrays) +
-                              " records do not begin as rays do: their values mean nothing.");
+    if (foreign > 0) {
+        scan.damage.push_back(
+            std::to_string(foreign) + " of " + std::to_string(words.nrays) +
+            " records do not start with a ray header: their values are meaningless.");
+    }
 }
 
 void addRayOddities(const Cufrw& words, Scan& scan) {
@@ -263,12 +298,14 @@ void addRayOddities(const Cufrw& words, Scan& scan) {
         scan.oddities.push_back(std::to_string(withoutOptional) + " of " +
                                 std::to_string(words.nrays) + " rays have no optional header.");
     }
-    if (otherSpacing)
+    if (otherSpacing) {
         scan.oddities.push_back("The gate spacing differs by field or ray; the first is used.");
-    if (otherCount)
+    }
+    if (otherCount) {
         scan.oddities.push_back(
             "Fields of a ray differ in their number of gates; each is held "
             "with that of the first.");
+    }
 }
 
 void addScaleOddities(const Cufrw& words, Scan& scan) {
@@ -276,24 +313,31 @@ void addScaleOddities(const Cufrw& words, Scan& scan) {
     std::string others;
     for (int f = 0; f < words.rays[0].nfields; ++f) {
         const int scale = words.rays[0].headers[f].scalefactor;
-        if (scale == kUsualScale) continue;
+        if (scale == kUsualScale) {
+            continue;
+        }
         others += std::string(others.empty() ? "" : ", ") + textOf(words.rays[0].table[f].name) +
                   " " + std::to_string(scale);
     }
-    if (!others.empty())
+    if (!others.empty()) {
         scan.oddities.push_back("Scale factors other than the usual 100: " + others + ".");
+    }
 }
 
 void splitSweeps(const Cufrw& words, Scan& scan) {
     const int fieldCount = words.rays[0].nfields;
     for (int begin = 0, end = 0; begin < words.nrays; begin = end) {
         const Cufray* rays = words.rays + begin;
-        for (end = begin + 1; end < words.nrays; ++end)
-            if (words.rays[end].sweepnumber != rays[0].sweepnumber) break;
+        for (end = begin + 1; end < words.nrays; ++end) {
+            if (words.rays[end].sweepnumber != rays[0].sweepnumber) {
+                break;
+            }
+        }
         scan.sweeps.push_back(sweepFrom(rays, end - begin, fieldCount));
-        if (scan.sweeps.back().ngates == 0)
+        if (scan.sweeps.back().ngates == 0) {
             throw std::runtime_error("sweep " + std::to_string(rays[0].sweepnumber) +
                                      " holds no gates");
+        }
     }
 }
 
@@ -302,13 +346,18 @@ void splitSweeps(const Cufrw& words, Scan& scan) {
 Scan readUniversalFormat(const std::string& path, std::unique_ptr<Cufrw>& words) {
     words = std::make_unique<Cufrw>();
     std::string name = path;
-    if (words->readfile(name.data()) != 1)
+    if (words->readfile(name.data()) != 1) {
         throw std::runtime_error(
             "is a damaged Universal Format file: its first record is not "
             "whole, a record declares more gates than it holds, or more than "
             "20 fields");
-    if (words->nrays < 1) throw std::runtime_error("holds no rays");
-    if (words->rays[0].nfields < 1) throw std::runtime_error("holds no fields");
+    }
+    if (words->nrays < 1) {
+        throw std::runtime_error("holds no rays");
+    }
+    if (words->rays[0].nfields < 1) {
+        throw std::runtime_error("holds no fields");
+    }
     Scan scan;
     scan.format = "Universal Format";
     fillSite(words->rays[0], scan);
@@ -316,7 +365,7 @@ Scan readUniversalFormat(const std::string& path, std::unique_ptr<Cufrw>& words)
     const auto constant = radarConstantOf(words->rays[0], words->rays[0].nfields);
     scan.hasRadarConstant = constant.has_value();
     scan.radarConstantDb = constant.value_or(0);
-    judgeFraming(path, scan);
+    checkFraming(path, scan);
     addForeignRecords(*words, scan);
     addRayOddities(*words, scan);
     addScaleOddities(*words, scan);

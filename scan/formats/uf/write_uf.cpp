@@ -11,7 +11,7 @@
 #include <stdexcept>
 
 #include "clutterclassifier/clutterclassifier.h"
-#include "scan/fields/roles.h"
+#include "scan/fields/class_codes.h"
 #include "scan/formats/uf/field_words.h"
 #include "scan/formats/uf/make_words.h"
 
@@ -23,16 +23,22 @@ constexpr short kClassScale = 100;
 /* The field that receives the classes: an earlier class field, or a new name. */
 std::string classFieldName(const Scan& scan, const Cufray& ray, int count) {
     const int earlier = findField(ray, count, kClassFieldName);
-    if (earlier < 0) return kClassFieldName;
+    if (earlier < 0) {
+        return kClassFieldName;
+    }
     const bool ours = std::all_of(scan.sweeps.begin(), scan.sweeps.end(), [](const Sweep& sweep) {
         return std::all_of(sweep.fields.begin(), sweep.fields.end(), [](const Field& field) {
             return field.name != kClassFieldName || isClassField(field);
         });
     });
-    if (ours) return kClassFieldName;
+    if (ours) {
+        return kClassFieldName;
+    }
     for (char digit = '1'; digit <= '9'; ++digit) {
         std::string name{'C', digit};
-        if (findField(ray, count, name) < 0) return name;
+        if (findField(ray, count, name) < 0) {
+            return name;
+        }
     }
     throw std::runtime_error("no name is left for the class field");
 }
@@ -105,9 +111,11 @@ void requireRoom(const Cufrw& words, int count, const std::vector<AddedField>& a
         throw std::runtime_error("holds " + std::to_string(count) +
                                  " fields already: no room for the classes");
     }
-    for (int r = 0; r < words.nrays; ++r)
-        if (std::strcmp(words.rays[r].format, "UF") != 0)
+    for (int r = 0; r < words.nrays; ++r) {
+        if (std::strcmp(words.rays[r].format, "UF") != 0) {
             throw std::runtime_error("ray " + std::to_string(r + 1) + " is damaged");
+        }
+    }
 }
 
 void save(Cufrw& words, const OutputFile& file) {
@@ -116,7 +124,7 @@ void save(Cufrw& words, const OutputFile& file) {
         const bool closed = words.write2file(name.data()) == 0;
         const int reason = errno;
         std::error_code
-            error; /* a file that cannot be opened has the answer of one that was written */
+            error;  // a file that cannot be opened has the answer of one that was written
         const auto size = std::filesystem::file_size(name, error);
         errno = reason;
         return closed && !error && size > 0;

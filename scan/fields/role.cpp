@@ -1,0 +1,135 @@
+/* role.cpp - the table of roles and the table of names. */
+#include "scan/fields/role.h"
+
+#include <algorithm>
+#include <cmath>
+#include <iterator>
+
+#include "scan/text.h"
+
+namespace scan {
+namespace {
+
+constexpr RoleInfo kRoles[kRoleCount + 1] = {
+    {"zhh", "horizontal reflectivity", "dBZ", -80, 100},
+    {"zdr", "differential reflectivity", "dB", -12, 15},
+    {"pdp", "differential phase", "deg", -360, 720},
+    {"rhv", "co-polar correlation", "", 0, 1.1f},
+    {"vel", "Doppler velocity", "m/s", -150, 150},
+    {"wid", "spectrum width", "m/s", 0, 50},
+    {"ldr", "linear depolarisation ratio", "dB", -60, 20},
+    {"pdf", "clutter likelihood", "", 0, 1},
+    {"kdp", "specific differential phase", "deg/km", -60, 100},
+    {"-", "", "", -INFINITY, INFINITY},
+};
+
+struct KnownName {
+    const char* name;  // lower case
+    Role role;
+};
+
+/* Within a role the first is preferred: before the clutter filter, then after it. */
+constexpr KnownName kKnownNames[] = {
+    {"zt", Role::kZhh},
+    {"dbth", Role::kZhh},
+    {"th", Role::kZhh},
+    {"tz", Role::kZhh},
+    {"uz", Role::kZhh},
+    {"total_power", Role::kZhh},
+    {"dz", Role::kZhh},
+    {"zh", Role::kZhh},
+    {"dbzh", Role::kZhh},
+    {"dbz", Role::kZhh},
+    {"z", Role::kZhh},
+    {"reflectivity", Role::kZhh},
+    {"reflectivity_horizontal", Role::kZhh},
+    {"cz", Role::kZhh},
+    {"corrected_reflectivity", Role::kZhh},
+    {"zv", Role::kZhh},
+    {"uzdr", Role::kZdr},
+    {"zd", Role::kZdr},
+    {"zdr", Role::kZdr},
+    {"dr", Role::kZdr},
+    {"differential_reflectivity", Role::kZdr},
+    {"uphidp", Role::kPdp},
+    {"ph", Role::kPdp},
+    {"dp", Role::kPdp},
+    {"phidp", Role::kPdp},
+    {"pdp", Role::kPdp},
+    {"uncorrected_differential_phase", Role::kPdp},
+    {"differential_phase", Role::kPdp},
+    {"corrected_differential_phase", Role::kPdp},
+    {"urhohv", Role::kRhv},
+    {"rh", Role::kRhv},
+    {"rhohv", Role::kRhv},
+    {"rhv", Role::kRhv},
+    {"uncorrected_cross_correlation_ratio", Role::kRhv},
+    {"cross_correlation_ratio", Role::kRhv},
+    {"vt", Role::kVel},
+    {"vr", Role::kVel},
+    {"ve", Role::kVel},
+    {"v", Role::kVel},
+    {"vradh", Role::kVel},
+    {"vrad", Role::kVel},
+    {"vraddh", Role::kVel},
+    {"vel", Role::kVel},
+    {"velocity", Role::kVel},
+    {"sw", Role::kWid},
+    {"w", Role::kWid},
+    {"wradh", Role::kWid},
+    {"wrad", Role::kWid},
+    {"width", Role::kWid},
+    {"wid", Role::kWid},
+    {"spectrum_width", Role::kWid},
+    {"ld", Role::kLdr},
+    {"lh", Role::kLdr},
+    {"lr", Role::kLdr},
+    {"ldr", Role::kLdr},
+    {"ldrh", Role::kLdr},
+    {"linear_depolarization_ratio", Role::kLdr},
+    {"lv", Role::kLdr},
+    {"cmap", Role::kPdf},
+    {"pdf", Role::kPdf},
+    {"kd", Role::kKdp},
+    {"kdp", Role::kKdp},
+    {"specific_differential_phase", Role::kKdp},
+};
+
+/* Names of unfiltered moments. */
+constexpr const char* kUnfilteredNames[] = {"zt", "dbth", "th", "tz", "uz", "total_power", "vt"};
+
+}  // namespace
+
+const RoleInfo& roleInfo(Role role) {
+    return kRoles[static_cast<int>(role)];
+}
+
+int rankOfName(const std::string& name) {
+    const std::string lower = lowerCase(name);
+    const auto* found = std::find_if(std::begin(kKnownNames), std::end(kKnownNames),
+                                     [&](const KnownName& known) { return lower == known.name; });
+    return found == std::end(kKnownNames) ? -1 : static_cast<int>(found - kKnownNames);
+}
+
+Role roleOfName(const std::string& name) {
+    const int rank = rankOfName(name);
+    return rank < 0 ? Role::kNone : kKnownNames[rank].role;
+}
+
+std::vector<std::string> knownNames(Role role) {
+    std::vector<std::string> names;
+    for (const KnownName& known : kKnownNames) {
+        if (known.role == role) {
+            names.push_back(known.name);
+        }
+    }
+    return names;
+}
+
+bool isUnfilteredName(const std::string& name) {
+    const std::string lower = lowerCase(name);
+    return std::any_of(std::begin(kUnfilteredNames), std::end(kUnfilteredNames),
+                       [&](const char* known) { return lower == known; });
+}
+
+}  // namespace scan
