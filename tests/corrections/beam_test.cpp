@@ -40,8 +40,8 @@ TEST(BeamGeometry, KnownTriangles) {
         radar.r_beam(height, elevation, back, 3);
         for (int i = 0; i < 3; ++i) EXPECT_NEAR(back[i], range[i], 1e-3) << elevation;
         for (int i = 1; i < 3; ++i) {
-            radar.gama(height, range[i], angle, 3);
-            EXPECT_NEAR(angle[i], elevation, 1e-8 + 1e-8 * std::tan(elevation));
+            radar.gama(height + i, range[i], angle, 3 - i);
+            EXPECT_NEAR(angle[0], elevation, 1e-8 + 1e-8 * std::tan(elevation));
         }
     }
     // Downwards the beam meets a height below the antenna twice: the farther meeting counts.

@@ -87,8 +87,11 @@ TEST_F(Products, EachBitWritesItsRecordToItsFile) {
         EXPECT_EQ(textOf(own.file(test.name)), std::string(kTime) + test.samples + "\n");
         fill(c.*test.record, 1.0f);
     }
-    for (const Case& test : cases) save(test.bit);
-    EXPECT_EQ(filesIn(directory).size(), std::size(cases));
+    std::size_t files = 0;
+    for (const Case& test : cases) {
+        save(test.bit);
+        EXPECT_EQ(filesIn(directory).size(), ++files) << test.name;
+    }
     TempDir other;
     std::string prefix = other.file("scan1");
     c.Vars2Save(8 | 512, prefix.data(), ranges, azimuths, 3, 0u);
