@@ -39,6 +39,16 @@ def test_classification_finds_the_truth(arrays):
     assert (classes == arrays["truth"]).mean() > 0.9
 
 
+def test_defaults_are_those_of_the_documentation(arrays, sweep):
+    fields = {name: arrays[name] for name in ("dbzh", "zdr", "phidp", "rhohv")}
+    constant = {"range": arrays["range"], "radar_constant": arrays["radar_constant"]}
+    np.testing.assert_array_equal(cc.classify(**fields, **constant),
+                                  cc.classify(**fields, **constant, min_snr=26))
+    rain = {name: arrays[name] for name in ("dbzh", "zdr", "range")}
+    np.testing.assert_array_equal(cc.hybrid_rain_rate(**rain), cc.hybrid_rain_rate(**rain, elevation=0))
+    assert np.all(sweep.time == np.datetime64("2000-01-01"))
+
+
 def test_largest_seed_and_smallest_scan():
     assert cc.synthetic_arrays(2**64 - 1, 1, 1)["dbzh"].shape == (1, 1)
     assert cc.synthetic_scan(np.int64(3), 1, 1).sizes["azimuth"] == 1
