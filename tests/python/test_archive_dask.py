@@ -6,6 +6,7 @@ import os
 import signal
 import subprocess
 import sys
+import time
 from pathlib import Path
 
 import psutil
@@ -127,6 +128,8 @@ def test_only_the_file_that_kills_its_workers_fails(tmp_path, monkeypatch):
 
     def work(job: Job) -> Outcome:
         if job.source == "deadly":
+            while not os.listdir(job.output):  # the unlucky one has had its first run
+                time.sleep(0.02)
             os._exit(1)
         if job.source == "unlucky" and not os.listdir(job.output):  # blamed for others' deaths
             open(f"{job.output}/{os.getpid()}", "w").close()
@@ -134,7 +137,7 @@ def test_only_the_file_that_kills_its_workers_fails(tmp_path, monkeypatch):
         return Outcome(job.source, gates=1)
 
     names = [f"good{i}" for i in range(6)]
-    jobs = [Job(name, str(tmp_path)) for name in [*names[:3], "deadly", "unlucky", *names[3:]]]
+    jobs = [Job(name, str(tmp_path)) for name in [*names[:3], "unlucky", "deadly", *names[3:]]]
     monkeypatch.setattr(archive_dask, "_LOCAL_FAILURES", 0)
     with archive_dask.local_client(2) as client:
         outcomes = list(archive_dask.run_jobs(client, work, jobs))
