@@ -14,7 +14,7 @@
 namespace clutter::fuzzy {
 namespace {
 
-constexpr double kCellOverlap = 1e-3;  // of a cell
+constexpr double kCellOverlap = 1e-3;  // of a cell: the index is computed in single precision
 constexpr float kInfinity = std::numeric_limits<float>::infinity();
 
 struct Interval {
