@@ -1,8 +1,8 @@
 /*
  * input_file.h - hands the bytes of a fuzzer to an interface that wants a path.
  */
-#ifndef CLUTTER_FUZZ_INPUT_FILE_H
-#define CLUTTER_FUZZ_INPUT_FILE_H
+#ifndef CLUTTER_FUZZ_SUPPORT_INPUT_FILE_H
+#define CLUTTER_FUZZ_SUPPORT_INPUT_FILE_H
 
 #include <cstddef>
 #include <cstdint>
@@ -18,8 +18,9 @@ inline test::TempDir& scratch() {
     return dir;
 }
 
-inline std::string inputFile(const std::uint8_t* data, std::size_t size) {
-    const std::string path = scratch().file("input");
+inline std::string inputFile(const std::uint8_t* data, std::size_t size,
+                             const std::string& name = "input") {
+    const std::string path = scratch().file(name);
     test::writeFile(path, test::ByteVector(data, data + size));
     return path;
 }

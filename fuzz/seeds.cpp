@@ -1,0 +1,251 @@
+/*
+ * seeds.cpp - small sound inputs for every fuzzer, made by the library's own writers where there
+ * are some: clutterclassifier_fuzz_seeds DIRECTORY fills one directory a target.
+ */
+#include <cstdio>
+#include <filesystem>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "clutterclassifier/CDSP.h"
+#include "clutterclassifier/CThuPolDaFor.h"
+#include "clutterclassifier/Cpluvek.h"
+#include "formats/german_dx_bytes.h"
+#include "formats/polar_bytes.h"
+#include "formats/uf_bytes.h"
+#include "scan/formats/write_classes.h"
+#include "scan/process/configuration.h"
+#include "scan/scan.h"
+#include "scan/synthetic/synthetic.h"
+#include "support/directories.h"
+#include "support/temp_dir.h"
+
+namespace {
+
+using clutter::test::ByteVector;
+using clutter::test::readFile;
+using clutter::test::writeFile;
+
+std::string directory;
+
+/* The next seed of a target. leading are the bytes by which the target chooses what to do. */
+void seed(const std::string& target, const ByteVector& bytes, ByteVector leading = {}) {
+    const std::filesystem::path folder = std::filesystem::path(directory) / target;
+    std::filesystem::create_directories(folder);
+    const auto count = std::distance(std::filesystem::directory_iterator(folder), {});
+    leading.insert(leading.end(), bytes.begin(), bytes.end());
+    writeFile((folder / std::to_string(count)).string(), leading);
+}
+
+void seed(const std::string& target, const std::string& text) {
+    seed(target, ByteVector(text.begin(), text.end()));
+}
+
+/* A file of a format: for the fuzzer of the format, and for the one that takes any file. */
+void seedFile(const std::string& target, const ByteVector& bytes, const ByteVector& leading = {}) {
+    seed(target, bytes, leading);
+    for (const unsigned char choice : {16, 64 + 48 + 3, 128 + 16, 192 + 48}) {
+        seed("scan_file", bytes, {choice});
+    }
+}
+
+/* --- scans --- */
+
+constexpr int kRays = 8;
+constexpr int kGates = 20;
+
+std::vector<float> narrowed(const std::vector<double>& values) {
+    return {values.begin(), values.end()};
+}
+
+scan::Scan syntheticScan() {
+    const scan::SyntheticScan made = scan::makeSyntheticScan(5, kRays, kGates);
+    scan::Sweep sweep;
+    sweep.nrays = kRays;
+    sweep.ngates = kGates;
+    sweep.azimuthDeg = made.azimuthDeg;
+    sweep.elevationDeg.assign(kRays, made.elevationDeg);
+    sweep.fixedAngleDeg = made.elevationDeg;
+    sweep.gateSpacingM = made.gateSpacingM;
+    sweep.firstGateM = made.rangeM[0];
+    sweep.nyquist = made.nyquist;
+    sweep.fields = {{"DZ", "dBZ", narrowed(made.zhh)},      {"DR", "dB", narrowed(made.zdr)},
+                    {"PH", "deg", narrowed(made.phidp)},    {"RH", "-", narrowed(made.rhohv)},
+                    {"VR", "m/s", narrowed(made.velocity)}, {"CC", "-", made.truth}};
+    scan::Scan scan;
+    scan.beamWidthDeg = 1;
+    scan.latitudeDeg = 50.5;
+    scan.longitudeDeg = 7.25;
+    scan.sweeps = {sweep};
+    return scan;
+}
+
+void writeScans(const std::string& scratch) {
+    scan::Scan scan = syntheticScan();
+    for (const char* ending : {".uf", ".plv"}) {
+        const std::string path = scratch + "/scan" + ending;
+        scan::writeScan(path, scan);
+        seedFile(ending == std::string(".uf") ? "universal_format" : "field_record",
+                 readFile(path));
+    }
+    for (const char* ending : {".h5", ".nc", ".nc4"}) {
+        const std::string path = scratch + "/scan" + ending;
+        scan::writeScan(path, scan);
+        seed("containers", readFile(path));
+    }
+    scan.sweeps.push_back(scan.sweeps[0]);
+    scan.sweeps[1].number = 1;
+    scan.sweeps[1].fields.pop_back();
+    scan::writeScan(scratch + "/volume.uf", scan);
+    seedFile("universal_format", readFile(scratch + "/volume.uf"));
+}
+
+/* Records of few gates, stored as bytes, words and floats. */
+void writeRecords(const std::string& scratch) {
+    for (const int datatype : {0, 2, 3}) {
+        Cpluvek records[2];
+        for (Cpluvek& record : records) {
+            record.nrecords = 2;
+            record.nrays = 2;
+            record.ngates = 3;
+            record.coordtype = datatype == 3 ? 2 : 0;
+            record.gatesize = 250;
+            record.firstgate = 0;
+            record.datatype = datatype;
+            record.scale = 0.5;
+            record.offset = -32;
+            record.angles = new float[3]{0.01f, 0.0f, 3.0f};
+            record.data = new float[6]{-32, 0, 10.5f, 20, 30, 40};
+        }
+        records[0].WriteDataToFile((scratch + "/records").c_str());
+        seedFile("field_record", readFile(scratch + "/records"));
+    }
+}
+
+/* --- formats that the library reads and does not write --- */
+
+void makeUniversalFormat() {
+    using clutter::test::ufFile;
+    using clutter::test::ufRay;
+    seedFile("universal_format", ufFile({ufRay({{"DZ", {100, 200, -32768}}})}));
+    seedFile("universal_format", ufFile({ufRay({{"VR", {1, 2}}, {"DM", {3, 4}}}, 1),
+                                         ufRay({{"VR", {5, 6, 7}}, {"DM", {8, 9, 10}}}, 2)}));
+}
+
+void makePolarData() {
+    struct Product {
+        int code;
+        std::size_t gateBytes;
+    };
+    std::mt19937 random(1);
+    for (const Product& product : {Product{2111, 2}, Product{2112, 4}, Product{2211, 8},
+                                   Product{2212, 8}, Product{2213, 10}, Product{2214, 10}}) {
+        const auto file =
+            clutter::test::randomPolarFile(product.code, product.gateBytes, false, 3, 6, random);
+        for (const unsigned char layout : {0, 1, 2, 7}) {
+            seedFile("polar_data", file.bytes(), {layout, layout});
+        }
+    }
+}
+
+/* A product as the library writes it, and one that is long enough to be shortened. */
+void writePolarData(const std::string& scratch) {
+    Cpluvek records[2];
+    for (Cpluvek& record : records) {
+        record.nrecords = 2;
+        record.nrays = 3;
+        record.ngates = 4;
+        record.gatesize = 250;
+        record.coordtype = 0;
+        record.firstgate = 0;
+        record.angles = new float[4]{0.01f, 0.0f, 2.0f, 4.0f};
+        record.data = new float[12]{1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12};
+    }
+    unsigned char choice = 0;
+    for (const short code : {1113, 1115, 1117, 1126, 1400, 1521, 1814}) {
+        records[0].radarid = code;
+        CThuPolDaFor polar;
+        polar.WriteSingleParameterData((scratch + "/product").c_str(), records, records + 1);
+        seedFile("polar_data", readFile(scratch + "/product"), {3, choice});
+        choice = static_cast<unsigned char>(choice + 5);
+    }
+    std::mt19937 random(2);
+    auto longRays = clutter::test::randomPolarFile(2213, 10, false, 2, 900, random);
+    longRays.set(130, 900);  // 9 degrees: 10 km of height are soon reached
+    seedFile("polar_data", longRays.bytes(), {2, 30});
+}
+
+void makeGermanDx() {
+    for (const int bins : {100, 128}) {
+        seedFile("german_dx", clutter::test::dxFile(bins));
+    }
+}
+
+/* --- texts --- */
+
+void makeTexts() {
+    seed("column_file",
+         "2014  08  10  12  30  05 1.5 nan -2e1 \n2014  08  10  12  35  05 0.25 7 +3 \r\n");
+    seed("column_file", "1 2.5 -3\n4 5e-3 6\n");
+    seed("grid_file",
+         "ncols 3\nnrows 2\nxllcorner 1.5\nyllcorner 2.5\ncellsize 250\nNODATA_value -9999\n"
+         "1.00 2.00 3.00\n4.00 5.00 -9999\n");
+    seed("name_list",
+         "first.uf second.uf\r\n dir/third.plv\r\t" + std::string(1030, 'x') + "\nlast");
+    seed("point_list", "1000 45.5\n20000 359.9\n1e5 -3\n");
+    seed("membership", "-1 0\n0 0.25\n0.5 1\n2 1e-3\n3 0\n");
+    seed("file_tags", "/data/200708101820_sidpol_b3.dat");
+    seed("file_tags", "C:\\radar\\200708101820augldr_el_b2");
+    seed("file_tags", "tavo-rain-radar_chenies-200708101820-el1.dat");
+    seed("file_tags", "20140810183005");
+    seed("field_map", "ZD=zdr,ZT=zhh,XX=none");
+    seed("field_map", "zhh-texture,zdr-texture,vel,pdf");
+    seed("field_map", "textures");
+    seed("settings", scan::exampleConfiguration("/tables/"));
+    seed("settings", "WHAT2DO 31 a_Z-R 200 b_Z-R 1.6 nonsense 3");
+}
+
+/* One level of 60 profiles, and part of the next. */
+void makeProfiles() {
+    std::string text;
+    for (int i = 0; i < 90; ++i) {
+        text += std::to_string(i % 40) + ".5 ";
+    }
+    seed("vertical_profile", text);
+}
+
+void copyMembership() {
+    for (const char* name : {"cal_mf_Vel_clutter.dat", "cal_mf_sZhh_precipi.dat"}) {
+        seed("membership", readFile(std::string(kMembershipDirectory) + name));
+    }
+}
+
+void makeKernelInputs() {
+    std::mt19937 random(3);
+    for (unsigned char call = 0; call < 8; ++call) {
+        seed("kernels", clutter::test::randomBytes(2000, random), {call, 4, 69});
+    }
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    if (argc != 2) {
+        std::fprintf(stderr, "usage: %s DIRECTORY\n", argv[0]);
+        return 2;
+    }
+    directory = argv[1];
+    const clutter::test::TempDir scratch;
+    writeScans(scratch.path());
+    writeRecords(scratch.path());
+    makeUniversalFormat();
+    makePolarData();
+    writePolarData(scratch.path());
+    makeGermanDx();
+    makeTexts();
+    makeProfiles();
+    copyMembership();
+    makeKernelInputs();
+    return 0;
+}
