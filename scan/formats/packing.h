@@ -44,9 +44,9 @@ class Decoder {
 
     float operator()(double raw) const {
         const auto value = static_cast<float>(raw * gain_ + offset_);
-        const bool absent =
-            (nodata_.matches(raw) | missing_.matches(raw)) & !undetect_.matches(raw);
-        return absent ? std::numeric_limits<float>::quiet_NaN() : value;
+        const int marked = int{nodata_.matches(raw)} | int{missing_.matches(raw)};
+        const int absent = marked & int{!undetect_.matches(raw)};
+        return absent != 0 ? std::numeric_limits<float>::quiet_NaN() : value;
     }
 
   private:
