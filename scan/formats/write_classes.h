@@ -26,10 +26,10 @@ WrittenFiles writeClasses(const std::string& path, const Scan& scan, Cufrw* word
                           const std::vector<SweepClasses>& classes);
 
 /*
- * The sweeps of a scan with all their fields, by the same rules: .uf, .h5 and .nc one file, .csv the table of
- * the class field, anything else a field record file of all fields, one a sweep. A class field is
- * one that isClassField() knows. Throws std::runtime_error, also for a table of a sweep without
- * classes.
+ * The sweeps of a scan with all their fields, by the same rules: .uf, .h5 and .nc one file, .csv
+ * the table of the class field, anything else a field record file of all fields, one a sweep. A
+ * class field is one that isClassField() knows. Throws std::runtime_error, also for a table of a
+ * sweep without classes.
  */
 WrittenFiles writeScan(const std::string& path, const Scan& scan);
 

@@ -83,7 +83,8 @@ TEST_F(Formats, PolarDataAsksForALayoutOnlyWhereItMatters) {
     EXPECT_EQ(scan.radarConstantDb, 40.0);
     EXPECT_NEAR(sweepOf(scan).nyquist, 12.34, 1e-5);
     EXPECT_EQ(refusal(put("2213", randomPolarFile(2213, 10, false, 3, 5, random_).bytes())), "");
-    EXPECT_NE(refusal(put("2215", PolarBytes(2215).bytes())).find("unknown product"), std::string::npos);
+    EXPECT_NE(refusal(put("2215", PolarBytes(2215).bytes())).find("unknown product"),
+              std::string::npos);
     EXPECT_TRUE(run("info " + full + " --layout 260")) << said_;
     EXPECT_FALSE(run("info " + full + " --layout 250"));
 }
@@ -254,8 +255,7 @@ TEST_F(Formats, AllClassesAreToldApartOnRequest) {
     std::filesystem::remove(membership + "/cal_mf_sZhh_turclut.dat");
     EXPECT_TRUE(run(common + " --membership " + membership)) << said_;
     EXPECT_FALSE(run(common + " --classes all --membership " + membership));
-    EXPECT_THAT(said_,
-                HasSubstr(membership + "/cal_mf_sZhh_turclut.dat: No such file"));
+    EXPECT_THAT(said_, HasSubstr(membership + "/cal_mf_sZhh_turclut.dat: No such file"));
 }
 
 TEST_F(Formats, RepackShortensOrSaysWhyNot) {

@@ -144,8 +144,9 @@ TEST_F(Process, RestoresTheReflectivityOfUniformRain) {
         const std::string out = directory_.file(name);
         const Outcome outcome = process("--what 159 --config " + config + " -o " + out);
         ASSERT_EQ(outcome.code, 0) << outcome.out;
-        EXPECT_THAT(outcome.out,
-                    HasSubstr("17 rays have no phase; using the start phase of the others: 60.0 deg"));
+        EXPECT_THAT(
+            outcome.out,
+            HasSubstr("17 rays have no phase; using the start phase of the others: 60.0 deg"));
         EXPECT_EQ(scan::recognise(out),
                   words ? scan::FileFormat::kUniversalFormat : scan::FileFormat::kFieldRecord);
         const scan::Scan scan = scan::readScan(out);

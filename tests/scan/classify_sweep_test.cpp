@@ -85,7 +85,8 @@ TEST(ClassifySweep, AveragesOverTheNeighbourhoodAndExplainsItself) {
     EXPECT_EQ(why.explanation.inputs, static_cast<unsigned>(CLUTTER_ZHH_TEXTURE));
 
     options.membership = "/nowhere";
-    EXPECT_THROW(classifySweep({}, sweep, options), std::runtime_error) << "no class without tables";
+    EXPECT_THROW(classifySweep({}, sweep, options), std::runtime_error)
+        << "no class without tables";
 }
 
 TEST(ClassifySweep, TakesTheNearestCalibration) {

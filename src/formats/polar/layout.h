@@ -151,8 +151,9 @@ constexpr PolarProduct kPolarProducts[] = {
 enum class Storage { kFloat32, kUint8, kUint16, kInt16, kInt32, kUint32 };
 
 constexpr std::size_t storedBytes(Storage storage) {
-    if (storage == Storage::kUint8) { return 1;
-}
+    if (storage == Storage::kUint8) {
+        return 1;
+    }
     return storage == Storage::kUint16 || storage == Storage::kInt16 ? 2 : 4;
 }
 
@@ -193,8 +194,9 @@ constexpr const PolarProduct* findProduct(int code) {
 /* Number of fields of a product; 0 when it is unknown. */
 constexpr int fieldsOfProduct(int code) {
     const PolarProduct* product = findProduct(code);
-    if (product != nullptr) { return product->nfields;
-}
+    if (product != nullptr) {
+        return product->nfields;
+    }
     return findSingleParameter(code) != nullptr ? kSingleParameterFields : 0;
 }
 

@@ -258,10 +258,12 @@ static_assert(packingsAreComplete());
 /* Null when the product is not packed in this layout. */
 inline const Packing* findPacking(int product, int layout) {
     for (const Packing& packing : kPackings) {
-        if (packing.product != product) { continue;
-}
-        if (packing.layout == kAnyLayout || packing.layout == layout) { return &packing;
-}
+        if (packing.product != product) {
+            continue;
+        }
+        if (packing.layout == kAnyLayout || packing.layout == layout) {
+            return &packing;
+        }
     }
     return nullptr;
 }
@@ -269,8 +271,9 @@ inline const Packing* findPacking(int product, int layout) {
 /* The bytes of a gate of a product in its smallest layout. */
 inline std::size_t smallestGateBytes(int product) {
     for (const Packing& packing : kPackings) {
-        if (packing.product == product) { return packing.gateBytes;  // 252 comes first
-}
+        if (packing.product == product) {
+            return packing.gateBytes;  // 252 comes first
+        }
     }
     const SingleParameterProduct* single = findSingleParameter(product);
     return single != nullptr ? storedBytes(single->storage) : 0;
