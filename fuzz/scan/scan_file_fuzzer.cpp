@@ -15,6 +15,7 @@
 #include "fuzz/support/input_file.h"
 #include "fuzz/support/require.h"
 #include "scan/classes/classify_sweep.h"
+#include "scan/fields/class_codes.h"
 #include "scan/formats/read_scan.h"
 #include "scan/formats/write_classes.h"
 #include "scan/process/process_sweep.h"
