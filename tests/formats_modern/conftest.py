@@ -9,9 +9,7 @@ import types
 import numpy as np
 import pytest
 
-DATA = pathlib.Path(__file__).parents[2] / "../shared/data"
-if not DATA.exists():
-    DATA = pathlib.Path(__file__).parents[3] / "../shared/data"
+DATA = pathlib.Path(os.environ.get("CLUTTERCLASSIFIER_DATA") or "no-measured-files")
 
 
 def dump(path, *options):
