@@ -295,7 +295,7 @@ typedef struct clutter_explanation {
 } clutter_explanation;
 
 /**
- * * @brief Explains the class of one gate.
+ * @brief Explains the class of one gate.
  *
  * Arguments and results as those of clutter_classify(); ray and gate count from 0.
  */

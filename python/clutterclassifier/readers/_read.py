@@ -270,8 +270,8 @@ def _read_as(wanted: str, path: Path, **options: Any) -> list[xr.Dataset]:
 
 
 def _failure(path: Path, error: Exception) -> ValueError:
-    """The library's reason, with the name of the argument that helps."""
-    return ValueError(f"{os.fsdecode(path)}: {error}".replace("--layout ", "layout="))
+    """The library's reason, with the file that it is about."""
+    return ValueError(f"{os.fsdecode(path)}: {error}")
 
 
 def _scan(path: Path, layout: int | None, names: Mapping[str, str] | None) -> dict[str, Any]:
