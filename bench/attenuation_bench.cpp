@@ -32,7 +32,9 @@ void correct(Cradarpro& radar, const literal::AttenuationRay& ray, Output& out, 
         radar.Ah_optimal(ray.phidp.data(), ray.z.data(), ray.n(), ray.dr, ray.mask.data(),
                          out.ah.data(), out.zcorr.data(), out.rebuilt.data(), out.alpha.data(),
                          out.a.data(), out.b.data(), dphi, pia, alg, nullptr, kMinRise);
-    if (result != 1) std::abort();
+    if (result != 1) {
+        std::abort();
+    }
     benchmark::DoNotOptimize(pia);
 }
 
@@ -40,7 +42,9 @@ void fast(benchmark::State& state, int alg) {
     const literal::AttenuationRay ray = clutter::test::makeRainRay(kGates, 1);
     Output out(kGates);
     Cradarpro radar;
-    for (auto _ : state) correct(radar, ray, out, alg);
+    for (auto _ : state) {
+        correct(radar, ray, out, alg);
+    }
 }
 
 std::vector<double> draw(double min, double max) {
@@ -77,11 +81,15 @@ void literalDefinition(benchmark::State& state, int alg) {
 
 void scan(benchmark::State& state, int alg) {
     std::vector<literal::AttenuationRay> rays;
-    for (unsigned r = 0; r < kRays; ++r) rays.push_back(clutter::test::makeRainRay(kGates, r));
+    for (unsigned r = 0; r < kRays; ++r) {
+        rays.push_back(clutter::test::makeRainRay(kGates, r));
+    }
     Output out(kGates);
     Cradarpro radar;
     for (auto _ : state) {
-        for (const literal::AttenuationRay& ray : rays) correct(radar, ray, out, alg);
+        for (const literal::AttenuationRay& ray : rays) {
+            correct(radar, ray, out, alg);
+        }
     }
 }
 

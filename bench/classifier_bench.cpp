@@ -46,7 +46,9 @@ struct Bench {
         clutter_field* const fields[] = {&given.zhh,       &given.zdr,      &given.phidp,
                                          &given.rhohv,     &given.velocity, &given.ldr,
                                          &given.likelihood};
-        for (int i = 0; i < 7; ++i) *fields[i] = {scan.field(i), 0, CLUTTER_DOUBLE};
+        for (int i = 0; i < 7; ++i) {
+            *fields[i] = {scan.field(i), 0, CLUTTER_DOUBLE};
+        }
         given.gate_spacing_m = 250.0;
         given.radar_constant_db = scan.params[0];
         given.min_snr_db = scan.params[1];

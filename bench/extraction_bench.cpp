@@ -27,10 +27,14 @@ struct Workload {
         std::mt19937 random(1);
         std::uniform_real_distribution<float> range(0.0f, 100000.0f), azimuth(0.0f, 360.0f);
         // A scan begins anywhere: rays in order, but from the middle of the circle.
-        for (int r = 0; r < kRays; ++r)
+        for (int r = 0; r < kRays; ++r) {
             record.angles[1 + r] = static_cast<float>((r + 182) % kRays) * 0.0174532925f;
-        for (int i = 0; i < kRays * kGates; ++i)
-            if (random() % 4 == 0) record.data[i] = kInvalid;
+        }
+        for (int i = 0; i < kRays * kGates; ++i) {
+            if (random() % 4 == 0) {
+                record.data[i] = kInvalid;
+            }
+        }
         for (int i = 0; i < kPoints; ++i) {
             ranges.push_back(range(random));
             azimuths.push_back(azimuth(random));

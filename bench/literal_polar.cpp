@@ -77,7 +77,9 @@ template <class Word>
 Word wordAt(std::FILE* file, long offset) {
     Word word = 0;
     std::fseek(file, offset, SEEK_SET);
-    if (std::fread(&word, 1, sizeof word, file) == 0) word = 0;
+    if (std::fread(&word, 1, sizeof word, file) == 0) {
+        word = 0;
+    }
     return word;
 }
 
@@ -138,7 +140,9 @@ bool isFloatProduct(int product) {
     const int others[] = {1115, 1120, 1127, 1128, 1521, 1400, 1500, 3333,
                           1117, 1118, 1119, 1122, 1126, 1711, 1712};
     for (const int other : others) {
-        if (product == other) return false;
+        if (product == other) {
+            return false;
+        }
     }
     return true;
 }
@@ -168,7 +172,9 @@ int packedBytes(int product, int layout) {
 
 std::vector<float> unpackGate(int product, int layout, const unsigned char* b, float nyquist) {
     std::vector<float> values;
-    if (packedBytes(product, layout) == 0) return values;
+    if (packedBytes(product, layout) == 0) {
+        return values;
+    }
     for (const double value : decode(product, layout, b, static_cast<double>(nyquist))) {
         values.push_back(static_cast<float>(value));
     }
@@ -178,7 +184,9 @@ std::vector<float> unpackGate(int product, int layout, const unsigned char* b, f
 PolarScan readPolar(const std::string& path, int layout) {
     PolarScan scan;
     std::FILE* file = std::fopen(path.c_str(), "rb");
-    if (file == nullptr) return scan;
+    if (file == nullptr) {
+        return scan;
+    }
     scan.product = wordAt<std::int16_t>(file, 168);
     scan.nrays = wordAt<std::int16_t>(file, 112);
     scan.ngates = wordAt<std::int16_t>(file, 114);
@@ -193,7 +201,9 @@ PolarScan readPolar(const std::string& path, int layout) {
                              {2212, 5}, {2213, 8}, {2214, 7}};
     std::size_t nfields = 2;
     for (const auto& count : counts) {
-        if (count[0] == scan.product) nfields = static_cast<std::size_t>(count[1]);
+        if (count[0] == scan.product) {
+            nfields = static_cast<std::size_t>(count[1]);
+        }
     }
     const std::size_t cells =
         static_cast<std::size_t>(scan.nrays) * static_cast<std::size_t>(scan.ngates);
@@ -214,7 +224,9 @@ PolarScan readPolar(const std::string& path, int layout) {
         fill(header, sizeof header, file);
         const int word = header[1] <= 36000 ? header[1] : static_cast<std::int16_t>(header[1]);
         double azimuth = word * 0.01 * kPi / 180;
-        if (azimuth >= 2 * kPi) azimuth -= 2 * kPi;
+        if (azimuth >= 2 * kPi) {
+            azimuth -= 2 * kPi;
+        }
         scan.angles[static_cast<std::size_t>(r) + 1] = static_cast<float>(azimuth);
         if (scan.product == 2122) {
             scan.angles[0] =
@@ -224,9 +236,13 @@ PolarScan readPolar(const std::string& path, int layout) {
         const bool whole = scan.product == 2111 || (single && isFloatProduct(scan.product));
         const std::size_t size = static_cast<std::size_t>(
             single ? singleBytes(scan.product) : packedBytes(scan.product, layout));
-        if (whole) fill(ray.data(), n * size, file);
+        if (whole) {
+            fill(ray.data(), n * size, file);
+        }
         for (std::size_t g = 0; g < n && size > 0; ++g) {
-            if (!whole) fill(gate, size, file);
+            if (!whole) {
+                fill(gate, size, file);
+            }
             const unsigned char* b = whole ? ray.data() + g * size : gate;
             const std::size_t at = static_cast<std::size_t>(r) * n + g;
             if (single) {
@@ -234,16 +250,22 @@ PolarScan readPolar(const std::string& path, int layout) {
                 continue;
             }
             const std::vector<float> values = unpackGate(scan.product, layout, b, scan.nyquist);
-            for (std::size_t f = 0; f < nfields; ++f) scan.fields[f][at] = values[f];
+            for (std::size_t f = 0; f < nfields; ++f) {
+                scan.fields[f][at] = values[f];
+            }
         }
     }
     if (single) {
         std::vector<unsigned char> layer(cells, 0);
         fill(layer.data(), cells, file);
-        for (std::size_t i = 0; i < cells; ++i) scan.fields[1][i] = layer[i];
+        for (std::size_t i = 0; i < cells; ++i) {
+            scan.fields[1][i] = layer[i];
+        }
     }
     for (float& value : scan.fields[0]) {
-        if (value == 377.5f) value = -32.0f;
+        if (value == 377.5f) {
+            value = -32.0f;
+        }
     }
     std::fclose(file);
     return scan;

@@ -16,7 +16,9 @@ class RatioReporter : public benchmark::ConsoleReporter {
     void ReportRuns(const std::vector<Run>& runs) override {
         ConsoleReporter::ReportRuns(runs);
         for (const Run& run : runs) {
-            if (!run.error_occurred) times_[run.benchmark_name()] = run.GetAdjustedRealTime();
+            if (!run.error_occurred) {
+                times_[run.benchmark_name()] = run.GetAdjustedRealTime();
+            }
         }
     }
 
@@ -26,9 +28,13 @@ class RatioReporter : public benchmark::ConsoleReporter {
         std::printf("\nratio to the literal definition, same run:\n");
         for (const auto& [name, time] : times_) {
             const std::size_t at = name.find("/literal");
-            if (at == std::string::npos) continue;
+            if (at == std::string::npos) {
+                continue;
+            }
             const auto fast = times_.find(name.substr(0, at) + "/fast");
-            if (fast == times_.end()) continue;
+            if (fast == times_.end()) {
+                continue;
+            }
             std::printf("  %-40s %6.1f x  (%.2f ms instead of %.2f ms)\n",
                         name.substr(0, at).c_str(), time / fast->second, fast->second, time);
         }
@@ -42,7 +48,9 @@ class RatioReporter : public benchmark::ConsoleReporter {
 
 int main(int argc, char** argv) {
     benchmark::Initialize(&argc, argv);
-    if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
+    if (benchmark::ReportUnrecognizedArguments(argc, argv)) {
+        return 1;
+    }
     RatioReporter reporter;
     benchmark::RunSpecifiedBenchmarks(&reporter);
     benchmark::Shutdown();

@@ -17,7 +17,9 @@ constexpr int kValues = 20000;
 
 std::vector<float> distinctValues() {
     std::vector<float> values;
-    for (int i = 0; i < kValues; ++i) values.push_back(static_cast<float>(i) * 0.37f - 3000.0f);
+    for (int i = 0; i < kValues; ++i) {
+        values.push_back(static_cast<float>(i) * 0.37f - 3000.0f);
+    }
     std::shuffle(values.begin(), values.end(), std::mt19937(1));
     return values;
 }
@@ -26,7 +28,9 @@ std::vector<float> steppedValues() {
     std::mt19937 random(2);
     std::normal_distribution<float> normal(20.0f, 10.0f);
     std::vector<float> values;
-    for (int i = 0; i < kValues; ++i) values.push_back(std::round(2.0f * normal(random)) / 2.0f);
+    for (int i = 0; i < kValues; ++i) {
+        values.push_back(std::round(2.0f * normal(random)) / 2.0f);
+    }
     return values;
 }
 

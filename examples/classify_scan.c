@@ -25,8 +25,12 @@ int main(int argc, char** argv) {
         fprintf(stderr, "usage: %s MEMBERSHIP_DIRECTORY/\n", argv[0]);
         return 2;
     }
-    for (i = 0; i < kGates; i++) ranges[i] = 250.0 * (i + 1);
-    for (i = 0; i < kRays; i++) azimuths[i] = 10.0 * i;
+    for (i = 0; i < kGates; i++) {
+        ranges[i] = 250.0 * (i + 1);
+    }
+    for (i = 0; i < kRays; i++) {
+        azimuths[i] = 10.0 * i;
+    }
     for (i = 0; i < kRays * kGates; i++) {
         const int clutter = i % kGates < 40 && i / kGates < 12;
         const int echo = i % kGates < 150;
@@ -35,7 +39,9 @@ int main(int argc, char** argv) {
     }
     clutterclassifier(argv[1], kRays, kGates, zhh, NULL, phidp, NULL, NULL, NULL, NULL, ranges,
                       azimuths, &elevation, params, classes);
-    for (i = 0; i < kRays * kGates; i++) counts[(int)classes[i]]++;
+    for (i = 0; i < kRays * kGates; i++) {
+        counts[(int)classes[i]]++;
+    }
     printf("precipitation %d, noise %d, ground clutter %d\n", counts[0], counts[3], counts[5]);
     return 0;
 }

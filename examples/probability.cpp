@@ -11,7 +11,9 @@ int main(int argc, char** argv) try {
     const clutter::Classifier classifier(argc > 1 ? argv[1] : "", CLUTTER_ZHH_TEXTURE);
     std::vector<float> zhh(36 * 200, 35.0f), probability(zhh.size());
     std::vector<std::uint8_t> classes(zhh.size());
-    for (std::size_t i = 0; i < zhh.size() / 3; ++i) zhh[i] += static_cast<float>(i * i % 31);
+    for (std::size_t i = 0; i < zhh.size() / 3; ++i) {
+        zhh[i] += static_cast<float>(i * i % 31);
+    }
     clutter::Scan scan(36, 200);
     scan.zhh(zhh).noise(250.0, 40.0, 26.0);
     classifier.classify(scan, classes, probability);

@@ -13,7 +13,9 @@ namespace cli {
  * holds numbers in single precision. */
 inline std::string isFinite(const std::string& text) {
     const bool hasDigits = text.find_first_of("0123456789") != std::string::npos;
-    if (std::fabs(std::strtod(text.c_str(), nullptr)) <= FLT_MAX) return "";
+    if (std::fabs(std::strtod(text.c_str(), nullptr)) <= FLT_MAX) {
+        return "";
+    }
     return text + (hasDigits ? " is too large for single precision" : " is not a finite number");
 }
 

@@ -84,8 +84,9 @@ py::tuple attenuation(const Array<float>& zhh, const Array<float>& phidp,
                 const Cpluvek& record = (*context).*kResults[k].record;
                 if (kResults[k].perRay) {
                     takeFirstGates(record, outs[k] + s * static_cast<std::size_t>(size.nrays));
-                } else
+                } else {
                     std::copy_n(record.data, size.gates(), outs[k] + at);
+                }
             }
         }
     }

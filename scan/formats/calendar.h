@@ -26,7 +26,9 @@ inline double secondsOf(const DateTime& time) {
 inline DateTime dateTimeOf(double seconds) {
     constexpr double kMaxDays = 2932896; /* 9999-12-31 */
     const double days = std::floor(seconds / kSecondsPerDay);
-    if (!(std::abs(days) < kMaxDays / 4) && !(days > 0 && days <= kMaxDays)) return {};
+    if (!(std::abs(days) < kMaxDays / 4) && !(days > 0 && days <= kMaxDays)) {
+        return {};
+    }
     const std::chrono::year_month_day date{
         std::chrono::sys_days{std::chrono::days{static_cast<int>(days)}}};
     const auto second = static_cast<int>(seconds - days * kSecondsPerDay);

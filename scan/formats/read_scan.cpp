@@ -57,7 +57,9 @@ void hideValue(float noEcho, float* values, std::uint8_t* gates, std::size_t cou
 void hideNoEcho(Scan& scan) {
     for (Sweep& sweep : scan.sweeps) {
         for (Field& field : sweep.fields) {
-            if (!field.noEcho) continue;
+            if (!field.noEcho) {
+                continue;
+            }
             field.noEchoGates.resize(field.values.size());
             hideValue(*field.noEcho, field.values.data(), field.noEchoGates.data(),
                       field.values.size());

@@ -26,10 +26,11 @@ class ValueBudget {
     /* rows x columns more; throws std::runtime_error, which names what declares them. */
     void take(std::uint64_t rows, std::uint64_t columns, const std::string& what) {
         const bool affordable = columns == 0 || rows <= left_ / columns;
-        if (!affordable)
+        if (!affordable) {
             throw std::runtime_error(what + " declares " + std::to_string(rows) + " x " +
                                      std::to_string(columns) +
                                      " values, more than a file of this size can hold");
+        }
         left_ -= rows * columns;
     }
 

@@ -35,7 +35,9 @@ std::unique_ptr<T[]> duplicate(const std::vector<T>& values) {
 
 /* Number of elements of a two-dimensional block; counts below 1 make it empty. */
 inline std::size_t cellCount(int columns, int rows) {
-    if (columns < 1 || rows < 1) return 0;
+    if (columns < 1 || rows < 1) {
+        return 0;
+    }
     return static_cast<std::size_t>(columns) * static_cast<std::size_t>(rows);
 }
 

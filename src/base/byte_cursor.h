@@ -49,7 +49,9 @@ class ByteCursor {
 
     std::uint32_t big32() {
         const Bytes b = skip(4);
-        if (b.empty()) return 0;
+        if (b.empty()) {
+            return 0;
+        }
         return std::uint32_t{b[0]} << 24 | std::uint32_t{b[1]} << 16 | std::uint32_t{b[2]} << 8 |
                std::uint32_t{b[3]};
     }
@@ -59,14 +61,18 @@ class ByteCursor {
     T native() {
         T value{};
         const Bytes b = skip(sizeof(T));
-        if (!b.empty()) std::memcpy(&value, b.data(), sizeof(T));
+        if (!b.empty()) {
+            std::memcpy(&value, b.data(), sizeof(T));
+        }
         return value;
     }
 
     /* Copies exactly n bytes into a buffer of at least n + 1 and terminates it. */
     void text(char* destination, std::size_t n) {
         const Bytes b = skip(n);
-        if (!b.empty()) std::memcpy(destination, b.data(), n);
+        if (!b.empty()) {
+            std::memcpy(destination, b.data(), n);
+        }
         destination[b.size()] = '\0';
     }
 

@@ -72,7 +72,9 @@ DateTime splitSeconds(std::uint32_t seconds) {
 }
 
 std::optional<DateTime> parseStamp(std::string_view text) {
-    if (text.size() != kStampLength) return std::nullopt;
+    if (text.size() != kStampLength) {
+        return std::nullopt;
+    }
     const auto part = [&](std::size_t from, std::size_t length) {
         return std::atoi(std::string(text.substr(from, length)).c_str());
     };

@@ -14,17 +14,25 @@ constexpr std::size_t kFirstChunkBytes = std::size_t{64} << 10;
 /* Size of a seekable stream, 0 when it is unknown. The position does not change. */
 std::size_t sizeOf(std::FILE* stream) {
     const long here = std::ftell(stream);
-    if (here < 0 || std::fseek(stream, 0, SEEK_END) != 0) return 0;
+    if (here < 0 || std::fseek(stream, 0, SEEK_END) != 0) {
+        return 0;
+    }
     const long end = std::ftell(stream);
-    if (std::fseek(stream, here, SEEK_SET) != 0) return 0;
+    if (std::fseek(stream, here, SEEK_SET) != 0) {
+        return 0;
+    }
     return end < 0 ? 0 : static_cast<std::size_t>(end);
 }
 
 /* Buffer size for the next read: the whole file and one byte more (so that the read meets the end),
  * or twice the present size where the file size is unknown or out of date. 0 past the bounds. */
 std::size_t nextCapacity(std::size_t used, std::size_t fileBytes) {
-    if (fileBytes > kMaxFileBytes) return 0;
-    if (fileBytes >= used) return fileBytes + 1;
+    if (fileBytes > kMaxFileBytes) {
+        return 0;
+    }
+    if (fileBytes >= used) {
+        return fileBytes + 1;
+    }
     return used >= kMaxStreamBytes ? 0 : std::min(2 * used, kMaxStreamBytes);
 }
 
@@ -35,7 +43,9 @@ class LineLength {
     bool follow(const unsigned char* piece, std::size_t n) {
         for (std::size_t i = 0; i < n; ++i) {
             length_ = piece[i] == '\n' || piece[i] == '\r' ? 0 : length_ + 1;
-            if (length_ > kMaxLineBytes) return false;
+            if (length_ > kMaxLineBytes) {
+                return false;
+            }
         }
         return true;
     }
@@ -48,22 +58,32 @@ class LineLength {
 template <class Accept>
 std::optional<std::vector<unsigned char>> readFile(const char* path, Accept accept) {
     const File file = openFile(path, "rb");
-    if (!file) return std::nullopt;
+    if (!file) {
+        return std::nullopt;
+    }
     std::vector<unsigned char> bytes(kFirstChunkBytes);
     std::size_t used = 0;
     for (;;) {
         unsigned char* const to = bytes.data() + used;
         const std::size_t n = std::fread(to, 1, bytes.size() - used, file.get());
-        if (std::ferror(file.get()) || !accept(to, n)) return std::nullopt;
+        if (std::ferror(file.get()) || !accept(to, n)) {
+            return std::nullopt;
+        }
         used += n;
-        if (used < bytes.size()) break;
+        if (used < bytes.size()) {
+            break;
+        }
         const std::size_t capacity = nextCapacity(used, sizeOf(file.get()));
-        if (capacity == 0) return std::nullopt;
+        if (capacity == 0) {
+            return std::nullopt;
+        }
         bytes.resize(capacity);
     }
     bytes.resize(used);
     // Small files do not keep a large chunk. It also lets sanitizers see reads past the end.
-    if (used < kFirstChunkBytes) bytes.shrink_to_fit();
+    if (used < kFirstChunkBytes) {
+        bytes.shrink_to_fit();
+    }
     return bytes;
 }
 
@@ -74,7 +94,9 @@ File openFile(const char* path, const char* mode) {
 }
 
 bool closeChecked(File file) {
-    if (!file) return false;
+    if (!file) {
+        return false;
+    }
     const bool failed = std::ferror(file.get()) != 0;
     return std::fclose(file.release()) == 0 && !failed;
 }

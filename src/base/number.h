@@ -20,7 +20,9 @@ inline int truncateToInt(double value) {
 template <class Integer>
 Integer truncateAndWrap(double value) {
     static_assert(sizeof(Integer) <= 4);
-    if (!std::isfinite(value)) return 0;
+    if (!std::isfinite(value)) {
+        return 0;
+    }
     const double wrapped = std::fmod(std::trunc(value), 4294967296.0);
     return static_cast<Integer>(static_cast<std::int64_t>(wrapped));
 }
@@ -30,7 +32,9 @@ inline float roundToFloat(double value) {
     constexpr float kLargest = std::numeric_limits<float>::max();
     constexpr double kMidway = 0x1.ffffffp127;  // from there on, infinity is the nearest
     const double size = std::fabs(value);
-    if (!(size > static_cast<double>(kLargest))) return static_cast<float>(value);
+    if (!(size > static_cast<double>(kLargest))) {
+        return static_cast<float>(value);
+    }
     const float rounded = size < kMidway ? kLargest : std::numeric_limits<float>::infinity();
     return std::signbit(value) ? -rounded : rounded;
 }

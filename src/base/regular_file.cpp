@@ -19,7 +19,9 @@ class Descriptor {
     explicit Descriptor(const char* path)
         : number_(open(path, O_RDONLY | O_NONBLOCK | O_CLOEXEC)) {}
     ~Descriptor() {
-        if (number_ >= 0) close(number_);
+        if (number_ >= 0) {
+            close(number_);
+        }
     }
     Descriptor(const Descriptor&) = delete;
     Descriptor& operator=(const Descriptor&) = delete;
@@ -37,9 +39,15 @@ std::string lastError() {
 /* Why a descriptor is not read; empty when it is a regular file within the bound. */
 std::string objection(int descriptor, std::size_t& bytes) {
     struct stat state = {};
-    if (descriptor < 0 || fstat(descriptor, &state) != 0) return lastError();
-    if (S_ISDIR(state.st_mode)) return "is a directory";
-    if (!S_ISREG(state.st_mode)) return "is not a regular file";
+    if (descriptor < 0 || fstat(descriptor, &state) != 0) {
+        return lastError();
+    }
+    if (S_ISDIR(state.st_mode)) {
+        return "is a directory";
+    }
+    if (!S_ISREG(state.st_mode)) {
+        return "is not a regular file";
+    }
     bytes = static_cast<std::size_t>(state.st_size);
     return bytes > kMaxRegularFileBytes ? "is too large" : "";
 }
@@ -49,9 +57,15 @@ bool fill(int descriptor, std::vector<unsigned char>& bytes) {
     std::size_t used = 0;
     while (used < bytes.size()) {
         const ssize_t got = read(descriptor, bytes.data() + used, bytes.size() - used);
-        if (got < 0 && errno == EINTR) continue;
-        if (got < 0) return false;
-        if (got == 0) break;
+        if (got < 0 && errno == EINTR) {
+            continue;
+        }
+        if (got < 0) {
+            return false;
+        }
+        if (got == 0) {
+            break;
+        }
         used += static_cast<std::size_t>(got);
     }
     bytes.resize(used);
@@ -68,11 +82,15 @@ std::optional<std::vector<unsigned char>> readRegularFile(const char* path, std:
         reason = objection(file.number(), size);
         if (reason.empty()) {
             std::vector<unsigned char> bytes(size);
-            if (fill(file.number(), bytes)) return bytes;
+            if (fill(file.number(), bytes)) {
+                return bytes;
+            }
             reason = lastError();
         }
     }
-    if (problem != nullptr) *problem = reason;
+    if (problem != nullptr) {
+        *problem = reason;
+    }
     return std::nullopt;
 }
 

@@ -36,8 +36,12 @@ double outOfRange(std::string_view digits, bool hex) {
             seenPoint = true;
         } else {
             seenDigit = seenDigit || digits[i] != '0';
-            if (seenDigit && !seenPoint) ++scale;
-            if (!seenDigit && seenPoint) --scale;
+            if (seenDigit && !seenPoint) {
+                ++scale;
+            }
+            if (!seenDigit && seenPoint) {
+                --scale;
+            }
         }
     }
     const std::size_t at = digits.find_first_of(hex ? "pP" : "eE");
@@ -49,8 +53,12 @@ double outOfRange(std::string_view digits, bool hex) {
             std::from_chars(text.data() + skip, text.data() + text.size(), exponent);
         (void)end;
         constexpr long kMax = std::numeric_limits<int>::max();
-        if (error == std::errc::result_out_of_range || exponent > kMax) exponent = kMax;
-        if (negative) exponent = -exponent;
+        if (error == std::errc::result_out_of_range || exponent > kMax) {
+            exponent = kMax;
+        }
+        if (negative) {
+            exponent = -exponent;
+        }
     }
     return (hex ? 4 * scale : scale) + exponent > 0 ? std::numeric_limits<double>::infinity() : 0.0;
 }
@@ -59,16 +67,24 @@ double outOfRange(std::string_view digits, bool hex) {
 
 void copyText(char* destination, std::size_t capacity, const char* source) {
     const std::size_t length = source ? strnlen(source, capacity - 1) : 0;
-    if (length > 0) std::memmove(destination, source, length);
+    if (length > 0) {
+        std::memmove(destination, source, length);
+    }
     destination[length] = '\0';
 }
 
 std::optional<std::string_view> TokenReader::next() {
     std::size_t start = 0;
-    while (start < rest_.size() && isSpace(rest_[start])) ++start;
-    if (start == rest_.size()) return std::nullopt;
+    while (start < rest_.size() && isSpace(rest_[start])) {
+        ++start;
+    }
+    if (start == rest_.size()) {
+        return std::nullopt;
+    }
     std::size_t end = start;
-    while (end < rest_.size() && !isSpace(rest_[end])) ++end;
+    while (end < rest_.size() && !isSpace(rest_[end])) {
+        ++end;
+    }
     const std::string_view token = rest_.substr(start, end - start);
     rest_.remove_prefix(end);
     return token;
@@ -76,8 +92,12 @@ std::optional<std::string_view> TokenReader::next() {
 
 double parseNumber(std::string_view token) {
     const bool negative = !token.empty() && token[0] == '-';
-    if (!token.empty() && (token[0] == '-' || token[0] == '+')) token.remove_prefix(1);
-    if (!token.empty() && (token[0] == '-' || token[0] == '+')) return 0.0;
+    if (!token.empty() && (token[0] == '-' || token[0] == '+')) {
+        token.remove_prefix(1);
+    }
+    if (!token.empty() && (token[0] == '-' || token[0] == '+')) {
+        return 0.0;
+    }
     double value = 0.0;
     const bool hex = isHex(token);
     const std::string_view digits = hex ? token.substr(2) : token;
@@ -88,7 +108,9 @@ double parseNumber(std::string_view token) {
     const auto format = hex ? std::chars_format::hex : std::chars_format::general;
     const auto [end, error] =
         std::from_chars(digits.data(), digits.data() + digits.size(), value, format);
-    if (error == std::errc::invalid_argument) return hex && negative ? -0.0 : 0.0;
+    if (error == std::errc::invalid_argument) {
+        return hex && negative ? -0.0 : 0.0;
+    }
     if (error == std::errc::result_out_of_range) {
         value = outOfRange(digits.substr(0, static_cast<std::size_t>(end - digits.data())), hex);
     }
@@ -97,8 +119,12 @@ double parseNumber(std::string_view token) {
 
 long long parseInteger(std::string_view token) {
     const bool negative = !token.empty() && token[0] == '-';
-    if (!token.empty() && token[0] == '+') token.remove_prefix(1);
-    if (!negative && !token.empty() && token[0] == '-') return 0;
+    if (!token.empty() && token[0] == '+') {
+        token.remove_prefix(1);
+    }
+    if (!negative && !token.empty() && token[0] == '-') {
+        return 0;
+    }
     long long value = 0;
     const auto [end, error] = std::from_chars(token.data(), token.data() + token.size(), value);
     (void)end;

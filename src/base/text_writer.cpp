@@ -25,7 +25,9 @@ void append(std::string& out, double value, std::chars_format format, int precis
 
 TextWriter& TextWriter::text(std::string_view piece) {
     pending_ += piece;
-    if (pending_.size() >= kPieceBytes) flush();
+    if (pending_.size() >= kPieceBytes) {
+        flush();
+    }
     return *this;
 }
 

@@ -12,7 +12,9 @@ namespace clutter::classifier {
 namespace {
 
 CLUTTER_KERNEL void addTo(float* __restrict sums, const float* __restrict values, int n) {
-    for (int g = 0; g < n; ++g) sums[g] += values[g];
+    for (int g = 0; g < n; ++g) {
+        sums[g] += values[g];
+    }
 }
 
 int floorModulo(int value, int divisor) {
@@ -30,12 +32,20 @@ Classification::Classification(const MembershipSet& set, const Request& request,
       evidence_(set, request, inputs_, states_, {request.usesNeighbourhood(), shares}),
       ahead_(request.usesNeighbourhood() ? request.neighbourhood.rays / 2 : 0),
       decision_(request.gates) {
-    for (int k = 0; k <= ahead_; ++k) ring_.push_back(evidence_.makeRow());
-    if (!request.usesNeighbourhood()) return;
+    for (int k = 0; k <= ahead_; ++k) {
+        ring_.push_back(evidence_.makeRow());
+    }
+    if (!request.usesNeighbourhood()) {
+        return;
+    }
     neighbourhood_.emplace(request.gates, request.neighbourhood, evidence_.kinds());
     const auto n = static_cast<std::size_t>(request.gates);
-    for (int kind = 0; kind < evidence_.kinds(); ++kind) averaged_[kind].resize(n);
-    if (shares) share_.resize(n);
+    for (int kind = 0; kind < evidence_.kinds(); ++kind) {
+        averaged_[kind].resize(n);
+    }
+    if (shares) {
+        share_.resize(n);
+    }
 }
 
 const float* Classification::memberCounts() const {
@@ -49,13 +59,17 @@ EvidenceRow& Classification::rowOf(int logicalRay) {
 void Classification::enter(int logicalRay) {
     const bool outside = logicalRay < 0 || logicalRay >= request_.rays;
     if (outside && request_.sector) {
-        if (neighbourhood_) neighbourhood_->enter(logicalRay, nullptr, nullptr);
+        if (neighbourhood_) {
+            neighbourhood_->enter(logicalRay, nullptr, nullptr);
+        }
         return;
     }
     const int ray = floorModulo(logicalRay, request_.rays);
     EvidenceRow& row = rowOf(logicalRay);
     evidence_.compute(ray, row);
-    if (neighbourhood_) neighbourhood_->enter(logicalRay, &row, states_.states(ray));
+    if (neighbourhood_) {
+        neighbourhood_->enter(logicalRay, &row, states_.states(ray));
+    }
 }
 
 void Classification::average(int ray) {
@@ -72,14 +86,18 @@ void Classification::findShare() {
     for (std::size_t g = 0; g < share_.size(); ++g) {
         share_[g] = decision_.margin[g];
         for (const std::vector<float>& own : current_->shares[decision_.kind[g]]) {
-            if (!own.empty()) share_[g] -= own[g];
+            if (!own.empty()) {
+                share_[g] -= own[g];
+            }
         }
     }
 }
 
 const Decision& Classification::decideRay(int ray) {
     int next = entered_ ? *entered_ + 1 : ray - ahead_;
-    for (; next <= ray + ahead_; ++next) enter(next);
+    for (; next <= ray + ahead_; ++next) {
+        enter(next);
+    }
     entered_ = ray + ahead_;
     current_ = &rowOf(ray);
     if (neighbourhood_) {

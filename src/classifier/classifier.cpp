@@ -29,7 +29,9 @@ struct clutter_classifier {
 namespace {
 
 void say(clutter_message* message, const char* text) {
-    if (message != nullptr) clutter::base::copyText(message->text, text);
+    if (message != nullptr) {
+        clutter::base::copyText(message->text, text);
+    }
 }
 
 /* Runs an operation; nothing it throws goes further. */

@@ -20,7 +20,9 @@ constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
 
 double degreeOf(const fuzzy::Term& term, float x, bool leftOut) {
     double degree = 1.0;
-    if (!leftOut) fuzzy::evaluateTerm(term, &x, &degree, 1);
+    if (!leftOut) {
+        fuzzy::evaluateTerm(term, &x, &degree, 1);
+    }
     return degree;
 }
 
@@ -36,14 +38,18 @@ class TurningPoint {
 
     /* The nearest value with the other verdict; NaN when there is none. */
     double find() const {
-        if (std::isnan(value_)) return kNan;
+        if (std::isnan(value_)) {
+            return kNan;
+        }
         const std::vector<float> corners = findCorners();
         const auto above = std::upper_bound(corners.begin(), corners.end(), value_);
         const double up = search(above, corners.end());
         const auto below = std::lower_bound(corners.begin(), corners.end(), value_);
         const double down =
             search(std::make_reverse_iterator(below), std::make_reverse_iterator(corners.begin()));
-        if (std::isnan(down)) return up;
+        if (std::isnan(down)) {
+            return up;
+        }
         const auto value = static_cast<double>(value_);
         return up - value < value - down ? up : down;  // also where up is NaN
     }
@@ -71,13 +77,17 @@ class TurningPoint {
     std::vector<float> findCorners() const {
         std::vector<float> corners;
         for (const auto& table : functions_.tables) {
-            if (table == nullptr) continue;
+            if (table == nullptr) {
+                continue;
+            }
             for (const float threshold : table->thresholds()) {
                 corners.push_back(std::nextafter(threshold, -HUGE_VALF));
                 corners.push_back(threshold);
             }
         }
-        if (corners.empty()) corners = {0.0f, 1.0f};  // a degree itself
+        if (corners.empty()) {
+            corners = {0.0f, 1.0f};  // a degree itself
+        }
         std::sort(corners.begin(), corners.end());
         return corners;
     }
@@ -88,7 +98,9 @@ class TurningPoint {
         const bool verdict = isPrecipitation(value_);
         float kept = value_;
         for (; next != end; ++next) {
-            if (isPrecipitation(*next) != verdict) return halve(kept, *next, verdict);
+            if (isPrecipitation(*next) != verdict) {
+                return halve(kept, *next, verdict);
+            }
             kept = *next;
         }
         return kNan;
@@ -98,7 +110,9 @@ class TurningPoint {
     double halve(float kept, float turned, bool verdict) const {
         for (;;) {
             const float middle = 0.5f * kept + 0.5f * turned;
-            if (middle == kept || middle == turned) return static_cast<double>(turned);
+            if (middle == kept || middle == turned) {
+                return static_cast<double>(turned);
+            }
             (isPrecipitation(middle) == verdict ? kept : turned) = middle;
         }
     }
@@ -117,7 +131,9 @@ clutter_explanation emptyExplanation(std::uint8_t gateClass) {
     explanation.turning = -1;
     explanation.margin = kNan;
     explanation.probability = kNan;
-    for (clutter_input_share& share : explanation.input) share = {kNan, kNan, kNan, kNan, kNan};
+    for (clutter_input_share& share : explanation.input) {
+        share = {kNan, kNan, kNan, kNan, kNan};
+    }
     return explanation;
 }
 
@@ -129,7 +145,9 @@ int nearestTurning(const clutter_explanation& explanation) {
         const clutter_input_share& share = explanation.input[i];
         const double change = std::fabs(share.turning_value - share.value) /
                               (fuzzy::kInputs[i].high - fuzzy::kInputs[i].low);
-        if (!(change < least)) continue;
+        if (!(change < least)) {
+            continue;
+        }
         least = change;
         nearest = i;
     }
@@ -145,7 +163,9 @@ clutter_explanation explainGate(const MembershipSet& set, const Request& request
     const auto g = static_cast<std::size_t>(gate);
     clutter_explanation explanation = emptyExplanation(decision.classes[g]);
     const std::uint8_t* states = classification.states(ray);
-    if (states[g] != kEcho) return explanation;
+    if (states[g] != kEcho) {
+        return explanation;
+    }
 
     std::vector<std::uint8_t> deciding(decision.classes.size());
     const float* const neighbourhood = classification.neighbourhoodShare();
@@ -156,11 +176,15 @@ clutter_explanation explainGate(const MembershipSet& set, const Request& request
     explanation.deciding = deciding[g];
     explanation.margin = static_cast<double>(decision.margin[g]);
     explanation.probability = static_cast<double>(probability);
-    if (neighbourhood != nullptr) explanation.neighbourhood = static_cast<double>(neighbourhood[g]);
+    if (neighbourhood != nullptr) {
+        explanation.neighbourhood = static_cast<double>(neighbourhood[g]);
+    }
 
     classification.inputs().moveTo(ray);
     for (int i = 0; i < fuzzy::kInputCount; ++i) {
-        if ((request.inputs & (1u << i)) == 0) continue;
+        if ((request.inputs & (1u << i)) == 0) {
+            continue;
+        }
         const float value = classification.inputs().row(i)[g];
         const bool leftOut = request.nanIsNotMeasured && std::isnan(value);
         const InputFunctions& functions = set.input(i);

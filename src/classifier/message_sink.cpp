@@ -12,7 +12,9 @@ clutter_status clutter_set_message_sink(clutter_message_sink sink, void* context
 }
 
 clutter_status clutter_get_message_sink(clutter_message_sink* sink, void** context) {
-    if (sink == nullptr || context == nullptr) return CLUTTER_INVALID_ARGUMENT;
+    if (sink == nullptr || context == nullptr) {
+        return CLUTTER_INVALID_ARGUMENT;
+    }
     const base::MessageTarget target = base::messageTarget();
     *sink = target.sink;
     *context = target.context;

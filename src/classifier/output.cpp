@@ -19,7 +19,9 @@ namespace {
 
 CLUTTER_KERNEL void codesOf(const float* __restrict classes, std::uint8_t* __restrict codes,
                             int n) {
-    for (int g = 0; g < n; ++g) codes[g] = static_cast<std::uint8_t>(classes[g]);
+    for (int g = 0; g < n; ++g) {
+        codes[g] = static_cast<std::uint8_t>(classes[g]);
+    }
 }
 
 bool wantsContributions(const clutter_result& result) {
@@ -50,7 +52,9 @@ void classifyQuickly(const MembershipSet& set, const Request& request,
 /* Copies a row to an array that may not be asked for. */
 template <class T>
 void writeRow(const T* row, T* array, std::ptrdiff_t at, int n) {
-    if (array != nullptr) std::copy_n(row, n, array + at);
+    if (array != nullptr) {
+        std::copy_n(row, n, array + at);
+    }
 }
 
 /* Contributions of one ray: those of the strongest kind of clutter; 0 for inputs not in use. */
@@ -59,7 +63,9 @@ void writeContributions(const EvidenceRow& evidence, const Decision& decision,
                         std::ptrdiff_t at) {
     for (int i = 0; i < fuzzy::kInputCount; ++i) {
         float* const array = result.contributions[i];
-        if (array == nullptr) continue;
+        if (array == nullptr) {
+            continue;
+        }
         for (std::size_t g = 0; g < decision.classes.size(); ++g) {
             const std::vector<float>& shares = evidence.shares[decision.kind[g]][i];
             const float share = shares.empty() ? 0.0f : shares[g];
@@ -90,7 +96,9 @@ void classifyInto(const MembershipSet& set, const Request& request, const clutte
         if (result.probability != nullptr) {
             probabilities(decision.margin.data(), result.probability + at, n);
         }
-        if (!shares) continue;
+        if (!shares) {
+            continue;
+        }
         const std::uint8_t* states = classification.states(r);
         findDeciding(classification.evidence(), classification.neighbourhoodShare(), states,
                      decision, deciding.data());

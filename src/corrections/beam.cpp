@@ -28,12 +28,18 @@ const volatile double kHalf = 0.5;
 
 void normalise(std::vector<double>& power) {
     double sum = 0.0;
-    for (const double p : power) sum += p;
-    for (double& p : power) p /= sum;
+    for (const double p : power) {
+        sum += p;
+    }
+    for (double& p : power) {
+        p /= sum;
+    }
 }
 
 double patternAt(double angle, double width) {
-    if (angle == 0.0) return 1.0;
+    if (angle == 0.0) {
+        return 1.0;
+    }
     return std::pow(std::sin(width * angle) / (width * angle), 4.0);
 }
 
@@ -98,15 +104,21 @@ BeamPattern computeBeamPattern(double beamwidth, double range, double elevation)
 using namespace clutter::corrections;
 
 void Cradarpro::h_beam(double* range, double elevation, double* height, int n) {
-    for (int i = 0; i < n; ++i) height[i] = beamHeight(range[i], elevation);
+    for (int i = 0; i < n; ++i) {
+        height[i] = beamHeight(range[i], elevation);
+    }
 }
 
 void Cradarpro::r_beam(double* height, double elevation, double* range, int n) {
-    for (int i = 0; i < n; ++i) range[i] = beamRange(height[i], elevation);
+    for (int i = 0; i < n; ++i) {
+        range[i] = beamRange(height[i], elevation);
+    }
 }
 
 void Cradarpro::gama(double* height, double range, double* angle, int n) {
-    for (int i = 0; i < n; ++i) angle[i] = viewingAngle(height[i], range);
+    for (int i = 0; i < n; ++i) {
+        angle[i] = viewingAngle(height[i], range);
+    }
 }
 
 void Cradarpro::BeamPowerProfile(double beamwidth, double range, double elevation, double** power,

@@ -31,19 +31,27 @@ struct GapFiller {
     void fillBefore(long long g) {
         const long long end = std::min(g + average, n);
         double sum = 0.0;
-        for (long long k = g; k < end; ++k) sum += in[k];
+        for (long long k = g; k < end; ++k) {
+            sum += in[k];
+        }
         const double mean = sum / static_cast<double>(end - g);
         const long long stop = std::max(g - fill, 0LL);
-        for (long long k = g - 1; k > stop && !isValid(mask[k]); --k) put(k, mean);
+        for (long long k = g - 1; k > stop && !isValid(mask[k]); --k) {
+            put(k, mean);
+        }
     }
 
     void fillAfter(long long g) {
         const long long first = std::max(g - average, 0LL);
         double sum = 0.0;
-        for (long long k = g; k > first; --k) sum += in[k];
+        for (long long k = g; k > first; --k) {
+            sum += in[k];
+        }
         const double mean = sum / static_cast<double>(g - first);
         const long long stop = std::min(g + fill, n);
-        for (long long k = g + 1; k < stop && !isValid(mask[k]); ++k) put(k, mean);
+        for (long long k = g + 1; k < stop && !isValid(mask[k]); ++k) {
+            put(k, mean);
+        }
     }
 
     void put(long long k, double value) { filled[static_cast<std::size_t>(k)] = value; }
@@ -51,14 +59,18 @@ struct GapFiller {
 
 /* The first valid gate from g on; n without one. */
 int nextValid(const double* mask, int n, int g) {
-    while (g < n && !isValid(mask[g])) ++g;
+    while (g < n && !isValid(mask[g])) {
+        ++g;
+    }
     return g;
 }
 
 }  // namespace
 
 void Cradarpro::CompletePhidp(double* in, double* out, int n, int nfill, int navg, double* mask) {
-    if (n < 1) return;
+    if (n < 1) {
+        return;
+    }
     GapFiller gaps{in, mask, n, nfill, navg, std::vector<double>(in, in + n)};
     for (int g = 1; g < n - 1 && navg > 0; ++g) {
         if (gaps.startsStretch(g)) {
@@ -71,8 +83,12 @@ void Cradarpro::CompletePhidp(double* in, double* out, int n, int nfill, int nav
 }
 
 int Cradarpro::interpPDP(const double* in, const double* mask, int n, double* out) {
-    if (n < 1) return 0;
-    if (out != in) std::copy(in, in + n, out);
+    if (n < 1) {
+        return 0;
+    }
+    if (out != in) {
+        std::copy(in, in + n, out);
+    }
     double previous = kNoPhase;
     int previousGate = -1;
     for (int g = 0; g < n; ++g) {
@@ -82,7 +98,9 @@ int Cradarpro::interpPDP(const double* in, const double* mask, int n, double* ou
                 continue;
             }
             const int next = nextValid(mask, n, g + 1);
-            if (next == n) break;  // a trailing gap keeps its values
+            if (next == n) {
+                break;  // a trailing gap keeps its values
+            }
             // The first gate of the gap keeps its value.
             for (int j = g + 1; j < next; ++j) {
                 out[j] =

@@ -67,7 +67,9 @@ void exponentsOf(const PowerLaw& law, const RainRows& rows, double* exponents, i
         std::fill_n(exponents, n, kUseDefinition);
         return;
     }
-    if (rows.kdp != nullptr) logarithmsOf(rows.kdp, logKdp, n);
+    if (rows.kdp != nullptr) {
+        logarithmsOf(rows.kdp, logKdp, n);
+    }
     sumTerms(law, rows.dbz != nullptr ? rows.dbz : kNone, rows.zdr != nullptr ? rows.zdr : kNone,
              rows.kdp != nullptr ? logKdp : kNoLogarithms, exponents, n);
 }

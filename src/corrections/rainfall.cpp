@@ -108,7 +108,9 @@ void inBlocks(int n, float* out, Round round, Define define) {
         const int count = std::min(kRainBlock, n - first);
         round(first, values, uncertain, count);
         for (int j = 0; j < count; ++j) {
-            if (uncertain[j] != 0) values[j] = static_cast<float>(define(first + j));
+            if (uncertain[j] != 0) {
+                values[j] = static_cast<float>(define(first + j));
+            }
         }
         std::copy_n(values, count, out + first);
     }
@@ -118,19 +120,25 @@ void inBlocks(int n, float* out, Round round, Define define) {
 
 void Cradarpro::RainfallEstimation(float* zh, float* zdr, float* kdp, int n, int alg, float* coeffs,
                                    int ncoeffs, float* rain) {
-    if (rain == nullptr) return;
+    if (rain == nullptr) {
+        return;
+    }
     const bool isRow = alg >= 0 && alg < kRelations;
     if (coeffs != nullptr && isRow && ncoeffs >= 0 && ncoeffs < kCoefficientsOfRelation) {
         std::copy_n(coeffs, ncoeffs, coefficients[alg]);
     }
     if (alg < 0 || alg >= static_cast<int>(std::size(kKnownRelations))) {
-        if (n > 0) std::fill(rain, rain + n, 0.0f);
+        if (n > 0) {
+            std::fill(rain, rain + n, 0.0f);
+        }
         return;
     }
     const Relation& relation = kKnownRelations[alg];
     const double* const c = coefficients[alg];
     const RainRows rows = relation.inputsOf({zh, zdr, kdp});
-    if (relation.lacksInput(rows)) return;
+    if (relation.lacksInput(rows)) {
+        return;
+    }
     inBlocks(
         n, rain,
         [&](int first, float* rates, std::int32_t* uncertain, int count) {
@@ -142,7 +150,9 @@ void Cradarpro::RainfallEstimation(float* zh, float* zdr, float* kdp, int n, int
 }
 
 void Cradarpro::ZtoR(float* rain, float* zh, int n, float a, float b) {
-    if (rain == nullptr || zh == nullptr) return;
+    if (rain == nullptr || zh == nullptr) {
+        return;
+    }
     const double factor = static_cast<double>(a), exponent = 1.0 / static_cast<double>(b);
     const PowerLaw law = lawOfRatio(factor, exponent);
     inBlocks(
@@ -152,7 +162,9 @@ void Cradarpro::ZtoR(float* rain, float* zh, int n, float a, float b) {
             exponentsOf(law, {zh + first, nullptr, nullptr}, logarithms, count);
             roundRates(logarithms, rates, uncertain, count);
             for (int j = 0; j < count; ++j) {
-                if (zh[first + j] > threshold) continue;
+                if (zh[first + j] > threshold) {
+                    continue;
+                }
                 rates[j] = 0.0f;
                 uncertain[j] = 0;
             }
@@ -163,14 +175,18 @@ void Cradarpro::ZtoR(float* rain, float* zh, int n, float a, float b) {
 }
 
 void Cradarpro::RtoZ(float* rain, float* zh, int n, float a, float b) {
-    if (rain == nullptr || zh == nullptr) return;
+    if (rain == nullptr || zh == nullptr) {
+        return;
+    }
     const double factor = static_cast<double>(a), exponent = static_cast<double>(b);
     inBlocks(
         n, zh,
         [&](int first, float* dbz, std::int32_t* uncertain, int count) {
             roundReflectivities(factor, exponent, rain + first, dbz, uncertain, count);
             for (int j = 0; j < count; ++j) {
-                if (rain[first + j] > 0.0f) continue;
+                if (rain[first + j] > 0.0f) {
+                    continue;
+                }
                 dbz[j] = threshold;
                 uncertain[j] = 0;
             }

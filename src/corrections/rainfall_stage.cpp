@@ -34,15 +34,21 @@ bool isBelowMeltingLayer(double beamHeight, float freezingLevel) {
 
 void Crres::PrecipitationEstimation(int alg) {
     const std::size_t n = cells(zhh);
-    if (!holdAll({&zhh, &rain, &fzl}, n)) return;
+    if (!holdAll({&zhh, &rain, &fzl}, n)) {
+        return;
+    }
     const bool hybrid = alg < 0;
     float* const zdrs = valuesOf(zdr, n);
-    if (hybrid && zdrs == nullptr) return;
+    if (hybrid && zdrs == nullptr) {
+        return;
+    }
     forEachRay(zhh, [&](std::ptrdiff_t at, int count) {
         radarpro.RainfallEstimation(zhh.data + at, zdrs != nullptr ? zdrs + at : nullptr, nullptr,
                                     count, hybrid ? kZRelation : alg, nullptr, 0, rain.data + at);
     });
-    if (!hybrid) return;
+    if (!hybrid) {
+        return;
+    }
 
     const std::vector<double> heights = gateHeights(zhh);
     std::vector<float> better(heights.size());

@@ -17,14 +17,18 @@ namespace clutter::corrections {
 inline std::vector<double> gateRanges(const Cpluvek& scan) {
     std::vector<double> ranges(base::cellCount(scan.ngates, 1));
     double gate = 0.0;
-    for (double& range : ranges) range = gate++ * static_cast<double>(scan.gatesize);
+    for (double& range : ranges) {
+        range = gate++ * static_cast<double>(scan.gatesize);
+    }
     return ranges;
 }
 
 inline std::vector<double> gateHeights(const Cpluvek& scan) {
     std::vector<double> heights = gateRanges(scan);
     const double elevation = static_cast<double>(model::elevationOf(scan));
-    for (double& value : heights) value = beamHeight(value, elevation);
+    for (double& value : heights) {
+        value = beamHeight(value, elevation);
+    }
     return heights;
 }
 

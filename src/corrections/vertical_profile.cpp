@@ -35,12 +35,16 @@ constexpr double kMaxDifferenceDb = 1.0;
 /* Linear values of all profiles, level by level. */
 std::optional<std::vector<double>> readProfiles(const char* path) {
     const auto bytes = base::readTextFile(path);
-    if (!bytes) return std::nullopt;
+    if (!bytes) {
+        return std::nullopt;
+    }
     base::TokenReader tokens({reinterpret_cast<const char*>(bytes->data()), bytes->size()});
     std::vector<double> values(std::size_t{kProfiles} * kLevels, 1.0);
     for (double& value : values) {
         const auto token = tokens.next();
-        if (!token) break;
+        if (!token) {
+            break;
+        }
         value = std::pow(10.0, base::parseNumber(*token) / 10.0);
     }
     return values;
@@ -49,10 +53,14 @@ std::optional<std::vector<double>> readProfiles(const char* path) {
 /* sums[j] = profile j seen through the beam; levels and power hold n levels. */
 CLUTTER_KERNEL void weighProfiles(const double* levels, const double* power, int n,
                                   double* __restrict sums) {
-    for (int j = 0; j < kProfiles; ++j) sums[j] = 0.0;
+    for (int j = 0; j < kProfiles; ++j) {
+        sums[j] = 0.0;
+    }
     for (int m = 0; m < n; ++m) {
         const double weight = power[m];
-        for (int j = 0; j < kProfiles; ++j) sums[j] += levels[j + m * kProfiles] * weight;
+        for (int j = 0; j < kProfiles; ++j) {
+            sums[j] += levels[j + m * kProfiles] * weight;
+        }
     }
 }
 
@@ -65,8 +73,12 @@ class ProfileMatcher {
 
     /* The ground value of the profile closest to z; no result when none is close. */
     std::optional<double> match(double z, double range, int level) {
-        if (!(range == range_)) changeRange(range);
-        if (!look(level)) return std::nullopt;
+        if (!(range == range_)) {
+            changeRange(range);
+        }
+        if (!look(level)) {
+            return std::nullopt;
+        }
         const double dbz = 10.0 * std::log10(z);
         int best = 0;
         double least = std::fabs(dbz - seenDb_[0]);
@@ -77,7 +89,9 @@ class ProfileMatcher {
                 least = difference;
             }
         }
-        if (!(least < kMaxDifferenceDb)) return std::nullopt;
+        if (!(least < kMaxDifferenceDb)) {
+            return std::nullopt;
+        }
         return profiles_[static_cast<std::size_t>(best)];
     }
 
@@ -92,12 +106,18 @@ class ProfileMatcher {
     bool look(int level) {
         const int n = static_cast<int>(power_.size());
         const int first = level - n / 2;
-        if (first < 0 || first + n > kLevels) return false;
-        if (level == level_) return true;
+        if (first < 0 || first + n > kLevels) {
+            return false;
+        }
+        if (level == level_) {
+            return true;
+        }
         level_ = level;
         weighProfiles(profiles_.data() + static_cast<std::ptrdiff_t>(first) * kProfiles,
                       power_.data(), n, seenDb_);
-        for (double& seen : seenDb_) seen = 10.0 * std::log10(seen);
+        for (double& seen : seenDb_) {
+            seen = 10.0 * std::log10(seen);
+        }
         return true;
     }
 
@@ -117,11 +137,15 @@ class ProfileMatcher {
 int Cradarpro::GetVPR(double** vpr, int& nprofiles, int& nlevels, int& reflevel, double& dh,
                       char* filename, int) {
     const auto levels = readProfiles(filename);
-    if (!levels) return 0;
+    if (!levels) {
+        return 0;
+    }
     std::unique_ptr<double[]> profiles(new double[levels->size()]);
     auto value = levels->begin();
     for (std::size_t i = 0; i < kLevels; ++i) {
-        for (std::size_t j = 0; j < kProfiles; ++j) profiles[i + kLevels * j] = *value++;
+        for (std::size_t j = 0; j < kProfiles; ++j) {
+            profiles[i + kLevels * j] = *value++;
+        }
     }
     base::adopt(*vpr, std::move(profiles));
     nprofiles = kProfiles;
@@ -134,16 +158,24 @@ int Cradarpro::GetVPR(double** vpr, int& nprofiles, int& nlevels, int& reflevel,
 int Cradarpro::VPRCorrection(double* zout, double* zin, double* range, double* fl, int n,
                              double elevation, double beamwidth, char* filename, int) {
     const auto profiles = readProfiles(filename);
-    if (!profiles) return 0;
+    if (!profiles) {
+        return 0;
+    }
     ProfileMatcher matcher(*profiles, beamwidth, elevation);
     for (int i = 0; i < n; ++i) {
         zout[i] = zin[i];
-        if (!(zin[i] > kMinZ)) continue;
+        if (!(zin[i] > kMinZ)) {
+            continue;
+        }
         const double height = beamHeight(range[i], elevation);
         const double reach = kMeltingLayerReachM;
-        if (!(fl[i] - reach < height && height < fl[i] + reach)) continue;
+        if (!(fl[i] - reach < height && height < fl[i] + reach)) {
+            continue;
+        }
         const int level = kFreezingLevel - static_cast<int>((fl[i] - height) / kLevelStepM);
-        if (const auto ground = matcher.match(zin[i], range[i], level)) zout[i] = *ground;
+        if (const auto ground = matcher.match(zin[i], range[i], level)) {
+            zout[i] = *ground;
+        }
     }
     return 1;
 }

@@ -40,7 +40,9 @@ struct GateMajor {
 
 void Crres::VPRCorrection() {
     const std::size_t n = cells(zhh);
-    if (!holdAll({&zhh, &fzl}, n) || n > std::numeric_limits<int>::max()) return;
+    if (!holdAll({&zhh, &fzl}, n) || n > std::numeric_limits<int>::max()) {
+        return;
+    }
     GateMajor scan(*this);
     radarpro.VPRCorrection(scan.z.data(), scan.z.data(), scan.range.data(),
                            scan.freezingLevel.data(), static_cast<int>(n),

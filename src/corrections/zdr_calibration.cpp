@@ -69,7 +69,9 @@ class Statistics {
     }
 
     void store(float* stats) const {
-        if (count_ <= kTooFewGates) return;
+        if (count_ <= kTooFewGates) {
+            return;
+        }
         const double n = static_cast<double>(count_);
         stats[1] = static_cast<float>(10.0 * std::log10(zhh_ / n));
         stats[2] = static_cast<float>(10.0 * std::log10(zdr_ / n));
@@ -89,12 +91,16 @@ class Statistics {
 /* Averages the gates of a range in all rays that chosen(i) admits. */
 template <class Chosen>
 void average(const Crres& context, GateBounds gates, float* stats, Chosen chosen) {
-    if (!insideRay(gates, context.zhh.ngates)) return;
+    if (!insideRay(gates, context.zhh.ngates)) {
+        return;
+    }
     Statistics statistics;
     forEachRay(context.zhh, [&](std::ptrdiff_t at, int) {
         for (int g = gates.first; g < gates.end; ++g) {
             const std::size_t i = static_cast<std::size_t>(at + g);
-            if (chosen(i)) statistics.add(context, i);
+            if (chosen(i)) {
+                statistics.add(context, i);
+            }
         }
     });
     statistics.store(stats);
@@ -107,9 +113,13 @@ bool hasStatistics(const Crres& c) {
 }  // namespace
 
 void Crres::CalculateOffsetsAt90Deg(float* stats, float r0, float r1, float rhoMin, float zMin) {
-    if (stats == nullptr) return;
+    if (stats == nullptr) {
+        return;
+    }
     std::fill_n(stats, kStatistics, kNoResult);
-    if (!hasStatistics(*this)) return;
+    if (!hasStatistics(*this)) {
+        return;
+    }
     stats[0] = elevationDeg(zhh);
     if (stats[0] < kMinVerticalDeg || stats[0] > kMaxVerticalDeg) {
         base::report("Please select a 90-degree scan (%2.2f)!\n", static_cast<double>(stats[0]));
@@ -121,9 +131,13 @@ void Crres::CalculateOffsetsAt90Deg(float* stats, float r0, float r1, float rhoM
 
 void Crres::CalculateOffsetsAtLowElevations(float* stats, float r0, float r1, float rhoMin,
                                             float zMin, float zMax) {
-    if (stats == nullptr) return;
+    if (stats == nullptr) {
+        return;
+    }
     std::fill_n(stats, kStatistics, kNoResult);
-    if (!hasStatistics(*this) || !holdAll({&ccl}, cells(zhh))) return;
+    if (!hasStatistics(*this) || !holdAll({&ccl}, cells(zhh))) {
+        return;
+    }
     stats[0] = elevationDeg(zhh);
     average(*this, gatesBetween(zhh, r0, r1), stats, [&](std::size_t i) {
         return ccl.data[i] == 0.0f && rhv.data[i] >= rhoMin && zMin <= zhh.data[i] &&
@@ -134,7 +148,9 @@ void Crres::CalculateOffsetsAtLowElevations(float* stats, float r0, float r1, fl
 void Crres::ExtractZdrDataToCalculateAzimuthVariation(char* prefix, float height, float zMin,
                                                       float zMax) {
     const std::size_t n = cells(zhh);
-    if (prefix == nullptr || !holdAll({&zhh, &zdr, &ccl, &rhv}, n)) return;
+    if (prefix == nullptr || !holdAll({&zhh, &zdr, &ccl, &rhv}, n)) {
+        return;
+    }
     const double range =
         corrections::beamRange(static_cast<double>(height), static_cast<double>(elevationOf(zhh)));
     const int gates = std::max(base::truncateToInt(range / static_cast<double>(zhh.gatesize)), 0);
@@ -149,7 +165,9 @@ void Crres::ExtractZdrDataToCalculateAzimuthVariation(char* prefix, float height
                 samples.push_back(zdr.data[i]);
             }
         }
-        if (samples.empty()) continue;
+        if (samples.empty()) {
+            continue;
+        }
         char suffix[64];
         std::snprintf(suffix, sizeof suffix, "_%.4d%.2d_AZ_%.3d.dat", zhh.year, zhh.month, r);
         std::string path = std::string(prefix) + suffix;
@@ -158,7 +176,11 @@ void Crres::ExtractZdrDataToCalculateAzimuthVariation(char* prefix, float height
 }
 
 void Crres::CalibrateZdrOffsetandAzimuthVariation() {
-    if (zdr.data == nullptr) return;
+    if (zdr.data == nullptr) {
+        return;
+    }
     const std::size_t n = cells(zdr);
-    for (std::size_t i = 0; i < n; ++i) zdr.data[i] += zdrbias;
+    for (std::size_t i = 0; i < n; ++i) {
+        zdr.data[i] += zdrbias;
+    }
 }

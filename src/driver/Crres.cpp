@@ -53,33 +53,49 @@ void Crres::ClearMemory() {
                                  &rain, &dpdp, &acoef,  &bcoef, &alpha, &ta,  &pdpc};
     for (Cpluvek* record : withData) {
         release(record->data);
-        if (record != &snr && record != &ta) release(record->angles);
+        if (record != &snr && record != &ta) {
+            release(record->angles);
+        }
     }
 }
 
 void Crres::FlagNoEchoConditions() {
     const std::size_t n = cells(zhh);
-    if (zhh.data == nullptr || ccl.data == nullptr || cells(ccl) < n) return;
+    if (zhh.data == nullptr || ccl.data == nullptr || cells(ccl) < n) {
+        return;
+    }
     for (std::size_t i = 0; i < n; ++i) {
-        if (zhh.data[i] <= 0.0f && ccl.data[i] != kGroundClutterClass) ccl.data[i] = kNoiseClass;
+        if (zhh.data[i] <= 0.0f && ccl.data[i] != kGroundClutterClass) {
+            ccl.data[i] = kNoiseClass;
+        }
     }
 }
 
 void Crres::UnFlagNoEchoConditions() {
-    if (ccl.data == nullptr) return;
+    if (ccl.data == nullptr) {
+        return;
+    }
     const std::size_t n = cells(ccl);
     for (std::size_t i = 0; i < n; ++i) {
-        if (ccl.data[i] == kNoiseClass) ccl.data[i] = kPrecipitationClass;
+        if (ccl.data[i] == kNoiseClass) {
+            ccl.data[i] = kPrecipitationClass;
+        }
     }
 }
 
 void Crres::EliminateInvalidDataForDisplayPurposes() {
-    if (ccl.data == nullptr) return;
+    if (ccl.data == nullptr) {
+        return;
+    }
     const std::size_t n = cells(ccl);
     for (Cpluvek* record : {&zhh, &zdr, &pdp, &rhv, &vel, &wid, &ldr, &rain}) {
-        if (record->data == nullptr || cells(*record) < n) continue;
+        if (record->data == nullptr || cells(*record) < n) {
+            continue;
+        }
         for (std::size_t i = 0; i < n; ++i) {
-            if (!(ccl.data[i] == kPrecipitationClass)) record->data[i] = invalidvalue;
+            if (!(ccl.data[i] == kPrecipitationClass)) {
+                record->data[i] = invalidvalue;
+            }
         }
     }
 }

@@ -41,7 +41,9 @@ class RecordRows {
   private:
     dsp::RowSource* add(const Cpluvek& record) {
         const float* values = valuesOf(record, cells_);
-        if (values == nullptr) return nullptr;
+        if (values == nullptr) {
+            return nullptr;
+        }
         rows_.push_back(std::make_unique<dsp::FieldRows>(values, shape_));
         return rows_.back().get();
     }
@@ -55,7 +57,9 @@ class RecordRows {
 /* Gates flagged by a finder become ground clutter. */
 void turnIntoClutter(const Cpluvek& flags, Cpluvek& classes, std::size_t n) {
     for (std::size_t i = 0; i < n; ++i) {
-        if (!(flags.data[i] == 0.0f)) classes.data[i] = kGroundClutterClass;
+        if (!(flags.data[i] == 0.0f)) {
+            classes.data[i] = kGroundClutterClass;
+        }
     }
 }
 
@@ -63,7 +67,9 @@ void turnIntoClutter(const Cpluvek& flags, Cpluvek& classes, std::size_t n) {
 
 void Crres::PrecipitationClutterClassification(short mask) {
     const std::size_t n = cells(zhh);
-    if (zhh.data == nullptr || n == 0) return;
+    if (zhh.data == nullptr || n == 0) {
+        return;
+    }
     copyField(zhh, ccl, "CCl", "-");
     computeSNR();
     classifyNoisewithSNR();
@@ -77,7 +83,9 @@ void Crres::PrecipitationClutterClassification(short mask) {
     ScanInputs inputs(rows.fields(), static_cast<unsigned short>(mask), noise, rows.shape(),
                       {texgates, texrays});
     const auto rules = readRules({mfdir, strnlen(mfdir, sizeof mfdir)}, inputs.present(), echoes);
-    if (!rules) return;
+    if (!rules) {
+        return;
+    }
     ScanClassifier classifier(inputs, *rules);
 
     // The noise flags stay the mask of every ray's texture: verdicts go to a new array.
@@ -89,9 +97,13 @@ void Crres::PrecipitationClutterClassification(short mask) {
 }
 
 void Crres::computeSNR() {
-    if (zhh.data == nullptr) return;
+    if (zhh.data == nullptr) {
+        return;
+    }
     copyField(zhh, snr, "SNR", "dB");
-    if (cells(zhh) == 0) return;
+    if (cells(zhh) == 0) {
+        return;
+    }
     const std::vector<float> losses = rangeLossesDb(zhh.ngates, zhh.gatesize);
     forEachRay(zhh, [&](std::ptrdiff_t at, int count) {
         signalToNoise(zhh.data + at, losses.data(), zhh.radarconst, snr.data + at, count);
@@ -100,9 +112,15 @@ void Crres::computeSNR() {
 
 int Crres::classifyNoisewithSNR() {
     const std::size_t n = cells(zhh);
-    if (zhh.data == nullptr || valuesOf(snr, n) == nullptr) return 0;
-    if (valuesOf(ccl, n) == nullptr) copyField(zhh, ccl, "CCl", "-");
-    if (n == 0) return 1;
+    if (zhh.data == nullptr || valuesOf(snr, n) == nullptr) {
+        return 0;
+    }
+    if (valuesOf(ccl, n) == nullptr) {
+        copyField(zhh, ccl, "CCl", "-");
+    }
+    if (n == 0) {
+        return 1;
+    }
     forEachRay(zhh, [&](std::ptrdiff_t at, int count) {
         markNoise(snr.data + at, minsnr, ccl.data + at, count);
     });
@@ -111,7 +129,9 @@ int Crres::classifyNoisewithSNR() {
 
 void Crres::RemoveIsolatedPixels() {
     const std::size_t n = cells(zhh);
-    if (valuesOf(ccl, n) == nullptr) return;
+    if (valuesOf(ccl, n) == nullptr) {
+        return;
+    }
     struct Search {
         int window;
         int most;
@@ -127,17 +147,23 @@ void Crres::RemoveIsolatedPixels() {
 
 void Crres::ReadRangeAngleLocations(char* file, float** ranges, float** angles, int& n) {
     const auto bytes = base::readTextFile(file);
-    if (!bytes || ranges == nullptr || angles == nullptr) return;
+    if (!bytes || ranges == nullptr || angles == nullptr) {
+        return;
+    }
     std::vector<float> pairs[2];
     base::TokenReader tokens({reinterpret_cast<const char*>(bytes->data()), bytes->size()});
     for (;;) {
         const auto range = tokens.next();
         const auto angle = range ? tokens.next() : std::nullopt;
-        if (!angle) break;
+        if (!angle) {
+            break;
+        }
         pairs[0].push_back(base::roundToFloat(base::parseNumber(*range)));
         pairs[1].push_back(base::roundToFloat(base::parseNumber(*angle)));
     }
-    if (pairs[0].empty()) return;
+    if (pairs[0].empty()) {
+        return;
+    }
     n = static_cast<int>(pairs[0].size());
     *ranges = base::duplicate(pairs[0]).release();
     *angles = base::duplicate(pairs[1]).release();

@@ -59,7 +59,9 @@ constexpr Setting kSettings[] = {
 
 const Setting* findSetting(std::string_view key) {
     for (const Setting& setting : kSettings) {
-        if (setting.key == key) return &setting;
+        if (setting.key == key) {
+            return &setting;
+        }
     }
     return nullptr;
 }
@@ -94,7 +96,9 @@ class Store {
 
 std::optional<std::string_view> nextWord(base::TokenReader& tokens) {
     const auto token = tokens.next();
-    if (!token) return std::nullopt;
+    if (!token) {
+        return std::nullopt;
+    }
     return token->substr(0, kMaxWord);
 }
 
@@ -102,12 +106,16 @@ std::optional<std::string_view> nextWord(base::TokenReader& tokens) {
 
 int Crres::readinitialconfiguration(char* file) {
     const auto bytes = base::readTextFile(file);
-    if (!bytes) return 0;
+    if (!bytes) {
+        return 0;
+    }
     base::TokenReader tokens({reinterpret_cast<const char*>(bytes->data()), bytes->size()});
     for (;;) {
         const auto key = nextWord(tokens);
         const auto value = key ? nextWord(tokens) : std::nullopt;
-        if (!value) return 0;
+        if (!value) {
+            return 0;
+        }
         if (const Setting* setting = findSetting(*key)) {
             std::visit(Store(*this, *value), setting->destination);
         } else {

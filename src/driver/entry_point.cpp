@@ -72,7 +72,9 @@ void classifyScan(const Call& call) {
     const dsp::PolarShape shape = call.shape;
     std::vector<NarrowedRows> rows;
     rows.reserve(kFields);
-    for (const double* field : call.fields) rows.emplace_back(field, shape);
+    for (const double* field : call.fields) {
+        rows.emplace_back(field, shape);
+    }
     const ScanFields fields{rows[0].orNull(), rows[1].orNull(), rows[2].orNull(), rows[3].orNull(),
                             rows[4].orNull(), rows[5].orNull(), rows[6].orNull(), nullptr};
     NoiseFlags noise(shape);
@@ -83,13 +85,17 @@ void classifyScan(const Call& call) {
     ScanInputs inputs(fields, wanted, noise, shape, kTextureWindow);
     const auto rules = readRules(directoryOf(call.directory), inputs.present(), echoes);
     std::optional<ScanClassifier> classifier;
-    if (rules) classifier.emplace(inputs, *rules);
+    if (rules) {
+        classifier.emplace(inputs, *rules);
+    }
 
     std::vector<double> held(mustWait(call) ? call.cells() : 0);
     double* const target = held.empty() ? call.output : held.data();
     std::vector<float> classes(static_cast<std::size_t>(shape.ngates));
     for (int r = 0; r < shape.nrays; ++r) {
-        if (classifier) classifier->classifyRay(r, classes.data());
+        if (classifier) {
+            classifier->classifyRay(r, classes.data());
+        }
         widen(classifier ? classes.data() : noise.row(r), target + shape.offset(r), shape.ngates);
     }
     std::copy(held.begin(), held.end(), call.output);
@@ -99,9 +105,15 @@ void classifyScan(const Call& call) {
 
 void copydata(double* src, double* ranges, double* azimuths, double* elevation, Cpluvek* rec,
               int nrays, int ngates, double* params) {
-    if (src == nullptr || rec == nullptr) return;
-    if (nrays < 0) nrays = 0;
-    if (ngates < 0) ngates = 0;
+    if (src == nullptr || rec == nullptr) {
+        return;
+    }
+    if (nrays < 0) {
+        nrays = 0;
+    }
+    if (ngates < 0) {
+        ngates = 0;
+    }
     // Freed first: records of scans in a row then meet the same memory again.
     base::release(rec->angles);
     base::release(rec->data);
@@ -133,7 +145,9 @@ void clutterclassifier(const char* mfdir, int nrays, int ngates, double* zhh, do
         base::report("nrays and ngates should be positive!\n");
         return;
     }
-    if (zhh == nullptr) return;
+    if (zhh == nullptr) {
+        return;
+    }
     try {
         classifyScan({mfdir,
                       {ngates, nrays},

@@ -11,12 +11,16 @@ namespace clutter::driver {
 
 CLUTTER_KERNEL void markNoise(const float* __restrict snr, float minSnr, float* __restrict cls,
                               int n) {
-    for (int g = 0; g < n; ++g) cls[g] = minSnr > snr[g] ? kNoiseClass : kPrecipitationClass;
+    for (int g = 0; g < n; ++g) {
+        cls[g] = minSnr > snr[g] ? kNoiseClass : kPrecipitationClass;
+    }
 }
 
 CLUTTER_KERNEL int countEchoes(const float* cls, int n) {
     int count = 0;
-    for (int g = 0; g < n; ++g) count += cls[g] != kNoiseClass ? 1 : 0;
+    for (int g = 0; g < n; ++g) {
+        count += cls[g] != kNoiseClass ? 1 : 0;
+    }
     return count;
 }
 
@@ -30,11 +34,15 @@ CLUTTER_KERNEL void applyVerdicts(const float* __restrict before, const float* _
 }
 
 CLUTTER_KERNEL void narrow(const double* __restrict from, float* __restrict to, int n) {
-    for (int i = 0; i < n; ++i) to[i] = static_cast<float>(from[i]);
+    for (int i = 0; i < n; ++i) {
+        to[i] = static_cast<float>(from[i]);
+    }
 }
 
 CLUTTER_KERNEL void widen(const float* __restrict from, double* __restrict to, int n) {
-    for (int i = 0; i < n; ++i) to[i] = static_cast<double>(from[i]);
+    for (int i = 0; i < n; ++i) {
+        to[i] = static_cast<double>(from[i]);
+    }
 }
 
 }  // namespace clutter::driver

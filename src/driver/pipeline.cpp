@@ -71,7 +71,9 @@ void estimateRain(Crres& c) {
 
 /* One of the plain conversions, a ray at a time. */
 void convert(Crres& c, void (Cradarpro::*conversion)(float*, float*, int, float, float)) {
-    if (!holdAll({&c.zhh, &c.rain}, cells(c.zhh))) return;
+    if (!holdAll({&c.zhh, &c.rain}, cells(c.zhh))) {
+        return;
+    }
     forEachRay(c.zhh, [&](std::ptrdiff_t at, int count) {
         (c.radarpro.*conversion)(c.rain.data + at, c.zhh.data + at, count, kRelationA, kRelationB);
     });
@@ -80,14 +82,32 @@ void convert(Crres& c, void (Cradarpro::*conversion)(float*, float*, int, float,
 }  // namespace
 
 int Crres::RadarDataProcessing(int what) {
-    if (!holdAll({&zhh}, cells(zhh))) return 0;
-    if (what & kClassification) classify(*this);
-    if (what & kZdrCalibration) calibrate(*this);
-    if (what & kFiltering) filter(*this);
-    if (what & kAttenuation) correctAttenuation(*this);
-    if (what & kRainfall) estimateRain(*this);
-    if (what & kReflectivityFromRain) convert(*this, &Cradarpro::RtoZ);
-    if (what & kRainFromReflectivity) convert(*this, &Cradarpro::ZtoR);
-    if (what & kBlanking) EliminateInvalidDataForDisplayPurposes();
+    if (!holdAll({&zhh}, cells(zhh))) {
+        return 0;
+    }
+    if (what & kClassification) {
+        classify(*this);
+    }
+    if (what & kZdrCalibration) {
+        calibrate(*this);
+    }
+    if (what & kFiltering) {
+        filter(*this);
+    }
+    if (what & kAttenuation) {
+        correctAttenuation(*this);
+    }
+    if (what & kRainfall) {
+        estimateRain(*this);
+    }
+    if (what & kReflectivityFromRain) {
+        convert(*this, &Cradarpro::RtoZ);
+    }
+    if (what & kRainFromReflectivity) {
+        convert(*this, &Cradarpro::ZtoR);
+    }
+    if (what & kBlanking) {
+        EliminateInvalidDataForDisplayPurposes();
+    }
     return 1;
 }

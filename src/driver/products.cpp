@@ -34,12 +34,18 @@ constexpr Product kProducts[] = {
 
 void Crres::Vars2Save(int what, char* prefix, float* ranges, float* azimuths, int npoints,
                       unsigned int tag) {
-    if (prefix == nullptr || npoints < 1) return;
+    if (prefix == nullptr || npoints < 1) {
+        return;
+    }
     std::vector<float> samples(static_cast<std::size_t>(npoints));
     for (const Product& product : kProducts) {
-        if ((what & product.bit) == 0) continue;
+        if ((what & product.bit) == 0) {
+            continue;
+        }
         Cpluvek& record = this->*product.record;
-        if (record.ExtractDataRA(ranges, azimuths, samples.data(), npoints) == 0) continue;
+        if (record.ExtractDataRA(ranges, azimuths, samples.data(), npoints) == 0) {
+            continue;
+        }
         std::string path = std::string(prefix) + product.suffix;
         dsp.SaveDataToFile(path.data(), &tag, samples.data(), 1, npoints, 0, product.precision);
     }

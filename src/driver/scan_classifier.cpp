@@ -11,16 +11,24 @@
 namespace clutter::driver {
 std::optional<fuzzy::RuleBase> readRules(const std::string& directory, unsigned inputs,
                                          std::size_t echoes) {
-    if (inputs == 0 || echoes == 0) return std::nullopt;
+    if (inputs == 0 || echoes == 0) {
+        return std::nullopt;
+    }
     float present = 0.0f;  // only whether an array is null counts here
     float* arrays[fuzzy::kInputCount] = {};
     for (int i = 0; i < fuzzy::kInputCount; ++i) {
-        if ((inputs & (1u << i)) != 0) arrays[i] = &present;
+        if ((inputs & (1u << i)) != 0) {
+            arrays[i] = &present;
+        }
     }
     const fuzzy::PrecipitationClutterEngine engine(directory.c_str(), arrays);
     fuzzy::RuleBase rules(engine);
-    if (!rules.announceComplete()) return std::nullopt;
-    if (echoes >= std::size_t{fuzzy::RuleBase::kMinMany}) rules.prepareForMany();
+    if (!rules.announceComplete()) {
+        return std::nullopt;
+    }
+    if (echoes >= std::size_t{fuzzy::RuleBase::kMinMany}) {
+        rules.prepareForMany();
+    }
     return rules;
 }
 
@@ -38,7 +46,9 @@ void ScanClassifier::classifyRay(int ray, float* classes) {
          run = nextRun(noise, ngates, run.end)) {
         const float* inputs[fuzzy::kInputCount] = {};
         for (int i = 0; i < fuzzy::kInputCount; ++i) {
-            if (inputs_.row(i) != nullptr) inputs[i] = inputs_.row(i) + run.start;
+            if (inputs_.row(i) != nullptr) {
+                inputs[i] = inputs_.row(i) + run.start;
+            }
         }
         rules_.classify(inputs, run.end - run.start, verdicts_.data() + run.start, undecided_);
     }

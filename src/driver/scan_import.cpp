@@ -12,23 +12,31 @@ namespace clutter::driver {
 namespace {
 
 CLUTTER_KERNEL void packFlags(const float* __restrict cls, std::uint8_t* __restrict flags, int n) {
-    for (int g = 0; g < n; ++g) flags[g] = cls[g] == kNoiseClass ? 1 : 0;
+    for (int g = 0; g < n; ++g) {
+        flags[g] = cls[g] == kNoiseClass ? 1 : 0;
+    }
 }
 
 CLUTTER_KERNEL void unpackFlags(const std::uint8_t* __restrict flags, float* __restrict cls,
                                 int n) {
-    for (int g = 0; g < n; ++g) cls[g] = flags[g] != 0 ? kNoiseClass : kPrecipitationClass;
+    for (int g = 0; g < n; ++g) {
+        cls[g] = flags[g] != 0 ? kNoiseClass : kPrecipitationClass;
+    }
 }
 
 }  // namespace
 
 NarrowedRows::NarrowedRows(const double* field, dsp::PolarShape shape)
     : field_(field), shape_(shape) {
-    if (field_ != nullptr) row_.resize(static_cast<std::size_t>(shape.ngates));
+    if (field_ != nullptr) {
+        row_.resize(static_cast<std::size_t>(shape.ngates));
+    }
 }
 
 const float* NarrowedRows::row(int ray) {
-    if (ray != held_) narrow(field_ + shape_.offset(ray), row_.data(), shape_.ngates);
+    if (ray != held_) {
+        narrow(field_ + shape_.offset(ray), row_.data(), shape_.ngates);
+    }
     held_ = ray;
     return row_.data();
 }

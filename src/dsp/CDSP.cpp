@@ -11,8 +11,12 @@ namespace {
 template <class T>
 T sumInOrder(const T* x, int n) {
     T sum = 0;
-    if (x == nullptr) return sum;
-    for (int i = 0; i < n; ++i) sum += x[i];
+    if (x == nullptr) {
+        return sum;
+    }
+    for (int i = 0; i < n; ++i) {
+        sum += x[i];
+    }
     return sum;
 }
 
@@ -23,13 +27,19 @@ CDSP::CDSP() {}
 CDSP::~CDSP() {}
 
 int CDSP::GetMeanStd(float* x, int n, float& mean, float& std) {
-    if (n < 1 || x == nullptr) return -1;
+    if (n < 1 || x == nullptr) {
+        return -1;
+    }
     float sum = 0.0f;
-    for (int i = 0; i < n; ++i) sum += x[i];
+    for (int i = 0; i < n; ++i) {
+        sum += x[i];
+    }
     const float average = sum / static_cast<float>(n);
     mean = average;
     float squares = 0.0f;
-    for (int i = 0; i < n; ++i) squares += (x[i] - average) * (x[i] - average);
+    for (int i = 0; i < n; ++i) {
+        squares += (x[i] - average) * (x[i] - average);
+    }
     std = std::sqrt(squares / static_cast<float>(n));
     return 1;
 }

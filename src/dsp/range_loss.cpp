@@ -23,7 +23,9 @@ std::vector<float> rangeLossesDb(int ngates, float gateSizeM) {
 
 CLUTTER_KERNEL void signalToNoise(const float* __restrict zhh, const float* __restrict lossesDb,
                                   float radarConstant, float* __restrict snr, int n) {
-    for (int g = 0; g < n; ++g) snr[g] = zhh[g] - lossesDb[g] + radarConstant;
+    for (int g = 0; g < n; ++g) {
+        snr[g] = zhh[g] - lossesDb[g] + radarConstant;
+    }
 }
 
 }  // namespace clutter::dsp

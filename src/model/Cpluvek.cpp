@@ -24,7 +24,9 @@ std::size_t angleCount(int nrays) {
 
 /* A copy of an array; an absent one stays absent. */
 std::unique_ptr<float[]> duplicate(const float* source, std::size_t count) {
-    if (source == nullptr) return nullptr;
+    if (source == nullptr) {
+        return nullptr;
+    }
     std::unique_ptr<float[]> fresh(new float[count]);
     std::copy_n(source, count, fresh.get());
     return fresh;
@@ -123,19 +125,25 @@ Cpluvek::~Cpluvek() {
 }
 
 void Cpluvek::GetDateTime() {
-    if (this == nullptr) return;
+    if (this == nullptr) {
+        return;
+    }
     std::snprintf(datetime, sizeof datetime, "%.2d/%.2d/%.4d %.2d:%.2d:%.2d", day, month, year,
                   hour, minute, second);
 }
 
 int Cpluvek::CopyPointerToObject(int index, Cpluvek& dst) {
-    if (this == nullptr || this[std::max(index, 0)].data == nullptr) return -1;
+    if (this == nullptr || this[std::max(index, 0)].data == nullptr) {
+        return -1;
+    }
     const int position = index >= 0 && index < nrecords ? index : 0;
     const Cpluvek& source = this[position];
     // Copied before anything is freed: dst may be the source itself.
     auto freshAngles = duplicate(source.angles, angleCount(source.nrays));
     auto freshData = duplicate(source.data, cellCount(source.ngates, source.nrays));
-    if (dst.nrecords < 1) dst.nrecords = 1;
+    if (dst.nrecords < 1) {
+        dst.nrecords = 1;
+    }
     dst.nsets = source.nrecords;
     dst.recindex = position;
     copyDescription(source, dst);
@@ -147,7 +155,9 @@ int Cpluvek::CopyPointerToObject(int index, Cpluvek& dst) {
 }
 
 void Cpluvek::copy(Cpluvek** dst) {
-    if (this == nullptr || dst == nullptr) return;
+    if (this == nullptr || dst == nullptr) {
+        return;
+    }
     const auto count = static_cast<std::size_t>(std::max(nrecords, 0));
     std::unique_ptr<Cpluvek[]> fresh(new Cpluvek[count]);
     for (std::size_t i = 0; i < count; ++i) {

@@ -23,7 +23,9 @@ constexpr std::size_t kDateCapacity = sizeof "DD/MM/YYYY";
 constexpr std::size_t kTimeCapacity = sizeof "HH:MM:SS";
 
 void store(const DateTime& from, int* t) {
-    if (t == nullptr) return;
+    if (t == nullptr) {
+        return;
+    }
     t[0] = from.year;
     t[1] = from.month;
     t[2] = from.day;
@@ -39,7 +41,9 @@ Ctiempo::Ctiempo() {}
 Ctiempo::~Ctiempo() {}
 
 unsigned int Ctiempo::GetSecondsSince1970(int* t) {
-    if (t == nullptr) return 0;
+    if (t == nullptr) {
+        return 0;
+    }
     return secondsSince1970({t[0], t[1], t[2], t[3], t[4], t[5]});
 }
 
@@ -64,7 +68,9 @@ int Ctiempo::GetDateTime(unsigned int seconds, int* t, char* date, char* time) {
 int Ctiempo::ReadYYYYMMDDHHMMSS(char* text, unsigned int& seconds, int* t) {
     seconds = 0;
     const auto stamp = parseStamp(text == nullptr ? std::string_view() : std::string_view(text));
-    if (!stamp) return 0;
+    if (!stamp) {
+        return 0;
+    }
     store(*stamp, t);
     seconds = secondsSince1970(*stamp);
     return 1;

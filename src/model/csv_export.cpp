@@ -63,7 +63,9 @@ int Cpluvek::SavePolarData2Ascii(const char* file) {
     {
         TextWriter out(stream.get());
         writeAzimuths(*this, out);
-        for (int gate = 0; gate < ngates; ++gate) writeGate(*this, gate, out);
+        for (int gate = 0; gate < ngates; ++gate) {
+            writeGate(*this, gate, out);
+        }
     }
     return clutter::base::closeChecked(std::move(stream)) ? 1 : 0;
 }

@@ -28,8 +28,12 @@ constexpr int kFarAbove = INT_MAX;
 
 /* Truncation toward zero; NaN is far below. */
 int truncated(float quotient) {
-    if (!(quotient > static_cast<float>(INT_MIN))) return kFarBelow;
-    if (quotient >= -static_cast<float>(INT_MIN)) return kFarAbove;
+    if (!(quotient > static_cast<float>(INT_MIN))) {
+        return kFarBelow;
+    }
+    if (quotient >= -static_cast<float>(INT_MIN)) {
+        return kFarAbove;
+    }
     return static_cast<int>(quotient);
 }
 
@@ -51,7 +55,9 @@ class RayFinder {
     std::ptrdiff_t rayAt(float azimuthDeg) const {
         const auto target =
             static_cast<float>(static_cast<double>(azimuthDeg) * clutter::base::kPi / 180.0);
-        if (sorted_) return nearest_.indexOf(target);
+        if (sorted_) {
+            return nearest_.indexOf(target);
+        }
         float value = 0.0f;
         int index = 0;
         CDSP().GetNearest(azimuths_, nrays_, target, value, index);
@@ -68,8 +74,12 @@ class RayFinder {
 };
 
 bool canSampleRanges(const Cpluvek& record) {
-    if (record.data == nullptr || record.angles == nullptr) return false;
-    if (clutter::base::cellCount(record.ngates, record.nrays) == 0) return false;
+    if (record.data == nullptr || record.angles == nullptr) {
+        return false;
+    }
+    if (clutter::base::cellCount(record.ngates, record.nrays) == 0) {
+        return false;
+    }
     return record.coordtype == kPolar || record.coordtype == kForeignPolar;
 }
 
@@ -96,7 +106,9 @@ struct Sample {
 bool findValid(const Cpluvek& record, float invalid, const Window& window, Sample& sample) {
     const std::int64_t halfRays = window.wrays / 2;
     const std::int64_t halfGates = window.wgates / 2;
-    if (halfRays < 0 || halfGates < 0) return false;
+    if (halfRays < 0 || halfGates < 0) {
+        return false;
+    }
     const std::int64_t rays = record.nrays;
     const std::int64_t last = record.ngates - 1;
     const std::int64_t from = std::clamp<std::int64_t>(sample.gate - halfGates, 0, last);
@@ -107,7 +119,9 @@ bool findValid(const Cpluvek& record, float invalid, const Window& window, Sampl
         const std::int64_t ray = (start + k) % rays;
         const float* values = record.data + ray * record.ngates;
         for (std::int64_t gate = from; gate <= to; ++gate) {
-            if (values[gate] == invalid) continue;
+            if (values[gate] == invalid) {
+                continue;
+            }
             sample = {static_cast<std::ptrdiff_t>(ray), static_cast<int>(gate)};
             return true;
         }
@@ -118,7 +132,9 @@ bool findValid(const Cpluvek& record, float invalid, const Window& window, Sampl
 /* Whether a sample, counted on through the block, is inside it and holds the invalid value. */
 bool holds(const Cpluvek& record, float invalid, const Sample& sample) {
     const std::int64_t at = std::int64_t{sample.ray} * record.ngates + sample.gate;
-    if (at < 0) return false;
+    if (at < 0) {
+        return false;
+    }
     if (static_cast<std::size_t>(at) >= clutter::base::cellCount(record.ngates, record.nrays)) {
         return false;
     }
@@ -140,7 +156,9 @@ int Cpluvek::ExtractDataXY(float* xy, float* out, int n) {
         clutter::base::report("No data to extract (pointer is NULL)\n");
         return 0;
     }
-    if (xy == nullptr || out == nullptr) return 0;
+    if (xy == nullptr || out == nullptr) {
+        return 0;
+    }
     const float* ys = xy + std::max(n, 0);
     for (int i = 0; i < n; ++i) {
         const int ix = cellOf((xy[i] - axislimits0[0]) / gatesize, nrays);
@@ -152,8 +170,12 @@ int Cpluvek::ExtractDataXY(float* xy, float* out, int n) {
 }
 
 int Cpluvek::ExtractDataRA(float* ranges, float* azimuths, float* out, int n) {
-    if (!canSampleRanges(*this)) return 0;
-    if (ranges == nullptr || azimuths == nullptr || out == nullptr) return 0;
+    if (!canSampleRanges(*this)) {
+        return 0;
+    }
+    if (ranges == nullptr || azimuths == nullptr || out == nullptr) {
+        return 0;
+    }
     const RayFinder finder(angles + 1, nrays, n);
     for (int i = 0; i < n; ++i) {
         out[i] = data[sampleIndex(*this, finder.rayAt(azimuths[i]), ranges[i])];
@@ -163,16 +185,26 @@ int Cpluvek::ExtractDataRA(float* ranges, float* azimuths, float* out, int n) {
 
 int Cpluvek::FindValidDataRA(float* ranges, float* azimuths, float invalid, int n, float* outranges,
                              float* outazimuths, int wgates, int wrays) {
-    if (!canSampleRanges(*this)) return 0;
-    if (ranges == nullptr || azimuths == nullptr) return 0;
-    if (outranges == nullptr || outazimuths == nullptr) return 0;
+    if (!canSampleRanges(*this)) {
+        return 0;
+    }
+    if (ranges == nullptr || azimuths == nullptr) {
+        return 0;
+    }
+    if (outranges == nullptr || outazimuths == nullptr) {
+        return 0;
+    }
     const RayFinder finder(angles + 1, nrays, n);
     for (int i = 0; i < n; ++i) {
         Sample sample{finder.rayAt(azimuths[i]), truncated(ranges[i] / gatesize)};
         outranges[i] = ranges[i];
         outazimuths[i] = azimuths[i];
-        if (!holds(*this, invalid, sample)) continue;
-        if (!findValid(*this, invalid, {wgates, wrays}, sample)) continue;
+        if (!holds(*this, invalid, sample)) {
+            continue;
+        }
+        if (!findValid(*this, invalid, {wgates, wrays}, sample)) {
+            continue;
+        }
         outranges[i] = static_cast<float>(sample.gate) * gatesize;
         outazimuths[i] = static_cast<float>(static_cast<double>(angles[1 + sample.ray]) * 180.0 /
                                             clutter::base::kPi);

@@ -47,7 +47,9 @@ template <class Raw>
 Raw encode(float value, double scale, double offset) {
     constexpr double kTwoTo63 = 9223372036854775808.0;
     const double raw = std::floor((static_cast<double>(value) - offset) / scale + 0.5);
-    if (!(raw >= -kTwoTo63 && raw < kTwoTo63)) return 0;
+    if (!(raw >= -kTwoTo63 && raw < kTwoTo63)) {
+        return 0;
+    }
     return static_cast<Raw>(static_cast<std::int64_t>(raw));
 }
 
@@ -61,9 +63,15 @@ void encodeAll(std::span<const float> values, const Cpluvek& record, unsigned ch
 }
 
 void storeValues(std::span<const float> values, const Cpluvek& record, unsigned char* out) {
-    if (record.datatype == kUint8) return encodeAll<std::uint8_t>(values, record, out);
-    if (record.datatype == kUint16) return encodeAll<std::uint16_t>(values, record, out);
-    if (!values.empty()) std::memcpy(out, values.data(), values.size_bytes());
+    if (record.datatype == kUint8) {
+        return encodeAll<std::uint8_t>(values, record, out);
+    }
+    if (record.datatype == kUint16) {
+        return encodeAll<std::uint16_t>(values, record, out);
+    }
+    if (!values.empty()) {
+        std::memcpy(out, values.data(), values.size_bytes());
+    }
 }
 
 template <class Raw>
@@ -74,12 +82,18 @@ void decodeAll(Bytes stored, const Cpluvek& record, float* out) {
 }
 
 void loadFloats(Bytes stored, float* out) {
-    if (!stored.empty()) std::memcpy(out, stored.data(), stored.size());
+    if (!stored.empty()) {
+        std::memcpy(out, stored.data(), stored.size());
+    }
 }
 
 void loadValues(Bytes stored, const Cpluvek& record, float* out) {
-    if (record.datatype == kUint8) return decodeAll<std::uint8_t>(stored, record, out);
-    if (record.datatype == kUint16) return decodeAll<std::uint16_t>(stored, record, out);
+    if (record.datatype == kUint8) {
+        return decodeAll<std::uint8_t>(stored, record, out);
+    }
+    if (record.datatype == kUint16) {
+        return decodeAll<std::uint16_t>(stored, record, out);
+    }
     loadFloats(stored, out);
 }
 
@@ -139,7 +153,9 @@ struct HeaderReader {
     template <std::size_t N>
     void text(std::size_t offset, char (&buffer)[N], std::size_t width) {
         std::memcpy(buffer, header.data() + offset, width);
-        if (width < N && std::memchr(buffer, '\0', width) == nullptr) buffer[width] = '\0';
+        if (width < N && std::memchr(buffer, '\0', width) == nullptr) {
+            buffer[width] = '\0';
+        }
         buffer[N - 1] = '\0';
     }
 };
@@ -189,7 +205,9 @@ bool fits(const Grid& grid, std::size_t valueBytes, std::size_t remaining) {
 BlockCheck checkCounts(ByteCursor& cursor, std::size_t expected) {
     const std::int64_t first = cursor.native<int>();
     const std::int64_t second = cursor.native<int>();
-    if (cursor.failed()) return BlockCheck::kCutShort;
+    if (cursor.failed()) {
+        return BlockCheck::kCutShort;
+    }
     const bool agrees = first * second == static_cast<std::int64_t>(expected);
     return agrees ? BlockCheck::kSound : BlockCheck::kContradiction;
 }
@@ -197,20 +215,31 @@ BlockCheck checkCounts(ByteCursor& cursor, std::size_t expected) {
 BlockCheck parseBlock(BlockReader& reader, Block& block) {
     ByteCursor& cursor = reader.cursor;
     block.header = cursor.skip(kHeaderBytes);
-    if (cursor.failed()) return BlockCheck::kCutShort;
+    if (cursor.failed()) {
+        return BlockCheck::kCutShort;
+    }
     block.own = {intAt(block.header, kGatesOffset), intAt(block.header, kRaysOffset)};
     block.shared = reader.atFirstBlock ? block.own : reader.firstGrid;
-    if (block.own.negative()) return BlockCheck::kContradiction;
+    if (block.own.negative()) {
+        return BlockCheck::kContradiction;
+    }
     const std::size_t valueBytes = storedValueBytes(intAt(block.header, kDatatypeOffset));
-    if (reader.atFirstBlock && !fits(block.own, valueBytes, cursor.remaining()))
+    if (reader.atFirstBlock && !fits(block.own, valueBytes, cursor.remaining())) {
         return BlockCheck::kCutShort;
-    if (!reader.mayDeclare(block)) return BlockCheck::kCutShort;
+    }
+    if (!reader.mayDeclare(block)) {
+        return BlockCheck::kCutShort;
+    }
 
     const BlockCheck angleCounts = checkCounts(cursor, block.shared.angleCount());
-    if (angleCounts != BlockCheck::kSound) return angleCounts;
+    if (angleCounts != BlockCheck::kSound) {
+        return angleCounts;
+    }
     block.angles = cursor.skipArray(block.shared.angleCount(), sizeof(float));
     const BlockCheck valueCounts = checkCounts(cursor, block.shared.valueCount());
-    if (valueCounts != BlockCheck::kSound) return valueCounts;
+    if (valueCounts != BlockCheck::kSound) {
+        return valueCounts;
+    }
     block.values = cursor.skipArray(block.shared.valueCount(), valueBytes);
     return cursor.failed() ? BlockCheck::kCutShort : BlockCheck::kSound;
 }
@@ -235,8 +264,12 @@ void unpackBlock(const Block& block, Cpluvek& record) {
 
 /* The number of blocks that a file declares; 0 for other files and for files too short for it. */
 int declaredBlocks(Bytes file) {
-    if (file.size() < kMinBlockBytes) return 0;
-    if (std::memcmp(file.data(), kIdentification, sizeof kIdentification) != 0) return 0;
+    if (file.size() < kMinBlockBytes) {
+        return 0;
+    }
+    if (std::memcmp(file.data(), kIdentification, sizeof kIdentification) != 0) {
+        return 0;
+    }
     const int declared = intAt(file, kRecordsOffset);
     const std::size_t possible = file.size() / kMinBlockBytes;
     return declared > 0 && static_cast<std::size_t>(declared) <= possible ? declared : 0;
@@ -245,28 +278,42 @@ int declaredBlocks(Bytes file) {
 }  // namespace
 
 int Cpluvek::WriteDataToFile(const char* file) {
-    if (this == nullptr) return 0;
+    if (this == nullptr) {
+        return 0;
+    }
     clutter::base::File stream = clutter::base::openFile(file, "wb");
-    if (!stream) return 0;
+    if (!stream) {
+        return 0;
+    }
     const Grid grid{ngates, nrays};
     for (int i = 0; i < nrecords; ++i) {
         const auto block = buildBlock(this[i], grid);
-        if (std::fwrite(block.data(), 1, block.size(), stream.get()) != block.size()) return 0;
+        if (std::fwrite(block.data(), 1, block.size(), stream.get()) != block.size()) {
+            return 0;
+        }
     }
     return clutter::base::closeChecked(std::move(stream)) ? 1 : 0;
 }
 
 int Cpluvek::ReadDataFromFile(const char* file) {
-    if (this == nullptr) return 0;
+    if (this == nullptr) {
+        return 0;
+    }
     const auto bytes = clutter::base::readWholeFile(file);
     const int blocks = bytes ? declaredBlocks(*bytes) : 0;
-    if (blocks == 0) return 0;
+    if (blocks == 0) {
+        return 0;
+    }
     BlockReader reader(*bytes);
     for (int i = 0; i < blocks; ++i) {
         Block block;
         const BlockCheck check = parseBlock(reader, block);
-        if (check == BlockCheck::kContradiction) clutter::base::report("Error in Cpluvek!\n");
-        if (check != BlockCheck::kSound) return 0;
+        if (check == BlockCheck::kContradiction) {
+            clutter::base::report("Error in Cpluvek!\n");
+        }
+        if (check != BlockCheck::kSound) {
+            return 0;
+        }
         unpackBlock(block, this[i]);
         reader.firstGrid = block.shared;
         reader.atFirstBlock = false;

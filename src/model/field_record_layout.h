@@ -26,8 +26,12 @@ constexpr int kUint8 = 2;
 constexpr int kUint16 = 3;
 
 constexpr std::size_t storedValueBytes(int datatype) {
-    if (datatype == kUint8) return sizeof(std::uint8_t);
-    if (datatype == kUint16) return sizeof(std::uint16_t);
+    if (datatype == kUint8) {
+        return sizeof(std::uint8_t);
+    }
+    if (datatype == kUint16) {
+        return sizeof(std::uint16_t);
+    }
     return sizeof(float);
 }
 

@@ -40,7 +40,9 @@ std::unique_ptr<float[]> fullCircle(int nrays) {
     std::unique_ptr<float[]> angles(new float[static_cast<std::size_t>(nrays) + 1]);
     float* out = angles.get();
     *out++ = 0.0f;
-    for (int r = 0; r < nrays; ++r) *out++ = fractionOfCircle(r, nrays);
+    for (int r = 0; r < nrays; ++r) {
+        *out++ = fractionOfCircle(r, nrays);
+    }
     return angles;
 }
 
@@ -48,7 +50,9 @@ std::unique_ptr<float[]> fullCircle(int nrays) {
 
 void Cpluvek::CreateDataSpaceforPPI(int rays, int gates) {
     const std::size_t count = cellCount(gates, rays);
-    if (count == 0 || count > INT_MAX) return;
+    if (count == 0 || count > INT_MAX) {
+        return;
+    }
     Ctiempo().timenow(year, month, day, hour, minute, second);
     adopt(data, noise(count));
     adopt(angles, fullCircle(rays));

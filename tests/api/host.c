@@ -16,7 +16,9 @@ int main(int argc, char** argv) {
     int i;
     clutterclassifier(argc > 1 ? argv[1] : "", 2, 3, zhh, NULL, NULL, NULL, NULL, NULL, pdf, ranges,
                       azimuths, &elevation, params, classes);
-    for (i = 0; i < 6; i++) printf("%.0f ", classes[i]);
+    for (i = 0; i < 6; i++) {
+        printf("%.0f ", classes[i]);
+    }
     printf("\n");
     return 0;
 }

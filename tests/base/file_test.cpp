@@ -16,7 +16,9 @@ using namespace clutter::test;
 
 ByteVector numbered(std::size_t n) {
     ByteVector bytes(n);
-    for (std::size_t i = 0; i < n; ++i) bytes[i] = static_cast<unsigned char>(i * 7 + i / 251);
+    for (std::size_t i = 0; i < n; ++i) {
+        bytes[i] = static_cast<unsigned char>(i * 7 + i / 251);
+    }
     return bytes;
 }
 
@@ -75,7 +77,9 @@ TEST(ReadWholeFile, RefusesAFileBeyondTheLimitBeforeItTakesMemory) {
     writeFile(path, {1, 2, 3});
     std::error_code failed;
     std::filesystem::resize_file(path, std::uintmax_t{1} << 40, failed);
-    if (failed) GTEST_SKIP() << "no sparse files here";
+    if (failed) {
+        GTEST_SKIP() << "no sparse files here";
+    }
     EXPECT_FALSE(readWholeFile(path.c_str()).has_value());
 }
 

@@ -35,7 +35,9 @@ TEST(ParseNumber, AgreesWithTheCLibrary) {
 TEST(ParseNumber, DecimalPointWhateverTheLocale) {
     const char* set = std::setlocale(LC_NUMERIC, "de_DE.UTF-8");
     EXPECT_EQ(parseNumber("0.25"), 0.25);
-    if (set != nullptr) std::setlocale(LC_NUMERIC, "C");
+    if (set != nullptr) {
+        std::setlocale(LC_NUMERIC, "C");
+    }
 }
 
 TEST(ParseInteger, AgreesWithTheCLibraryAndSaturates) {
@@ -49,7 +51,9 @@ TEST(ParseInteger, AgreesWithTheCLibraryAndSaturates) {
 TEST(TokenReader, SplitsAtAnyWhiteSpace) {
     const std::string longToken(100000, 'x');
     TokenReader tokens(std::string_view("  a\tb\r\n\v\fc \n"));
-    for (const char* expected : {"a", "b", "c"}) EXPECT_EQ(tokens.next(), expected);
+    for (const char* expected : {"a", "b", "c"}) {
+        EXPECT_EQ(tokens.next(), expected);
+    }
     EXPECT_FALSE(tokens.next());
     EXPECT_FALSE(tokens.next());
     EXPECT_EQ(TokenReader(longToken).next(), longToken);

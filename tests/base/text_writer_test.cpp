@@ -34,11 +34,15 @@ TEST(TextWriter, WritesThePiecesInOrderHoweverMany) {
 TEST(TextWriter, KeepsTheDecimalPointWhateverTheLocale) {
     const char* set = nullptr;
     for (const char* name : {"de_DE.UTF-8", "fr_FR.UTF-8", "de_DE"}) {
-        if (set == nullptr) set = std::setlocale(LC_NUMERIC, name);
+        if (set == nullptr) {
+            set = std::setlocale(LC_NUMERIC, name);
+        }
     }
     EXPECT_EQ(clutter::base::fixedText(-2.25, 3), "-2.250");
     std::setlocale(LC_NUMERIC, "C");
-    if (set == nullptr) GTEST_SKIP() << "no locale with a decimal comma is installed";
+    if (set == nullptr) {
+        GTEST_SKIP() << "no locale with a decimal comma is installed";
+    }
 }
 
 }  // namespace

@@ -31,10 +31,14 @@ class StridedFloats {
                                          &given.likelihood};
         const auto gates = static_cast<std::size_t>(scan.ngates);
         for (std::size_t f = 0; f < std::size(fields); ++f) {
-            if (scan.fields[f].empty()) continue;
+            if (scan.fields[f].empty()) {
+                continue;
+            }
             for (std::size_t i = 0; i < scan.fields[f].size(); ++i) {
                 copies_[f].push_back(static_cast<float>(scan.fields[f][i]));
-                if ((i + 1) % gates == 0) copies_[f].insert(copies_[f].end(), 3 + f, 1e30f);
+                if ((i + 1) % gates == 0) {
+                    copies_[f].insert(copies_[f].end(), 3 + f, 1e30f);
+                }
             }
             *fields[f] = {copies_[f].data(), static_cast<std::ptrdiff_t>(gates + 3 + f),
                           CLUTTER_FLOAT};
@@ -51,7 +55,9 @@ unsigned someInputs(const TestScan& scan, std::mt19937& random) {
     unsigned inputs = 0;
     for (int i = 0; i < 8; ++i) {
         const bool given = !scan.fields[i == 7 ? 3 : i].empty();
-        if (given && (wanted & 1u << i) != 0) inputs |= 1u << i;
+        if (given && (wanted & 1u << i) != 0) {
+            inputs |= 1u << i;
+        }
     }
     return inputs != 0 ? inputs : unsigned{CLUTTER_ZHH_TEXTURE};
 }
@@ -68,8 +74,12 @@ TEST_P(EntryPoint, HasTheClassesOfTheHandle) {
     std::mt19937 random(5);
     for (unsigned round = 0; round < 12; ++round) {
         TestScan scan = makeTestScan(rays, gates, round, 0.1 * round);
-        if (round % 2 == 1) addGaps(scan, round);
-        if (round % 4 == 2) scan.fields[1 + random() % 6].clear();
+        if (round % 2 == 1) {
+            addGaps(scan, round);
+        }
+        if (round % 4 == 2) {
+            scan.fields[1 + random() % 6].clear();
+        }
         clutter_options options = handleOptions();
         scan.params[2] = 255.0;
         if (round >= 3) {
@@ -93,12 +103,18 @@ TEST(AllClutter, HasTheClassesOfTheDescribedOperation) {
     const Classifier classifier(kMembershipDirectory, 0, CLUTTER_WITH_ALL_CLUTTER);
     TestScan scan = makeTestScan(20, 200, 3);
     addGaps(scan, 4);
-    for (std::size_t i = 0; i < scan.fields[4].size(); i += 3) scan.fields[4][i] *= 30.0;
+    for (std::size_t i = 0; i < scan.fields[4].size(); i += 3) {
+        scan.fields[4][i] *= 30.0;
+    }
     const auto n = scan.fields[0].size();
     std::vector<float> fields[7], textures[4];
     std::vector<float> noise;
-    for (const std::uint8_t cls : entryPointClasses(scan)) noise.push_back(cls == 3 ? 3.0f : 0.0f);
-    for (int f = 0; f < 7; ++f) fields[f].assign(scan.fields[f].begin(), scan.fields[f].end());
+    for (const std::uint8_t cls : entryPointClasses(scan)) {
+        noise.push_back(cls == 3 ? 3.0f : 0.0f);
+    }
+    for (int f = 0; f < 7; ++f) {
+        fields[f].assign(scan.fields[f].begin(), scan.fields[f].end());
+    }
     for (int f = 0; f < 4; ++f) {
         textures[f].resize(n);
         CDSP().GetNxNPointStdWithMask(fields[f].data(), noise.data(), scan.ngates, scan.nrays,
@@ -128,7 +144,9 @@ TEST(AllClutter, HasTheClassesOfTheDescribedOperation) {
         EXPECT_GT(std::count(expected.begin(), expected.end(), code), 0) << int{code};
     }
     for (std::size_t i = 0; i < n; ++i) {
-        if (expected[i] == CLUTTER_NOISE || answer.margin[i] == 0.0f) continue;
+        if (expected[i] == CLUTTER_NOISE || answer.margin[i] == 0.0f) {
+            continue;
+        }
         EXPECT_EQ(answer.margin[i] > 0.0f, expected[i] == CLUTTER_PRECIPITATION) << i;
     }
 }
@@ -187,7 +205,9 @@ TEST(NotMeasured, GatesHaveAClassOfTheirOwnAndStayOutOfWindows) {
     const Classifier classifier(kMembershipDirectory);
     TestScan scan = makeTestScan(9, 60, 8, 1.0);
     TestScan gaps = scan;
-    for (const std::size_t i : {0u, 130u, 299u}) gaps.fields[0][i] = kNan;
+    for (const std::size_t i : {0u, 130u, 299u}) {
+        gaps.fields[0][i] = kNan;
+    }
     gaps.fields[6][200] = kNan;
     gaps.fields[4][200] = kNan;
     clutter_options options = handleOptions();
@@ -231,7 +251,9 @@ TEST(Handle, EightThreadsHaveTheBitsOfOne) {
             classes[t] = classesOnly(classifier, given);
         });
     }
-    for (std::thread& thread : threads) thread.join();
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
     for (std::size_t t = 0; t < 8; ++t) {
         EXPECT_EQ(answers[t].classes, expected.classes);
         EXPECT_EQ(classes[t], plain);

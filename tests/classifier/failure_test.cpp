@@ -20,8 +20,12 @@ thread_local long allocationsLeft = -1;  // negative: as many as there are
 thread_local long alive = 0;
 
 void* allocate(std::size_t size) {
-    if (allocationsLeft == 0) return nullptr;
-    if (allocationsLeft > 0) --allocationsLeft;
+    if (allocationsLeft == 0) {
+        return nullptr;
+    }
+    if (allocationsLeft > 0) {
+        --allocationsLeft;
+    }
     void* memory = std::malloc(size == 0 ? 1 : size);
     alive += memory != nullptr ? 1 : 0;
     return memory;
@@ -51,7 +55,9 @@ TEST(InputTable, NamesEveryInput) {
 }  // namespace
 
 void* operator new(std::size_t size) {
-    if (void* memory = allocate(size)) return memory;
+    if (void* memory = allocate(size)) {
+        return memory;
+    }
     throw std::bad_alloc();
 }
 void* operator new[](std::size_t size) {
@@ -83,7 +89,9 @@ long countFailures(const std::function<bool()>& succeeds, const std::function<vo
         allocationsLeft = allowed;
         const bool done = succeeds();
         allocationsLeft = -1;
-        if (done) return allowed;
+        if (done) {
+            return allowed;
+        }
         EXPECT_EQ(alive, before) << "after " << allowed << " allocations";
         judge();
     }

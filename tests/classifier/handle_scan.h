@@ -31,7 +31,9 @@ inline clutter_scan handleScan(const TestScan& scan) {
     clutter_field* const fields[] = {&given.zhh,      &given.zdr, &given.phidp,     &given.rhohv,
                                      &given.velocity, &given.ldr, &given.likelihood};
     for (std::size_t i = 0; i < std::size(fields); ++i) {
-        if (scan.fields[i].empty()) continue;
+        if (scan.fields[i].empty()) {
+            continue;
+        }
         *fields[i] = {scan.fields[i].data(), 0, CLUTTER_DOUBLE};
     }
     given.gate_spacing_m = std::trunc(scan.ranges[1] - scan.ranges[0]);
@@ -51,7 +53,9 @@ inline void addGaps(TestScan& scan, unsigned seed) {
     std::mt19937 random(seed);
     for (auto& field : scan.fields) {
         for (double& value : field) {
-            if (random() % 40 == 0) value = kNan;
+            if (random() % 40 == 0) {
+                value = kNan;
+            }
         }
     }
 }
@@ -61,7 +65,9 @@ struct Answer {
     explicit Answer(const clutter_scan& scan)
         : Answer(static_cast<std::size_t>(scan.rays * scan.gates)) {}
     explicit Answer(std::size_t n) : classes(n, 99), margin(n), probability(n), deciding(n) {
-        for (auto& contribution : contributions) contribution.resize(n);
+        for (auto& contribution : contributions) {
+            contribution.resize(n);
+        }
     }
 
     clutter_result request() {

@@ -23,7 +23,9 @@ struct RawScan {
     std::vector<std::uint8_t> noise;
 
     explicit RawScan(std::size_t n) : noise(n, 0) {
-        for (auto& field : values) field.resize(n);
+        for (auto& field : values) {
+            field.resize(n);
+        }
     }
 
     clutter_scan handle() {
@@ -33,7 +35,9 @@ struct RawScan {
         scan.gates = static_cast<std::int64_t>(noise.size());
         clutter_field* const fields[] = {&scan.velocity, &scan.ldr, &scan.likelihood, &scan.rhohv,
                                          &scan.width};
-        for (int f = 0; f < 5; ++f) fields[f]->values = values[f].data();
+        for (int f = 0; f < 5; ++f) {
+            fields[f]->values = values[f].data();
+        }
         scan.noise = noise.data();
         return scan;
     }
@@ -48,7 +52,9 @@ class Definition {
   public:
     explicit Definition(const std::string& directory) {
         for (int i = 0; i < 5; ++i) {
-            if (i == 2) continue;
+            if (i == 2) {
+                continue;
+            }
             const std::string stem = directory + "/cal_mf_" + kTags[i];
             clutter_[i] = literal::readFunction(stem + "_clutter.dat");
             weather_[i] = literal::readFunction(stem + "_precipi.dat");
@@ -57,7 +63,9 @@ class Definition {
 
     double share(const RawScan& scan, int input, std::size_t at) const {
         const float x = scan.values[input][at];
-        if (input == 2) return std::log(static_cast<double>(1.0f - x) / static_cast<double>(x));
+        if (input == 2) {
+            return std::log(static_cast<double>(1.0f - x) / static_cast<double>(x));
+        }
         return std::log(degree(weather_[input], x) / degree(clutter_[input], x));
     }
 
@@ -87,7 +95,9 @@ RawScan randomRawScan(std::size_t n) {
         scan.values[2][j] = 0.5f + 0.499f * spread * (2.0f * uniform(random) - 1.0f);
         scan.values[3][j] = 0.5f + 0.5f * uniform(random);
         scan.values[4][j] = 5.0f * uniform(random);
-        if (j % 4 != 0) continue;  // with neutral tables, the likelihood alone decides
+        if (j % 4 != 0) {
+            continue;  // with neutral tables, the likelihood alone decides
+        }
         scan.values[0][j] = scan.values[1][j] = scan.values[3][j] = scan.values[4][j] = 1e7f;
     }
     return scan;
@@ -145,7 +155,9 @@ TEST_P(Margin, IsThatOfTheDefinition) {
             const double share = definition.share(scan, i, j);
             ASSERT_NEAR(answer.contributions[4 + i][j], share, 1e-5 * std::fabs(share)) << j;
             const double toClass = expected >= 0.0 ? share : -share;
-            if (toClass > mostShare) most = i;
+            if (toClass > mostShare) {
+                most = i;
+            }
             mostShare = std::max(mostShare, toClass);
         }
         const int deciding = expected == 0.0 ? CLUTTER_BY_NONE : 4 + most;
@@ -190,11 +202,17 @@ class WindowMean {
         int members = 0;
         const int rays = options.neighbourhood_rays / 2, gates = options.neighbourhood_gates / 2;
         for (std::int64_t r = ray - rays; r <= ray + rays; ++r) {
-            if (options.sector != 0 && (r < 0 || r >= rays_)) continue;
+            if (options.sector != 0 && (r < 0 || r >= rays_)) {
+                continue;
+            }
             for (std::int64_t g = gate - gates; g <= gate + gates; ++g) {
-                if (g < 0 || g >= gates_) continue;
+                if (g < 0 || g >= gates_) {
+                    continue;
+                }
                 const auto i = index((r + 10 * rays_) % rays_, g);
-                if (textures_.classes[i] == CLUTTER_NOISE) continue;
+                if (textures_.classes[i] == CLUTTER_NOISE) {
+                    continue;
+                }
                 sum += textures_.margin[i];
                 ++members;
             }
@@ -280,7 +298,9 @@ TEST(Explanation, AgreesWithTheClassesAndTurnsThem) {
             // Velocity, LDR and likelihood are values of the gate alone: put them in.
             for (const int k : {4, 5, 6}) {
                 const double value = why.input[k].turning_value;
-                if (std::isnan(value)) continue;
+                if (std::isnan(value)) {
+                    continue;
+                }
                 TestScan other = scan;
                 other.fields[k][i] = value;
                 const bool weather = why.gate_class == CLUTTER_PRECIPITATION;
@@ -306,7 +326,9 @@ TEST(Deciding, IsTheNeighbourhoodWhereTheGateItselfSaysLess) {
     const Answer answer = classifyAll(classifier, handleScan(scan), options);
     int neighbours = 0;
     for (std::size_t i = 0; i < answer.classes.size(); ++i) {
-        if (answer.deciding[i] == CLUTTER_BY_NONE) continue;
+        if (answer.deciding[i] == CLUTTER_BY_NONE) {
+            continue;
+        }
         const float sign = answer.classes[i] == CLUTTER_PRECIPITATION ? 1.0f : -1.0f;
         float share = answer.margin[i], most = 0.0f;
         for (int k = 0; k < 4; ++k) {

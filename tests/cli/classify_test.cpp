@@ -28,7 +28,9 @@ double shareRight(const std::vector<float>& classes, Truth truth) {
     int all = 0;
     for (int r = 0; r < kRays; ++r) {
         for (int g = 2; g < kGates; ++g) {
-            if (truthAt(r, g) != truth) continue;
+            if (truthAt(r, g) != truth) {
+                continue;
+            }
             ++all;
             right += classes[static_cast<size_t>(r * kGates + g)] == expected[truth];
         }
@@ -67,8 +69,9 @@ TEST_F(Classify, UniversalFormatOutputKeepsEveryWordOfTheInput) {
         EXPECT_EQ(now.latitudeseconds, old.latitudeseconds);
         EXPECT_EQ(now.azimuth, old.azimuth);
         EXPECT_EQ(now.headers[2].firstgaterange, old.headers[2].firstgaterange);
-        for (int i = 0; i < old.nfields * old.ngates; ++i)
+        for (int i = 0; i < old.nfields * old.ngates; ++i) {
             ASSERT_EQ(now.data[i], old.data[i]) << "ray " << r << " word " << i;
+        }
     }
     const scan::Scan classes = scan::readScan(output);
     EXPECT_GT(shareRight(classes.sweeps.at(0).fields.at(4).values, kRain), 0.97);
@@ -101,17 +104,21 @@ TEST_F(Classify, AnotherFieldNamedLikeTheClassesIsKept) {
 TEST_F(Classify, RaysOfDifferentLengthKeepTheirLength) {
     std::mt19937 random(2);
     std::vector<UfRecord> rays;
-    for (int r = 0; r < 8; ++r) rays.push_back(ufRay(makeFields(r, random, 100 - 10 * r), r + 1));
+    for (int r = 0; r < 8; ++r) {
+        rays.push_back(ufRay(makeFields(r, random, 100 - 10 * r), r + 1));
+    }
     writeFile(scan_, ufFile(rays));
     const std::string output = directory_.file("classes.uf");
     const Outcome outcome = runProgram("classify " + scan_ + " -o " + output);
     ASSERT_EQ(outcome.code, 0) << outcome.out;
     const scan::Sweep sweep = scan::readScan(output).sweeps.at(0);
     EXPECT_EQ(sweep.rayGates, (std::vector<int>{100, 90, 80, 70, 60, 50, 40, 30}));
-    for (int r = 0; r < 8; ++r)
-        for (int g = 0; g < 100; ++g)
+    for (int r = 0; r < 8; ++r) {
+        for (int g = 0; g < 100; ++g) {
             EXPECT_EQ(std::isnan(sweep.fields.at(4).values[static_cast<size_t>(r * 100 + g)]),
                       g >= 100 - 10 * r);
+        }
+    }
 }
 
 TEST_F(Classify, TheTableHasOneLineAGate) {
@@ -141,7 +148,9 @@ TEST_F(Classify, TheTableIsThatOfExport) {
         for (int r = 0; r < 40; ++r) {
             rays.push_back(ufRay(makeFields(r, random, 60 - r), r + 1));
             rays.back().set(kAzimuth, 0).set(moving, 16 * (2 * r + 1));
-            if (moving == kElevation) rays.back().set(kMode, 3);
+            if (moving == kElevation) {
+                rays.back().set(kMode, 3);
+            }
         }
         writeFile(scan_, ufFile(rays));
         const std::string classes = directory_.file("classes.uf"), table = directory_.file("c.csv"),
@@ -158,7 +167,9 @@ TEST_F(Classify, TheTableIsThatOfExport) {
 TEST_F(Classify, AFieldRecordBecomesUniversalFormat) {
     std::vector<UfRecord> rays = makeRays();
     constexpr size_t kHeader = 71;
-    for (UfRecord& ray : rays) ray.set(kHeader + 2, 1).set(kHeader + 3, 250);
+    for (UfRecord& ray : rays) {
+        ray.set(kHeader + 2, 1).set(kHeader + 3, 250);
+    }
     rays[0].set(rays[0].at(kHeader + 25 * 3) + 17, kUfMissing);
     writeFile(scan_, ufFile(rays));
     const std::string path = directory_.file("records.plv"), output = directory_.file("records.uf");
@@ -254,7 +265,9 @@ TEST_F(Classify, MissingValuesDecideNothing) {
     EXPECT_THAT(outcome.out, HasSubstr("; ldr pdf rhv"));
     EXPECT_THAT(outcome.out, HasSubstr("(60 without a reflectivity)"));
     const std::vector<float> classes = scan::readScan(output).sweeps.at(0).fields.at(0).values;
-    for (int r = 0; r < kRays; ++r) EXPECT_EQ(classes[static_cast<size_t>(r * kGates + 1)], 3);
+    for (int r = 0; r < kRays; ++r) {
+        EXPECT_EQ(classes[static_cast<size_t>(r * kGates + 1)], 3);
+    }
     /* all noise is echo here, and blurs the edges */
     EXPECT_GT(shareRight(classes, kRain), 0.85);
     EXPECT_GT(shareRight(classes, kClutter), 0.9);
@@ -262,7 +275,9 @@ TEST_F(Classify, MissingValuesDecideNothing) {
 
 TEST_F(Classify, MeasuredVolumeIsClassified) {
     const std::string data = measuredDataDir();
-    if (data.empty()) GTEST_SKIP() << "no measured files";
+    if (data.empty()) {
+        GTEST_SKIP() << "no measured files";
+    }
     const std::string output = directory_.file("classes.uf");
     const std::string input = data + "/npol_20110524_2356_rhi.uf";
     const Outcome outcome = runProgram("classify " + input + " -o " + output);

@@ -54,7 +54,9 @@ TEST_F(Explain, FilesHoldHowCertainClassesAre) {
             int clutter = 0;
             for (std::size_t i = 0; i < classes.size(); ++i) {
                 ASSERT_EQ(std::isnan(margin[i]), classes[i] == 3) << i;
-                if (classes[i] == 3) continue;
+                if (classes[i] == 3) {
+                    continue;
+                }
                 ASSERT_NEAR(probability[i], 1 / (1 + std::exp(-margin[i])), 0.002) << i;
                 clutter += margin[i] < -0.1;
             }
@@ -80,10 +82,14 @@ TEST_F(Explain, SharesAddUpToTheMarginOfTheClass) {
             const std::vector<double> margin = numbers(json.out, "margin");
             const float written = scan::findField(sweep, "MA").values[i];
             ASSERT_EQ(margin.empty(), std::isnan(written));
-            if (margin.empty()) continue;
+            if (margin.empty()) {
+                continue;
+            }
             double sum = numbers(json.out, "neighbourhood").at(0);
             EXPECT_EQ(sum == 0, window == "off");
-            for (const double share : numbers(json.out, "contribution")) sum += share;
+            for (const double share : numbers(json.out, "contribution")) {
+                sum += share;
+            }
             EXPECT_NEAR(sum, margin[0], 1e-5 * (1 + std::abs(margin[0])));
             EXPECT_NEAR(margin[0], written, 0.006);
         }
@@ -117,8 +123,9 @@ TEST_F(Explain, SaysWhatDecidedAndWhatWouldTurnTheVerdict) {
     EXPECT_EQ(outcome.code, 0);
     for (const char* part :
          {"ray 46 (azimuth 270.00 deg", "gate 101 (", "class        ground clutter", "decided by ",
-          "zdr-texture ", "neighbourhood ", "No change of one input alone"})
+          "zdr-texture ", "neighbourhood ", "No change of one input alone"}) {
         EXPECT_THAT(outcome.out, HasSubstr(part));
+    }
     const std::string alone = " --inputs zhh-texture --neighbourhood off";
     const Outcome turned = runProgram("explain " + scan_ + where + alone);
     EXPECT_THAT(turned.out, HasSubstr("turns the verdict: zhh-texture from 8.382 to "));

@@ -121,10 +121,14 @@ TEST_F(Files, SectorsHaveNoValuesOutside) {
     sweep.nrays = 21;
     sweep.ngates = 1;
     sweep.gateSpacingM = 1000;
-    for (int r = 0; r < 21; ++r) sweep.azimuthDeg.push_back((350 + r) % 360);
+    for (int r = 0; r < 21; ++r) {
+        sweep.azimuthDeg.push_back((350 + r) % 360);
+    }
     sweep.elevationDeg.assign(21, 0.0);
     scan::Field field{"DZ", "dBZ", {}};
-    for (int r = 0; r < 21; ++r) field.values.push_back(static_cast<float>(r));
+    for (int r = 0; r < 21; ++r) {
+        field.values.push_back(static_cast<float>(r));
+    }
     sweep.fields = {field};
     const scan::Points at{std::vector<float>(6, 100.0f), {350, 359.6f, 0, 10.9f, 12, 180}};
     const std::vector<float> values = scan::sampleSweep(scan, sweep, at, {"dz"}).columns[0];

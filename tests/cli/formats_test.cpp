@@ -134,8 +134,9 @@ TEST_F(Formats, ConvertedScansKeepTheirValues) {
             const float is = sweepOf(after).fields[0].values[i];
             ASSERT_TRUE(was == is || (std::isnan(was) && std::isnan(is))) << i << ": " << is;
         }
-        for (std::size_t r = 0; r < 360; ++r)
+        for (std::size_t r = 0; r < 360; ++r) {
             ASSERT_NEAR(sweepOf(after).azimuthDeg[r], static_cast<double>(r), 0.01);
+        }
     }
     EXPECT_THAT(said_, HasSubstr("wrote"));
 }
@@ -192,8 +193,9 @@ TEST_F(Formats, ConvertSaysWhatAPolarDataFileCannotHold) {
     say(".pol");
     for (const char* what :
          {"a longitude of -7", "a latitude of -50", "a height of -4", "a radar constant of -5",
-          "a polar data file cannot hold the elevations"})
+          "a polar data file cannot hold the elevations"}) {
         EXPECT_THAT(said_, HasSubstr(what)) << what;
+    }
     EXPECT_FALSE(scan::readScan(dir_.file("out.pol")).hasRadarConstant);
     say(".plv");
     EXPECT_THAT(said_, HasSubstr("a field record file cannot hold the elevations"));
@@ -207,7 +209,9 @@ TEST_F(Formats, ConvertSaysWhatUniversalFormatCannotHold) {
     const float values[] = {400.02f, -700.0f, 40000.0f};
     for (int r = 0; r < 3; ++r) {
         ByteVector gates(8);
-        for (std::size_t g = 0; g < 2; ++g) std::memcpy(&gates[4 * g], &values[r], 4);
+        for (std::size_t g = 0; g < 2; ++g) {
+            std::memcpy(&gates[4 * g], &values[r], 4);
+        }
         file.ray(9000 * r, gates);
     }
     const std::string path = put("scan", file.set(84, 600).bytes());
@@ -245,8 +249,9 @@ TEST_F(Formats, AllClassesAreToldApartOnRequest) {
     EXPECT_THAT(said_, HasSubstr("sea clutter"));
     const scan::Scan classes = scan::readScan(dir_.file("out.plv"));
     int sea[2] = {};
-    for (std::size_t i = 0; i < 2160; ++i)
+    for (std::size_t i = 0; i < 2160; ++i) {
         sea[i / 1080] += sweepOf(classes).fields[0].values[i] == 6.0f;
+    }
     EXPECT_LT(sea[0], 100);
     EXPECT_GT(sea[1], 300);
 

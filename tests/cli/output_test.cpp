@@ -35,7 +35,9 @@ TEST_F(Output, NothingHalfWrittenIsLeftBehind) {
 TEST_F(Output, WhatCannotBeWrittenIsToldWithItsReason) {
     const std::string list = directory_.file("points.txt"), out = directory_.file("out");
     std::string points;
-    for (int i = 0; i < 200; ++i) points += "3000 5\n";
+    for (int i = 0; i < 200; ++i) {
+        points += "3000 5\n";
+    }
     writeFile(list, {points.begin(), points.end()});
     const struct {
         std::string arguments, target;

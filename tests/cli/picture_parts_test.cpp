@@ -111,7 +111,9 @@ int nearestRay(const std::vector<double>& azimuthDeg, double wantedDeg) {
     double least = 1e9;
     for (std::size_t i = 0; i < azimuthDeg.size(); ++i) {
         const double distance = std::abs(std::remainder(azimuthDeg[i] - wantedDeg, 360.0));
-        if (distance < least) best = static_cast<int>(i);
+        if (distance < least) {
+            best = static_cast<int>(i);
+        }
         least = std::min(least, distance);
     }
     return best;
@@ -128,8 +130,9 @@ TEST(GateFinder, FindsTheNearestRayOfAFullCircle) {
     for (double azimuth = 0.02; azimuth < 360.0; azimuth += 0.17) {
         const int expected = nearestRay(azimuthDeg, azimuth);
         /* Within a bin of the border between two rays either is right. */
-        if (nearestRay(azimuthDeg, azimuth - 0.06) != nearestRay(azimuthDeg, azimuth + 0.06))
+        if (nearestRay(azimuthDeg, azimuth - 0.06) != nearestRay(azimuthDeg, azimuth + 0.06)) {
             continue;
+        }
         ++compared;
         EXPECT_EQ(findPolar(finder, azimuth, 10.01), expected * 100 + 40) << azimuth;
     }
@@ -138,7 +141,9 @@ TEST(GateFinder, FindsTheNearestRayOfAFullCircle) {
 
 TEST(GateFinder, LeavesGapsAndRangesWithoutGatesEmpty) {
     std::vector<double> half;
-    for (int i = 0; i < 180; ++i) half.push_back(i + 0.5);
+    for (int i = 0; i < 180; ++i) {
+        half.push_back(i + 0.5);
+    }
     half[90] = kNan; /* a ray of unknown azimuth */
     Sweep sweep = sweepOf(half, 50, 1000.0);
     sweep.firstGateM = 5000.0;
@@ -180,7 +185,9 @@ TEST(GateFinder, DrawsALoneRayAsWideAsItsBeam) {
 TEST(GateFinder, FollowsTheBeamInARangeHeightSweep) {
     Sweep sweep = sweepOf(std::vector<double>(60, 171.0), 400, 500.0);
     sweep.rhi = true;
-    for (int i = 0; i < 60; ++i) sweep.elevationDeg[i] = 0.5 * i;
+    for (int i = 0; i < 60; ++i) {
+        sweep.elevationDeg[i] = 0.5 * i;
+    }
     const View view = rangeHeightView(sweep, 200.0);
     EXPECT_DOUBLE_EQ(view.top, 20.0);
     EXPECT_DOUBLE_EQ(view.left, 0.0);
@@ -252,7 +259,9 @@ TEST(Quantity, HasWordsUnitsAndAScaleOfItsOwn) {
 
 TEST(Quantity, BrokenValuesDoNotStretchTheScale) {
     Field field{"QQ", "", {}};
-    for (int i = 0; i < 1000; ++i) field.values.push_back(0.01f * i);
+    for (int i = 0; i < 1000; ++i) {
+        field.values.push_back(0.01f * i);
+    }
     field.values[3] = -30000.0f;
     field.values[4] = 1e30f;
     const Quantity quantity = quantityOf(field, sweepOf({0.0}, 1000, 1.0), {});

@@ -59,7 +59,9 @@ Spot spotOf(const std::string& path, Rgb colour, double share) {
         for (int x = 0; x < width; ++x) {
             const std::uint32_t rgb = row[x] & 0xffffff;
             const std::uint32_t wanted = colour.red << 16 | colour.green << 8 | colour.blue;
-            if (rgb != wanted) continue;
+            if (rgb != wanted) {
+                continue;
+            }
             spot.x += x;
             spot.y += y;
             ++spot.pixels;
@@ -155,7 +157,9 @@ TEST_F(PictureFile, SurvivesOddSweeps) {
     for (const auto& [name, sweep] : sweeps) {
         const std::size_t n = static_cast<std::size_t>(sweep.nrays) * sweep.ngates;
         std::vector<float> wild(n, kNan);
-        for (std::size_t i = 0; i < n; i += 3) wild[i] = i % 2 ? kInfinity : -1e38f;
+        for (std::size_t i = 0; i < n; i += 3) {
+            wild[i] = i % 2 ? kInfinity : -1e38f;
+        }
         for (const char* file : {"odd.png", "odd.svg", "odd.pdf"}) {
             EXPECT_NO_THROW(drawPanels(
                 scan_, sweep, {{"D\x80", "\xc3", wild}, {"DZ", "", std::vector<float>(n, kNan)}},
@@ -190,7 +194,9 @@ TEST_F(PictureFile, RefusesWhatItCannotDraw) {
         {"wide", [&] { drawPanels(scan_, sweep, {field}, wide, path("a.png")); }},
         {"endless", [&] { drawPanels(scan_, sweep, {field}, endless, path("a.png")); }},
     };
-    for (const auto& [name, draw] : cases) EXPECT_THROW(draw(), std::invalid_argument) << name;
+    for (const auto& [name, draw] : cases) {
+        EXPECT_THROW(draw(), std::invalid_argument) << name;
+    }
     EXPECT_THROW(drawPanels(scan_, sweep, {field}, {}, path("nowhere/a.png")), std::runtime_error);
     EXPECT_EQ(contents(path("a.png")), "earlier");
     EXPECT_EQ(filesInDirectory(), 1);

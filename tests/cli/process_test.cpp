@@ -86,8 +86,9 @@ std::vector<UfField> makeRay() {
         const double wobble = 0.01 * (g % 2);
         const double values[] = {isRain(g) ? kTrueZ - kAlpha * riseAt(g) : -327.68, 1 + wobble,
                                  kOffset + riseAt(g), 0.98 + wobble};
-        for (size_t f = 0; f < fields.size(); ++f)
+        for (size_t f = 0; f < fields.size(); ++f) {
             fields[f].words.push_back(static_cast<int>(std::lround(100 * values[f])));
+        }
     }
     return fields;
 }
@@ -100,9 +101,11 @@ class Process : public testing::Test {
         for (int r = 0; r < kRays; ++r) {
             std::vector<UfField> fields = makeRay();
             /* Ray 7 has gaps in its phase; many have none at all. */
-            for (int g = 0; g < kGates; ++g)
-                if (hasNoPhase(r) || (r == 7 && g % 5 == 2))
+            for (int g = 0; g < kGates; ++g) {
+                if (hasNoPhase(r) || (r == 7 && g % 5 == 2)) {
                     fields[2].words[static_cast<size_t>(g)] = -32768;
+                }
+            }
             rays.push_back(clutter::test::ufRay(fields, r + 1));
             rays.back().set(33, r * 64 * 360 / kRays);
         }
@@ -120,8 +123,11 @@ class Process : public testing::Test {
         return runProgram("process " + scan_ + " --radar-constant 60 " + arguments);
     }
     static float valueOf(const scan::Scan& scan, const std::string& name, int ray, int gate) {
-        for (const scan::Field& field : scan.sweeps.at(0).fields)
-            if (field.name == name) return field.values[static_cast<size_t>(ray * kGates + gate)];
+        for (const scan::Field& field : scan.sweeps.at(0).fields) {
+            if (field.name == name) {
+                return field.values[static_cast<size_t>(ray * kGates + gate)];
+            }
+        }
         ADD_FAILURE() << "no field " << name;
         return kNan;
     }
@@ -154,10 +160,11 @@ TEST_F(Process, RestoresTheReflectivityOfUniformRain) {
             for (int gate = kFirstRain + 5; gate < kLastRain - 15; ++gate) {
                 EXPECT_NEAR(valueOf(scan, words ? "DZ" : "Zh", ray, gate), kTrueZ, kLost) << gate;
                 const float phase = valueOf(scan, words ? "PH" : "Phidp", ray, gate);
-                if (ray == 7 && gate % 5 == 2)
+                if (ray == 7 && gate % 5 == 2) {
                     EXPECT_TRUE(std::isnan(phase));
-                else
+                } else {
                     EXPECT_NEAR(phase, riseAt(gate) - riseAt(24), 3);
+                }
                 const double rate = std::pow(1e4 / 200, 1 / 1.6);
                 EXPECT_NEAR(valueOf(scan, words ? "RR" : "R", ray, gate), rate, 0.25 * rate);
                 EXPECT_NEAR(valueOf(scan, words ? "AL" : "alpha", ray, gate), kAlpha, 1e-4);
@@ -189,7 +196,9 @@ TEST_F(Process, AppendsSamplesAtPoints) {
         std::istringstream numbers(line);
         int date[6];
         double near = 0, far = 0;
-        for (int& part : date) numbers >> part;
+        for (int& part : date) {
+            numbers >> part;
+        }
         numbers >> near >> far;
         EXPECT_NEAR(near, kTrueZ - kAlpha * riseAt(92), 0.05) << line;
         EXPECT_NEAR(far, kTrueZ - kAlpha * riseAt(112), 0.05) << line;
@@ -211,7 +220,9 @@ TEST_F(Process, SamplesOfGatesWithoutValueAreNan) {
         std::ifstream file(prefix + field);
         for (const bool blanks : {false, true}) {
             std::string date, without, with;
-            for (int part = 0; part < 6; ++part) file >> date;
+            for (int part = 0; part < 6; ++part) {
+                file >> date;
+            }
             ASSERT_TRUE(file >> without >> with) << field;
             EXPECT_EQ(without == "nan", blanks || std::string(field) != "_rhv.dat") << without;
             EXPECT_NE(with, "nan") << field;

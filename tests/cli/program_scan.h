@@ -23,8 +23,12 @@ constexpr int kRays = 60, kGates = 240;
 enum Truth { kRain, kClutter, kNoiseTruth };
 
 inline Truth truthAt(int ray, int gate) {
-    if (ray >= 10 && ray < 30 && gate >= 60 && gate < 160) return kRain;
-    if (ray >= 40 && ray < 50 && gate >= 60 && gate < 160) return kClutter;
+    if (ray >= 10 && ray < 30 && gate >= 60 && gate < 160) {
+        return kRain;
+    }
+    if (ray >= 40 && ray < 50 && gate >= 60 && gate < 160) {
+        return kClutter;
+    }
     return kNoiseTruth;
 }
 
@@ -42,8 +46,9 @@ inline std::vector<UfField> makeFields(int ray, std::mt19937& random, int gates)
             z, rain ? 1 + 0.2 * normal(random) : 4 * normal(random),
             rain ? 60 + normal(random) : 300 * uniform(random) - 150,
             rain ? 0.99 + 0.002 * normal(random) : 0.4 + 0.6 * uniform(random)};
-        for (size_t f = 0; f < fields.size(); ++f)
+        for (size_t f = 0; f < fields.size(); ++f) {
             fields[f].words.push_back(static_cast<int>(std::lround(100 * values[f])));
+        }
     }
     return fields;
 }
@@ -69,15 +74,18 @@ class ProgramOnAScan : public testing::Test {
 
     std::string volume() {
         std::vector<UfRecord> rays = makeRays(1);
-        for (const UfRecord& ray : makeRays(2)) rays.push_back(ray);
+        for (const UfRecord& ray : makeRays(2)) {
+            rays.push_back(ray);
+        }
         const std::string path = directory_.file("volume.uf");
         writeFile(path, ufFile(rays));
         return path;
     }
     std::vector<std::string> filesIn(const std::string& path) {
         std::vector<std::string> names;
-        for (const auto& entry : std::filesystem::directory_iterator(path))
+        for (const auto& entry : std::filesystem::directory_iterator(path)) {
             names.push_back(entry.path().filename().string());
+        }
         std::sort(names.begin(), names.end());
         return names;
     }

@@ -37,7 +37,9 @@ ByteVector twoSweeps() {
         UfField z{"DZ", {100 * r, kUfMissing, 100 * r, 100 * r}}, ones{"SW", {100, 100, 100, 100}};
         UfField v{"VR", std::vector<int>(4, kUfMissing)};
         if (r == 37) {
-            for (UfField* field : {&z, &ones, &v}) field->words.resize(3);
+            for (UfField* field : {&z, &ones, &v}) {
+                field->words.resize(3);
+            }
         }
         rays.push_back(ufRay({z, ones, v}, r + 1));
         UfRecord& ray =
@@ -91,10 +93,16 @@ TEST_F(Program, TheDemoFindsTheClutterThatItHides) {
     std::vector<double> skills;
     std::map<std::string, std::array<long, 3>> rows;
     for (std::string word; words >> word;) {
-        if (word == "HSS") words >> skills.emplace_back();
-        if (word != "precipitation" && word != "clutter" && word != "noise") continue;
+        if (word == "HSS") {
+            words >> skills.emplace_back();
+        }
+        if (word != "precipitation" && word != "clutter" && word != "noise") {
+            continue;
+        }
         std::array<long, 3> row{};
-        if (words >> row[0] >> row[1] >> row[2]) rows[word] = row;
+        if (words >> row[0] >> row[1] >> row[2]) {
+            rows[word] = row;
+        }
         words.clear();
     }
     ASSERT_EQ(skills.size(), 2u) << outcome.out;
@@ -135,7 +143,9 @@ TEST_F(Program, TheDemoFindsTheClutterThatItHides) {
             const double difference = std::abs(sweep.fields[f].values[i] - (*values)[i]);
             const bool missing = std::isnan((*values)[i]);
             ASSERT_EQ(std::isnan(difference), missing) << name << " " << i;
-            if (!missing) worst = std::max(worst, difference);
+            if (!missing) {
+                worst = std::max(worst, difference);
+            }
         }
         EXPECT_LT(worst, tolerance) << name;
     }
@@ -237,7 +247,9 @@ TEST_F(Program, EveryCommandSaysThatAFileIsCut) {
 /* Names of fields and files may hold what a terminal obeys: no command passes it on. */
 TEST_F(Program, ControlCharactersOfNamesStayOffTheTerminal) {
     std::vector<UfRecord> rays = makeRays();
-    for (UfRecord& ray : rays) ray.text(69, "\x1b\x9b");
+    for (UfRecord& ray : rays) {
+        ray.text(69, "\x1b\x9b");
+    }
     const std::string path = directory_.file("a\x1b[31m\xc2\x9b\xff \xc3\xa9.uf");
     const std::string list = directory_.file("points.txt"), quoted = "'" + path + "'";
     writeFile(path, ufFile(rays));
@@ -250,8 +262,9 @@ TEST_F(Program, ControlCharactersOfNamesStayOffTheTerminal) {
           "info a " + quoted + " --\x1b"}) {
         const std::string out = runProgram(arguments).out;
         EXPECT_FALSE(out.empty());
-        for (const char* byte : {"\x1b", "\x9b", "\xff"})
+        for (const char* byte : {"\x1b", "\x9b", "\xff"}) {
             EXPECT_EQ(out.find(byte), std::string::npos) << arguments << out;
+        }
     }
     EXPECT_NE(runProgram("info " + quoted).out.find("a?[31m?? \xc3\xa9.uf"), std::string::npos);
 }

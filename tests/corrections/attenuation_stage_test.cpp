@@ -55,8 +55,12 @@ PolarScan oddScan(int nrays, int ngates, float gateSize) {
     for (std::size_t k = 0; k * step < scan.cells(); ++k) {
         const std::size_t i = k * step;
         scan.zhh[i] = odd[k % std::size(odd)];
-        if (k % 3 != 0) scan.ccl[i] = k % 2 == 0 ? 5.0f : kNan;
-        if (k % 5 == 0) scan.rhv[i] = kNan;
+        if (k % 3 != 0) {
+            scan.ccl[i] = k % 2 == 0 ? 5.0f : kNan;
+        }
+        if (k % 5 == 0) {
+            scan.rhv[i] = kNan;
+        }
     }
     for (std::size_t g = 0; g < static_cast<std::size_t>(ngates); ++g) {
         const auto level = [&](int ray) -> float& {
@@ -135,7 +139,9 @@ TEST(AttenuationStage, MissingInputsAreReportedAndNothingIsTouched) {
     const PolarScan scan = makeRainScan(4, 80, 2);
     for (std::size_t i = 0; i < std::size(inputs); ++i) {
         for (const bool absent : {true, false}) {
-            if (i == 0 && !absent) continue;  // its sizes are the scan's
+            if (i == 0 && !absent) {
+                continue;  // its sizes are the scan's
+            }
             SCOPED_TRACE(testing::Message() << "input " << i << (absent ? " absent" : " short"));
             Crres c;
             fillContext(c, scan);

@@ -48,7 +48,9 @@ TEST(AlgorithmTable, RangesTrialsAndMethods) {
         EXPECT_EQ(method, row.method);
         EXPECT_EQ(count, row.count) << row.alg;
         EXPECT_EQ(Values({alpha, a, b}), Values({0.073, 3e-5, 0.78}));
-        for (int k = 0; k < 6; ++k) EXPECT_EQ(range[k], row.range[k]) << row.alg << ' ' << k;
+        for (int k = 0; k < 6; ++k) {
+            EXPECT_EQ(range[k], row.range[k]) << row.alg << ' ' << k;
+        }
     }
 }
 
@@ -65,9 +67,15 @@ TEST(SpecificAttenuation, SameBitsAsThePlainDefinition) {
             alpha.push_back(same ? alpha.back() : 0.02 + 0.2 * uniform(random));
             a.push_back(same ? a.back() : 1e-5 + 8e-5 * uniform(random));
             b.push_back(same ? b.back() : 0.65 + 0.2 * uniform(random));
-            if (random() % 15 == 0) ray.mask[g] = kNan;
-            if (round % 10 == 0 && random() % 30 == 0) ray.z[g] = random() % 2 == 0 ? kNan : 0.0;
-            if (round % 10 == 0 && random() % 30 == 0) ray.phidp[g] = kNan;
+            if (random() % 15 == 0) {
+                ray.mask[g] = kNan;
+            }
+            if (round % 10 == 0 && random() % 30 == 0) {
+                ray.z[g] = random() % 2 == 0 ? kNan : 0.0;
+            }
+            if (round % 10 == 0 && random() % 30 == 0) {
+                ray.phidp[g] = kNan;
+            }
         }
         for (const int method : {-1, 0, 1, 2, 3, 4}) {
             radar.ahConstraintSum = -7.0;
@@ -113,7 +121,9 @@ TEST(SpecificAttenuation, ConstantRainGivesBackItsAttenuation) {
 TEST(SpecificAttenuation, PhaseSlopeNeedsSevenGates) {
     const int n = 30;
     Values z(n, 1e4), phidp, mask(n, 0.0), alpha(n, 0.1), ah(n, -7.0);
-    for (int g = 0; g < n; ++g) phidp.push_back(g < 20 ? 6.0 * g : 114.0 - 6.0 * (g - 19));
+    for (int g = 0; g < n; ++g) {
+        phidp.push_back(g < 20 ? 6.0 * g : 114.0 - 6.0 * (g - 19));
+    }
     mask[10] = 3.0;
     Cradarpro().Ah(z.data(), mask.data(), phidp.data(), n, alpha.data(), alpha.data(), alpha.data(),
                    0.0, 0.5, ah.data(), 3);
@@ -135,7 +145,9 @@ TEST(DifferentialAttenuation, FarEndMeetsItsTarget) {
     Values z(n, 10.0), ah(n, 0.2), mask(n, 0.0), zdr, out(n, -7.0);
     const double path = 0.2 * n * dr;
     // Drops are round at 10 dBZ: the far end's mean of -0.8 dB is all attenuation.
-    for (int g = 0; g < n; ++g) zdr.push_back(-0.8);
+    for (int g = 0; g < n; ++g) {
+        zdr.push_back(-0.8);
+    }
     mask[5] = 3.0;
     Cradarpro radar;
     double gamma = -7.0, pida = -7.0;
@@ -194,13 +206,27 @@ TEST(HotSpots, TenAreRecordedAndAllAreFlagged) {
     enum Break { kMaskNan, kMasked, kReflectivity, kReflectivityNan, kCorrelation };
     for (const Break kind : {kMaskNan, kMasked, kReflectivity, kReflectivityNan, kCorrelation}) {
         Values z(n, 1e5), phidp, rhohv(n, 0.7), mask(n, 0.0), flag(n, -7.0), spots(40, -7.0);
-        for (std::size_t g = 0; g < n; ++g) phidp.push_back(3.0 * static_cast<double>(g));
-        for (std::size_t g = 10; g < n; g += 11) z[g] = 100.0;
-        if (kind == kMaskNan) mask[16] = kNan;
-        if (kind == kMasked) mask[16] = 3.0;
-        if (kind == kReflectivity) z[16] = 31600.0;
-        if (kind == kReflectivityNan) z[16] = kNan;
-        if (kind == kCorrelation) rhohv[16] = 0.69;
+        for (std::size_t g = 0; g < n; ++g) {
+            phidp.push_back(3.0 * static_cast<double>(g));
+        }
+        for (std::size_t g = 10; g < n; g += 11) {
+            z[g] = 100.0;
+        }
+        if (kind == kMaskNan) {
+            mask[16] = kNan;
+        }
+        if (kind == kMasked) {
+            mask[16] = 3.0;
+        }
+        if (kind == kReflectivity) {
+            z[16] = 31600.0;
+        }
+        if (kind == kReflectivityNan) {
+            z[16] = kNan;
+        }
+        if (kind == kCorrelation) {
+            rhohv[16] = 0.69;
+        }
         EXPECT_EQ(Cradarpro().findHotSpot(phidp.data(), z.data(), rhohv.data(), mask.data(), 0.25,
                                           static_cast<int>(n), flag.data(), spots.data()),
                   11);
@@ -233,7 +259,9 @@ TEST(HotSpots, LengthAndRiseAreExclusiveBounds) {
         EXPECT_EQ(radar.findHotSpot(phidp.data(), z.data(), rhohv.data(), mask.data(), 0.25, n,
                                     flag.data(), spots.data()),
                   run.count);
-        if (run.count == 0) continue;
+        if (run.count == 0) {
+            continue;
+        }
         EXPECT_EQ(Values(spots.begin(), spots.begin() + 4),
                   Values({1.0, 5.0, 4.0 + run.gates, run.rise}));
     }

@@ -31,14 +31,18 @@ TEST(BeamGeometry, KnownTriangles) {
     radar.h_beam(range, 0.3, height, 3);
     EXPECT_EQ(height[0], 0.0);
     radar.h_beam(range, std::numbers::pi / 2, height, 3);
-    for (int i = 0; i < 3; ++i) EXPECT_NEAR(height[i], range[i], 1e-6);
+    for (int i = 0; i < 3; ++i) {
+        EXPECT_NEAR(height[i], range[i], 1e-6);
+    }
     // Tangent to the Earth: h = sqrt(a^2 + r^2) - a, very nearly r^2 / 2a.
     radar.h_beam(range, 0.0, height, 3);
     EXPECT_NEAR(height[2], 1e10 / (2 * kEarth), 0.1);
     for (const double elevation : {0.5 * kDeg, 5.0 * kDeg, 45.0 * kDeg, 89.0 * kDeg}) {
         radar.h_beam(range, elevation, height, 3);
         radar.r_beam(height, elevation, back, 3);
-        for (int i = 0; i < 3; ++i) EXPECT_NEAR(back[i], range[i], 1e-3) << elevation;
+        for (int i = 0; i < 3; ++i) {
+            EXPECT_NEAR(back[i], range[i], 1e-3) << elevation;
+        }
         for (int i = 1; i < 3; ++i) {
             radar.gama(height + i, range[i], angle, 3 - i);
             EXPECT_NEAR(angle[0], elevation, 1e-8 + 1e-8 * std::tan(elevation));
@@ -63,7 +67,9 @@ struct Pattern {
     Pattern(const Pattern&) = delete;
     Pattern& operator=(const Pattern&) = delete;
     ~Pattern() {
-        for (double* array : {power, angles, powerH, heights}) delete[] array;
+        for (double* array : {power, angles, powerH, heights}) {
+            delete[] array;
+        }
     }
     void compute(double beamwidth, double range, double elevation) {
         Cradarpro().BeamPowerProfile(beamwidth, range, elevation, &power, &angles, nangles, &powerH,
@@ -166,7 +172,9 @@ TEST_F(Profiles, CorrectionHasTheSameBitsAsThePlainDefinition) {
         for (int i = 0; i < 400; ++i) {
             range.push_back(i % 3 != 0 && i > 0 ? range.back() : 250.0 * (random() % 600));
             z.push_back(std::pow(10.0, 5.0 * uniform(random) - 0.2));
-            if (i % 50 == 7) z.back() = kNan;
+            if (i % 50 == 7) {
+                z.back() = kNan;
+            }
             double height = 0.0;
             radar_.h_beam(&range.back(), elevation, &height, 1);
             const double off = i % 4 == 0 ? 0.0 : 2400.0 * (uniform(random) - 0.5);
@@ -179,7 +187,9 @@ TEST_F(Profiles, CorrectionHasTheSameBitsAsThePlainDefinition) {
                                        elevation, 1.0 * kDeg, path_.data(), 0),
                   1);
         ASSERT_TRUE(sameBits(out, expected)) << elevation;
-        for (std::size_t i = 0; i < z.size(); ++i) changed += sameBits(z[i], out[i]) ? 0 : 1;
+        for (std::size_t i = 0; i < z.size(); ++i) {
+            changed += sameBits(z[i], out[i]) ? 0 : 1;
+        }
         gates += 400;
         radar_.VPRCorrection(z.data(), z.data(), range.data(), freezing.data(), 400, elevation,
                              1.0 * kDeg, path_.data(), 0);
@@ -219,7 +229,9 @@ TEST_F(Profiles, BrightBandIsReplacedByTheGround) {
 TEST_F(Profiles, OneDecibelAwayIsTooFar) {
     std::ofstream file(path_);
     // All profiles alike but at the ground: the first counts.
-    for (int k = 0; k < 60 * 1800; ++k) file << (k < 60 ? 3.0 + 0.1 * k : 20.0) << ' ';
+    for (int k = 0; k < 60 * 1800; ++k) {
+        file << (k < 60 ? 3.0 + 0.1 * k : 20.0) << ' ';
+    }
     file.close();
     double range = 20000.0, height = 0.0, out = 0.0;
     radar_.h_beam(&range, 5.0 * kDeg, &height, 1);

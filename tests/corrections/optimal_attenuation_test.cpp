@@ -29,7 +29,9 @@ struct Corrected {
 Corrected correct(Cradarpro& radar, const AttenuationRay& ray, int alg, double dphiMin) {
     const std::size_t n = ray.z.size();
     Corrected c;
-    for (Values* v : {&c.ah, &c.zcorr, &c.rebuilt, &c.alpha, &c.a, &c.b}) v->assign(n, -7.0);
+    for (Values* v : {&c.ah, &c.zcorr, &c.rebuilt, &c.alpha, &c.a, &c.b}) {
+        v->assign(n, -7.0);
+    }
     c.result = radar.Ah_optimal(ray.phidp.data(), ray.z.data(), ray.n(), ray.dr, ray.mask.data(),
                                 c.ah.data(), c.zcorr.data(), c.rebuilt.data(), c.alpha.data(),
                                 c.a.data(), c.b.data(), c.dphi, c.pia, alg,
@@ -39,7 +41,9 @@ Corrected correct(Cradarpro& radar, const AttenuationRay& ray, int alg, double d
 
 bool untouched(const Corrected& c) {
     for (const Values* v : {&c.ah, &c.zcorr, &c.rebuilt, &c.alpha, &c.a, &c.b}) {
-        if (*v != Values(v->size(), -7.0)) return false;
+        if (*v != Values(v->size(), -7.0)) {
+            return false;
+        }
     }
     return c.pia == -7.0;
 }
@@ -55,7 +59,9 @@ Corrected literalCorrection(Cradarpro& radar, AttenuationRay ray, int alg, doubl
     int count = 1, method = 0;
     radar.algs_attcor(alg, 1000, alpha0, a0, b0, range[0], range[1], range[2], range[3], range[4],
                       range[5], count, method);
-    if (!ray.select.empty() && count != 1) range[5] = 0.3;
+    if (!ray.select.empty() && count != 1) {
+        range[5] = 0.3;
+    }
     Values drawn[3];
     for (int k = 0; k < 3; ++k) {
         std::srand(static_cast<unsigned>(std::rand() + std::time(nullptr)));
@@ -85,7 +91,9 @@ TEST(OptimalAttenuation, SameBitsAsThePlainDefinition) {
     for (const int alg : {0, 1, 2, 3, 4, 5, 6, 7, 8, 99}) {
         for (const bool selected : {false, true}) {
             AttenuationRay ray = makeRainRay(140, 300 + static_cast<unsigned>(alg));
-            for (int g = 0; selected && g < ray.n(); ++g) ray.select.push_back(g / 10 % 2);
+            for (int g = 0; selected && g < ray.n(); ++g) {
+                ray.select.push_back(g / 10 % 2);
+            }
             Cradarpro radar;
             Corrected fast, plain;
             std::time_t before;
@@ -154,7 +162,9 @@ TEST(OptimalAttenuation, MaskedGatesKeepTheirReflectivity) {
     AttenuationRay ray = makeRainRay(200, 9, 1.0, 0.2);
     for (int g = 40; g < 60; ++g) {
         const std::size_t at = static_cast<std::size_t>(g);
-        if (ray.mask[at] != 0.0) ray.z[at] = ray.phidp[at] = kNan;
+        if (ray.mask[at] != 0.0) {
+            ray.z[at] = ray.phidp[at] = kNan;
+        }
     }
     Cradarpro radar;
     for (const int alg : {0, 1, 2, 4, 5, 6, 8}) {

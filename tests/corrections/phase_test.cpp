@@ -33,7 +33,9 @@ TEST(InitialPhase, IsTheMeanOfTheFirstRuns) {
     setRun(0, 1, 10.0f, 0.9000001f);
     setRun(0, 6, 70.0f, 0.95f);
     setRun(2, 8, 24.0f, kNan);
-    for (const float correlation : rhohv) cls.push_back(correlation == 0.9f ? kNan : 0.0f);
+    for (const float correlation : rhohv) {
+        cls.push_back(correlation == 0.9f ? kNan : 0.0f);
+    }
     Cradarpro radar;
     EXPECT_EQ(radar.GetInitialPDP(phidp.data(), rhohv.data(), ngates, nrays, 3), 17.0f);
     EXPECT_EQ(radar.GetInitialPDP_usingCPI(phidp.data(), cls.data(), ngates, nrays, 3), 17.0f);
@@ -98,7 +100,9 @@ TEST(Unfolding, SameBitsAsThePlainDefinition) {
             const float jump = 240.0f + static_cast<float>(random() % 130);
             for (int g = 0; g < ngates; ++g) {
                 phidp.push_back(normal(random) + (g >= fold ? round % 2 ? jump : -jump : 0.0f));
-                if (random() % 400 == 0) phidp.back() = kNan;
+                if (random() % 400 == 0) {
+                    phidp.back() = kNan;
+                }
                 cls.push_back(random() % 6 == 0 ? 5.0f : random() % 50 == 0 ? kNan : 0.0f);
             }
         }

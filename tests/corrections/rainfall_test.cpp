@@ -149,7 +149,9 @@ TEST(PowerLaw, SameBitsAsThePlainDefinition) {
     for (const float a : factors) {
         for (const float b : exponents) {
             std::vector<float> zh(3000), rain(zh.size()), back(zh.size()), rates, levels;
-            for (float& dbz : zh) dbz = random() % 50 == 0 ? HUGE_VALF : normal(random);
+            for (float& dbz : zh) {
+                dbz = random() % 50 == 0 ? HUGE_VALF : normal(random);
+            }
             Cradarpro radar;
             const int n = static_cast<int>(zh.size());
             radar.ZtoR(rain.data(), zh.data(), n, a, b);

@@ -82,7 +82,9 @@ TEST(AttenuationSearch, SelectsTheTrialOfThePlainDefinition) {
             // Not only whole groups, and now and then many equal trials.
             Trials trials = drawTrials(random, 1 + static_cast<int>(random() % 90), search.ranges);
             for (std::size_t i = 1; round % 7 == 0 && i < trials.alpha.size(); ++i) {
-                if (random() % 2 == 0) continue;
+                if (random() % 2 == 0) {
+                    continue;
+                }
                 trials.alpha[i] = trials.alpha[i - 1];
                 trials.a[i] = trials.a[i - 1];
                 trials.b[i] = trials.b[i - 1];
@@ -137,8 +139,12 @@ TEST(AttenuationSearch, DifferentTrialsOfEqualCost) {
                 return literal::evaluateTrial(ray, alpha, 3e-5, 0.80, method).cost > target;
             };
             double low = 0.02, high = 0.02;
-            while (high < 0.3 && above(high) == above(low)) high += 0.01;
-            if (above(high) == above(low)) continue;
+            while (high < 0.3 && above(high) == above(low)) {
+                high += 0.01;
+            }
+            if (above(high) == above(low)) {
+                continue;
+            }
             for (int k = 0; k < 50; ++k) {
                 const double middle = 0.5 * (low + high);
                 (above(middle) == above(low) ? low : high) = middle;
@@ -163,15 +169,21 @@ TEST(AttenuationSearch, OddRays) {
     } rays[] = {
         {"strong echoes",
          [](AttenuationRay& r) {
-             for (double& z : r.z) z *= 300.0;
+             for (double& z : r.z) {
+                 z *= 300.0;
+             }
          }},
         {"very strong echoes",
          [](AttenuationRay& r) {
-             for (double& z : r.z) z *= 1e6;
+             for (double& z : r.z) {
+                 z *= 1e6;
+             }
          }},
         {"weak echoes",
          [](AttenuationRay& r) {
-             for (double& z : r.z) z *= 1e-5;
+             for (double& z : r.z) {
+                 z *= 1e-5;
+             }
          }},
         {"NaN in the phase", [](AttenuationRay& r) { r.phidp[60] = kNan; }},
         {"infinite phase", [](AttenuationRay& r) { r.phidp[60] = HUGE_VAL; }},
@@ -215,8 +227,11 @@ TEST(AttenuationSearch, FaintGatesAreScreened) {
     for (unsigned round = 0; round < 60; ++round) {
         AttenuationRay ray = makeRainRay(120, 300 + round);
         const unsigned share = 1 + round % 4; /* 1: there is nothing else */
-        for (double& z : ray.z)
-            if (random() % share == 0) z = std::pow(10.0, exponent(random));
+        for (double& z : ray.z) {
+            if (random() % share == 0) {
+                z = std::pow(10.0, exponent(random));
+            }
+        }
         ray.z[30] = 1e-110;
         for (const auto& [method, ranges] :
              {std::pair{0, kAlphaOnly}, {0, kAlphaAndB}, {1, kAll}, {2, kAll}}) {

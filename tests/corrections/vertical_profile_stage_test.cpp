@@ -36,7 +36,9 @@ PolarScan meltingScan() {
 
 std::vector<float> roundTrip(const literal::Values& z) {
     std::vector<float> dbz;
-    for (const double value : z) dbz.push_back(static_cast<float>(10.0 * std::log10(value)));
+    for (const double value : z) {
+        dbz.push_back(static_cast<float>(10.0 * std::log10(value)));
+    }
     return dbz;
 }
 

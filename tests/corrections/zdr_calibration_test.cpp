@@ -48,7 +48,9 @@ PolarScan uniformScan(int nrays, int ngates) {
     scan.nrays = nrays;
     scan.elevation = kVertical;
     const std::size_t n = static_cast<std::size_t>(nrays * ngates);
-    for (Field* field : {&scan.zhh, &scan.zdr, &scan.ccl}) field->assign(n, 0.0f);
+    for (Field* field : {&scan.zhh, &scan.zdr, &scan.ccl}) {
+        field->assign(n, 0.0f);
+    }
     scan.pdp.assign(n, 3.0f);
     scan.rhv.assign(n, 1.0f);
     scan.vel.assign(n, -2.0f);
@@ -175,7 +177,9 @@ TEST(ZdrStatistics, RangesAreWholeGatesInsideTheRay) {
 /* A vertical scan whose differential reflectivities count the gates: a height is a range. */
 TEST(ZdrSamples, OneFileForEachRayThatHasSome) {
     PolarScan scan = uniformScan(3, 4);
-    for (std::size_t i = 0; i < scan.cells(); ++i) scan.zdr[i] = 0.5f * static_cast<float>(i);
+    for (std::size_t i = 0; i < scan.cells(); ++i) {
+        scan.zdr[i] = 0.5f * static_cast<float>(i);
+    }
     scan.zhh = {20.0f, 14.9f, 15.0f, 38.0f, 38.1f, kNan, 0.0f, 0.0f, 20.0f, 20.0f, 20.0f, 20.0f};
     scan.rhv[8] = 0.9499f;
     scan.rhv[9] = kNan;
@@ -233,7 +237,9 @@ TEST(ZdrOffset, IsAddedToEveryValueOfItsOwnRecord) {
     c.zhh.ngates = 1;
     c.zdrbias = -0.2f;
     c.CalibrateZdrOffsetandAzimuthVariation();
-    for (float& value : scan.zdr) value += -0.2f;
+    for (float& value : scan.zdr) {
+        value += -0.2f;
+    }
     EXPECT_TRUE(sameBits(fieldOf(c.zdr), scan.zdr));
 }
 

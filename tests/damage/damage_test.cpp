@@ -40,13 +40,21 @@ constexpr int kRecords = 3;
 
 /* Sums what the arrays of a record hold by its own sizes: reads every element once. */
 void expectUsable(const Cpluvek& record) {
-    if (record.data == nullptr) return;
+    if (record.data == nullptr) {
+        return;
+    }
     ASSERT_GE(record.ngates, 0);
     ASSERT_GE(record.nrays, 0);
     double sum = 0.0;
-    for (int i = 0; i < record.nrays * record.ngates; ++i) sum += record.data[i];
-    for (int r = 0; r <= record.nrays; ++r) sum += record.angles[r];
-    for (const char* text : {record.name, record.units, record.title}) sum += std::strlen(text);
+    for (int i = 0; i < record.nrays * record.ngates; ++i) {
+        sum += record.data[i];
+    }
+    for (int r = 0; r <= record.nrays; ++r) {
+        sum += record.angles[r];
+    }
+    for (const char* text : {record.name, record.units, record.title}) {
+        sum += std::strlen(text);
+    }
     (void)std::isnan(sum);
 }
 
@@ -58,7 +66,9 @@ void exerciseUniversalFormat(const std::string& path, const std::string& copy) {
     ASSERT_TRUE(uf.nrays == 0 || uf.rays != nullptr);
     Cpluvek records[20];
     uf.uf2pluvek(records);
-    for (const Cpluvek& record : records) expectUsable(record);
+    for (const Cpluvek& record : records) {
+        expectUsable(record);
+    }
     uf.write2file(out.data());
     // Fields that lay over each other may have become anything when written.
     Cufrw back;
@@ -71,14 +81,20 @@ void exerciseFieldRecords(const std::string& path, const std::string& copy) {
     Cpluvek records[kRecords + 1];
     const int result = records[0].ReadDataFromFile(path.c_str());
     ASSERT_TRUE(result == 0 || result == 1);
-    for (const Cpluvek& record : records) expectUsable(record);
-    if (result == 0) return;
+    for (const Cpluvek& record : records) {
+        expectUsable(record);
+    }
+    if (result == 0) {
+        return;
+    }
     ASSERT_LE(records[0].nrecords, kRecords);
     ASSERT_EQ(records[0].WriteDataToFile(copy.c_str()), 1);
     // Not always readable: a block may declare more values than its array has.
     Cpluvek back[kRecords + 1];
     back[0].ReadDataFromFile(copy.c_str());
-    for (const Cpluvek& record : back) expectUsable(record);
+    for (const Cpluvek& record : back) {
+        expectUsable(record);
+    }
 }
 
 void exerciseMembership(const std::string& path, const std::string&) {
@@ -89,7 +105,9 @@ void exerciseMembership(const std::string& path, const std::string&) {
     const int result = engine.readmf(name.data(), &x, &y, points);
     ASSERT_TRUE(result == 1 || result == -1 || result == -2);
     ASSERT_TRUE(result != 1 || points > 0);
-    for (int i = 0; result == 1 && i < points; ++i) (void)std::isnan(x[i] + y[i]);
+    for (int i = 0; result == 1 && i < points; ++i) {
+        (void)std::isnan(x[i] + y[i]);
+    }
     delete[] x;
     delete[] y;
     float params[5] = {};
@@ -113,7 +131,9 @@ void exerciseProfiles(const std::string& path, const std::string&) {
     int profiles = 0, levels = 0, reference = 0;
     ASSERT_EQ(radar.GetVPR(&vpr, profiles, levels, reference, dh, name.data(), 0), 1);
     double sum = 0.0;
-    for (int i = 0; i < profiles * levels; ++i) sum += vpr[i];
+    for (int i = 0; i < profiles * levels; ++i) {
+        sum += vpr[i];
+    }
     (void)std::isnan(sum);
     delete[] vpr;
     double z[] = {100.0, 1000.0}, range[] = {2e4, 2e4}, freezing[] = {300.0, NAN};
@@ -138,9 +158,13 @@ void exercisePolar(const std::string& path, const std::string& copy) {
         if (polar.PackAgainDataFiles(in.data(), out.data(), layout) == 1) {
             Cpluvek packed[8];
             polar.ReadPolarData(out.data(), packed, layout, 1);
-            for (const Cpluvek& record : packed) expectUsable(record);
+            for (const Cpluvek& record : packed) {
+                expectUsable(record);
+            }
         }
-        if (result != 1) continue;
+        if (result != 1) {
+            continue;
+        }
         records[0].radarid = 1521;
         ASSERT_EQ(polar.WriteSingleParameterData(out.c_str(), records, records + 1), 1);
     }
@@ -155,7 +179,9 @@ void exerciseGermanDx(const std::string& path, const std::string&) {
     Cpluvek records[2];
     radar->german2pluvek(records);
     ASSERT_EQ(records[0].data != nullptr, result == 1);
-    for (const Cpluvek& record : records) expectUsable(record);
+    for (const Cpluvek& record : records) {
+        expectUsable(record);
+    }
 }
 
 /* --- small sound files --- */
@@ -179,7 +205,9 @@ ByteVector polarSeedSingle(const std::string&) {
 /* The whole 360 rays, as short as they can be. */
 ByteVector germanDxSeed(const std::string&) {
     ByteVector bytes = dxStart();
-    for (int r = 0; r < 360; ++r) appendDxRay(bytes, 10 * r, 5, {40, 0, 99, 16});
+    for (int r = 0; r < 360; ++r) {
+        appendDxRay(bytes, 10 * r, 5, {40, 0, 99, 16});
+    }
     return bytes;
 }
 
@@ -260,7 +288,9 @@ ByteVector mutate(const ByteVector& sound, std::mt19937& random) {
 
 /* Whether a word is among zeros, as in the gaps of a format. */
 bool isInGap(const ByteVector& bytes, std::size_t at) {
-    if (at < 16 || at + 18 > bytes.size()) return false;
+    if (at < 16 || at + 18 > bytes.size()) {
+        return false;
+    }
     const auto from = bytes.begin() + static_cast<std::ptrdiff_t>(at);
     return std::all_of(from - 16, from + 18, [](unsigned char b) { return b == 0; });
 }
@@ -269,7 +299,9 @@ bool isInGap(const ByteVector& bytes, std::size_t at) {
 std::vector<ByteVector> boundaryWords(const ByteVector& sound) {
     std::vector<ByteVector> files;
     for (std::size_t at = 0; at + 2 <= sound.size(); at += 2) {
-        if (isInGap(sound, at)) continue;
+        if (isInGap(sound, at)) {
+            continue;
+        }
         for (const unsigned word : {0x0000u, 0x0001u, 0x7fffu, 0x8000u, 0xffffu}) {
             ByteVector bytes = sound;
             bytes[at] = static_cast<unsigned char>(word >> 8);
@@ -293,7 +325,9 @@ int openFiles() {
 /* Tens of thousands of files are rewritten: on a disk, waiting for it would take minutes. */
 std::filesystem::path memoryDirectory() {
     constexpr const char* kShared = "/dev/shm";
-    if (access(kShared, W_OK | X_OK) == 0) return kShared;
+    if (access(kShared, W_OK | X_OK) == 0) {
+        return kShared;
+    }
     return std::filesystem::temp_directory_path();
 }
 

@@ -106,7 +106,9 @@ void exerciseColumnFile(const std::string& path, const std::string& copy) {
         volatile unsigned last = times[static_cast<std::size_t>(block.rows) - 1];
         (void)last;
     }
-    if (block.rows > 0) copyColumns(block, copy);
+    if (block.rows > 0) {
+        copyColumns(block, copy);
+    }
 }
 
 void exerciseNameList(const std::string& path, const std::string&) {
@@ -145,7 +147,9 @@ void exerciseGridFile(const std::string& path, const std::string& copy) {
     ASSERT_LT(std::strlen(nodata), 1024u);
     const std::size_t cells = block.values().size();
     // A text that begins with a zero byte is written as none, and the next token takes its place.
-    if (cells > 0 && cells < kMostCellsToCopy && nodata[0] != '\0') copyGrid(block, nodata, copy);
+    if (cells > 0 && cells < kMostCellsToCopy && nodata[0] != '\0') {
+        copyGrid(block, nodata, copy);
+    }
 }
 
 }  // namespace clutter::test

@@ -43,7 +43,9 @@ TEST_F(Configuration, EveryKeyGoesToItsSetting) {
     EXPECT_EQ(c.clutteralg, 3);
     const int windows[] = {c.gates2ave_zhh, c.gates2ave_zdr, c.gates2ave_pdp, c.gates2ave_rhv,
                            c.rays2ave_zhh,  c.rays2ave_zdr,  c.rays2ave_pdp,  c.rays2ave_rhv};
-    for (int i = 0; i < 8; ++i) EXPECT_EQ(windows[i], 4 + i);
+    for (int i = 0; i < 8; ++i) {
+        EXPECT_EQ(windows[i], 4 + i);
+    }
     EXPECT_EQ(c.rainfallalg, -12);
     EXPECT_EQ(c.attenuationalg, 13);
     EXPECT_EQ(c.freezinglevel, 14.5f);
@@ -116,7 +118,9 @@ TEST_F(Configuration, WordsOfAnyLengthAreCut) {
 TEST_F(Configuration, DecimalPointWhateverTheLocale) {
     const char* const locale = std::setlocale(LC_NUMERIC, "de_DE.UTF-8");
     read("ZDR_BIAS 0.25");
-    if (locale != nullptr) std::setlocale(LC_NUMERIC, "C");
+    if (locale != nullptr) {
+        std::setlocale(LC_NUMERIC, "C");
+    }
     EXPECT_EQ(c.zdrbias, 0.25f);
 }
 

@@ -60,7 +60,9 @@ TEST(Context, DefaultSettings) {
 
 TEST(Context, ClearMemoryKeepsWhatTheNextProducerFrees) {
     Crres c;
-    for (Cpluvek* record : recordsOf(c)) fill(*record, 1, 1, {1.0f});
+    for (Cpluvek* record : recordsOf(c)) {
+        fill(*record, 1, 1, {1.0f});
+    }
     c.minsnr = 3.0f;
     c.ClearMemory();
     for (Cpluvek* record : recordsOf(c)) {
@@ -113,7 +115,9 @@ TEST(Context, InvalidDataAreHiddenWhereTheClassIsNotPrecipitation) {
     Crres c;
     fill(c.ccl, 4, 1, {0.0f, 3.0f, kNan, -0.0f});
     for (Cpluvek* record : recordsOf(c)) {
-        if (record != &c.ccl && record != &c.wid) fill(*record, 4, 1, {1, 2, 3, 4});
+        if (record != &c.ccl && record != &c.wid) {
+            fill(*record, 4, 1, {1, 2, 3, 4});
+        }
     }
     fill(c.ldr, 3, 1, {1, 2, 3});
     c.EliminateInvalidDataForDisplayPurposes();
@@ -150,7 +154,9 @@ TEST(Stage, NamesItsRecordsAndKeepsTheScansDescription) {
 TEST(Stage, RatioIsFormedInSinglePrecisionFromTheLeft) {
     Crres c;
     std::vector<float> z;
-    for (int g = 0; g < 400; ++g) z.push_back(0.37f * static_cast<float>(g % 90) - 11.3f);
+    for (int g = 0; g < 400; ++g) {
+        z.push_back(0.37f * static_cast<float>(g % 90) - 11.3f);
+    }
     fill(c.zhh, 400, 1, z);
     c.zhh.gatesize = 137.0f;
     c.zhh.radarconst = 43.21f;
@@ -187,7 +193,9 @@ TEST(Stage, WindowThatTheTextureRejectsGivesTexturesOfZero) {
     clutter::test::writeText(tables.file("cal_mf_sZhh_clutter.dat"), "0 0.9 1 0.1");
     clutter::test::writeText(tables.file("cal_mf_sZhh_precipi.dat"), "0 0.1 1 0.9");
     std::vector<float> z;
-    for (int i = 0; i < 70; ++i) z.push_back(i % 2 == 0 ? 80.0f : 90.0f);
+    for (int i = 0; i < 70; ++i) {
+        z.push_back(i % 2 == 0 ? 80.0f : 90.0f);
+    }
     fill(c.zhh, 7, 10, z);
     c.PrecipitationClutterClassification(1);
     EXPECT_EQ(valuesOf(c.ccl), std::vector<float>(70, 0.0f));
@@ -204,10 +212,12 @@ TEST(RemoveIsolatedPixels, LonePrecipitationBecomesClutter) {
     const auto at = [&cls](int g, int r) -> float& {
         return cls[static_cast<std::size_t>(r * ngates + g)];
     };
-    at(5, 5) = 0.0f;                                // alone
-    at(20, 20) = at(22, 20) = 0.0f;                 // two in a window
-    at(30, 10) = at(34, 10) = 0.0f;                 // alone in 5 x 5
-    for (int g = 8; g < 14; ++g) at(g, 30) = 0.0f;  // a cell
+    at(5, 5) = 0.0f;                 // alone
+    at(20, 20) = at(22, 20) = 0.0f;  // two in a window
+    at(30, 10) = at(34, 10) = 0.0f;  // alone in 5 x 5
+    for (int g = 8; g < 14; ++g) {
+        at(g, 30) = 0.0f;  // a cell
+    }
     at(39, 35) = 3.0f;
     fill(c.zhh, ngates, nrays, cls);
     fill(c.ccl, ngates, nrays, cls);

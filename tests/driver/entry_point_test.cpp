@@ -48,8 +48,12 @@ void roughen(TestScan& scan, unsigned seed) {
     std::mt19937 random(seed);
     for (auto& field : scan.fields) {
         for (double& value : field) {
-            if (random() % 40 == 0) value = kNan;
-            if (random() % 200 == 0) value = random() % 2 == 0 ? 1e300 : -1e300;
+            if (random() % 40 == 0) {
+                value = kNan;
+            }
+            if (random() % 200 == 0) {
+                value = random() % 2 == 0 ? 1e300 : -1e300;
+            }
         }
     }
 }
@@ -67,8 +71,12 @@ TEST_P(WholeScan, EveryWayGivesTheLiteralClasses) {
         TestScan scan =
             clutter::test::makeTestScan(nrays, ngates, static_cast<unsigned>(round), 0.1 * round);
         scan.params[2] = round < 3 ? 255.0 : static_cast<double>(random() % 512);
-        if (round % 2 == 1) roughen(scan, static_cast<unsigned>(round));
-        if (round % 4 == 2) scan.fields[1 + random() % 6].clear();
+        if (round % 2 == 1) {
+            roughen(scan, static_cast<unsigned>(round));
+        }
+        if (round % 4 == 2) {
+            scan.fields[1 + random() % 6].clear();
+        }
         scan.ranges[1] = scan.ranges[0] + 249.9;
         const std::vector<double> expected =
             literal::classifyScan(scan.literal(), kMembershipDirectory);
@@ -99,7 +107,9 @@ TEST(EntryPoint, RefusedSizesAndNoReflectivityLeaveTheOutput) {
 TEST(EntryPoint, WithoutMembershipFilesOnlyNoiseIsSeparated) {
     TestScan scan = clutter::test::makeTestScan(6, 100, 2);
     std::vector<double> noise = literal::classifyScan(scan.literal(), kMembershipDirectory);
-    for (double& cls : noise) cls = cls == 3.0 ? 3.0 : 0.0;
+    for (double& cls : noise) {
+        cls = cls == 3.0 ? 3.0 : 0.0;
+    }
     for (const std::string& directory : {std::string("/nowhere/"), std::string(5000, 'd')}) {
         testing::internal::CaptureStdout();
         EXPECT_EQ(classify(scan, directory.c_str()), noise);
@@ -135,7 +145,9 @@ TEST(EntryPoint, OutputMayReplaceAnInput) {
     std::mt19937 random(11);
     TestScan scan = clutter::test::makeTestScan(4, 1000, 5);
     for (auto& field : scan.fields) {
-        for (double& value : field) value *= 1.0 + 1e-3 * static_cast<double>(random() % 300);
+        for (double& value : field) {
+            value *= 1.0 + 1e-3 * static_cast<double>(random() % 300);
+        }
     }
     scan.params[1] = -100.0;
     scan.params[2] = 15.0;
@@ -162,10 +174,14 @@ TEST(EntryPoint, ConcurrentCallsAreIndependent) {
     std::vector<std::thread> threads;
     for (std::size_t i = 0; i < scans.size(); ++i) {
         threads.emplace_back([&, i] {
-            for (int round = 0; round < 5; ++round) results[i] = classify(scans[i]);
+            for (int round = 0; round < 5; ++round) {
+                results[i] = classify(scans[i]);
+            }
         });
     }
-    for (std::thread& thread : threads) thread.join();
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
     EXPECT_EQ(results, expected);
 }
 

@@ -163,9 +163,13 @@ TEST(Pipeline, SmoothingTakesEachFieldsOwnSizeAndWindow) {
     Crres c;
     const std::vector<float> steps = {0, 0, 9, 0, 0, 0, 9, 0};
     Cpluvek* const linear[] = {&c.pdp, &c.rhv, &c.vel, &c.wid, &c.ldr};
-    for (Cpluvek* record : linear) fillField(*record, 8, 1, steps);
+    for (Cpluvek* record : linear) {
+        fillField(*record, 8, 1, steps);
+    }
     fillField(c.wid, 4, 2, steps);
-    for (Cpluvek* record : {&c.zhh, &c.zdr}) fillField(*record, 8, 1, std::vector<float>(8, 3.0f));
+    for (Cpluvek* record : {&c.zhh, &c.zdr}) {
+        fillField(*record, 8, 1, std::vector<float>(8, 3.0f));
+    }
     fillField(c.ccl, 8, 1, {0, 0, 0, 0, 0, 0, 5, 0});
     c.zhh.data[2] = 13.0f;
     c.gates2ave_zhh = 3;

@@ -34,7 +34,9 @@ class Products : public testing::Test {
   protected:
     static std::vector<float> values(float first) {
         std::vector<float> values;
-        for (int i = 0; i < 6; ++i) values.push_back(first + static_cast<float>(i) / 3.0f);
+        for (int i = 0; i < 6; ++i) {
+            values.push_back(first + static_cast<float>(i) / 3.0f);
+        }
         return values;
     }
     static void fill(Cpluvek& record, float first) {
@@ -123,7 +125,9 @@ TEST_F(Products, NothingToSampleNoFile) {
 TEST_F(Products, PrefixOfAnyLength) {
     fill(c.zhh, 1.0f);
     std::string prefix = directory.path();
-    for (int i = 0; i < 1000; ++i) prefix += "/.";
+    for (int i = 0; i < 1000; ++i) {
+        prefix += "/.";
+    }
     prefix += "/deep";
     c.Vars2Save(2, prefix.data(), ranges, azimuths, 1, 0u);
     EXPECT_EQ(filesIn(directory), std::set<std::string>{"deep_zhh.dat"});

@@ -21,7 +21,9 @@ template <class T>
 std::vector<T> draw(std::size_t n, std::mt19937& random) {
     std::normal_distribution<T> normal(1, 10);
     std::vector<T> values;
-    while (values.size() < n) values.push_back(random() % 60 == 0 ? T(kNan) : normal(random));
+    while (values.size() < n) {
+        values.push_back(random() % 60 == 0 ? T(kNan) : normal(random));
+    }
     return values;
 }
 
@@ -105,7 +107,9 @@ TEST(Derive, FivePointsAndItsEnds) {
     dsp.Derive(line.data(), 8, 1.0f);
     EXPECT_EQ(line, (Floats{1, 1, 1, 1, 1, 1, 0, 0}));
     Floats quartic;  // exact for polynomials up to the fourth degree
-    for (int i = -3; i <= 3; ++i) quartic.push_back(std::pow(0.5f * static_cast<float>(i), 4.0f));
+    for (int i = -3; i <= 3; ++i) {
+        quartic.push_back(std::pow(0.5f * static_cast<float>(i), 4.0f));
+    }
     dsp.Derive(quartic.data(), 7, 0.5f);
     EXPECT_EQ(quartic, (Floats{-0.5f, -0.5f, -0.5f, 0, 0.5f, 0, 0})) << "4 x^3";
 }
@@ -206,7 +210,9 @@ TEST(SmoothDataMtx, OnlyInnerElementsAndEvenSizes) {
     Floats ones(9, 1.0f);
     dsp.SmoothDataMtx(ones.data(), 3, 3, 2);
     EXPECT_EQ(ones[4], 9.0f / 4.0f) << "nine members, divided by four";
-    for (const int size : {0, -3, 2147483647}) dsp.SmoothDataMtx(x.data(), 3, 3, size);
+    for (const int size : {0, -3, 2147483647}) {
+        dsp.SmoothDataMtx(x.data(), 3, 3, size);
+    }
     dsp.SmoothDataMtx(nullptr, 3, 3, 3);
     EXPECT_EQ(x[4], 10.0f);
 }

@@ -95,7 +95,9 @@ TEST_F(GridFiles, ColumnMajorGridsComeBack) {
 TEST_F(GridFiles, WhereLinesEndDoesNotMatter) {
     for (const char* body : {"1 2\n3 4\n", "1 2\r\n3 4\r\n", "1\r2\r3\r4", "1 2 3 4 5 6"}) {
         std::string whole = header("2", "2") + body;
-        if (body[1] == '\r') std::replace(whole.begin(), whole.end(), '\n', '\r');
+        if (body[1] == '\r') {
+            std::replace(whole.begin(), whole.end(), '\n', '\r');
+        }
         put(whole);
         ASSERT_EQ(read(), 1) << body;
         EXPECT_EQ(values(), (Values{3, 1, 4, 2})) << body;

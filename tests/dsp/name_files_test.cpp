@@ -26,8 +26,12 @@ List readList(const std::string& text) {
     char* names = new char[3]{'o', 'l', '\0'};
     int count = -7;
     List list{dsp.OnReadFNames(path.data(), &names, count), {}};
-    for (int i = 0; i < count; ++i) list.names.push_back(names + 1024 * i);
-    if (list.result == 0) list.names = {names, std::to_string(count)};
+    for (int i = 0; i < count; ++i) {
+        list.names.push_back(names + 1024 * i);
+    }
+    if (list.result == 0) {
+        list.names = {names, std::to_string(count)};
+    }
     delete[] names;
     return list;
 }
@@ -47,7 +51,9 @@ TEST(FileNameList, HoldsEveryToken) {
 TEST(FileNameList, RefusedListsLeaveTheOldOne) {
     using Names = std::vector<std::string>;
     std::string endless;
-    for (int i = 0; i <= 1 << 20; ++i) endless += "a ";
+    for (int i = 0; i <= 1 << 20; ++i) {
+        endless += "a ";
+    }
     EXPECT_EQ(readList(endless).result, 0);
     EXPECT_EQ(readList(endless).names, (Names{"ol", "-7"}));
     CDSP dsp;

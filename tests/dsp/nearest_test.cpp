@@ -68,7 +68,9 @@ TEST(NearestValue, IsTheOneThatALiteralSearchFinds) {
             }
         }
         expectSame(x, random);
-        if (HasFatalFailure()) return;
+        if (HasFatalFailure()) {
+            return;
+        }
     }
 }
 

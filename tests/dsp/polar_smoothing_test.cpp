@@ -40,7 +40,9 @@ float drawValue(Kind kind, std::mt19937& random) {
 
 Values drawField(std::size_t n, Kind kind, std::mt19937& random) {
     Values field;
-    while (field.size() < n) field.push_back(drawValue(kind, random));
+    while (field.size() < n) {
+        field.push_back(drawValue(kind, random));
+    }
     return field;
 }
 
@@ -61,9 +63,13 @@ struct Round {
 
 Round drawRound(unsigned round, std::mt19937& random) {
     const auto upTo = [&random](unsigned most) { return 1 + static_cast<int>(random() % most); };
-    if (round % 4 == 0) return {upTo(900), upTo(6), 7, 1};
-    if (round % 4 == 1) return {upTo(6), upTo(6), 2 + upTo(20), upTo(20)};  // wider than the scan
-    return {upTo(500), upTo(12), 1 + upTo(9), upTo(6)};                     // also even
+    if (round % 4 == 0) {
+        return {upTo(900), upTo(6), 7, 1};
+    }
+    if (round % 4 == 1) {
+        return {upTo(6), upTo(6), 2 + upTo(20), upTo(20)};  // wider than the scan
+    }
+    return {upTo(500), upTo(12), 1 + upTo(9), upTo(6)};  // also even
 }
 
 TEST(PolarSmoothing, SameBitsAsTheLiteralDefinition) {

@@ -229,7 +229,9 @@ TEST(ShiftMtx, AnyShiftAlsoInPlace) {
     constexpr int kRows = 4, kColumns = 5;
     CDSP dsp;
     Floats in(kRows * kColumns);
-    for (std::size_t i = 0; i < in.size(); ++i) in[i] = static_cast<float>(i + 1);
+    for (std::size_t i = 0; i < in.size(); ++i) {
+        in[i] = static_cast<float>(i + 1);
+    }
     for (int rows = -6; rows <= kRows + 1; ++rows) {
         for (int columns = -7; columns <= kColumns + 1; ++columns) {
             const bool refused = rows > kRows || columns > kColumns;
@@ -256,7 +258,9 @@ TEST(MatrixPrediction, FollowsAMovingCell) {
                           {5, 0, 99, 99}, {0, 1, 99, 99}, {1, 1, 0, 0},  {46341, 1, 99, 99}};
     CDSP dsp;
     Floats previous(kSize * kSize, 0.0f);
-    for (const int i : {30, 31, 39, 40}) previous[static_cast<std::size_t>(i)] = 5.0f;
+    for (const int i : {30, 31, 39, 40}) {
+        previous[static_cast<std::size_t>(i)] = 5.0f;
+    }
     for (const Case& c : cases) {
         Floats now = shiftedBy(previous, kSize, kSize, 1, -2), predicted(now.size(), -1.0f);
         int rows = 99, columns = 99;
@@ -296,7 +300,9 @@ void compareWithGenerator(Fill fill, Expect expect) {
         std::srand(77);
         const std::time_t before = std::time(nullptr);
         fill();
-        if (std::time(nullptr) != before) continue;
+        if (std::time(nullptr) != before) {
+            continue;
+        }
         std::srand(77);
         std::srand(static_cast<unsigned>(std::rand()) + static_cast<unsigned>(before));
         expect();
@@ -322,7 +328,9 @@ void expectSequences() {
     std::vector<T> x(50);
     const auto expect = [&x](auto next) {
         return [&x, next] {
-            for (const T value : x) ASSERT_EQ(value, static_cast<T>(next()));
+            for (const T value : x) {
+                ASSERT_EQ(value, static_cast<T>(next()));
+            }
         };
     };
     const T min = static_cast<T>(-3.1), max = 5;

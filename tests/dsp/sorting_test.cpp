@@ -33,9 +33,13 @@ TEST(Sort, EveryShortArrangementOfTiesAndNan) {
         std::vector<std::size_t> digits(n, 0);
         for (std::size_t at = 0; at < n;) {
             std::vector<float> in;
-            for (const std::size_t digit : digits) in.push_back(alphabet[digit]);
+            for (const std::size_t digit : digits) {
+                in.push_back(alphabet[digit]);
+            }
             ASSERT_NO_FATAL_FAILURE(expectExchangeOrder(in));
-            for (at = 0; at < n && ++digits[at] == std::size(alphabet); ++at) digits[at] = 0;
+            for (at = 0; at < n && ++digits[at] == std::size(alphabet); ++at) {
+                digits[at] = 0;
+            }
         }
     }
 }
@@ -48,7 +52,9 @@ TEST(Sort, LongArraysFromDistinctValuesToFewLevels) {
         std::vector<float> in(1 + random() % 700);
         for (float& value : in) {
             value = static_cast<float>(random() % levels) - 20.0f;
-            if (round % 2 == 0 && random() % 20 == 0) value = odd[random() % std::size(odd)];
+            if (round % 2 == 0 && random() % 20 == 0) {
+                value = odd[random() % std::size(odd)];
+            }
         }
         ASSERT_NO_FATAL_FAILURE(expectExchangeOrder(in));
     }

@@ -16,7 +16,9 @@ constexpr float kNan = std::numeric_limits<float>::quiet_NaN();
 
 std::vector<float> roughField(int n, std::mt19937& random) {
     std::vector<float> field;
-    for (int i = 0; i < n; ++i) field.push_back(clutter::test::roughValue(random));
+    for (int i = 0; i < n; ++i) {
+        field.push_back(clutter::test::roughValue(random));
+    }
     return field;
 }
 
@@ -64,7 +66,9 @@ TEST(PlainTexture, CentreOfAThreeByThreeFieldFillsItAll) {
     CDSP dsp;
     std::vector<float> in = {1, 2, 3, 4, 5, 6, 7, 8, 9}, out(9, -1.0f);
     ASSERT_EQ(dsp.GetNxNPointStd(in.data(), 3, 3, out.data(), 3), 1);
-    for (const float value : out) EXPECT_FLOAT_EQ(value, std::sqrt(60.0f / 9.0f));
+    for (const float value : out) {
+        EXPECT_FLOAT_EQ(value, std::sqrt(60.0f / 9.0f));
+    }
 }
 
 TEST(PlainTexture, RejectedArgumentsLeaveTheOutputUntouched) {
@@ -88,13 +92,19 @@ TEST(MaskedTexture, SameBitsAsTheLiteralDefinition) {
         const int nrays = 1 + static_cast<int>(random() % 9);
         int wgates = 1 + 2 * static_cast<int>(random() % 5);
         int wrays = 1 + 2 * static_cast<int>(random() % 8);  // also wider than the scan
-        if (round % 3 == 0) wgates = 5, wrays = 3;
-        if (wgates * wrays == 1) wrays = 3;
+        if (round % 3 == 0) {
+            wgates = 5, wrays = 3;
+        }
+        if (wgates * wrays == 1) {
+            wrays = 3;
+        }
         std::vector<float> in = roughField(ngates * nrays, random);
         std::vector<float> mask = roughMask(ngates * nrays, random);
         if (round % 5 == 0) {  // whole rays of noise: windows are refilled after a gap
             for (int i = 0; i < ngates * nrays; ++i) {
-                if (i / ngates % 3 != 0) mask[static_cast<std::size_t>(i)] = 3.0f;
+                if (i / ngates % 3 != 0) {
+                    mask[static_cast<std::size_t>(i)] = 3.0f;
+                }
             }
         }
         std::vector<float> out(in.size(), 7.0f), expected(in.size(), 8.0f);
@@ -112,7 +122,9 @@ TEST(MaskedTexture, RaysWrapAroundTheCircle) {
     CDSP dsp;
     const int ngates = 5, nrays = 360;
     std::vector<float> in(ngates * nrays, 0.0f), mask(in.size(), 0.0f), out(in.size());
-    for (int g = 0; g < ngates; ++g) in[static_cast<std::size_t>(359 * ngates + g)] = 3.0f;
+    for (int g = 0; g < ngates; ++g) {
+        in[static_cast<std::size_t>(359 * ngates + g)] = 3.0f;
+    }
     ASSERT_EQ(dsp.GetNxNPointStdWithMask(in.data(), mask.data(), ngates, nrays, out.data(), 5, 3),
               1);
     EXPECT_FLOAT_EQ(out[2], std::sqrt(2.0f));                 // rays 359, 0 and 1: 3, 0, 0

@@ -45,7 +45,9 @@ TEST_F(GermanDx, ReadsBothWidths) {
             EXPECT_DOUBLE_EQ(radar_->elevation[r], r % 7 * 0.1);
             EXPECT_EQ(bin(r, 0), (r % 200 + 1) * 0.5 - 32.5);
             EXPECT_EQ(bin(r, 1), -29.0);
-            for (int b = 2; b < bins - 1; ++b) EXPECT_EQ(bin(r, b), -32.5);
+            for (int b = 2; b < bins - 1; ++b) {
+                EXPECT_EQ(bin(r, b), -32.5);
+            }
             EXPECT_EQ(bin(r, bins - 1), -28.0) << "after a run";
         }
     }
@@ -101,7 +103,9 @@ TEST_F(GermanDx, OtherCountsOfBinsEndAfterTheFirstAngles) {
         ByteVector pairs;
     };
     ByteVector zeroEnds;
-    for (int b = 0; b < 99; ++b) zeroEnds.insert(zeroEnds.end(), {5, 0});
+    for (int b = 0; b < 99; ++b) {
+        zeroEnds.insert(zeroEnds.end(), {5, 0});
+    }
     zeroEnds.insert(zeroEnds.end(), {0, 0, 5, 0});
     const Row rows[] = {{"120 bins", {120, 16}},
                         {"a value of 0 ends the count", zeroEnds},
@@ -146,7 +150,9 @@ TEST_F(GermanDx, MissingAndCutRaysAreAFault) {
 
 TEST_F(GermanDx, WordsAreUnsigned) {
     ByteVector bytes = dxStart();
-    for (int r = 0; r < 360; ++r) appendDxRay(bytes, 65535, 40000, {100, 16});
+    for (int r = 0; r < 360; ++r) {
+        appendDxRay(bytes, 65535, 40000, {100, 16});
+    }
     ASSERT_EQ(read(bytes), 1);
     EXPECT_DOUBLE_EQ(radar_->azimuth[7], 6553.5);
     EXPECT_DOUBLE_EQ(radar_->elevation[7], 4000.0);
@@ -196,11 +202,15 @@ TEST_F(GermanDx, BecomesTwoRecords) {
 TEST_F(GermanDx, AMeasuredScanIsPlausible) {
     const std::string dir = measuredDataDir();
     std::string file = dir + "/dx_10908_20080602_1655.bin";
-    if (dir.empty() || readFile(file).empty()) GTEST_SKIP() << "no measured file";
+    if (dir.empty() || readFile(file).empty()) {
+        GTEST_SKIP() << "no measured file";
+    }
     ASSERT_EQ(radar_->readbinaryfile(file.data()), 1);
     EXPECT_EQ(radar_->bins, 128);
     EXPECT_EQ(radar_->minute, 55);
-    for (int r = 0; r < 360; ++r) EXPECT_NEAR(radar_->azimuth[r], r, 0.5);
+    for (int r = 0; r < 360; ++r) {
+        EXPECT_NEAR(radar_->azimuth[r], r, 0.5);
+    }
     const double* z = radar_->reflectivity;
     EXPECT_EQ(*std::max_element(z, z + 360 * 128), 57.5);
     const auto echoes = std::count_if(z, z + 360 * 128, [](double v) { return v > 0; });

@@ -25,7 +25,9 @@ class PolarBytes {
 
     PolarBytes& set(std::size_t offset, int value) {
         const auto word = static_cast<std::uint16_t>(value);
-        if (offset + 2 > bytes_.size()) bytes_.resize(offset + 2, 0);
+        if (offset + 2 > bytes_.size()) {
+            bytes_.resize(offset + 2, 0);
+        }
         std::memcpy(bytes_.data() + offset, &word, 2);
         return *this;
     }
@@ -57,7 +59,9 @@ class PolarBytes {
 
 inline ByteVector randomBytes(std::size_t n, std::mt19937& random) {
     ByteVector bytes(n);
-    for (unsigned char& byte : bytes) byte = static_cast<unsigned char>(random());
+    for (unsigned char& byte : bytes) {
+        byte = static_cast<unsigned char>(random());
+    }
     return bytes;
 }
 
@@ -69,7 +73,9 @@ inline PolarBytes randomPolarFile(int product, std::size_t gateBytes, bool layer
         file.ray(36000 / nrays * r,
                  randomBytes(gateBytes * static_cast<std::size_t>(ngates), random), 10 * r);
     }
-    if (layer) file.append(randomBytes(static_cast<std::size_t>(nrays * ngates), random));
+    if (layer) {
+        file.append(randomBytes(static_cast<std::size_t>(nrays * ngates), random));
+    }
     return file;
 }
 

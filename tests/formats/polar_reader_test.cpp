@@ -86,7 +86,9 @@ TEST_F(PolarReader, EveryProductHasItsPacking) {
         gates.insert(gates.end(), kGate, kGate + kind.gateBytes);
         PolarBytes file(kind.product, 2, 3);
         file.ray(0, ByteVector(gates.size(), 0)).ray(900, gates);
-        if (kind.hasLayer()) file.append({0, 1, 2, 3, 4, 5});
+        if (kind.hasLayer()) {
+            file.append({0, 1, 2, 3, 4, 5});
+        }
         ASSERT_EQ(read(file.bytes(), kind.layout), 1);
         ASSERT_EQ(records_[0].nrecords, static_cast<int>(kind.values.size()));
         EXPECT_FLOAT_EQ(records_[1].angles[2], static_cast<float>(9 * kPi / 180));
@@ -105,7 +107,9 @@ TEST_F(PolarReader, TheClutterIndexIsATable) {
         gates.insert(gates.end(), {0, upper, 0, 0});
     }
     ASSERT_EQ(read(PolarBytes(2122, 1, 16).ray(0, gates).bytes()), 1);
-    for (int code = 0; code < 16; ++code) EXPECT_EQ(records_[1].data[code], indices[code]);
+    for (int code = 0; code < 16; ++code) {
+        EXPECT_EQ(records_[1].data[code], indices[code]);
+    }
 }
 
 /* A file cut after n bytes, completed as its reader has to: every piece repeats the one before. */
@@ -115,14 +119,18 @@ ByteVector completed(const ByteVector& whole, const Kind& kind, std::size_t n, s
     ByteVector out, header(320, 0), rayHeader(10, 0);
     ByteVector gates(kind.gateBytes * (kind.wholeRays ? ngates : 1), 0);
     const auto copy = [&](ByteVector& piece) {
-        for (std::size_t i = 0; i < piece.size() && at + i < n; ++i) piece[i] = whole[at + i];
+        for (std::size_t i = 0; i < piece.size() && at + i < n; ++i) {
+            piece[i] = whole[at + i];
+        }
         at += piece.size();
         out.insert(out.end(), piece.begin(), piece.end());
     };
     copy(header);
     for (std::size_t r = 0; r < nrays; ++r) {
         copy(rayHeader);
-        for (std::size_t g = 0; g < (kind.wholeRays ? 1 : ngates); ++g) copy(gates);
+        for (std::size_t g = 0; g < (kind.wholeRays ? 1 : ngates); ++g) {
+            copy(gates);
+        }
     }
     ByteVector layer(kind.hasLayer() ? nrays * ngates : 0, 0);
     copy(layer);
@@ -339,7 +347,9 @@ TEST_F(PolarReader, PhaseOffsetIsRemovedAndWeakEchoesAreBlanked) {
     }
     PolarBytes file(2213, 3, ngates);
     file.set(84, 400).set(116, 1000);
-    for (int r = 0; r < 3; ++r) file.ray(r, gates);
+    for (int r = 0; r < 3; ++r) {
+        file.ray(r, gates);
+    }
     ASSERT_EQ(read(file.bytes(), 280, 0), 1);
     for (int g = 0; g < ngates; ++g) {
         const double rangeKm = g == 0 ? 1 : g;
@@ -347,7 +357,9 @@ TEST_F(PolarReader, PhaseOffsetIsRemovedAndWeakEchoesAreBlanked) {
         EXPECT_EQ(weak, g > 12);
         const float* data = records_[2].data + ngates + g;
         EXPECT_NEAR(*data, weak ? -999.0f : 0.0f, 1e-4) << g;
-        for (int f = 0; f < 6; ++f) EXPECT_EQ(records_[f].data[g] == -999.0f, weak) << f;
+        for (int f = 0; f < 6; ++f) {
+            EXPECT_EQ(records_[f].data[g] == -999.0f, weak) << f;
+        }
         EXPECT_EQ(records_[6].data[g], 3.0f) << "the clutter index stays";
         EXPECT_EQ(records_[7].data[g], 8.0f) << "the signal quality stays";
     }

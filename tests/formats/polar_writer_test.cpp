@@ -130,7 +130,9 @@ TEST_F(PolarWriter, EveryStorageComesBack) {
                 << got << " for " << expected;
             EXPECT_EQ(back[1].data[i], layer[i]) << i;
         }
-        for (int a = 0; a < 3; ++a) EXPECT_NEAR(back[1].angles[a], values_.angles[a], 1e-6);
+        for (int a = 0; a < 3; ++a) {
+            EXPECT_NEAR(back[1].angles[a], values_.angles[a], 1e-6);
+        }
     }
 }
 
@@ -163,7 +165,9 @@ int gatesTo10Km(double elevationDeg, double gateSize) {
     const auto height = [&](double r) {
         return std::sqrt(re * re + r * r + 2 * re * r * sine) - re;
     };
-    while (height(range) < 10000) range += 5000;
+    while (height(range) < 10000) {
+        range += 5000;
+    }
     return static_cast<int>(range / gateSize);
 }
 

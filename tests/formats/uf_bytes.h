@@ -19,7 +19,9 @@ class UfRecord {
     explicit UfRecord(std::size_t words = 57) : words_(words, 0) { text(1, "UF"); }
 
     UfRecord& set(std::size_t position, int value) {
-        if (position > words_.size()) words_.resize(position, 0);
+        if (position > words_.size()) {
+            words_.resize(position, 0);
+        }
         words_[position - 1] = static_cast<std::uint16_t>(value);
         return *this;
     }
@@ -42,7 +44,9 @@ class UfRecord {
         ByteVector bytes;
         const auto length = [&] {
             const std::size_t n = 2 * words_.size();
-            for (const int shift : {24, 16, 8, 0}) bytes.push_back(n >> shift & 0xff);
+            for (const int shift : {24, 16, 8, 0}) {
+                bytes.push_back(n >> shift & 0xff);
+            }
         };
         length();
         for (const std::uint16_t word : words_) {
@@ -83,7 +87,9 @@ inline UfRecord ufRay(const std::vector<UfField>& fields, int number = 1) {
         ray.set(header, static_cast<int>(data)).set(header + 1, fields[f].scale);
         ray.set(header + 2, 2).set(header + 4, 250).set(header + 5, ngates);
         ray.set(header + 7, 64).set(header + kHeaderWords - 1, 0);
-        for (const int word : fields[f].words) ray.set(data++, word);
+        for (const int word : fields[f].words) {
+            ray.set(data++, word);
+        }
         header += kHeaderWords;
     }
     return ray.set(2, static_cast<int>(ray.size()));

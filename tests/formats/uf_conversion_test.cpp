@@ -53,10 +53,14 @@ TEST(ToUniversalFormat, ValuesAreHundredfoldTruncatedAndWrapped) {
                                            {kInf, 0},        {-kInf, 0},        {3e38f, 0}};
     const int n = std::size(cases);
     auto record = makeRecords({"Zh"}, 1, n);
-    for (int g = 0; g < n; ++g) record[0].data[g] = cases[g].first;
+    for (int g = 0; g < n; ++g) {
+        record[0].data[g] = cases[g].first;
+    }
     Cufrw uf;
     ASSERT_EQ(uf.pluvek2uf(record.get()), 1);
-    for (int g = 0; g < n; ++g) EXPECT_EQ(uf.rays[0].data[g], cases[g].second) << cases[g].first;
+    for (int g = 0; g < n; ++g) {
+        EXPECT_EQ(uf.rays[0].data[g], cases[g].second) << cases[g].first;
+    }
 }
 
 TEST(ToUniversalFormat, NamesBecomeTwoLetters) {
@@ -65,7 +69,9 @@ TEST(ToUniversalFormat, NamesBecomeTwoLetters) {
         {"V", "VR"},   {"Zv", "DZ"},  {"Ci", "CI"},    {"SQI", "SQ"},   {"KDP", "KD"},
         {"LDR", "LD"}, {"CI", "UN"},  {"DZ", "UN"},    {"zh", "UN"},    {"", "UN"}};
     std::vector<std::string> recordNames;
-    for (const auto& [record, uf] : names) recordNames.push_back(record);
+    for (const auto& [record, uf] : names) {
+        recordNames.push_back(record);
+    }
     Cufrw uf;
     ASSERT_EQ(uf.pluvek2uf(makeRecords(recordNames, 1, 1).get()), 1);
     for (std::size_t f = 0; f < names.size(); ++f) {
@@ -179,7 +185,9 @@ TEST(ToUniversalFormat, TheResultIsReadyToBeWritten) {
     std::string path = dir.file("scan.uf");
     auto records = makeRecords({"V", "Zh", "V"}, 3, 4);
     for (int f = 0; f < 3; ++f) {
-        for (int i = 0; i < 12; ++i) records[f].data[i] = 10.0f * f + i;
+        for (int i = 0; i < 12; ++i) {
+            records[f].data[i] = 10.0f * f + i;
+        }
     }
     records[0].nyquist = 7.5f;
     Cufrw uf, back;
@@ -190,7 +198,9 @@ TEST(ToUniversalFormat, TheResultIsReadyToBeWritten) {
     EXPECT_EQ(back.rays[2].nyquist, 750);
     EXPECT_EQ(back.rays[2].sweepnumber, 1);
     for (int ray = 0; ray < 3; ++ray) {
-        for (int f = 0; f < 3; ++f) EXPECT_EQ(words(back, ray, f), words(uf, ray, f));
+        for (int f = 0; f < 3; ++f) {
+            EXPECT_EQ(words(back, ray, f), words(uf, ray, f));
+        }
         EXPECT_EQ(back.rays[ray].recordlength, uf.rays[ray].recordlength);
     }
     // Positions are words of the written record.
@@ -294,7 +304,9 @@ TEST_F(FromUniversalFormat, DisplayRangesGoByName) {
                           {"SW", 0, 2.5f}, {"VR", -5, 5},  {"CI", 0, 1},     {"SQ", 0, 1},
                           {"KD", 0, 10},   {"LD", -40, 0}, {"ZD", 0, 20}};
     std::vector<UfField> fields;
-    for (const Case& c : cases) fields.push_back({c.name, {1}});
+    for (const Case& c : cases) {
+        fields.push_back({c.name, {1}});
+    }
     read({ufRay(fields)});
     Cpluvek records[std::size(cases)];
     uf_.uf2pluvek(records);

@@ -40,7 +40,9 @@ std::vector<int> fieldWords(const Cufray& ray, int field) {
 /* Every word of a record its own number, texts and positions aside; one field of two gates. */
 UfRecord numberedRecord() {
     UfRecord record;
-    for (int word = 1; word <= 90; ++word) record.set(word, 1000 + word);
+    for (int word = 1; word <= 90; ++word) {
+        record.set(word, 1000 + word);
+    }
     record.text(1, "UF").text(11, "RADAR---").text(15, "SITE----").text(32, "UT");
     record.text(41, "FACILITY").text(46, "PROJECT-").text(55, "TAPENAME");
     record.set(4, 60).set(60, 1).text(63, "DM").set(64, 65);
@@ -74,14 +76,18 @@ TEST_F(UfFile, EveryWordOfAHeaderReachesItsMember) {
         {r.antennagain, 88}, {r.pulseduration, 89}
     };
     // clang-format on
-    for (const auto& [member, word] : words) EXPECT_EQ(member, 1000 + word);
+    for (const auto& [member, word] : words) {
+        EXPECT_EQ(member, 1000 + word);
+    }
     // clang-format off
     const std::pair<const char*, const char*> texts[] = {
         {r.format, "UF"}, {r.radarname, "RADAR---"}, {r.sitename, "SITE----"}, {r.timezone, "UT"},
         {r.generationfacility, "FACILITY"}, {r.projectname, "PROJECT-"}, {r.tapename, "TAPENAME"},
         {r.table[0].name, "DM"}, {h.thresholdfield, "TH"}, {h.editcode, "EC"}};
     // clang-format on
-    for (const auto& [member, text] : texts) EXPECT_STREQ(member, text);
+    for (const auto& [member, text] : texts) {
+        EXPECT_STREQ(member, text);
+    }
     EXPECT_EQ(h.dataposition, 91);
     EXPECT_EQ(r.table[0].position, 65);
     EXPECT_EQ(fieldWords(r, 0), (std::vector<int>{-5, 6}));
@@ -125,7 +131,9 @@ UfRecord rayWithoutOptionalHeader() {
     ray.set(3, 46).set(4, 46).set(5, 46).set(45, kUfMissing);
     ray.set(46, 2).set(47, 1).set(48, 2).text(49, "DZ").set(50, 53).text(51, "ZD").set(52, 72);
     ray.set(53, 91).set(54, 100).set(58, 3).set(72, 94).set(73, 50).set(77, 3);
-    for (int g = 0; g < 6; ++g) ray.set(91 + g, 11 * (g + 1));
+    for (int g = 0; g < 6; ++g) {
+        ray.set(91 + g, 11 * (g + 1));
+    }
     return ray;
 }
 
@@ -154,7 +162,9 @@ TEST_F(UfFile, WordsAfterAFieldHeaderNeverDamageOtherWords) {
     UfRecord ray = ufRay({});
     ray.set(60, 2).set(62, 2).text(63, "DZ").set(64, 67).text(65, "VR").set(66, 86);
     ray.set(67, 105).set(72, 3).set(86, 108).set(91, 3);
-    for (int g = 0; g < 6; ++g) ray.set(105 + g, g + 1);
+    for (int g = 0; g < 6; ++g) {
+        ray.set(105 + g, g + 1);
+    }
     Cufrw uf, back;
     ASSERT_EQ(read(ufFile({ray}), uf), 1);
     EXPECT_EQ(uf.rays[0].nyquist, 1);
@@ -208,9 +218,13 @@ std::vector<Framing> framings() {
     };
     const ByteVector one = ufFile({ray}), two = ufFile({ray, ray});
     ByteVector endless = two;
-    for (std::size_t i = one.size(); i < one.size() + 4; ++i) endless[i] = 0xff;
+    for (std::size_t i = one.size(); i < one.size() + 4; ++i) {
+        endless[i] = 0xff;
+    }
     ByteVector backwards = two;
-    for (std::size_t i = one.size(); i < one.size() + 4; ++i) backwards[i] = 0;
+    for (std::size_t i = one.size(); i < one.size() + 4; ++i) {
+        backwards[i] = 0;
+    }
     UfRecord other = ray;
     other.text(1, "XX");
     UfRecord manyGates = ray;

@@ -20,9 +20,13 @@ using clutter::test::TempDir;
 std::vector<std::string> measuredFiles() {
     std::vector<std::string> files;
     const std::string dir = clutter::test::measuredDataDir();
-    if (dir.empty()) return files;
+    if (dir.empty()) {
+        return files;
+    }
     for (const auto& entry : std::filesystem::directory_iterator(dir)) {
-        if (entry.path().extension() == ".uf") files.push_back(entry.path().string());
+        if (entry.path().extension() == ".uf") {
+            files.push_back(entry.path().string());
+        }
     }
     return files;
 }
@@ -41,7 +45,9 @@ class MeasuredFiles : public testing::Test {
   protected:
     void SetUp() override {
         files_ = measuredFiles();
-        if (files_.empty()) GTEST_SKIP() << "no measured files";
+        if (files_.empty()) {
+            GTEST_SKIP() << "no measured files";
+        }
     }
 
     std::vector<std::string> files_;
@@ -76,7 +82,9 @@ void expectConverted(const Cufray& from, const Cufray& to, int field, int scale)
     const int ngates = std::min(from.ngates, to.ngates);
     for (int g = 0; g < ngates; ++g) {
         const int word = from.data[field * from.ngates + g];
-        if (word == from.missingvalue || scale != 100) continue;
+        if (word == from.missingvalue || scale != 100) {
+            continue;
+        }
         const int written = to.data[field * to.ngates + g];
         ASSERT_LE(std::abs(written), std::abs(word));
         ASSERT_LE(std::abs(word - written), 1) << "gate " << g;

@@ -32,14 +32,18 @@ struct System {
 
     explicit System(std::size_t count) : classes(count) {
         std::mt19937 random(31);
-        for (std::size_t c = 0; c < classes; ++c) base.classes.push_back(static_cast<float>(c));
+        for (std::size_t c = 0; c < classes; ++c) {
+            base.classes.push_back(static_cast<float>(c));
+        }
         for (int i = 0; i < 9; ++i) {
             base.functions.emplace_back();
             for (std::size_t c = 0; c < classes; ++c) {
                 const literal::Function likelihood = {c == 1 ? "complement" : "same", {}, {}, {}};
                 base.functions.back().push_back(i == 6 ? likelihood
                                                        : roughTable(random, 20.0, true));
-                if (i != 6) writeFunction(file(i, c), base.functions.back()[c]);
+                if (i != 6) {
+                    writeFunction(file(i, c), base.functions.back()[c]);
+                }
             }
         }
     }
@@ -67,7 +71,9 @@ TEST_P(Classifier, EveryKindOfSubsetGivesTheLiteralClasses) {
     const std::size_t n = 600;
     std::vector<std::vector<float>> values(9, std::vector<float>(n));
     for (auto& input : values) {
-        for (float& value : input) value = random() % 20 == 0 ? kNan : uniform(random);
+        for (float& value : input) {
+            value = random() % 20 == 0 ? kNan : uniform(random);
+        }
     }
     double weights[9] = {0.5, 1, 2, 3, 0, -1, 1, 1, 4};
     system.base.weights.assign(weights, weights + 9);
@@ -90,10 +96,14 @@ TEST_P(Classifier, EveryKindOfSubsetGivesTheLiteralClasses) {
             ASSERT_EQ(system.classify(in, out, product ? nullptr : weights), 1);
             literal::classify(system.base, inputs, expected.data(), static_cast<int>(n));
             ASSERT_EQ(out, expected) << "inputs " << subset << (product ? ", product" : ", sum");
-            for (const float c : out) ++seen[static_cast<std::size_t>(c + 1.0f)];
+            for (const float c : out) {
+                ++seen[static_cast<std::size_t>(c + 1.0f)];
+            }
         }
     }
-    for (const int count : seen) EXPECT_GT(count, 0) << "a class that never came out";
+    for (const int count : seen) {
+        EXPECT_GT(count, 0) << "a class that never came out";
+    }
 }
 
 TEST_P(Classifier, NamesTheFirstMissingFileAndWritesNothing) {
@@ -171,13 +181,17 @@ TEST(AllClutter, EngineHasItsNamesAndRules) {
  * missing or far beyond the physical range decides nothing. */
 TEST(AllClutter, ShippedFunctionsEndAlike) {
     for (const char* tag : kTags) {
-        if (*tag == '\0') continue;
+        if (*tag == '\0') {
+            continue;
+        }
         for (const char* suffix : kSuffixes) {
             const literal::Function f = literal::readFunction(
                 std::string(kMembershipDirectory) + "cal_mf_" + tag + "_" + suffix + ".dat");
             ASSERT_FALSE(f.py.empty()) << tag << suffix;
             EXPECT_EQ(f.py.back(), 0.5) << tag << suffix;
-            for (const double degree : f.py) EXPECT_TRUE(degree > 0.0 && degree <= 1.0) << tag;
+            for (const double degree : f.py) {
+                EXPECT_TRUE(degree > 0.0 && degree <= 1.0) << tag;
+            }
         }
     }
 }

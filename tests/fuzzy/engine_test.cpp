@@ -22,11 +22,14 @@ constexpr float kNan = std::numeric_limits<float>::quiet_NaN();
 
 Function roughFunction(std::mt19937& random, bool tablesOnly) {
     const char* shapes[] = {"same", "complement", "gaussian", "gaussian2s", "ones", "trapezoidal"};
-    if (tablesOnly || random() % 2 == 0)
+    if (tablesOnly || random() % 2 == 0) {
         return clutter::test::roughTable(random, 20.0, random() % 5 != 0);
+    }
     Function function;
     function.shape = shapes[random() % 6];
-    for (float& p : function.params) p = static_cast<float>(random() % 20);
+    for (float& p : function.params) {
+        p = static_cast<float>(random() % 20);
+    }
     return function;
 }
 
@@ -35,13 +38,17 @@ literal::RuleBase roughBase(std::mt19937& random, int ninputs, int nrules, bool 
     base.product = tablesOnly || random() % 3 != 0;
     for (int i = 0; i < ninputs; ++i) {
         std::vector<Function> functions;
-        for (int k = 0; k < nrules; ++k) functions.push_back(roughFunction(random, tablesOnly));
+        for (int k = 0; k < nrules; ++k) {
+            functions.push_back(roughFunction(random, tablesOnly));
+        }
         base.functions.push_back(functions);
         base.weights.push_back(static_cast<double>(random() % 100) / 10.0);
     }
     for (int k = 0; k < nrules; ++k) {
         std::vector<int> rule;
-        for (int i = 0; i < ninputs; ++i) rule.push_back(random() % 6 == 0 ? -1 : k);
+        for (int i = 0; i < ninputs; ++i) {
+            rule.push_back(random() % 6 == 0 ? -1 : k);
+        }
         base.rules.push_back(rule);
         base.classes.push_back(static_cast<float>(10 + k));
     }
@@ -63,7 +70,9 @@ TEST_P(EngineAgainstLiteral, SameClasses) {
         fillEngine(engine, base, directory);
         std::vector<std::vector<float>> values;
         std::vector<const float*> inputs;
-        for (int i = 0; i < ninputs; ++i) values.push_back(roughValues(random, n));
+        for (int i = 0; i < ninputs; ++i) {
+            values.push_back(roughValues(random, n));
+        }
         for (int i = 0; i < ninputs; ++i) {
             engine.AddressDataPointers(i, values[static_cast<std::size_t>(i)].data());
             inputs.push_back(values[static_cast<std::size_t>(i)].data());
@@ -106,7 +115,9 @@ TEST(Engine, TheStrongestRuleWinsTheEarliestOfEqualsAndNoneWhereAllAreEqual) {
         std::vector<short> table = row.rules;
         Cfuzzy engine(1, 4, 1, 4);
         const char* const types[] = {"complement", "ones", "ones", "same"};
-        for (int f = 0; f < 4; ++f) engine.Fillmfs(0, f, "input", "f", types[f], nullptr);
+        for (int f = 0; f < 4; ++f) {
+            engine.Fillmfs(0, f, "input", "f", types[f], nullptr);
+        }
         engine.AddressDataPointers(0, x);
         engine.Fillrules(table.data(), static_cast<int>(table.size() / 2));
         ASSERT_EQ(engine.Evaluate(out, 1), 1);
@@ -123,7 +134,9 @@ TEST(Engine, TrapezoidPlateauKeepsTheDegreeBefore) {
     engine.Fillmfs(0, 0, "input", "plateau", "trapezoidal", plateau);
     engine.Fillmfs(0, 1, "input", "itself", "same", nullptr);
     engine.Fillmfs(2, 1, "input", "plateau", "trapezoidal", plateau);
-    for (int i = 0; i < 3; ++i) engine.AddressDataPointers(i, v.x);
+    for (int i = 0; i < 3; ++i) {
+        engine.AddressDataPointers(i, v.x);
+    }
     short table[] = {0, -1, -1, 10, 1, -1, 1, 11};
     engine.Fillrules(table, 2);
     engine.combination = 0;
@@ -140,7 +153,9 @@ TEST(Engine, TrapezoidPlateauKeepsTheDegreeBefore) {
     product.Fillmfs(2, 0, "input", "plateau", "trapezoidal", plateau);
     product.Fillmfs(3, 0, "input", "itself", "same", nullptr);
     v.x[0] = 0.25f;
-    for (int i = 0; i < 3; ++i) product.AddressDataPointers(i, v.x);
+    for (int i = 0; i < 3; ++i) {
+        product.AddressDataPointers(i, v.x);
+    }
     product.AddressDataPointers(3, other);
     short rules[] = {0, -1, 0, -1, 10, -1, -1, -1, 0, 11};
     product.Fillrules(rules, 2);
@@ -179,7 +194,9 @@ TEST(Engine, MissingFunctionsAreNamedOnceAndNothingIsWritten) {
     writeText(empty, " \n 5 ");
     engine.Fillmfs(0, 0, "input", "f", good.c_str(), nullptr);
     engine.Fillmfs(1, 0, "input", "f", "none", nullptr);
-    for (int i = 0; i < 2; ++i) engine.AddressDataPointers(i, v.x);
+    for (int i = 0; i < 2; ++i) {
+        engine.AddressDataPointers(i, v.x);
+    }
     short table[] = {0, 0, 10, 0, 0, 11};
     engine.Fillrules(table, 2);
     const std::string types[] = {"none", empty, std::string(2000, 'p')};

@@ -64,8 +64,9 @@ std::vector<float> classifyMany(const std::vector<std::vector<Function>>& functi
     const int n = static_cast<int>(x.size());
     Cfuzzy engine(static_cast<int>(ninputs), 2, 1, 2);
     fillEngine(engine, base, directory);
-    for (std::size_t i = 0; i < ninputs; ++i)
+    for (std::size_t i = 0; i < ninputs; ++i) {
         engine.AddressDataPointers(static_cast<int>(i), x.data());
+    }
     expected.assign(x.size(), 99.0f);
     literal::classify(base, std::vector<const float*>(ninputs, x.data()), expected.data(), n);
     std::vector<float> out(x.size());
@@ -83,7 +84,9 @@ TEST(QuickVerdict, ToothWithinOneCellIsSeen) {
     const Function tooth = tableOf({0, 100.7, 100.9, 100.9, 2000}, {0.5, 0.5, 0.56, 0.5, 0.5});
     const Function flat = tableOf({0, 2000}, {0.55, 0.55});
     std::vector<float> x, expected;
-    for (int j = 0; j < 20000; ++j) x.push_back(99.0f + 0.0002f * static_cast<float>(j));
+    for (int j = 0; j < 20000; ++j) {
+        x.push_back(99.0f + 0.0002f * static_cast<float>(j));
+    }
     const std::vector<float> out = classifyMany({{tooth, flat}}, x, expected);
     EXPECT_EQ(out, expected);
     EXPECT_GT(std::count(expected.begin(), expected.end(), 0.0f), 100);
@@ -116,7 +119,9 @@ TEST(QuickVerdict, ProductsThatVanishOrOverflowAreEqual) {
         }
         Cfuzzy engine(c.ninputs, 2, 1, 2);
         fillEngine(engine, base, directory);
-        for (int i = 0; i < c.ninputs; ++i) engine.AddressDataPointers(i, values.data());
+        for (int i = 0; i < c.ninputs; ++i) {
+            engine.AddressDataPointers(i, values.data());
+        }
         ASSERT_EQ(engine.Evaluate(out.data(), kElements), 1);
         EXPECT_EQ(out, std::vector<float>(kElements, c.expected)) << c.ninputs << " inputs";
     }

@@ -18,7 +18,9 @@ constexpr float kInfinity = std::numeric_limits<float>::infinity();
 
 std::vector<float> probes() {
     std::vector<float> x = {kNan, kInfinity, -kInfinity, 0.0f, -0.0f, 1e30f, -1e30f, 1e-40f};
-    for (float v = -5.0f; v < 30.0f; v += 0.25f) x.push_back(v);
+    for (float v = -5.0f; v < 30.0f; v += 0.25f) {
+        x.push_back(v);
+    }
     return x;
 }
 
@@ -51,12 +53,24 @@ TEST(Shapes, SameBitsAsTheFormulas) {
         std::copy(std::begin(c.params), std::end(c.params), function.params);
         literal::degreesOf(function, x.data(), expected.data(), n);
         const std::string shape = c.shape;
-        if (shape == "same") mf.same(x.data(), out.data(), n);
-        if (shape == "complement") mf.complement(x.data(), out.data(), n);
-        if (shape == "ones") mf.ones(nullptr, out.data(), n);
-        if (shape == "gaussian") mf.gaussian(x.data(), out.data(), n);
-        if (shape == "gaussian2s") mf.gaussian2s(x.data(), out.data(), n);
-        if (shape == "trapezoidal") mf.trapezoidal(x.data(), out.data(), n);
+        if (shape == "same") {
+            mf.same(x.data(), out.data(), n);
+        }
+        if (shape == "complement") {
+            mf.complement(x.data(), out.data(), n);
+        }
+        if (shape == "ones") {
+            mf.ones(nullptr, out.data(), n);
+        }
+        if (shape == "gaussian") {
+            mf.gaussian(x.data(), out.data(), n);
+        }
+        if (shape == "gaussian2s") {
+            mf.gaussian2s(x.data(), out.data(), n);
+        }
+        if (shape == "trapezoidal") {
+            mf.trapezoidal(x.data(), out.data(), n);
+        }
         EXPECT_TRUE(clutter::test::sameBits(out, expected)) << shape;
     }
 }
@@ -104,7 +118,9 @@ TEST(Interpolation, SameBitsAsTheWalkForOrderedAndOtherTables) {
             x.insert(x.end(), {at, std::nextafter(at, kInfinity), std::nextafter(at, -kInfinity)});
         }
         std::vector<double> px = table.px, py = table.py, out(x.size()), expected;
-        for (const float value : x) expected.push_back(literal::interpolate(px, py, value));
+        for (const float value : x) {
+            expected.push_back(literal::interpolate(px, py, value));
+        }
         Cmfs mf;
         mf.interp(px.data(), py.data(), static_cast<int>(px.size()), x.data(), out.data(),
                   static_cast<int>(x.size()));
@@ -121,13 +137,17 @@ TEST(Interpolation, LongTablesWithNanPointsAndNoPoints) {
     }
     std::vector<float> x = probes();
     std::vector<double> out(x.size()), expected;
-    for (const float value : x) expected.push_back(literal::interpolate(px, py, value));
+    for (const float value : x) {
+        expected.push_back(literal::interpolate(px, py, value));
+    }
     mf.interp(px.data(), py.data(), 500, x.data(), out.data(), static_cast<int>(x.size()));
     EXPECT_TRUE(clutter::test::sameBits(out, expected));
 
     px[100] = std::numeric_limits<double>::quiet_NaN();
     expected.clear();
-    for (const float value : x) expected.push_back(literal::interpolate(px, py, value));
+    for (const float value : x) {
+        expected.push_back(literal::interpolate(px, py, value));
+    }
     mf.interp(px.data(), py.data(), 500, x.data(), out.data(), static_cast<int>(x.size()));
     EXPECT_TRUE(clutter::test::sameBits(out, expected));
 

@@ -59,10 +59,12 @@ TEST(CsvExport, EveryNumberAsThePrintRoutinesWriteIt) {
     const std::string path = dir.file("table.csv");
     Cpluvek record;
     fillPolar(record, kRays, kGates, 5.0f);
-    for (int r = 0; r < kRays; ++r)
+    for (int r = 0; r < kRays; ++r) {
         record.angles[1 + r] = static_cast<float>((0.1 * r + 0.05) * std::acos(-1.0) / 180.0);
-    for (int i = 0; i < kRays * kGates; ++i)
+    }
+    for (int i = 0; i < kRays * kGates; ++i) {
         record.data[i] = std::sin(static_cast<float>(i)) * 1e5f;
+    }
     ASSERT_EQ(save(record, path.c_str()).result, 1);
     std::string expected = "range/angle,";
     char number[64];
@@ -70,12 +72,15 @@ TEST(CsvExport, EveryNumberAsThePrintRoutinesWriteIt) {
         std::snprintf(number, sizeof number, format, value);
         expected += number;
     };
-    for (int r = 0; r < kRays; ++r)
+    for (int r = 0; r < kRays; ++r) {
         append("%1.1f,", (180 * record.angles[1 + r]) / std::acos(-1.0));
+    }
     expected += "\n";
     for (int g = 0; g < kGates; ++g) {
         append("%1.2f,", g * record.gatesize / 1000);
-        for (int r = 0; r < kRays; ++r) append("%1.2f,", record.data[r * kGates + g]);
+        for (int r = 0; r < kRays; ++r) {
+            append("%1.2f,", record.data[r * kGates + g]);
+        }
         expected += "\n";
     }
     EXPECT_TRUE(textOf(path) == expected);

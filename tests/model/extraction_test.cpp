@@ -41,9 +41,15 @@ TEST(ExtractDataXY, TakesTheCellAPointLiesIn) {
                           {1005, -1e30f, -9999}, {kNan, 2005, -9999},  {1005, kInfinity, -9999},
                           {1029, 1990.5f, 200},  {-3e10f, 2005, -9999}};
     Values xy, expected;
-    for (const Case& c : cases) xy.push_back(c.x);
-    for (const Case& c : cases) xy.push_back(c.y);
-    for (const Case& c : cases) expected.push_back(c.value);
+    for (const Case& c : cases) {
+        xy.push_back(c.x);
+    }
+    for (const Case& c : cases) {
+        xy.push_back(c.y);
+    }
+    for (const Case& c : cases) {
+        expected.push_back(c.value);
+    }
     Values out(expected.size());
     Cpluvek record;
     fillCartesian(record);
@@ -173,20 +179,36 @@ struct Trial {
         for (int r = 0; r < record.nrays; ++r) {
             float& azimuth = record.angles[1 + r];
             azimuth = static_cast<float>(below(63)) * 0.1f;
-            if (kind == 1) azimuth = 1e-30f * static_cast<float>(below(9));  // all equally far
-            if (kind == 2 && below(3) == 0) azimuth = kNan;
-            if (kind == 3 && below(3) == 0) azimuth = below(2) ? kInfinity : -kInfinity;
-            if (kind == 4) azimuth = 1e20f * static_cast<float>(below(5) - 2);
-            if (kind == 5) azimuth = 1.0f;
+            if (kind == 1) {
+                azimuth = 1e-30f * static_cast<float>(below(9));  // all equally far
+            }
+            if (kind == 2 && below(3) == 0) {
+                azimuth = kNan;
+            }
+            if (kind == 3 && below(3) == 0) {
+                azimuth = below(2) ? kInfinity : -kInfinity;
+            }
+            if (kind == 4) {
+                azimuth = 1e20f * static_cast<float>(below(5) - 2);
+            }
+            if (kind == 5) {
+                azimuth = 1.0f;
+            }
         }
         for (int i = 0; i < record.nrays * record.ngates; ++i) {
-            if (below(3)) record.data[i] = -32.0f;
+            if (below(3)) {
+                record.data[i] = -32.0f;
+            }
         }
         for (int i = 0; i < points; ++i) {
             ranges.push_back(static_cast<float>(below(2000) - 400));
             azimuths.push_back(static_cast<float>(below(720) - 180) * 0.5f);
-            if (below(20) == 0) ranges.back() = below(2) ? kNan : 1e12f;
-            if (below(20) == 0) azimuths.back() = below(2) ? kNan : -kInfinity;
+            if (below(20) == 0) {
+                ranges.back() = below(2) ? kNan : 1e12f;
+            }
+            if (below(20) == 0) {
+                azimuths.back() = below(2) ? kNan : -kInfinity;
+            }
         }
     }
 };

@@ -53,13 +53,19 @@ void fill(Cpluvek& record, int index, int count, int nrays = kRays, int ngates =
     record.colorflag = 255;
     record.angles = new float[nrays + 1];
     record.data = new float[nrays * ngates];
-    for (int r = 0; r <= nrays; ++r) record.angles[r] = 0.5f * r + index;
-    for (int i = 0; i < nrays * ngates; ++i) record.data[i] = 1.5f * i - 4.0f + 100.0f * index;
+    for (int r = 0; r <= nrays; ++r) {
+        record.angles[r] = 0.5f * r + index;
+    }
+    for (int i = 0; i < nrays * ngates; ++i) {
+        record.data[i] = 1.5f * i - 4.0f + 100.0f * index;
+    }
 }
 
 Records makeArray(int count) {
     Records records(new Cpluvek[count]);
-    for (int i = 0; i < count; ++i) fill(records[i], i, count);
+    for (int i = 0; i < count; ++i) {
+        fill(records[i], i, count);
+    }
     return records;
 }
 
@@ -98,8 +104,12 @@ TEST_F(FieldRecordFile, EveryMemberLiesWhereTheFormatHasIt) {
     r.coordtype = numbers[0], r.firstgate = numbers[1];
     float* floats[] = {&r.gatesize,   &r.beamwidth, &r.wavelength, &r.prf,
                        &r.pulsedepth, &r.rpm,       &r.nsamples};
-    for (int i = 0; i < 7; ++i) *floats[i] = 1.25f + i;
-    for (int i = 0; i < 6; ++i) r.axislimits[i] = 10.5f + i, r.axislimits0[i] = -1.0f;
+    for (int i = 0; i < 7; ++i) {
+        *floats[i] = 1.25f + i;
+    }
+    for (int i = 0; i < 6; ++i) {
+        r.axislimits[i] = 10.5f + i, r.axislimits0[i] = -1.0f;
+    }
     r.colormap = 71, r.displaymin = -3.5f, r.displaymax = 4.5f, r.colorflag = 200;
     r.year = 2011, r.month = 5, r.day = 24, r.hour = 23, r.minute = 56, r.second = 7;
     r.GetDateTime();
@@ -117,9 +127,15 @@ TEST_F(FieldRecordFile, EveryMemberLiesWhereTheFormatHasIt) {
         {258, 24}, {262, 23}, {266, 56}, {270, 7}, {1024, 0}, {1044, kRays + 1}, {1048, 1},
         {kValueCounts, kGates}, {kValueCounts + 4, kRays}};
     // clang-format on
-    for (const auto& [offset, value] : ints) EXPECT_EQ(at<int>(block, offset), value) << offset;
-    for (int i = 0; i < 7; ++i) EXPECT_EQ(at<float>(block, 36 + 4 * i), 1.25f + i) << i;
-    for (int i = 0; i < 6; ++i) EXPECT_EQ(at<float>(block, 200 + 4 * i), 10.5f + i) << i;
+    for (const auto& [offset, value] : ints) {
+        EXPECT_EQ(at<int>(block, offset), value) << offset;
+    }
+    for (int i = 0; i < 7; ++i) {
+        EXPECT_EQ(at<float>(block, 36 + 4 * i), 1.25f + i) << i;
+    }
+    for (int i = 0; i < 6; ++i) {
+        EXPECT_EQ(at<float>(block, 200 + 4 * i), 10.5f + i) << i;
+    }
     EXPECT_EQ(at<float>(block, 228), -3.5f);
     EXPECT_EQ(at<float>(block, 232), 4.5f);
     EXPECT_EQ(block[236], 200);
@@ -320,7 +336,9 @@ TEST_F(FieldRecordFile, FaultsAreRefusedAndLeaveLaterRecordsAlone) {
         ByteVector file = sound;
         c.damage(file);
         Records back(new Cpluvek[5]);
-        for (int i = 0; i < 5; ++i) fill(back[i], i, 5, 1, 1), back[i].data[0] = -5.0f;
+        for (int i = 0; i < 5; ++i) {
+            fill(back[i], i, 5, 1, 1), back[i].data[0] = -5.0f;
+        }
         EXPECT_EQ(read(file, back.get()), 0);
         EXPECT_EQ(printed_, c.printed);
         for (int i = 0; i < 5; ++i) {

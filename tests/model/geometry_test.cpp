@@ -138,7 +138,9 @@ TEST(SyntheticScan, IsAFullCircleOfNoise) {
     record.GetDateTime();
     EXPECT_STREQ(record.datetime, "01/01/2014 00:00:00");
     EXPECT_EQ(record.angles[0], 0.0f);
-    for (int r = 0; r < 72; ++r) EXPECT_NEAR(record.angles[1 + r], r * kPi / 36, 1e-6);
+    for (int r = 0; r < 72; ++r) {
+        EXPECT_NEAR(record.angles[1 + r], r * kPi / 36, 1e-6);
+    }
     EXPECT_NEAR(record.beamwidth, kPi / 36, 1e-8);
     const Values values = valuesOf(record);
     const auto ends = std::minmax_element(values.begin(), values.end());

@@ -28,7 +28,9 @@ void fill(Cpluvek& record, int index) {
     record.radarconst = tag + 1.0f;
     record.scale = 3.0;
     record.datatype = 2;
-    for (int k = 0; k < 6; ++k) record.axislimits[k] = tag + static_cast<float>(k);
+    for (int k = 0; k < 6; ++k) {
+        record.axislimits[k] = tag + static_cast<float>(k);
+    }
     std::strcpy(record.name, index == 0 ? "Zh" : "Zdr");
     record.angles = new float[kRays + 1]{0.1f, tag, tag + 1};
     record.data = new float[kGates * kRays]{tag, tag + 1, tag + 2, tag + 3, tag + 4, tag + 5};
@@ -155,8 +157,12 @@ TEST(FreshRecord, IsEmptyAndHasItsDefaults) {
     EXPECT_EQ(ones, std::vector<float>(ones.size(), 1.0f));
     EXPECT_EQ(r.year, 1900);
     EXPECT_EQ(r.minsnr, 26.0f);
-    for (const char* text : {r.datetime, r.xlabel, r.ylabel, r.title}) EXPECT_STREQ(text, " ");
-    for (const char* text : {r.name, r.units}) EXPECT_STREQ(text, "-");
+    for (const char* text : {r.datetime, r.xlabel, r.ylabel, r.title}) {
+        EXPECT_STREQ(text, " ");
+    }
+    for (const char* text : {r.name, r.units}) {
+        EXPECT_STREQ(text, "-");
+    }
     EXPECT_TRUE(r.angles == nullptr && r.data == nullptr);
     record->~Cpluvek();
 }

@@ -30,7 +30,9 @@ std::string text(const DateTime& t) {
 }
 
 DateTime expectedAt(std::uint32_t day, int hour, int minute, int second) {
-    if (day == kFirstDayBehind) return {2100, 2, 29, hour, minute, second};
+    if (day == kFirstDayBehind) {
+        return {2100, 2, 29, hour, minute, second};
+    }
     const auto date = civilDate(day > kFirstDayBehind ? day - 1 : day);
     return {static_cast<int>(date.year()),
             static_cast<int>(static_cast<unsigned>(date.month())),
@@ -44,7 +46,9 @@ TEST(Calendar, EveryHourOfAllSecondsAgreesWithTheCivilCalendarUntil2100) {
     for (std::uint32_t day = 0; day <= kLastDay; ++day) {
         for (int hour = 0; hour < 24; ++hour) {
             const std::uint64_t seconds = std::uint64_t{day} * kSecondsPerDay + hour * 3600 + 61;
-            if (seconds > UINT32_MAX) break;
+            if (seconds > UINT32_MAX) {
+                break;
+            }
             const DateTime expected = expectedAt(day, hour, 1, 1);
             const DateTime split = splitSeconds(static_cast<std::uint32_t>(seconds));
             ASSERT_EQ(text(split), text(expected));
@@ -63,7 +67,9 @@ TEST(Calendar, ValuesOutsideTheCalendarWrapAndNeverLeaveTheTables) {
     EXPECT_EQ(time.GetSecondsSince1970(2014, INT_MAX, 1, 0, 0, 0), nextJanuary);
     EXPECT_EQ(time.GetSecondsSince1970(1969, 12, 31, 23, 59, 59), UINT32_MAX);
     EXPECT_EQ(time.GetSecondsSince1970(1970, 1, 1, 0, 0, -1), UINT32_MAX);
-    for (const int year : {INT_MIN, INT_MAX}) time.GetSecondsSince1970(year, 1, year, year, 0, 0);
+    for (const int year : {INT_MIN, INT_MAX}) {
+        time.GetSecondsSince1970(year, 1, year, year, 0, 0);
+    }
 }
 
 TEST(Calendar, CenturiesAreLeapYears) {

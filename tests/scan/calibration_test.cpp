@@ -106,7 +106,9 @@ TEST(Calibration, GatesWithoutEchoAreNotNoise) {
     const MadeScan scan;
     for (const float marker : {kMissing, -32.0F, -999.0F}) {
         std::vector<float> values = scan.build();
-        for (size_t i = 0; i < values.size(); i += 3) values[i] = marker;
+        for (size_t i = 0; i < values.size(); i += 3) {
+            values[i] = marker;
+        }
         EXPECT_NEAR(estimate(values, scan).radarConstantDb, -scan.floorDb, 0.5) << marker;
     }
 }
@@ -119,7 +121,9 @@ TEST(Calibration, WhereNoiseWasRemovedEverythingLeftIsEcho) {
     size_t echo = 0;
     size_t present = 0;
     for (size_t i = 0; i < values.size(); ++i) {
-        if (std::isnan(values[i])) continue;
+        if (std::isnan(values[i])) {
+            continue;
+        }
         const double range = static_cast<double>(i % static_cast<size_t>(scan.ngates)) * kSpacingM;
         echo +=
             values[i] - 20 * std::log10(range / 1000) + result.radarConstantDb >= result.minSnrDb;
@@ -134,8 +138,9 @@ TEST(Calibration, WidespreadRainIsNotNoise) {
     std::mt19937 random(3);
     std::normal_distribution<double> normal;
     std::vector<float> values;
-    for (int i = 0; i < sizes.nrays * sizes.ngates; ++i)
+    for (int i = 0; i < sizes.nrays * sizes.ngates; ++i) {
         values.push_back(static_cast<float>(28 + normal(random)));
+    }
     EXPECT_NE(estimate(values, sizes).evidence, scan::NoiseEvidence::kNoiseGates);
 }
 
@@ -168,7 +173,9 @@ TEST(Calibration, TooFewValuesGiveNoEstimateAndMakeEverythingEcho) {
 /* The floors that were found by hand when these two scans were labelled. */
 TEST(Calibration, AgreesWithMeasuredScans) {
     const std::string directory = clutter::test::measuredDataDir();
-    if (directory.empty()) GTEST_SKIP() << "no measured files";
+    if (directory.empty()) {
+        GTEST_SKIP() << "no measured files";
+    }
     struct Case {
         const char* file;
         double constant;

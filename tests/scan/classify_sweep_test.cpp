@@ -17,8 +17,9 @@ Sweep sweepOf(const std::vector<std::string>& names) {
     sweep.nrays = 1;
     sweep.ngates = 4;
     sweep.gateSpacingM = 250;
-    for (const std::string& name : names)
+    for (const std::string& name : names) {
         sweep.fields.push_back({name, "", {0.1f, 0.2f, 0.3f, 0.4f}});
+    }
     return sweep;
 }
 
@@ -40,13 +41,16 @@ TEST(ClassifySweep, TakesTheInputsThatExistAndNamesThoseThatWereAskedFor) {
     for (const auto& row : cases) {
         ClassifyOptions options;
         options.membership = kMembershipDirectory;
-        if (row.inputs) options.mask = parseInputs(row.inputs);
+        if (row.inputs) {
+            options.mask = parseInputs(row.inputs);
+        }
         const Sweep sweep = sweepOf(row.fields);
         const ClassificationPlan plan = planClassification({}, sweep, options);
         EXPECT_EQ(plan.mask, row.mask);
         std::vector<std::string> notes;
-        if (*row.absent)
+        if (*row.absent) {
             notes.push_back(std::string("asked for, but not in the file:") + row.absent);
+        }
         EXPECT_EQ(plan.notes, notes) << row.mask;
     }
     EXPECT_EQ(describeInputs(511), "textures of zhh zdr pdp rhv; vel ldr pdf rhv wid");

@@ -17,8 +17,9 @@ using scan::examineConfiguration;
 /* "line: text" of every problem; '!' where a scan cannot be processed so. */
 std::string problemsOf(const std::string& text) {
     std::ostringstream all;
-    for (const scan::ConfigurationProblem& problem : examineConfiguration(text).problems)
+    for (const scan::ConfigurationProblem& problem : examineConfiguration(text).problems) {
         all << problem.line << (problem.fatal ? "! " : ": ") << problem.text << "\n";
+    }
     return all.str();
 }
 
@@ -64,7 +65,9 @@ TEST(ConfigurationCheck, TellsWhatIsWrongAndWhere) {
         {"ZDR_BIAS\nWHAT2DO 15", "1! ZDR_BIAS has no value: WHAT2DO follows\n"},
         {"\x1b[2J 1", "1: unknown key ?[2J\n"},
     };
-    for (const auto& row : kCases) EXPECT_EQ(problemsOf(row.text), row.problems) << row.text;
+    for (const auto& row : kCases) {
+        EXPECT_EQ(problemsOf(row.text), row.problems) << row.text;
+    }
 }
 
 /* Settings that a context keeps, as text. */
@@ -74,9 +77,11 @@ std::string settingsOf(const Crres& c) {
         << c.gates2ave_pdp << ' ' << c.gates2ave_rhv << ' ' << c.rays2ave_zhh << ' '
         << c.rays2ave_zdr << ' ' << c.rays2ave_pdp << ' ' << c.rays2ave_rhv << ' ' << c.rainfallalg
         << ' ' << c.attenuationalg << ' ' << c.freezinglevel << ' ' << c.zdrbias;
-    for (int row : {0, 1, 3})
-        for (int i = 0; i < 3; ++i)
+    for (int row : {0, 1, 3}) {
+        for (int i = 0; i < 3; ++i) {
             all << ' ' << static_cast<float>(c.radarpro.coefficients[row][i]);
+        }
+    }
     return all.str();
 }
 

@@ -25,7 +25,9 @@ Sweep sweepAt(std::vector<double> azimuthDeg) {
 
 std::vector<double> circle(int rays, double stepDeg, int missing = 0) {
     std::vector<double> azimuthDeg;
-    for (int r = 0; r < rays - missing; ++r) azimuthDeg.push_back(r * stepDeg);
+    for (int r = 0; r < rays - missing; ++r) {
+        azimuthDeg.push_back(r * stepDeg);
+    }
     return azimuthDeg;
 }
 

@@ -42,8 +42,11 @@ class ReadScan : public ::testing::Test {
 };
 
 bool hasOddity(const scan::Scan& scan, const std::string& part) {
-    for (const std::string& oddity : scan.oddities)
-        if (oddity.find(part) != std::string::npos) return true;
+    for (const std::string& oddity : scan.oddities) {
+        if (oddity.find(part) != std::string::npos) {
+            return true;
+        }
+    }
     return false;
 }
 
@@ -183,7 +186,9 @@ TEST_F(ReadScan, APowerFieldGivesTheCalibration) {
 /* What of the file could not be had; "" for a sound one. */
 std::string damageOf(const scan::Scan& scan) {
     std::string all;
-    for (const std::string& sentence : scan.damage) all += sentence;
+    for (const std::string& sentence : scan.damage) {
+        all += sentence;
+    }
     return all;
 }
 
@@ -241,8 +246,9 @@ TEST_F(ReadScan, FilesThatCannotBeReadSayWhy) {
         {countless, "declares 200 records"},
         {cut, "cut short or damaged"},
     };
-    for (const Case& c : cases)
+    for (const Case& c : cases) {
         EXPECT_THAT(reasonFor(c.bytes), HasSubstr(c.reason)) << c.reason << ": ";
+    }
     EXPECT_THROW(scan::readScan(directory_.file("absent")), std::runtime_error);
     EXPECT_THROW(scan::readScan(directory_.path()), std::runtime_error);
 }
@@ -251,7 +257,9 @@ TEST_F(ReadScan, FilesThatCannotBeReadSayWhy) {
 TEST_F(ReadScan, RaysThatDifferTooMuchAreRefused) {
     clutter::test::ByteVector bytes = ufRay({{"DZ", std::vector<int>(30000, 5)}}).framed();
     const clutter::test::ByteVector small = ufRay({{"DZ", {1}}}, 2).framed();
-    for (int r = 0; r < 3000; ++r) bytes.insert(bytes.end(), small.begin(), small.end());
+    for (int r = 0; r < 3000; ++r) {
+        bytes.insert(bytes.end(), small.begin(), small.end());
+    }
     EXPECT_THAT(reasonFor(bytes), HasSubstr("differ too much"));
 }
 
@@ -259,16 +267,20 @@ TEST_F(ReadScan, RaysThatDifferTooMuchAreRefused) {
  * back. Meant for the sanitizers. */
 TEST_F(ReadScan, DamagedFilesAreRefusedOrConsistent) {
     std::vector<UfRecord> rays;
-    for (int r = 0; r < 4; ++r)
+    for (int r = 0; r < 4; ++r) {
         rays.push_back(ufRay({{"VR", {r, 2, 3}}, {"DZ", {100, 200, 300}}, {"ZD", {5, r}}}, r + 1));
+    }
     const clutter::test::ByteVector whole = ufFile(rays);
     const std::string path = directory_.file("damaged");
     std::mt19937 random(17);
     for (int round = 0; round < 3000; ++round) {
         clutter::test::ByteVector bytes = whole;
-        for (int change = 0; change <= round % 4; ++change)
+        for (int change = 0; change <= round % 4; ++change) {
             bytes[random() % bytes.size()] = static_cast<unsigned char>(random());
-        if (round % 5 == 0) bytes.resize(random() % bytes.size());
+        }
+        if (round % 5 == 0) {
+            bytes.resize(random() % bytes.size());
+        }
         clutter::test::writeFile(path, bytes);
         std::unique_ptr<Cufrw> words;
         try {
@@ -278,7 +290,9 @@ TEST_F(ReadScan, DamagedFilesAreRefusedOrConsistent) {
             ASSERT_LE(scan.sweeps.size(), 4u);
             for (const scan::Sweep& sweep : scan.sweeps) {
                 const auto size = static_cast<size_t>(sweep.nrays * sweep.ngates);
-                for (const scan::Field& field : sweep.fields) ASSERT_EQ(field.values.size(), size);
+                for (const scan::Field& field : sweep.fields) {
+                    ASSERT_EQ(field.values.size(), size);
+                }
                 classes[all.size()].assign(size, 3.0F);
                 all.push_back({&sweep, &classes[all.size()]});
             }
@@ -301,9 +315,13 @@ void fill(Cpluvek& record, const char* name, int nrays, int ngates) {
     record.latitude = 50.51F;
     std::snprintf(record.name, sizeof record.name, "%s", name);
     record.angles = new float[static_cast<size_t>(nrays) + 1];
-    for (int r = 0; r <= nrays; ++r) record.angles[r] = 0.1F * static_cast<float>(r + 1);
+    for (int r = 0; r <= nrays; ++r) {
+        record.angles[r] = 0.1F * static_cast<float>(r + 1);
+    }
     record.data = new float[static_cast<size_t>(nrays * ngates)];
-    for (int i = 0; i < nrays * ngates; ++i) record.data[i] = static_cast<float>(i);
+    for (int i = 0; i < nrays * ngates; ++i) {
+        record.data[i] = static_cast<float>(i);
+    }
 }
 
 TEST_F(ReadScan, FieldRecordsBecomeTheFieldsOfOneSweep) {
@@ -355,8 +373,9 @@ TEST_F(ReadScan, NoEchoKeepsItsValueWhereThatIsWanted) {
     EXPECT_EQ(with.values[kEmpty], -32.5F);
     EXPECT_EQ(with.noEcho, -32.5F);
     EXPECT_EQ(without.noEcho, with.noEcho);
-    for (size_t i = 0; i < with.values.size(); ++i)
+    for (size_t i = 0; i < with.values.size(); ++i) {
         ASSERT_TRUE(std::isnan(without.values[i]) || without.values[i] == with.values[i]) << i;
+    }
 }
 
 TEST_F(ReadScan, ReflectivitiesOfRecordsKnowNoEcho) {

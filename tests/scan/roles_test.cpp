@@ -42,7 +42,9 @@ TEST(Roles, NamesOfManySystemsAreKnown) {
         {"SW", Role::kWid},    {"LDR", Role::kLdr}, {"LR", Role::kLdr},    {"CMAP", Role::kPdf},
         {"KD", Role::kKdp},    {"CM", Role::kNone}, {"SQ", Role::kNone},   {"", Role::kNone},
     };
-    for (const Case& c : cases) EXPECT_EQ(scan::roleOfName(c.name), c.role) << c.name;
+    for (const Case& c : cases) {
+        EXPECT_EQ(scan::roleOfName(c.name), c.role) << c.name;
+    }
 }
 
 TEST(Roles, UnfilteredReflectivityComesFirst) {
@@ -56,7 +58,9 @@ TEST(Roles, UnfilteredReflectivityComesFirst) {
     };
     for (const Case& c : cases) {
         std::vector<scan::Field> fields;
-        for (const char* name : c.names) fields.push_back(reflectivity(name));
+        for (const char* name : c.names) {
+            fields.push_back(reflectivity(name));
+        }
         EXPECT_EQ(chosen(scan::chooseFields(sweepOf(fields), {}), Role::kZhh), c.taken);
     }
 }
@@ -96,8 +100,9 @@ TEST(Roles, TheMapOverridesNames) {
     }
     EXPECT_THROW(scan::chooseFields(sweep, scan::parseFieldMap("AB=zhh")), std::runtime_error);
     for (const char* bad : {"ZT", "=zhh", "ZT=", "ZT=foo", "ZT=zhh,DZ", "ZT=zhh,DZ=zhh",
-                            "ZT=zhh,DZ=DBZH", "DZ=none,ZT=zhh,DZ=zhh", "DZ=zhh,DZ=zhh"})
+                            "ZT=zhh,DZ=DBZH", "DZ=none,ZT=zhh,DZ=zhh", "DZ=zhh,DZ=zhh"}) {
         EXPECT_THROW(scan::parseFieldMap(bad), std::invalid_argument) << bad;
+    }
     EXPECT_EQ(scan::parseFieldMap("ZT=none,DZ=none").size(), 2u);
     EXPECT_THROW(scan::chooseFields(sweep, scan::parseFieldMap("XY=zhh,xy=zdr")),
                  std::runtime_error);

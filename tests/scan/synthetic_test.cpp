@@ -31,8 +31,12 @@ double percentile(const SyntheticScan& scan, const std::vector<double>& field, f
                   double share) {
     std::vector<double> values;
     for (std::size_t i = 0; i < field.size(); ++i) {
-        if (scan.truth[i] != truth || std::isnan(field[i])) continue;
-        if (truth == kNoise || snrOf(scan, i) >= scan.minSnrDb) values.push_back(field[i]);
+        if (scan.truth[i] != truth || std::isnan(field[i])) {
+            continue;
+        }
+        if (truth == kNoise || snrOf(scan, i) >= scan.minSnrDb) {
+            values.push_back(field[i]);
+        }
     }
     const auto nth = values.begin() + static_cast<std::ptrdiff_t>(share * (values.size() - 1));
     std::nth_element(values.begin(), nth, values.end());
@@ -70,7 +74,9 @@ TEST(SyntheticScan, OfASeedStaysTheSame) {
     for (const auto& row : cases) {
         double sum = 0.0, squares = 0.0, n = 0.0;
         for (const double value : row.field) {
-            if (std::isnan(value)) continue;
+            if (std::isnan(value)) {
+                continue;
+            }
             sum += value;
             squares += value * value;
             ++n;

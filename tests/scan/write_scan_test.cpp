@@ -55,7 +55,9 @@ TEST(WriteScan, UniversalFormatHoldsTheseWords) {
     for (std::size_t i = 4; i + 5 < bytes.size(); i += 2) {
         words.push_back(static_cast<std::int16_t>(bytes[i] << 8 | bytes[i + 1]));
     }
-    for (const int today : {38, 39, 40}) words.at(today - 1) = 0;
+    for (const int today : {38, 39, 40}) {
+        words.at(today - 1) = 0;
+    }
     constexpr int kNone = -32768;
     const auto two = [](const char* letters) { return letters[0] << 8 | letters[1]; };
     const int ra = two("RA"), da = two("DA"), r = two("R "), blank = two("  ");

@@ -16,9 +16,13 @@ bool sameBits(T a, T b) {
 
 template <class T>
 bool sameBits(const std::vector<T>& a, const std::vector<T>& b) {
-    if (a.size() != b.size()) return false;
+    if (a.size() != b.size()) {
+        return false;
+    }
     for (std::size_t i = 0; i < a.size(); ++i) {
-        if (!sameBits(a[i], b[i])) return false;
+        if (!sameBits(a[i], b[i])) {
+            return false;
+        }
     }
     return true;
 }

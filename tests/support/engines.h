@@ -37,12 +37,16 @@ inline void fillEngine(Cfuzzy& engine, const literal::RuleBase& base, const Temp
     }
     std::vector<short> table;
     for (std::size_t k = 0; k < base.rules.size(); ++k) {
-        for (const int mf : base.rules[k]) table.push_back(static_cast<short>(mf));
+        for (const int mf : base.rules[k]) {
+            table.push_back(static_cast<short>(mf));
+        }
         table.push_back(static_cast<short>(base.classes[k]));
     }
     engine.Fillrules(table.data(), static_cast<int>(base.rules.size()));
     engine.combination = base.product ? 1 : 0;
-    for (std::size_t i = 0; i < base.weights.size(); ++i) engine.weights[i] = base.weights[i];
+    for (std::size_t i = 0; i < base.weights.size(); ++i) {
+        engine.weights[i] = base.weights[i];
+    }
 }
 
 inline std::vector<float> roughValues(std::mt19937& random, int n) {

@@ -9,8 +9,12 @@ namespace literal {
 namespace {
 
 int wrap(int ray, int nrays) {
-    while (ray < 0) ray += nrays;
-    while (ray >= nrays) ray -= nrays;
+    while (ray < 0) {
+        ray += nrays;
+    }
+    while (ray >= nrays) {
+        ray -= nrays;
+    }
     return ray;
 }
 
@@ -29,10 +33,18 @@ float bell(float x, float sigma, float centre) {
 
 double trapezoid(const float* p, float x, double before) {
     const float eps = 1e-10f;
-    if (p[2] > p[3] || p[1] > p[2] || p[0] > p[1]) return -1.0;
-    if (x <= p[0] || x >= p[3]) return eps;
-    if (p[0] < x && x < p[1]) return (x - p[0]) * ((1 - eps) / (p[1] - p[0])) + eps;
-    if (p[2] < x && x < p[3]) return (x - p[3]) * ((1 - eps) / (p[2] - p[3])) + eps;
+    if (p[2] > p[3] || p[1] > p[2] || p[0] > p[1]) {
+        return -1.0;
+    }
+    if (x <= p[0] || x >= p[3]) {
+        return eps;
+    }
+    if (p[0] < x && x < p[1]) {
+        return (x - p[0]) * ((1 - eps) / (p[1] - p[0])) + eps;
+    }
+    if (p[2] < x && x < p[3]) {
+        return (x - p[3]) * ((1 - eps) / (p[2] - p[3])) + eps;
+    }
     return before;
 }
 
@@ -40,18 +52,26 @@ double trapezoid(const float* p, float x, double before) {
 
 void meanStd(const float* x, int n, float& mean, float& std) {
     float sum = 0.0f;
-    for (int i = 0; i < n; ++i) sum = sum + x[i];
+    for (int i = 0; i < n; ++i) {
+        sum = sum + x[i];
+    }
     mean = sum / static_cast<float>(n);
     float squares = 0.0f;
-    for (int i = 0; i < n; ++i) squares = squares + (x[i] - mean) * (x[i] - mean);
+    for (int i = 0; i < n; ++i) {
+        squares = squares + (x[i] - mean) * (x[i] - mean);
+    }
     const float variance = squares / static_cast<float>(n);
     std = static_cast<float>(std::sqrt(static_cast<double>(variance)));
 }
 
 void plainTexture(const float* in, int ngates, int nrays, float* out, int size) {
     const int h = size / 2;
-    for (int i = 0; i < ngates * nrays; ++i) out[i] = 0.0f;
-    if (ngates < size || nrays < size) return;
+    for (int i = 0; i < ngates * nrays; ++i) {
+        out[i] = 0.0f;
+    }
+    if (ngates < size || nrays < size) {
+        return;
+    }
     std::vector<float> scratch(static_cast<std::size_t>(size * size));
     for (int r = h; r < nrays - h; ++r) {
         for (int g = h; g < ngates - h; ++g) {
@@ -83,17 +103,24 @@ void maskedTexture(const float* in, const float* mask, int ngates, int nrays, fl
                    int wgates, int wrays) {
     const int hg = wgates / 2, hr = wrays / 2;
     std::vector<float> scratch(static_cast<std::size_t>(wgates * wrays));
-    for (int i = 0; i < ngates * nrays; ++i) out[i] = 0.0f;
-    if (ngates < wgates) return;
+    for (int i = 0; i < ngates * nrays; ++i) {
+        out[i] = 0.0f;
+    }
+    if (ngates < wgates) {
+        return;
+    }
     for (int r = 0; r < nrays; ++r) {
         for (int g = hg; g < ngates - hg; ++g) {
             int count = 0;
-            if (!(mask[at(g, r, ngates)] == 0.0f)) continue;
+            if (!(mask[at(g, r, ngates)] == 0.0f)) {
+                continue;
+            }
             for (int dr = -hr; dr <= hr; ++dr) {
                 for (int dg = -hg; dg <= hg; ++dg) {
                     const std::size_t member = at(g + dg, wrap(r + dr, nrays), ngates);
-                    if (mask[member] == 0.0f)
+                    if (mask[member] == 0.0f) {
                         scratch[static_cast<std::size_t>(count++)] = in[member];
+                    }
                 }
             }
             float mean = 0.0f;
@@ -108,9 +135,15 @@ void maskedTexture(const float* in, const float* mask, int ngates, int nrays, fl
 
 double interpolate(const std::vector<double>& px, const std::vector<double>& py, float x) {
     std::size_t i = 0;
-    while (i < px.size() && !(px[i] > static_cast<double>(x))) ++i;
-    if (i == 0) return py[0];
-    if (i == px.size()) return py.back();
+    while (i < px.size() && !(px[i] > static_cast<double>(x))) {
+        ++i;
+    }
+    if (i == 0) {
+        return py[0];
+    }
+    if (i == px.size()) {
+        return py.back();
+    }
     return (static_cast<double>(x) - px[i]) * (py[i] - py[i - 1]) / (px[i] - px[i - 1]) + py[i];
 }
 
@@ -167,7 +200,9 @@ void classify(const RuleBase& base, const std::vector<const float*>& inputs, flo
         float winner = base.classes[0];
         bool allEqual = true;
         for (std::size_t k = 0; k < strengths.size(); ++k) {
-            if (!(strengths[k][j] == best)) allEqual = false;
+            if (!(strengths[k][j] == best)) {
+                allEqual = false;
+            }
             if (strengths[k][j] > best) {
                 best = strengths[k][j];
                 winner = base.classes[k];
@@ -187,14 +222,20 @@ void isolatedPixels(const float* cls, float* flags, int ngates, int nrays, int w
                 for (int dg = -(wgates / 2); dg <= wgates / 2; ++dg) {
                     const std::size_t member =
                         at(clampGate(g + dg, ngates), wrap(r + dr, nrays), ngates);
-                    if (cls[member] == 0.0f) ++count;
+                    if (cls[member] == 0.0f) {
+                        ++count;
+                    }
                 }
             }
             const std::size_t own = at(g, r, ngates);
-            if (count <= maxcount && cls[own] == 0.0f) scratch[own] = 1.0f;
+            if (count <= maxcount && cls[own] == 0.0f) {
+                scratch[own] = 1.0f;
+            }
         }
     }
-    for (std::size_t i = 0; i < scratch.size(); ++i) flags[i] = scratch[i];
+    for (std::size_t i = 0; i < scratch.size(); ++i) {
+        flags[i] = scratch[i];
+    }
 }
 
 Function readFunction(const std::string& path) {
@@ -214,7 +255,9 @@ std::vector<double> classifyScan(const Scan& scan, const std::string& membership
     const std::size_t count = static_cast<std::size_t>(n);
     std::vector<float> fields[7];
     for (int f = 0; f < 7; ++f) {
-        if (scan.fields[f] != nullptr) fields[f].assign(scan.fields[f], scan.fields[f] + n);
+        if (scan.fields[f] != nullptr) {
+            fields[f].assign(scan.fields[f], scan.fields[f] + n);
+        }
     }
     const float gateSize = static_cast<float>(static_cast<int>(scan.gateSize));
     std::vector<float> cls(count, 0.0f);
@@ -225,7 +268,9 @@ std::vector<double> classifyScan(const Scan& scan, const std::string& membership
             const float loss = static_cast<float>(20.0 * std::log10(static_cast<double>(km)));
             const float snr =
                 fields[0][at(g, r, ngates)] - loss + static_cast<float>(scan.params[0]);
-            if (static_cast<float>(scan.params[1]) > snr) cls[at(g, r, ngates)] = 3.0f;
+            if (static_cast<float>(scan.params[1]) > snr) {
+                cls[at(g, r, ngates)] = 3.0f;
+            }
         }
     }
     const int mask = static_cast<short>(static_cast<int>(scan.params[2]));
@@ -240,11 +285,17 @@ std::vector<double> classifyScan(const Scan& scan, const std::string& membership
     bool any = false;
     for (int i = 0; i < 9; ++i) {
         const std::size_t input = static_cast<std::size_t>(i);
-        if ((mask & (1 << i)) == 0 || sources[i] < 0 || fields[sources[i]].empty()) continue;
+        if ((mask & (1 << i)) == 0 || sources[i] < 0 || fields[sources[i]].empty()) {
+            continue;
+        }
         std::vector<float> values = fields[sources[i]];
-        if (i < 4) maskedTexture(fields[i].data(), cls.data(), ngates, nrays, values.data(), 5, 3);
+        if (i < 4) {
+            maskedTexture(fields[i].data(), cls.data(), ngates, nrays, values.data(), 5, 3);
+        }
         for (std::size_t j = 0; j < count; ++j) {
-            if (cls[j] != 3.0f) compact[i].push_back(values[j]);
+            if (cls[j] != 3.0f) {
+                compact[i].push_back(values[j]);
+            }
         }
         inputs[input] = compact[i].data();
         base.rules[0][input] = 0;
@@ -252,20 +303,27 @@ std::vector<double> classifyScan(const Scan& scan, const std::string& membership
         const std::string stem = membershipDirectory + "cal_mf_" + tags[i];
         base.functions[input] = {readFunction(stem + "_clutter.dat"),
                                  readFunction(stem + "_precipi.dat")};
-        if (i == 6)
+        if (i == 6) {
             base.functions[input] = {Function{"same", {}, {}, {}},
                                      Function{"complement", {}, {}, {}}};
+        }
         any = true;
     }
     std::size_t echoes = 0;
-    for (const float c : cls) echoes += c != 3.0f ? 1 : 0;
+    for (const float c : cls) {
+        echoes += c != 3.0f ? 1 : 0;
+    }
     std::vector<float> verdicts(echoes, 1.0f);
-    if (any && echoes > 0) classify(base, inputs, verdicts.data(), static_cast<int>(echoes));
+    if (any && echoes > 0) {
+        classify(base, inputs, verdicts.data(), static_cast<int>(echoes));
+    }
     std::size_t k = 0;
     std::vector<double> out;
     for (const float c : cls) {
         out.push_back(c == 3.0f ? 3.0 : any && verdicts[k] == 0.0f ? 5.0 : 0.0);
-        if (c != 3.0f) ++k;
+        if (c != 3.0f) {
+            ++k;
+        }
     }
     return out;
 }

@@ -20,14 +20,22 @@ float initialPhase(const float* phidp, const std::vector<int>& qualifies, int ng
     for (int r = 0; r < nrays; ++r) {
         for (int g = 0; g < ngates - nwin; ++g) {
             bool all = true;
-            for (int k = g; k < g + nwin; ++k) all = all && qualifies[index(r * ngates + k)] == 1;
-            if (!all) continue;
-            for (int k = g; k < g + nwin; ++k) sum = sum + phidp[r * ngates + k];
+            for (int k = g; k < g + nwin; ++k) {
+                all = all && qualifies[index(r * ngates + k)] == 1;
+            }
+            if (!all) {
+                continue;
+            }
+            for (int k = g; k < g + nwin; ++k) {
+                sum = sum + phidp[r * ngates + k];
+            }
             count += nwin;
             break;
         }
     }
-    if (static_cast<double>(static_cast<float>(count)) < 0.1 * nwin * nrays) return 0.0f;
+    if (static_cast<double>(static_cast<float>(count)) < 0.1 * nwin * nrays) {
+        return 0.0f;
+    }
     return sum / static_cast<float>(count);
 }
 
@@ -39,17 +47,27 @@ void unfold(float* phidp, const float* cls, int ngates, int nrays) {
             float before = 0.0f, after = 0.0f;
             int countBefore = 0, countAfter = 0;
             for (int k = g - 20; k <= g; ++k) {
-                if (classes[g] == 0.0f) before = before + ray[k], ++countBefore;
+                if (classes[g] == 0.0f) {
+                    before = before + ray[k], ++countBefore;
+                }
             }
             for (int k = g; k < g + 20; ++k) {
-                if (classes[g] == 0.0f) after = after + ray[k], ++countAfter;
+                if (classes[g] == 0.0f) {
+                    after = after + ray[k], ++countAfter;
+                }
             }
-            if (countBefore < 5 || countAfter < 5) continue;
+            if (countBefore < 5 || countAfter < 5) {
+                continue;
+            }
             const float jump =
                 after / static_cast<float>(countAfter) - before / static_cast<float>(countBefore);
-            if (!(std::fabs(jump) > 250.0f)) continue;
+            if (!(std::fabs(jump) > 250.0f)) {
+                continue;
+            }
             for (int k = g; k < ngates; ++k) {
-                if (classes[k] == 0.0f) ray[k] = ray[k] + 360.0f;
+                if (classes[k] == 0.0f) {
+                    ray[k] = ray[k] + 360.0f;
+                }
             }
             break;
         }
@@ -65,12 +83,16 @@ void attenuation(const AttenuationRay& ray, const Values& alpha, const Values& a
     double total = 0.0, sum = 0.0, last = 0.0;
     if (method == 0) {
         for (std::size_t g = 0; g < z.size(); ++g) {
-            if (ray.mask[g] == 0.0) total = total + 0.46 * b[g] * std::pow(z[g], b[g]) * dr;
+            if (ray.mask[g] == 0.0) {
+                total = total + 0.46 * b[g] * std::pow(z[g], b[g]) * dr;
+            }
         }
     }
     for (int i = n - 1; (method == 0 || method == 1) && i >= 0; --i) {
         const std::size_t g = index(i);
-        if (!(ray.mask[g] == 0.0)) continue;
+        if (!(ray.mask[g] == 0.0)) {
+            continue;
+        }
         const double power = std::pow(z[g], b[g]);
         sum = sum + 0.46 * b[g] * power * dr;
         if (method == 0) {
@@ -83,7 +105,9 @@ void attenuation(const AttenuationRay& ray, const Values& alpha, const Values& a
     }
     sum = 0.0;
     for (std::size_t g = 0; (method == 1 || method == 2) && g < z.size(); ++g) {
-        if (!(ray.mask[g] == 0.0)) continue;
+        if (!(ray.mask[g] == 0.0)) {
+            continue;
+        }
         const double power = std::pow(z[g], b[g]);
         if (method == 1) {
             sum = sum + 0.46 * a[g] * b[g] * power * dr;
@@ -93,15 +117,23 @@ void attenuation(const AttenuationRay& ray, const Values& alpha, const Values& a
             ah[g] = a[g] * power / (1 - sum);
         }
     }
-    if (method == 1) constraint = sum + last;
+    if (method == 1) {
+        constraint = sum + last;
+    }
     for (int g = 3; method == 3 && g < n - 3; ++g) {
         bool all = true;
-        for (int k = g - 3; k <= g + 3; ++k) all = all && ray.mask[index(k)] == 0.0;
-        if (!all) continue;
+        for (int k = g - 3; k <= g + 3; ++k) {
+            all = all && ray.mask[index(k)] == 0.0;
+        }
+        if (!all) {
+            continue;
+        }
         double& value = ah[index(g)];
         value =
             alpha[index(g)] * (ray.phidp[index(g + 3)] - ray.phidp[index(g - 3)]) / (2 * dr * 6);
-        if (value < 0.0) value = 0.0;
+        if (value < 0.0) {
+            value = 0.0;
+        }
     }
 }
 
@@ -120,7 +152,9 @@ TrialResult evaluateTrial(const AttenuationRay& ray, double alpha, double a, dou
     for (std::size_t g = 0; g < ray.z.size(); ++g) {
         phase = phase + 2 * result.ah[g] * ray.dr / result.alpha[g];
         result.rebuilt.push_back(phase + ray.phi0);
-        if (!(ray.mask[g] == 0.0)) continue;
+        if (!(ray.mask[g] == 0.0)) {
+            continue;
+        }
         distance = distance + std::fabs(result.rebuilt[g] - ray.phidp[g]);
         ++count;
     }
@@ -156,7 +190,9 @@ bool measurePhase(AttenuationRay& ray) {
         }
         ray.phi0 = sum / 20;
     }
-    if (!found) return false;
+    if (!found) {
+        return false;
+    }
     found = false;
     for (int g = n - 21; g >= 1 && !found; --g) {
         double sum = 0.0;
@@ -178,10 +214,18 @@ float rainRate(const double* c, int alg, float dbz, float zdr, float kdp) {
     const double k = static_cast<double>(kdp);
     const float zdr2 = zdr * zdr, zdr3 = zdr2 * zdr;
     double rain = 0.0;
-    if (alg == 0) rain = std::pow(z / c[0], 1 / c[1]);
-    if (alg == 1) rain = c[0] * std::pow(z, c[1]) * ratio;
-    if (alg == 2) rain = c[0] * std::pow(k, c[1]) * ratio;
-    if (alg == 3) rain = c[0] * std::pow(k, c[1]);
+    if (alg == 0) {
+        rain = std::pow(z / c[0], 1 / c[1]);
+    }
+    if (alg == 1) {
+        rain = c[0] * std::pow(z, c[1]) * ratio;
+    }
+    if (alg == 2) {
+        rain = c[0] * std::pow(k, c[1]) * ratio;
+    }
+    if (alg == 3) {
+        rain = c[0] * std::pow(k, c[1]);
+    }
     if (alg == 4) {
         rain = std::pow(
             10.0, 0.1 * (static_cast<double>(dbz) -
@@ -207,11 +251,15 @@ Values matchProfiles(const Values& zin, const Values& range, const Values& freez
         pattern.push_back(angle == 0 ? 1 : std::pow(std::sin(k * angle) / (k * angle), 4));
         sum = sum + pattern.back();
     }
-    for (double& p : pattern) p = p / sum;
+    for (double& p : pattern) {
+        p = p / sum;
+    }
     Values out = zin;
     for (std::size_t i = 0; i < zin.size(); ++i) {
         const double h = heightOf(range[i], elevation);
-        if (!(zin[i] > 1.0) || !(freezing[i] - 1000 < h) || !(h < freezing[i] + 1000)) continue;
+        if (!(zin[i] > 1.0) || !(freezing[i] - 1000 < h) || !(h < freezing[i] + 1000)) {
+            continue;
+        }
         const int level = 600 - static_cast<int>((freezing[i] - h) / 7.5);
         const double rise = heightOf(range[i], elevation + beamwidth / 2) - h;
         const double thickness = std::ceil(rise / 7.5) * 7.5;
@@ -224,7 +272,9 @@ Values matchProfiles(const Values& zin, const Values& range, const Values& freez
                 ((earth + height) * (earth + height) - earth * earth - range[i] * range[i]) /
                 (2 * range[i] * earth));
             std::size_t at = 0;
-            while (at < angles.size() && !(angles[at] > angle)) ++at;
+            while (at < angles.size() && !(angles[at] > angle)) {
+                ++at;
+            }
             double p = pattern[999];
             if (at == 0) {
                 p = pattern[0];
@@ -235,9 +285,13 @@ Values matchProfiles(const Values& zin, const Values& range, const Values& freez
             power.push_back(p);
             sum = sum + p;
         }
-        for (double& p : power) p = p / sum;
+        for (double& p : power) {
+            p = p / sum;
+        }
         const int first = level - nheights / 2;
-        if (first < 0 || first + nheights > 1800) continue;
+        if (first < 0 || first + nheights > 1800) {
+            continue;
+        }
         double least = 0.0;
         int best = 0;
         for (int j = 0; j < 60; ++j) {
@@ -251,7 +305,9 @@ Values matchProfiles(const Values& zin, const Values& range, const Values& freez
                 best = j;
             }
         }
-        if (least < 1.0) out[i] = profiles[index(1800 * best)];
+        if (least < 1.0) {
+            out[i] = profiles[index(1800 * best)];
+        }
     }
     return out;
 }

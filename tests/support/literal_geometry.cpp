@@ -19,11 +19,19 @@ bool moveInto(const Cpluvek& record, float invalid, int ray, int gate, int wgate
     for (int dr = -wrays / 2; dr <= wrays / 2; ++dr) {
         for (int dg = -wgates / 2; dg <= wgates / 2; ++dg) {
             int g = gate + dg;
-            if (g < 0) g = 0;
-            if (g > record.ngates - 1) g = record.ngates - 1;
+            if (g < 0) {
+                g = 0;
+            }
+            if (g > record.ngates - 1) {
+                g = record.ngates - 1;
+            }
             int r = ray + dr;
-            while (r < 0) r += record.nrays;
-            while (r >= record.nrays) r -= record.nrays;
+            while (r < 0) {
+                r += record.nrays;
+            }
+            while (r >= record.nrays) {
+                r -= record.nrays;
+            }
             if (record.data[r * record.ngates + g] != invalid) {
                 range = g * record.gatesize;
                 azimuth = static_cast<float>(record.angles[1 + r] * 180.0 / kPi);
@@ -55,10 +63,16 @@ void extractRangeAzimuth(const Cpluvek& record, const float* ranges, const float
         const int ray = rayAt(record, azimuths[i]);
         const float quotient = ranges[i] / record.gatesize;
         long long gate = record.ngates - 1;
-        if (quotient < record.ngates) gate = static_cast<long long>(quotient);
-        if (std::isnan(quotient)) gate = -1000000000;
+        if (quotient < record.ngates) {
+            gate = static_cast<long long>(quotient);
+        }
+        if (std::isnan(quotient)) {
+            gate = -1000000000;
+        }
         long long at = static_cast<long long>(ray) * record.ngates + gate;
-        if (at < 0) at = 0;
+        if (at < 0) {
+            at = 0;
+        }
         out[i] = record.data[at];
     }
 }
@@ -70,11 +84,17 @@ void findValid(const Cpluvek& record, const float* ranges, const float* azimuths
         outazimuths[i] = azimuths[i];
         const int ray = rayAt(record, azimuths[i]);
         const float quotient = ranges[i] / record.gatesize;
-        if (!(std::fabs(quotient) < 1e9)) continue;
+        if (!(std::fabs(quotient) < 1e9)) {
+            continue;
+        }
         const int gate = static_cast<int>(quotient);
         const long long at = static_cast<long long>(ray) * record.ngates + gate;
-        if (at < 0 || at >= static_cast<long long>(record.nrays) * record.ngates) continue;
-        if (record.data[at] != invalid) continue;
+        if (at < 0 || at >= static_cast<long long>(record.nrays) * record.ngates) {
+            continue;
+        }
+        if (record.data[at] != invalid) {
+            continue;
+        }
         moveInto(record, invalid, ray, gate, wgates, wrays, outranges[i], outazimuths[i]);
     }
 }

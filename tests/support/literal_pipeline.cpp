@@ -31,20 +31,26 @@ struct Correction {
 Correction correctRay(AttenuationRay& ray, int algorithm, double leastRise) {
     Correction result;
     result.z = ray.z;
-    if (algorithm == -1) return result;
+    if (algorithm == -1) {
+        return result;
+    }
     if (algorithm == 6) {
         ray.dphi = leastRise + 1;
     } else if (!measurePhase(ray)) {
         return result;
     }
     result.rise = ray.dphi;
-    if (!(ray.dphi > leastRise)) return result;
+    if (!(ray.dphi > leastRise)) {
+        return result;
+    }
     const int methods[] = {-1, -1, -1, 3, 0, 1, 2, -1, -1};
     const int method = algorithm >= 3 && algorithm <= 6 ? methods[algorithm] : -1;
     result.trial = evaluateTrial(ray, 0.073, 3e-05, 0.78, method);
     for (std::size_t g = 0; g < ray.z.size(); ++g) {
         result.pia = result.pia + 2 * result.trial.ah[g] * ray.dr;
-        if (!(ray.mask[g] == 0.0)) continue;
+        if (!(ray.mask[g] == 0.0)) {
+            continue;
+        }
         result.z[g] = std::pow(10.0, (10 * std::log10(ray.z[g]) + result.pia) / 10);
     }
     return result;
@@ -85,7 +91,9 @@ void classify(PolarScan& scan, const PipelineSettings& settings, const std::stri
         isolatedPixels(scan.ccl.data(), flags.data(), scan.ngates, scan.nrays, window, window,
                        pass + 1);
         for (std::size_t i = 0; i < flags.size(); ++i) {
-            if (flags[i] != 0.0f) scan.ccl[i] = 5.0f;
+            if (flags[i] != 0.0f) {
+                scan.ccl[i] = 5.0f;
+            }
         }
     }
 }
@@ -104,7 +112,9 @@ std::string correctAttenuation(PolarScan& scan, const PipelineSettings& settings
     char printed[200];
     std::snprintf(printed, sizeof printed, "phase0 = %1.2f\nphase0 = %1.2f\n",
                   static_cast<double>(first), static_cast<double>(second));
-    for (float& phase : scan.pdp) phase = phase - second;
+    for (float& phase : scan.pdp) {
+        phase = phase - second;
+    }
     if (settings.windows[2][0] * settings.windows[2][1] > 1) {
         smoothPolar(scan.pdp.data(), scan.pdp.data(), scan.ccl.data(), ngates, nrays,
                     settings.windows[2][0], settings.windows[2][1], false);
@@ -162,20 +172,28 @@ void estimateRain(PolarScan& scan, int relation) {
 std::string process(PolarScan& scan, const PipelineSettings& settings,
                     const std::string& membershipDirectory) {
     classify(scan, settings, membershipDirectory);
-    for (float& zdr : scan.zdr) zdr = zdr + settings.zdrBias;
+    for (float& zdr : scan.zdr) {
+        zdr = zdr + settings.zdrBias;
+    }
     Field* fields[7] = {&scan.zhh, &scan.zdr, &scan.pdp, &scan.rhv,
                         &scan.vel, &scan.wid, &scan.ldr};
     for (int i = 0; i < 7; ++i) {
         const int* window = settings.windows[i];
-        if (window[0] * window[1] <= 1) continue;
+        if (window[0] * window[1] <= 1) {
+            continue;
+        }
         smoothPolar(fields[i]->data(), fields[i]->data(), scan.ccl.data(), scan.ngates, scan.nrays,
                     window[0], window[1], i < 2);
     }
     std::string printed = correctAttenuation(scan, settings);
     estimateRain(scan, settings.relation);
     for (std::size_t i = 0; i < scan.cells(); ++i) {
-        if (scan.ccl[i] == 0.0f) continue;
-        for (Field* field : fields) (*field)[i] = settings.hidden;
+        if (scan.ccl[i] == 0.0f) {
+            continue;
+        }
+        for (Field* field : fields) {
+            (*field)[i] = settings.hidden;
+        }
         scan.rain[i] = settings.hidden;
     }
     return printed;

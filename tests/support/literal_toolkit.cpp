@@ -25,10 +25,16 @@ void smoothPolar(const float* in, float* out, const float* mask, int ngates, int
             for (int dr = -(wrays / 2); dr <= wrays / 2; ++dr) {
                 for (int dg = -(wgates / 2); dg <= wgates / 2; ++dg) {
                     int ray = r + dr;
-                    while (ray < 0) ray += nrays;
-                    while (ray >= nrays) ray -= nrays;
+                    while (ray < 0) {
+                        ray += nrays;
+                    }
+                    while (ray >= nrays) {
+                        ray -= nrays;
+                    }
                     const int gate = g + dg < 0 ? 0 : g + dg >= ngates ? ngates - 1 : g + dg;
-                    if (!(mask[at(ray, gate, ngates)] == 0.0f)) continue;
+                    if (!(mask[at(ray, gate, ngates)] == 0.0f)) {
+                        continue;
+                    }
                     const float value = in[at(ray, gate, ngates)];
                     if (decibels) {
                         powers += std::pow(10.0, 0.1 * value);
@@ -38,12 +44,16 @@ void smoothPolar(const float* in, float* out, const float* mask, int ngates, int
                     ++count;
                 }
             }
-            if (count == 0) continue;
+            if (count == 0) {
+                continue;
+            }
             scratch[at(r, g, ngates)] =
                 decibels ? static_cast<float>(10.0 * std::log10(powers / count)) : sum / count;
         }
     }
-    for (std::size_t i = 0; i < scratch.size(); ++i) out[i] = scratch[i];
+    for (std::size_t i = 0; i < scratch.size(); ++i) {
+        out[i] = scratch[i];
+    }
 }
 
 void exchangeSort(const float* in, float* out, int* index, int n) {
@@ -53,7 +63,9 @@ void exchangeSort(const float* in, float* out, int* index, int n) {
     }
     for (int i = 0; i < n; ++i) {
         for (int j = i + 1; j < n; ++j) {
-            if (!(out[j] < out[i])) continue;
+            if (!(out[j] < out[i])) {
+                continue;
+            }
             std::swap(out[i], out[j]);
             std::swap(index[i], index[j]);
         }
@@ -67,7 +79,9 @@ std::vector<double> correlate(const std::vector<double>& x, const std::vector<do
     std::vector<double> y(x.size(), 0.0);
     for (int i = half; i < n - half; ++i) {
         for (int k = -half; k < m - half; ++k) {
-            if (i + k >= n) continue;
+            if (i + k >= n) {
+                continue;
+            }
             y[static_cast<std::size_t>(i)] +=
                 x[static_cast<std::size_t>(i + k)] * h[static_cast<std::size_t>(half + k)];
         }
@@ -80,7 +94,9 @@ std::vector<float> fullConvolution(const std::vector<float>& x, const std::vecto
     for (std::size_t i = 0; i + 1 < x.size() + h.size(); ++i) {
         float sum = 0.0f;
         for (std::size_t j = 0; j < h.size(); ++j) {
-            if (j <= i && i - j < x.size()) sum += h[j] * x[i - j];
+            if (j <= i && i - j < x.size()) {
+                sum += h[j] * x[i - j];
+            }
         }
         full.push_back(sum);
     }
@@ -98,7 +114,9 @@ std::vector<float> correlateImage(const std::vector<float>& in, int nx, int ny,
             for (int q = 0; q < ky; ++q) {
                 for (int p = 0; p < kx; ++p) {
                     const std::size_t from = at(row - hy + q, col - hx + p, nx);
-                    if (from < in.size()) sum += in[from] * k[at(q, p, kx)];
+                    if (from < in.size()) {
+                        sum += in[from] * k[at(q, p, kx)];
+                    }
                 }
             }
             out[at(row, col, nx)] = sum;
@@ -114,7 +132,9 @@ std::vector<float> boxMean(const std::vector<float>& x, int nrows, int ncols, in
         for (int col = h; col < ncols - h; ++col) {
             float sum = 0.0f;
             for (int dr = -h; dr <= h; ++dr) {
-                for (int dc = -h; dc <= h; ++dc) sum += x[at(row + dr, col + dc, ncols)];
+                for (int dc = -h; dc <= h; ++dc) {
+                    sum += x[at(row + dr, col + dc, ncols)];
+                }
             }
             out[at(row, col, ncols)] = sum / static_cast<float>(size * size);
         }

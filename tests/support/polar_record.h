@@ -25,8 +25,9 @@ inline void fillPolar(Cpluvek& record, int nrays, int ngates, float gatesize = 1
     record.angles[0] = 0.5f;
     for (int r = 0; r < nrays; ++r) {
         record.angles[1 + r] = 0.1f * static_cast<float>(r);
-        for (int g = 0; g < ngates; ++g)
+        for (int g = 0; g < ngates; ++g) {
             record.data[r * ngates + g] = static_cast<float>(100 * r + g);
+        }
     }
 }
 

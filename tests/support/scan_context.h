@@ -35,14 +35,18 @@ inline void fillField(Cpluvek& record, int ngates, int nrays, const std::vector<
 }
 
 inline std::vector<float> fieldOf(const Cpluvek& record) {
-    if (record.data == nullptr) return {};
+    if (record.data == nullptr) {
+        return {};
+    }
     return {record.data, record.data + record.ngates * record.nrays};
 }
 
 /* Fills the records of the fields that are not empty. */
 inline void fillContext(Crres& c, const literal::PolarScan& scan) {
     const auto fill = [&](Cpluvek& record, const literal::Field& values) {
-        if (values.empty()) return;
+        if (values.empty()) {
+            return;
+        }
         fillField(record, scan.ngates, scan.nrays, values, scan.gateSize, scan.elevation);
     };
     fill(c.zhh, scan.zhh);
@@ -75,7 +79,9 @@ inline literal::PolarScan makeRainScan(int nrays, int ngates, unsigned seed) {
         const float freezing = r % 9 == 0 ? 90000.0f : 1500.0f + 1500.0f * uniform(random);
         float kind = 0.0f;
         for (std::size_t g = 0; g < ray.z.size(); ++g) {
-            if (g % 25 == 0) kind = g < 50 ? 0.0f : uniform(random);
+            if (g % 25 == 0) {
+                kind = g < 50 ? 0.0f : uniform(random);
+            }
             const bool clutter = kind > 0.92f, noise = kind > 0.85f && !clutter;
             scan.zhh.push_back(noise     ? -45.0f
                                : clutter ? 40.0f + 9.0f * normal(random)

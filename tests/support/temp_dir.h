@@ -21,7 +21,9 @@ class TempDir {
   public:
     explicit TempDir(const std::filesystem::path& parent = std::filesystem::temp_directory_path()) {
         std::string pattern = (parent / "clutterclassifier-XXXXXX").string();
-        if (mkdtemp(pattern.data()) == nullptr) throw std::runtime_error("no temporary directory");
+        if (mkdtemp(pattern.data()) == nullptr) {
+            throw std::runtime_error("no temporary directory");
+        }
         path_ = pattern;
     }
     ~TempDir() {

@@ -25,9 +25,13 @@ struct TestScan {
         literal::Scan scan;
         scan.nrays = nrays;
         scan.ngates = ngates;
-        for (int i = 0; i < 7; ++i) scan.fields[i] = field(i);
+        for (int i = 0; i < 7; ++i) {
+            scan.fields[i] = field(i);
+        }
         scan.gateSize = ranges[1] - ranges[0];
-        for (int i = 0; i < 3; ++i) scan.params[i] = params[i];
+        for (int i = 0; i < 3; ++i) {
+            scan.params[i] = params[i];
+        }
         return scan;
     }
 };
@@ -35,16 +39,21 @@ struct TestScan {
 /* echoShare of the blocks of 25 gates hold an echo, a fifth of those ground clutter. */
 inline TestScan makeTestScan(int nrays, int ngates, unsigned seed, double echoShare = 0.6) {
     TestScan scan{nrays, ngates, {}, {}, {}};
-    for (int g = 0; g < (ngates < 2 ? 2 : ngates); ++g) scan.ranges.push_back(125.0 + 250.0 * g);
-    for (int r = 0; r < nrays; ++r) scan.azimuths.push_back(r * 6.283185307179586 / nrays);
+    for (int g = 0; g < (ngates < 2 ? 2 : ngates); ++g) {
+        scan.ranges.push_back(125.0 + 250.0 * g);
+    }
+    for (int r = 0; r < nrays; ++r) {
+        scan.azimuths.push_back(r * 6.283185307179586 / nrays);
+    }
     std::mt19937 random(seed);
     std::normal_distribution<double> normal;
     std::uniform_real_distribution<double> uniform;
     std::vector<int> kinds(static_cast<std::size_t>(ngates / 25 + 1));
     for (int r = 0; r < nrays; ++r) {
         if (r % 5 == 0) {
-            for (int& kind : kinds)
+            for (int& kind : kinds) {
                 kind = uniform(random) > echoShare ? 0 : uniform(random) < 0.2 ? 2 : 1;
+            }
         }
         for (int g = 0; g < ngates; ++g) {
             const int kind = kinds[static_cast<std::size_t>(g / 25)];

@@ -19,7 +19,9 @@ constexpr std::uint8_t kCodes[kMaxClasses] = {CLUTTER_GROUND, CLUTTER_PRECIPITAT
                                               CLUTTER_TURBINE};
 
 CLUTTER_KERNEL void takeFirst(const float* __restrict margins, float* __restrict best, int n) {
-    for (int g = 0; g < n; ++g) best[g] = margins[g];
+    for (int g = 0; g < n; ++g) {
+        best[g] = margins[g];
+    }
 }
 
 /* A kind that is stronger against precipitation than all before it. */
@@ -53,7 +55,9 @@ CLUTTER_KERNEL void blank(const std::uint8_t* __restrict states, std::uint8_t* _
 
 void nameKinds(Decision& decision) {
     for (std::size_t g = 0; g < decision.classes.size(); ++g) {
-        if (decision.classes[g] == CLUTTER_PRECIPITATION) continue;
+        if (decision.classes[g] == CLUTTER_PRECIPITATION) {
+            continue;
+        }
         decision.classes[g] = kCodes[classOfKind(decision.kind[g])];
     }
 }
@@ -85,7 +89,9 @@ void decide(const float* const* margins, int kinds, const float* winners,
         takeWinners(winners, decision);
     } else {
         decideBySign(decision.margin.data(), decision.classes.data(), n);
-        if (kinds > 1) nameKinds(decision);
+        if (kinds > 1) {
+            nameKinds(decision);
+        }
     }
     blank(states, decision.classes.data(), decision.margin.data(), n);
 }
@@ -94,12 +100,16 @@ void findDeciding(const EvidenceRow& row, const float* neighbourhood, const std:
                   const Decision& decision, std::uint8_t* deciding) {
     for (std::size_t g = 0; g < decision.classes.size(); ++g) {
         deciding[g] = CLUTTER_BY_NONE;
-        if (states[g] != kEcho || decision.margin[g] == 0.0f) continue;
+        if (states[g] != kEcho || decision.margin[g] == 0.0f) {
+            continue;
+        }
         const float sign = decision.classes[g] == CLUTTER_PRECIPITATION ? 1.0f : -1.0f;
         float most = 0.0f;
         for (int i = 0; i < fuzzy::kInputCount; ++i) {
             const std::vector<float>& shares = row.shares[decision.kind[g]][i];
-            if (shares.empty() || !(sign * shares[g] > most)) continue;
+            if (shares.empty() || !(sign * shares[g] > most)) {
+                continue;
+            }
             most = sign * shares[g];
             deciding[g] = static_cast<std::uint8_t>(i);
         }

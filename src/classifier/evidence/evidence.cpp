@@ -16,7 +16,9 @@ namespace {
 
 CLUTTER_KERNEL void multiplyDegrees(const double* __restrict degrees, double* __restrict strengths,
                                     int n) {
-    for (int j = 0; j < n; ++j) strengths[j] = strengths[j] * degrees[j];
+    for (int j = 0; j < n; ++j) {
+        strengths[j] = strengths[j] * degrees[j];
+    }
 }
 
 /* Margins below this are computed as the engine computes them: the sign is then its verdict, and
@@ -27,7 +29,9 @@ static_assert(2 * fuzzy::kInputCount * StrengthRows::kMaxError <
 
 /* A NaN input has the degree 1 in every class. */
 CLUTTER_KERNEL void leaveOutNan(const float* __restrict x, double* __restrict degrees, int n) {
-    for (int j = 0; j < n; ++j) degrees[j] = x[j] == x[j] ? degrees[j] : 1.0;
+    for (int j = 0; j < n; ++j) {
+        degrees[j] = x[j] == x[j] ? degrees[j] : 1.0;
+    }
 }
 
 }  // namespace
@@ -41,7 +45,9 @@ Evidence::Evidence(const MembershipSet& set, const Request& request, driver::Sca
       wanted_(wanted),
       quick_(request.classes == 2 && !wanted.shares) {
     for (int i = 0; i < fuzzy::kInputCount; ++i) {
-        if ((request.inputs & (1u << i)) != 0) quick_ = quick_ && set.input(i).isQuick();
+        if ((request.inputs & (1u << i)) != 0) {
+            quick_ = quick_ && set.input(i).isQuick();
+        }
     }
 }
 
@@ -50,12 +56,18 @@ EvidenceRow Evidence::makeRow() const {
     EvidenceRow row;
     for (int kind = 0; kind < kinds(); ++kind) {
         row.textures[kind].resize(n);
-        if (wanted_.texturesApart) row.others[kind].resize(n);
+        if (wanted_.texturesApart) {
+            row.others[kind].resize(n);
+        }
         for (int i = 0; wanted_.shares && i < fuzzy::kInputCount; ++i) {
-            if ((request_.inputs & (1u << i)) != 0) row.shares[kind][i].resize(n);
+            if ((request_.inputs & (1u << i)) != 0) {
+                row.shares[kind][i].resize(n);
+            }
         }
     }
-    if (!wanted_.texturesApart && kinds() > 1) row.winners.resize(n);
+    if (!wanted_.texturesApart && kinds() > 1) {
+        row.winners.resize(n);
+    }
     return row;
 }
 
@@ -73,7 +85,9 @@ void Evidence::compute(int ray, EvidenceRow& row) {
 void Evidence::computeBlock(int start, int n, EvidenceRow& row) {
     const float* inputs[fuzzy::kInputCount] = {};
     for (int i = 0; i < fuzzy::kInputCount; ++i) {
-        if ((request_.inputs & (1u << i)) != 0) inputs[i] = inputs_.row(i) + start;
+        if ((request_.inputs & (1u << i)) != 0) {
+            inputs[i] = inputs_.row(i) + start;
+        }
     }
     if (wanted_.texturesApart) {
         multiply({0, fuzzy::kTextureCount, inputs, n}, start, row);
@@ -84,8 +98,12 @@ void Evidence::computeBlock(int start, int n, EvidenceRow& row) {
     }
     multiply({0, fuzzy::kInputCount, inputs, n}, start, row);
     takeLogs(row.textures, start, n);
-    if (quick_) decideCloseOnes(inputs, row.textures[0].data() + start, n);
-    if (kinds() == 1) return;  // the sign of the log ratio says as much
+    if (quick_) {
+        decideCloseOnes(inputs, row.textures[0].data() + start, n);
+    }
+    if (kinds() == 1) {
+        return;  // the sign of the log ratio says as much
+    }
     ranking_.begin(strengths_[0], 0.0f, n);
     for (int c = 1; c < request_.classes; ++c) {
         ranking_.add(strengths_[c], static_cast<float>(c), n);
@@ -94,26 +112,36 @@ void Evidence::computeBlock(int start, int n, EvidenceRow& row) {
 }
 
 void Evidence::multiply(const Slice& slice, int start, EvidenceRow& row) {
-    for (int c = 0; c < request_.classes; ++c) std::fill_n(strengths_[c], slice.n, 1.0);
+    for (int c = 0; c < request_.classes; ++c) {
+        std::fill_n(strengths_[c], slice.n, 1.0);
+    }
     for (int i = slice.first; i < slice.last; ++i) {
         const float* const x = slice.inputs[i];
-        if (x == nullptr) continue;
+        if (x == nullptr) {
+            continue;
+        }
         if (quick_) {
             set_.input(i).multiplyTwo(x, request_.nanIsNotMeasured, strengths_[0],
                                       strengths_[kPrecipitationClass], slice.n);
             continue;
         }
         multiplyExactly(i, x, slice.n);
-        if (wanted_.shares) takeShares(i, start, slice.n, row);
+        if (wanted_.shares) {
+            takeShares(i, start, slice.n, row);
+        }
     }
 }
 
 void Evidence::multiplyExactly(int input, const float* x, int n) {
     double* degrees[kMaxClasses];
-    for (int c = 0; c < request_.classes; ++c) degrees[c] = degrees_[c];
+    for (int c = 0; c < request_.classes; ++c) {
+        degrees[c] = degrees_[c];
+    }
     set_.input(input).evaluate(x, n, request_.classes, degrees);
     for (int c = 0; c < request_.classes; ++c) {
-        if (request_.nanIsNotMeasured) leaveOutNan(x, degrees_[c], n);
+        if (request_.nanIsNotMeasured) {
+            leaveOutNan(x, degrees_[c], n);
+        }
         multiplyDegrees(degrees_[c], strengths_[c], n);
     }
 }
@@ -132,16 +160,26 @@ void Evidence::decideCloseOnes(const float* const* inputs, float* margins, int n
         close[count] = j;
         count += std::fabs(margins[j]) < kClose ? 1 : 0;
     }
-    if (count == 0) return;
-    for (double(&strengths)[kBlock] : strengths_) std::fill_n(strengths, count, 1.0);
+    if (count == 0) {
+        return;
+    }
+    for (double(&strengths)[kBlock] : strengths_) {
+        std::fill_n(strengths, count, 1.0);
+    }
     for (int i = 0; i < fuzzy::kInputCount; ++i) {
-        if (inputs[i] == nullptr) continue;
-        for (int m = 0; m < count; ++m) gathered_[m] = inputs[i][close[m]];
+        if (inputs[i] == nullptr) {
+            continue;
+        }
+        for (int m = 0; m < count; ++m) {
+            gathered_[m] = inputs[i][close[m]];
+        }
         multiplyExactly(i, gathered_, count);
     }
     float exact[kBlock];
     logRatios(strengths_[kPrecipitationClass], strengths_[0], exact, count);
-    for (int m = 0; m < count; ++m) margins[close[m]] = exact[m];
+    for (int m = 0; m < count; ++m) {
+        margins[close[m]] = exact[m];
+    }
 }
 
 void Evidence::takeLogs(std::vector<float> (&rows)[kMaxKinds], int start, int n) const {

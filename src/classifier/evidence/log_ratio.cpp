@@ -80,22 +80,32 @@ CLUTTER_KERNEL void probabilitiesOf(const float* __restrict margins, float* __re
 }  // namespace
 
 double logRatio(double above, double below) {
-    if (above == below) return 0.0;
-    if (!(above == above && below == below)) return std::numeric_limits<double>::quiet_NaN();
+    if (above == below) {
+        return 0.0;
+    }
+    if (!(above == above && below == below)) {
+        return std::numeric_limits<double>::quiet_NaN();
+    }
     constexpr double kInfinity = std::numeric_limits<double>::infinity();
     const double size = above > below ? kInfinity : -kInfinity;
-    if (!(above > 0.0 && below > 0.0 && above < kInfinity && below < kInfinity)) return size;
+    if (!(above > 0.0 && below > 0.0 && above < kInfinity && below < kInfinity)) {
+        return size;
+    }
     // The quotient keeps the difference of close numbers, but it may overflow or vanish.
     const double quotient = above / below;
     return std::isnormal(quotient) ? std::log(quotient) : std::log(above) - std::log(below);
 }
 
 void logRatios(const double* above, const double* below, float* out, int n) {
-    if (logRatiosOfNormals(above, below, out, n)) return;
+    if (logRatiosOfNormals(above, below, out, n)) {
+        return;
+    }
     for (int j = 0; j < n; ++j) {
         const bool normal =
             std::isnormal(above[j]) && std::isnormal(below[j]) && above[j] > 0.0 && below[j] > 0.0;
-        if (!normal) out[j] = static_cast<float>(logRatio(above[j], below[j]));
+        if (!normal) {
+            out[j] = static_cast<float>(logRatio(above[j], below[j]));
+        }
     }
 }
 

@@ -26,24 +26,34 @@ CLUTTER_KERNEL void selectMembers(const float* __restrict evidence,
 
 CLUTTER_KERNEL void selectOnes(const std::uint8_t* __restrict states, float* __restrict out,
                                int n) {
-    for (int g = 0; g < n; ++g) out[g] = states[g] == kEcho ? 1.0f : 0.0f;
+    for (int g = 0; g < n; ++g) {
+        out[g] = states[g] == kEcho ? 1.0f : 0.0f;
+    }
 }
 
 /* sums[g] = padded[g] + ... + padded[g + width - 1] */
 CLUTTER_KERNEL void sumAlong(const float* __restrict padded, int width, float* __restrict sums,
                              int n) {
-    for (int g = 0; g < n; ++g) sums[g] = padded[g];
+    for (int g = 0; g < n; ++g) {
+        sums[g] = padded[g];
+    }
     for (int d = 1; d < width; ++d) {
-        for (int g = 0; g < n; ++g) sums[g] += padded[g + d];
+        for (int g = 0; g < n; ++g) {
+            sums[g] += padded[g + d];
+        }
     }
 }
 
 CLUTTER_KERNEL void addRow(const float* __restrict row, float* __restrict sums, int n) {
-    for (int g = 0; g < n; ++g) sums[g] += row[g];
+    for (int g = 0; g < n; ++g) {
+        sums[g] += row[g];
+    }
 }
 
 CLUTTER_KERNEL void divide(const float* __restrict counts, float* __restrict sums, int n) {
-    for (int g = 0; g < n; ++g) sums[g] = counts[g] > 0.0f ? sums[g] / counts[g] : 0.0f;
+    for (int g = 0; g < n; ++g) {
+        sums[g] = counts[g] > 0.0f ? sums[g] / counts[g] : 0.0f;
+    }
 }
 
 }  // namespace
@@ -58,7 +68,9 @@ Neighbourhood::Neighbourhood(int gates, dsp::Window window, int kinds)
     const auto n = static_cast<std::size_t>(gates);
     for (RaySums& ray : rays_) {
         ray.counts.resize(n);
-        for (int kind = 0; kind < kinds; ++kind) ray.sums[kind].resize(n);
+        for (int kind = 0; kind < kinds; ++kind) {
+            ray.sums[kind].resize(n);
+        }
     }
 }
 
@@ -71,7 +83,9 @@ void Neighbourhood::enter(int logicalRay, const EvidenceRow* row, const std::uin
     RaySums& ray = slot(logicalRay);
     if (states == nullptr) {
         std::fill(ray.counts.begin(), ray.counts.end(), 0.0f);
-        for (auto& sums : ray.sums) std::fill(sums.begin(), sums.end(), 0.0f);
+        for (auto& sums : ray.sums) {
+            std::fill(sums.begin(), sums.end(), 0.0f);
+        }
         return;
     }
     float* const members = padded_.data() + window_.gates / 2;

@@ -104,7 +104,9 @@ MembershipSet::MembershipSet(const std::string& directory, unsigned inputs, int 
     : inputs_(inputs), classes_(classes) {
     const std::string path = checkedDirectory(directory);
     for (int i = 0; i < fuzzy::kInputCount; ++i) {
-        if ((inputs & (1u << i)) == 0) continue;
+        if ((inputs & (1u << i)) == 0) {
+            continue;
+        }
         functions_[static_cast<std::size_t>(i)] = readFunctions(path, i, classes);
     }
 }
@@ -123,7 +125,9 @@ fuzzy::RuleBase MembershipSet::rules(unsigned inputs, int classes) const {
     }
     std::vector<fuzzy::InputCells> cells;
     for (int i = 0; i < fuzzy::kInputCount; ++i) {
-        if ((inputs & (1u << i)) != 0) cells.push_back({i, input(i).cells});
+        if ((inputs & (1u << i)) != 0) {
+            cells.push_back({i, input(i).cells});
+        }
     }
     auto quick = classes == 2 ? fuzzy::QuickVerdict::make(std::move(cells)) : nullptr;
     return fuzzy::RuleBase(std::move(rules), std::move(quick));

@@ -26,7 +26,9 @@ class Refusal : public std::exception {
 
 /* Throws CLUTTER_INVALID_ARGUMENT unless a condition holds. */
 inline void require(bool condition, const char* otherwise) {
-    if (!condition) throw Refusal(CLUTTER_INVALID_ARGUMENT, otherwise);
+    if (!condition) {
+        throw Refusal(CLUTTER_INVALID_ARGUMENT, otherwise);
+    }
 }
 
 }  // namespace clutter::classifier

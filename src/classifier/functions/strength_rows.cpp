@@ -32,7 +32,9 @@ std::optional<StrengthRows> StrengthRows::make(const fuzzy::Table& clutter,
     }
     StrengthRows made;
     made.thresholds_ = clutter.thresholds();
-    if (!made.grid_.fit(made.thresholds_, kCells)) return std::nullopt;
+    if (!made.grid_.fit(made.thresholds_, kCells)) {
+        return std::nullopt;
+    }
     for (int cell = 0; cell < kCells; ++cell) {
         const auto at = std::upper_bound(made.thresholds_.begin(), made.thresholds_.end(),
                                          made.grid_.lowEnd(cell));
@@ -62,7 +64,9 @@ void StrengthRows::multiply(const float* x, bool leaveOutNan, double* clutter,
     for (int j = 0; j < n; ++j) {
         float value = x[j];
         std::size_t at = first[found[j]];
-        while (value >= thresholds[at]) ++at;
+        while (value >= thresholds[at]) {
+            ++at;
+        }
         at = value == value ? at : ofNan;
         value = value > -kMaxFloat ? value : -kMaxFloat;  // slopes are 0 there, also for NaN
         value = value < kMaxFloat ? value : kMaxFloat;

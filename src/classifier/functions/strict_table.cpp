@@ -40,8 +40,12 @@ class Numbers {
     /* False at the end of the file. */
     bool next(double& value) {
         const auto token = tokens_.next();
-        if (!token) return false;
-        for (; counted_ != token->data(); ++counted_) line_ += *counted_ == '\n' ? 1 : 0;
+        if (!token) {
+            return false;
+        }
+        for (; counted_ != token->data(); ++counted_) {
+            line_ += *counted_ == '\n' ? 1 : 0;
+        }
         const std::string_view digits = token->substr((*token)[0] == '+' ? 1 : 0);
         const auto [end, error] =
             std::from_chars(digits.data(), digits.data() + digits.size(), value);
@@ -66,7 +70,9 @@ class Numbers {
 fuzzy::Points readStrictTable(const std::string& path) {
     std::string problem;
     const auto bytes = base::readRegularFile(path.c_str(), &problem);
-    if (!bytes) throw Refusal(CLUTTER_NOT_READ, path + ": " + problem);
+    if (!bytes) {
+        throw Refusal(CLUTTER_NOT_READ, path + ": " + problem);
+    }
     Numbers numbers(path, {reinterpret_cast<const char*>(bytes->data()), bytes->size()});
     fuzzy::Points points;
     for (double x = 0.0; numbers.next(x);) {
@@ -74,12 +80,18 @@ fuzzy::Points readStrictTable(const std::string& path) {
         if (!points.x.empty() && x < points.x.back()) {
             refuse(path, numbers.line(), "the abscissa is below the one before");
         }
-        if (!numbers.next(y)) refuse(path, numbers.line(), "an abscissa without a degree");
-        if (y < 0.0) refuse(path, numbers.line(), "the degree is negative");
+        if (!numbers.next(y)) {
+            refuse(path, numbers.line(), "an abscissa without a degree");
+        }
+        if (y < 0.0) {
+            refuse(path, numbers.line(), "the degree is negative");
+        }
         points.x.push_back(x);
         points.y.push_back(y);
     }
-    if (points.x.empty()) throw Refusal(CLUTTER_MALFORMED, path + ": holds no points");
+    if (points.x.empty()) {
+        throw Refusal(CLUTTER_MALFORMED, path + ": holds no points");
+    }
     return points;
 }
 

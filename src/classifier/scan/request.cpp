@@ -22,10 +22,14 @@ constexpr int kMaxWindow = 4095;
 template <class Struct>
 Struct checkedCopy(const Struct* given, const char* name) {
     const std::string text(name);
-    if (given == nullptr) throw Refusal(CLUTTER_INVALID_ARGUMENT, text + " is null");
+    if (given == nullptr) {
+        throw Refusal(CLUTTER_INVALID_ARGUMENT, text + " is null");
+    }
     std::size_t size = 0;
     std::memcpy(&size, given, sizeof size);
-    if (size < sizeof(Struct)) throw Refusal(CLUTTER_INVALID_ARGUMENT, text + ".size is not set");
+    if (size < sizeof(Struct)) {
+        throw Refusal(CLUTTER_INVALID_ARGUMENT, text + ".size is not set");
+    }
     const auto* bytes = reinterpret_cast<const unsigned char*>(given);
     if (std::any_of(bytes + sizeof(Struct), bytes + size, [](unsigned char b) { return b != 0; })) {
         throw Refusal(CLUTTER_INVALID_ARGUMENT, text + " has members that are not known here");
@@ -34,7 +38,9 @@ Struct checkedCopy(const Struct* given, const char* name) {
 }
 
 std::ptrdiff_t checkedStride(std::ptrdiff_t stride, const Request& request) {
-    if (stride == 0) return request.gates;
+    if (stride == 0) {
+        return request.gates;
+    }
     require(stride >= request.gates, "a stride is smaller than a ray");
     if (stride > kMaxElements / request.rays) {
         throw Refusal(CLUTTER_TOO_LARGE, "a stride is too large");
@@ -43,7 +49,9 @@ std::ptrdiff_t checkedStride(std::ptrdiff_t stride, const Request& request) {
 }
 
 FieldView checkedField(const clutter_field& field, const Request& request) {
-    if (field.values == nullptr) return {};
+    if (field.values == nullptr) {
+        return {};
+    }
     require(field.type == CLUTTER_FLOAT || field.type == CLUTTER_DOUBLE,
             "the type of a field is not known");
     return {field.values, checkedStride(field.stride, request), field.type == CLUTTER_DOUBLE};
@@ -78,7 +86,9 @@ void takeNoise(const clutter_scan& scan, Request& request) {
     }
     require(!std::isnan(scan.min_snr_db), "min_snr_db is not a number");
     request.noiseTest.minSnrDb = static_cast<float>(scan.min_snr_db);
-    if (request.snr.values != nullptr) return;
+    if (request.snr.values != nullptr) {
+        return;
+    }
     require(request.fields[fuzzy::kFieldZhh].values != nullptr,
             "noise needs zhh, snr or a mask of its own");
     require(scan.gate_spacing_m > 0.0 && std::isfinite(scan.gate_spacing_m),
@@ -93,7 +103,9 @@ unsigned availableInputs(const MembershipSet& set, const Request& request) {
     unsigned available = 0;
     for (int i = 0; i < fuzzy::kInputCount; ++i) {
         const bool given = request.fields[fuzzy::kInputs[i].field].values != nullptr;
-        if (given && (set.inputs() & (1u << i)) != 0) available |= 1u << i;
+        if (given && (set.inputs() & (1u << i)) != 0) {
+            available |= 1u << i;
+        }
     }
     return available;
 }
@@ -104,7 +116,9 @@ void takeInputs(const MembershipSet& set, std::uint32_t wanted, Request& request
         require((wanted & ~static_cast<std::uint32_t>(CLUTTER_ALL_INPUTS)) == 0,
                 "inputs has bits that are not inputs");
         for (int i = 0; i < fuzzy::kInputCount; ++i) {
-            if ((wanted & ~request.inputs & (1u << i)) == 0) continue;
+            if ((wanted & ~request.inputs & (1u << i)) == 0) {
+                continue;
+            }
             const bool read = (set.inputs() & (1u << i)) != 0;
             throw Refusal(CLUTTER_INVALID_ARGUMENT, std::string("input ") + fuzzy::kInputs[i].name +
                                                         (read ? ": its field is not given"
@@ -127,7 +141,9 @@ void takeWindows(const clutter_options& options, Request& request) {
                 "the texture's window is not odd, or of one gate only");
     }
     const dsp::Window neighbourhood = {options.neighbourhood_gates, options.neighbourhood_rays};
-    if (neighbourhood.gates == 0 && neighbourhood.rays == 0) return;
+    if (neighbourhood.gates == 0 && neighbourhood.rays == 0) {
+        return;
+    }
     require(isOdd(neighbourhood.gates) && isOdd(neighbourhood.rays) &&
                 neighbourhood.gates <= CLUTTER_MAX_NEIGHBOURHOOD &&
                 neighbourhood.rays <= CLUTTER_MAX_NEIGHBOURHOOD,
@@ -140,7 +156,9 @@ void takeWindows(const clutter_options& options, Request& request) {
 Request checkedRequest(const MembershipSet& set, const clutter_scan* scan,
                        const clutter_options* options) {
     clutter_options chosen = {};
-    if (options != nullptr) chosen = checkedCopy(options, "options");
+    if (options != nullptr) {
+        chosen = checkedCopy(options, "options");
+    }
     const clutter_scan given = checkedCopy(scan, "scan");
     Request request;
     takeSizes(given, request);

@@ -15,7 +15,9 @@ namespace {
 
 CLUTTER_KERNEL void packStates(const float* __restrict classes, std::uint8_t* __restrict states,
                                int n) {
-    for (int g = 0; g < n; ++g) states[g] = classes[g] == driver::kNoiseClass ? kNoise : kEcho;
+    for (int g = 0; g < n; ++g) {
+        states[g] = classes[g] == driver::kNoiseClass ? kNoise : kEcho;
+    }
 }
 
 CLUTTER_KERNEL void unpackStates(const std::uint8_t* __restrict states, float* __restrict classes,
@@ -26,13 +28,17 @@ CLUTTER_KERNEL void unpackStates(const std::uint8_t* __restrict states, float* _
 }
 
 void markNotMeasured(const float* values, std::uint8_t* states, int n) {
-    for (int g = 0; g < n; ++g) states[g] = values[g] == values[g] ? states[g] : kNotMeasured;
+    for (int g = 0; g < n; ++g) {
+        states[g] = values[g] == values[g] ? states[g] : kNotMeasured;
+    }
 }
 
 /* Gate g of measured gets 1 where a value is given. */
 void markMeasured(const float* values, std::vector<std::uint8_t>& measured) {
     for (std::size_t g = 0; g < measured.size(); ++g) {
-        if (values[g] == values[g]) measured[g] = 1;
+        if (values[g] == values[g]) {
+            measured[g] = 1;
+        }
     }
 }
 
@@ -40,13 +46,17 @@ void markMeasured(const float* values, std::vector<std::uint8_t>& measured) {
 
 FieldRows::FieldRows(const FieldView& field, const Request& request)
     : field_(field), rays_(request.rays) {
-    if (field_.isDouble) narrowed_.resize(static_cast<std::size_t>(request.gates));
+    if (field_.isDouble) {
+        narrowed_.resize(static_cast<std::size_t>(request.gates));
+    }
 }
 
 const float* FieldRows::row(int ray) {
     ray = std::min(ray, rays_ - 1);
     const std::ptrdiff_t at = ray * field_.stride;
-    if (!field_.isDouble) return static_cast<const float*>(field_.values) + at;
+    if (!field_.isDouble) {
+        return static_cast<const float*>(field_.values) + at;
+    }
     if (ray != held_) {
         driver::narrow(static_cast<const double*>(field_.values) + at, narrowed_.data(),
                        static_cast<int>(narrowed_.size()));
@@ -57,13 +67,17 @@ const float* FieldRows::row(int ray) {
 
 ScanRows::ScanRows(const Request& request) : snr_(request.snr, request) {
     rows_.reserve(request.fields.size());
-    for (const FieldView& field : request.fields) rows_.emplace_back(field, request);
+    for (const FieldView& field : request.fields) {
+        rows_.emplace_back(field, request);
+    }
 }
 
 driver::ScanFields ScanRows::fields() {
     driver::ScanFields fields = {};
     for (std::size_t f = 0; f < fields.size(); ++f) {
-        if (rows_[f].present()) fields[f] = &rows_[f];
+        if (rows_[f].present()) {
+            fields[f] = &rows_[f];
+        }
     }
     return fields;
 }
@@ -73,7 +87,9 @@ GateStates::GateStates(const Request& request, ScanRows& rows)
       states_(base::cellCount(shape_.ngates, shape_.nrays), std::uint8_t{kNoise}),
       row_(static_cast<std::size_t>(shape_.ngates)) {
     findNoise(request, rows);
-    if (request.nanIsNotMeasured) findNotMeasured(request, rows);
+    if (request.nanIsNotMeasured) {
+        findNotMeasured(request, rows);
+    }
 }
 
 void GateStates::findNoise(const Request& request, ScanRows& rows) {
@@ -115,12 +131,16 @@ void GateStates::findNotMeasured(const Request& request, ScanRows& rows) {
     for (int r = 0; r < request.rays; ++r) {
         std::fill(measured.begin(), measured.end(), std::uint8_t{0});
         for (int i = 0; i < fuzzy::kInputCount; ++i) {
-            if ((request.inputs & (1u << i)) == 0) continue;
+            if ((request.inputs & (1u << i)) == 0) {
+                continue;
+            }
             markMeasured(rows.field(fuzzy::kInputs[i].field).row(r), measured);
         }
         std::uint8_t* states = statesOf(r);
         for (std::size_t g = 0; g < measured.size(); ++g) {
-            if (measured[g] == 0) states[g] = kNotMeasured;
+            if (measured[g] == 0) {
+                states[g] = kNotMeasured;
+            }
         }
     }
 }

@@ -18,7 +18,9 @@ constexpr int kSlopeReach = 3;  // gates on each side of the slope's gate
 std::vector<double> powersOf(const Ray& ray, const double* b) {
     std::vector<double> powers(static_cast<std::size_t>(ray.n), 0.0);
     for (int g = 0; g < ray.n; ++g) {
-        if (ray.isRain(g)) powers[static_cast<std::size_t>(g)] = std::pow(ray.z[g], b[g]);
+        if (ray.isRain(g)) {
+            powers[static_cast<std::size_t>(g)] = std::pow(ray.z[g], b[g]);
+        }
     }
     return powers;
 }
@@ -30,7 +32,9 @@ class Factor {
         : compute_(compute), dphi_(dphi) {}
 
     double at(double b, double alpha) {
-        if (b == b_ && alpha == alpha_) return value_;
+        if (b == b_ && alpha == alpha_) {
+            return value_;
+        }
         b_ = b;
         alpha_ = alpha;
         return value_ = compute_(b, alpha, dphi_);
@@ -49,12 +53,16 @@ void solveProfile(const Ray& ray, const CoefficientArrays& c, double* ah) {
     };
     double total = 0.0;
     for (int g = 0; g < ray.n; ++g) {
-        if (ray.isRain(g)) total += term(g);
+        if (ray.isRain(g)) {
+            total += term(g);
+        }
     }
     Factor factor(profileFactor, ray.dphi);
     double beyond = 0.0;
     for (int g = ray.n - 1; g >= 0; --g) {
-        if (!ray.isRain(g)) continue;
+        if (!ray.isRain(g)) {
+            continue;
+        }
         beyond += term(g);
         const double rise = factor.at(c.b[g], c.alpha[g]) - 1.0;
         ah[g] = powers[static_cast<std::size_t>(g)] * rise / (total + rise * beyond);
@@ -67,14 +75,18 @@ double solveFinalValue(const Ray& ray, const CoefficientArrays& c, double* ah) {
     Factor factor(finalFactor, ray.dphi);
     double beyond = 0.0;
     for (int g = ray.n - 1; g >= 0; --g) {
-        if (!ray.isRain(g)) continue;
+        if (!ray.isRain(g)) {
+            continue;
+        }
         const double power = powers[static_cast<std::size_t>(g)];
         beyond += kTwoWayNepers * c.b[g] * power * ray.dr;
         ah[g] = c.a[g] * power / (factor.at(c.b[g], c.alpha[g]) + c.a[g] * beyond);
     }
     double sum = 0.0, last = 0.0;
     for (int g = 0; g < ray.n; ++g) {
-        if (!ray.isRain(g)) continue;
+        if (!ray.isRain(g)) {
+            continue;
+        }
         sum += kTwoWayNepers * c.a[g] * c.b[g] * powers[static_cast<std::size_t>(g)] * ray.dr;
         last = factor.at(c.b[g], c.alpha[g]);
     }
@@ -84,7 +96,9 @@ double solveFinalValue(const Ray& ray, const CoefficientArrays& c, double* ah) {
 void solveForward(const Ray& ray, const CoefficientArrays& c, double* ah) {
     double sum = 0.0;
     for (int g = 0; g < ray.n; ++g) {
-        if (!ray.isRain(g)) continue;
+        if (!ray.isRain(g)) {
+            continue;
+        }
         const double power = std::pow(ray.z[g], c.b[g]);
         sum += kTwoWayNepers * c.b[g] * c.a[g] * power * ray.dr;
         ah[g] = c.a[g] * power / (1.0 - sum);
@@ -95,7 +109,9 @@ void followPhaseSlope(const Ray& ray, const CoefficientArrays& c, double* ah) {
     int run = 0;
     for (int last = 0; last < ray.n; ++last) {
         run = ray.isRain(last) ? run + 1 : 0;
-        if (run < 2 * kSlopeReach + 1) continue;
+        if (run < 2 * kSlopeReach + 1) {
+            continue;
+        }
         const int g = last - kSlopeReach;
         const double rise = ray.phidp[g + kSlopeReach] - ray.phidp[g - kSlopeReach];
         const double slope = c.alpha[g] * rise / (2.0 * ray.dr * (2 * kSlopeReach));
@@ -116,10 +132,18 @@ double finalFactor(double b, double alpha, double dphi) {
 void computeAttenuation(const Ray& ray, const CoefficientArrays& coefficients, int method,
                         double* ah, double& constraintSum) {
     std::fill(ah, ah + ray.n, 0.0);
-    if (method == kProfile) solveProfile(ray, coefficients, ah);
-    if (method == kFinalValue) constraintSum = solveFinalValue(ray, coefficients, ah);
-    if (method == kForward) solveForward(ray, coefficients, ah);
-    if (method == kPhaseSlope) followPhaseSlope(ray, coefficients, ah);
+    if (method == kProfile) {
+        solveProfile(ray, coefficients, ah);
+    }
+    if (method == kFinalValue) {
+        constraintSum = solveFinalValue(ray, coefficients, ah);
+    }
+    if (method == kForward) {
+        solveForward(ray, coefficients, ah);
+    }
+    if (method == kPhaseSlope) {
+        followPhaseSlope(ray, coefficients, ah);
+    }
 }
 
 }  // namespace clutter::corrections

@@ -27,7 +27,9 @@ class ExactCosts {
         double sum = 0.0;
         long long count = 0;
         for (int g = 0; g < search_.ray.n; ++g) {
-            if (!search_.ray.isRain(g)) continue;
+            if (!search_.ray.isRain(g)) {
+                continue;
+            }
             sum += std::fabs(out.rebuilt[g] - search_.ray.phidp[g]);
             ++count;
         }
@@ -41,11 +43,15 @@ class ExactCosts {
 
 /* The first of the candidates (ascending) whose exact cost is the smallest. */
 int pickBest(const Search& search, const Trials& trials, const std::vector<int>& candidates) {
-    if (candidates.size() == 1) return candidates[0];
+    if (candidates.size() == 1) {
+        return candidates[0];
+    }
     ExactCosts costs(search);
     int best = candidates[0];
     double bestCost = costs.of(trials.at(best));
-    if (best == 0 && std::isnan(bestCost)) return 0;  // no cost is below NaN
+    if (best == 0 && std::isnan(bestCost)) {
+        return 0;  // no cost is below NaN
+    }
     for (std::size_t k = 1; k < candidates.size(); ++k) {
         const double cost = costs.of(trials.at(candidates[k]));
         if (cost < bestCost || std::isnan(bestCost)) {
@@ -76,8 +82,12 @@ void evaluateTrial(const Search& search, const Coefficients& trial, const Evalua
 }
 
 int findBestTrial(const Search& search, const Trials& trials) {
-    if (trials.count() == 1 || everyCostIsUndefined(search)) return 0;
-    if (canScreen(search, trials)) return pickBest(search, trials, screenTrials(search, trials));
+    if (trials.count() == 1 || everyCostIsUndefined(search)) {
+        return 0;
+    }
+    if (canScreen(search, trials)) {
+        return pickBest(search, trials, screenTrials(search, trials));
+    }
     std::vector<int> all(trials.alpha.size());
     std::iota(all.begin(), all.end(), 0);
     return pickBest(search, trials, all);

@@ -106,7 +106,9 @@ class RayCorrector {
             const bool changed = corrected && mask_[gate] == 0.0;
             dbz[g] = changed ? toDecibels(z_[gate]) : thereAndBack(dbz[g]);
         }
-        for (int g = path; g < n_; ++g) dbz[g] = thereAndBack(dbz[g]) + pia;
+        for (int g = path; g < n_; ++g) {
+            dbz[g] = thereAndBack(dbz[g]) + pia;
+        }
     }
 
     void storeDiagnostics(std::ptrdiff_t at, double rise, double pia) {

@@ -25,12 +25,16 @@ std::optional<FarEnd> averageFarEnd(const double* z, const double* zdr, const do
     FarEnd sum{0.0, 0.0};
     int count = 0;
     for (int g = n - 1; g >= 0 && count < kFarGates; --g) {
-        if (!(mask[g] == 0.0)) continue;
+        if (!(mask[g] == 0.0)) {
+            continue;
+        }
         sum.z += z[g];
         sum.zdr += zdr[g];
         ++count;
     }
-    if (count < kFarGates) return std::nullopt;
+    if (count < kFarGates) {
+        return std::nullopt;
+    }
     return FarEnd{sum.z / kFarGates, sum.zdr / kFarGates};
 }
 
@@ -45,7 +49,9 @@ double fitGamma(double path, double alpha, double measured, double target) {
     double gamma = kFirstGamma, previous = 1e9;
     for (long long step = 0; step < kMaxSteps; ++step) {
         const double difference = 2.0 * gamma / alpha * path + measured - target;
-        if (!(std::fabs(difference) < std::fabs(previous)) || !(gamma > 0.0)) break;
+        if (!(std::fabs(difference) < std::fabs(previous)) || !(gamma > 0.0)) {
+            break;
+        }
         gamma += difference <= 0.0 ? kGammaStep : -kGammaStep;
         previous = difference;
     }
@@ -57,13 +63,21 @@ double fitGamma(double path, double alpha, double measured, double target) {
 int Cradarpro::Adp_optimal(const double* z, const double* zdr, const double* ah, int n, double dr,
                            double alphaOpt, double dphi, const double* mask, double* zdrcorr,
                            double& gamma, double& pida) {
-    if (!(dphi > kMinPhaseRiseDeg)) return 0;
+    if (!(dphi > kMinPhaseRiseDeg)) {
+        return 0;
+    }
     const auto farEnd = averageFarEnd(z, zdr, mask, n);
-    if (!farEnd) return 0;
+    if (!farEnd) {
+        return 0;
+    }
     double path = 0.0;
-    for (int g = 0; g < n; ++g) path += ah[g] * dr;
+    for (int g = 0; g < n; ++g) {
+        path += ah[g] * dr;
+    }
     const double fitted = fitGamma(path, alphaOpt, farEnd->zdr, intrinsicZdr(farEnd->z));
-    if (fitted <= 0.0) return 0;
+    if (fitted <= 0.0) {
+        return 0;
+    }
 
     gamma = fitted;
     double attenuation = 0.0;

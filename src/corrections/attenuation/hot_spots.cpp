@@ -23,18 +23,26 @@ static_assert(1 + (kMaxRecorded - 1) * kRecordStride + kRecordValues <= kSpotVal
 
 int Cradarpro::findHotSpot(const double* phidp, const double* z, const double* rhohv,
                            const double* mask, double dr, int n, double* flag, double* spots) {
-    if (n > 0) std::fill(flag, flag + n, 0.0);
+    if (n > 0) {
+        std::fill(flag, flag + n, 0.0);
+    }
     std::fill(spots, spots + kSpotValues, 0.0);
     const auto isHot = [&](int g) {
         return mask[g] == 0.0 && rhohv[g] >= kMinCorrelation && 10.0 * std::log10(z[g]) >= kMinDbz;
     };
     int count = 0;
     for (int g = 0; g < n; ++g) {
-        if (!isHot(g)) continue;
+        if (!isHot(g)) {
+            continue;
+        }
         const int first = g;
-        while (g + 1 < n && isHot(g + 1)) ++g;
+        while (g + 1 < n && isHot(g + 1)) {
+            ++g;
+        }
         const double rise = phidp[g] - phidp[first];
-        if (!((g - first) * dr > kMinLengthKm) || !(rise > kMinPhaseRiseDeg)) continue;
+        if (!((g - first) * dr > kMinLengthKm) || !(rise > kMinPhaseRiseDeg)) {
+            continue;
+        }
         if (count < kMaxRecorded) {
             double* spot = spots + 1 + static_cast<std::ptrdiff_t>(count) * kRecordStride;
             const double record[kRecordValues] = {static_cast<double>(first),

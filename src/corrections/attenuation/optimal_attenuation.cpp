@@ -53,14 +53,18 @@ constexpr Algorithm kAlgorithms[] = {
 
 const Algorithm* findAlgorithm(int number) {
     for (const Algorithm& algorithm : kAlgorithms) {
-        if (algorithm.number == number) return &algorithm;
+        if (algorithm.number == number) {
+            return &algorithm;
+        }
     }
     return nullptr;
 }
 
 double meanOfRun(const double* values) {
     double sum = 0.0;
-    for (int k = 0; k < kRunGates; ++k) sum += values[k];
+    for (int k = 0; k < kRunGates; ++k) {
+        sum += values[k];
+    }
     return sum / kRunGates;
 }
 
@@ -69,7 +73,9 @@ std::optional<double> phaseAtStart(const double* phidp, const double* mask, int 
     int run = 0;
     for (int g = 0; g < n - 1; ++g) {
         run = mask[g] == 0.0 ? run + 1 : 0;
-        if (run == kRunGates) return meanOfRun(phidp + g + 1 - kRunGates);
+        if (run == kRunGates) {
+            return meanOfRun(phidp + g + 1 - kRunGates);
+        }
     }
     return std::nullopt;
 }
@@ -79,7 +85,9 @@ std::optional<double> phaseAtEnd(const double* phidp, const double* mask, int n)
     int run = 0;
     for (int g = n - 1; g >= 2; --g) {
         run = mask[g] == 0.0 ? run + 1 : 0;
-        if (run == kRunGates) return meanOfRun(phidp + g);
+        if (run == kRunGates) {
+            return meanOfRun(phidp + g);
+        }
     }
     return std::nullopt;
 }
@@ -92,7 +100,9 @@ Trials drawTrials(const Algorithm* algorithm, bool selected) {
     Trials trials{std::vector<double>(count), std::vector<double>(count),
                   std::vector<double>(count)};
     Range alpha = algorithm ? algorithm->alpha : kNominalAlpha;
-    if (selected && searches) alpha.max = kSelectedAlphaMax;
+    if (selected && searches) {
+        alpha.max = kSelectedAlphaMax;
+    }
     const auto draw = [](std::vector<double>& values, Range range) {
         clutter::dsp::fillUniform(values.data(), static_cast<int>(values.size()), range.min,
                                   range.max);
@@ -109,7 +119,9 @@ double correctReflectivity(const Ray& ray, const double* ah, double* zcorr) {
     double pia = 0.0;
     for (int g = 0; g < ray.n; ++g) {
         pia += 2.0 * ah[g] * ray.dr;
-        if (ray.isRain(g)) zcorr[g] = std::pow(10.0, (10.0 * std::log10(ray.z[g]) + pia) / 10.0);
+        if (ray.isRain(g)) {
+            zcorr[g] = std::pow(10.0, (10.0 * std::log10(ray.z[g]) + pia) / 10.0);
+        }
     }
     return pia;
 }
@@ -124,7 +136,9 @@ int Cradarpro::algs_attcor(int alg, int ntrials, double& alpha, double& a, doubl
     b = kNominal.b;
     method = kNoMethod;
     const Algorithm* algorithm = findAlgorithm(alg);
-    if (algorithm == nullptr) return method;
+    if (algorithm == nullptr) {
+        return method;
+    }
     amin = algorithm->a.min;
     amax = algorithm->a.max;
     bmin = algorithm->b.min;
@@ -140,18 +154,24 @@ int Cradarpro::Ah_optimal(const double* phidp, const double* z, int n, double dr
                           const double* mask, double* ah, double* zcorr, double* phidpRebuilt,
                           double* alpha, double* a, double* b, double& dphi, double& pia, int alg,
                           const double* select, double dphiMin) {
-    if (alg == kDisabled) return -1;
+    if (alg == kDisabled) {
+        return -1;
+    }
     double phi0 = 0.0;
     if (alg == kForwardNominal) {
         dphi = dphiMin + 1.0;
     } else {
         const auto start = phaseAtStart(phidp, mask, n);
         const auto end = start ? phaseAtEnd(phidp, mask, n) : std::nullopt;
-        if (!end) return 0;
+        if (!end) {
+            return 0;
+        }
         phi0 = *start;
         dphi = *end - phi0;
     }
-    if (!(dphi > dphiMin)) return 0;
+    if (!(dphi > dphiMin)) {
+        return 0;
+    }
 
     const Algorithm* algorithm = findAlgorithm(alg);
     const int method = algorithm ? algorithm->method : kNoMethod;

@@ -67,7 +67,9 @@ inline void walkGates(const double* powers, const Gates& gates, const Terms* ter
 }  // namespace
 
 CLUTTER_KERNEL void approximatePowers(const double* x, double* __restrict powers, int n) {
-    for (int j = 0; j < n; ++j) powers[j] = powerOfTwo(x[j]);
+    for (int j = 0; j < n; ++j) {
+        powers[j] = powerOfTwo(x[j]);
+    }
 }
 
 CLUTTER_KERNEL void raiseGates(const Gates& gates, const Terms* terms, int from, int to,
@@ -77,7 +79,9 @@ CLUTTER_KERNEL void raiseGates(const Gates& gates, const Terms* terms, int from,
     for (int g = from; g < to; ++g) {
         const Terms& t = terms[index(kind[g])];
         double* row = powers + static_cast<std::ptrdiff_t>(g) * kLanes;
-        for (int l = 0; l < kLanes; ++l) row[l] = powerOfTwo(t.exponent[l] * log2z[g]);
+        for (int l = 0; l < kLanes; ++l) {
+            row[l] = powerOfTwo(t.exponent[l] * log2z[g]);
+        }
     }
 }
 
@@ -85,11 +89,15 @@ CLUTTER_KERNEL void sumGates(const double* powers, const Gates& gates, const Ter
                              double* __restrict total) {
     const GateKind* kind = gates.kind.data();
     const int n = gates.count();
-    for (int l = 0; l < kLanes; ++l) total[l] = 0.0;
+    for (int l = 0; l < kLanes; ++l) {
+        total[l] = 0.0;
+    }
     for (int g = 0; g < n; ++g) {
         const Terms& t = terms[index(kind[g])];
         const double* row = powers + static_cast<std::ptrdiff_t>(g) * kLanes;
-        for (int l = 0; l < kLanes; ++l) total[l] += t.weight[l] * row[l];
+        for (int l = 0; l < kLanes; ++l) {
+            total[l] += t.weight[l] * row[l];
+        }
     }
 }
 

@@ -60,7 +60,9 @@ bool within(double value, double min, double max) {
 Gates packGates(const Search& search) {
     Gates gates;
     for (int g = 0; g < search.ray.n; ++g) {
-        if (!search.ray.isRain(g)) continue;
+        if (!search.ray.isRain(g)) {
+            continue;
+        }
         gates.log2z.push_back(std::log2(search.ray.z[g]));
         gates.phase.push_back(search.ray.phidp[g] - search.phi0);
         gates.kind.push_back(search.isTried(g) ? GateKind::kVaried : GateKind::kFixed);
@@ -167,7 +169,9 @@ void Screen::sharePowers() {
     powerError_ = 0.0;
     const Coefficients trial = trials_.at(0);
     for (int g = 0; g < search_.ray.n; ++g) {
-        if (!search_.ray.isRain(g)) continue;
+        if (!search_.ray.isRain(g)) {
+            continue;
+        }
         const double b = search_.isTried(g) ? trial.b : kNominal.b;
         gates_.sharedPowers.push_back(std::pow(search_.ray.z[g], b));
     }
@@ -184,7 +188,9 @@ void Screen::sharePowers() {
 void Screen::setTerms(Terms& terms, int lane, const Coefficients& c) const {
     terms.exponent[lane] = c.b;
     terms.weight[lane] = kTwoWayNepers * c.b * search_.ray.dr;
-    if (isForward()) terms.weight[lane] *= c.a;
+    if (isForward()) {
+        terms.weight[lane] *= c.a;
+    }
 }
 
 /* Completes the terms of a lane, some of which need the total, and its sigma. */
@@ -225,7 +231,9 @@ void Screen::startGroup(int first) {
     std::fill(sigma_, sigma_ + kLanes, 0.0);
     for (int lane = 0; lane < kLanes; ++lane) {
         finishTerms(tried(), lane, trialOf(first, lane));
-        if (search_.select != nullptr) finishTerms(nominal(), lane, kNominal);
+        if (search_.select != nullptr) {
+            finishTerms(nominal(), lane, kNominal);
+        }
     }
     walk_ = Walk{};
     std::fill(walk_.nearest, walk_.nearest + kLanes, kInfinity);
@@ -235,7 +243,9 @@ void Screen::startGroup(int first) {
 /* The forward solution needs no total: the powers of a dropped group's remaining gates are never
  * computed. */
 void Screen::raiseOnDemand(int from, int to) {
-    if (isForward()) raiseGates(gates_, terms_, from, to, powers_.data());
+    if (isForward()) {
+        raiseGates(gates_, terms_, from, to, powers_.data());
+    }
 }
 
 /* Bound of the error of a lane's cost up to the gate; infinite where unknown. */
@@ -243,7 +253,9 @@ double Screen::errorOf(int lane) const {
     const double d = powerError_ + rounding_;
     const double sigma =
         isForward() ? 4.0 * d * (1.0 + walk_.before[lane] / walk_.nearest[lane]) : sigma_[lane];
-    if (!(sigma < kMaxSigma)) return kInfinity;
+    if (!(sigma < kMaxSigma)) {
+        return kInfinity;
+    }
     const double reach = isForward() ? walk_.reach[lane] : walk_.phase[lane];
     return (sigma + 2.0 * rounding_) * reach + 2.0 * rounding_ * (costOf(lane) + reach + maxPhase_);
 }
@@ -253,7 +265,9 @@ bool Screen::anyCanWin() {
     bool any = false;
     for (int lane = 0; lane < kLanes; ++lane) {
         const double floor = costOf(lane) - errorOf(lane);
-        if (floor > floor_[lane]) floor_[lane] = floor;
+        if (floor > floor_[lane]) {
+            floor_[lane] = floor;
+        }
         any = any || !(floor_[lane] > bound_);
     }
     return any;
@@ -269,7 +283,9 @@ void Screen::record(int first, bool finished) {
         // Trial 0 wins if its cost is NaN, which only a finite bound rules out.
         const bool unknown = trial == 0 && !std::isfinite(cost + error);
         lowest_[static_cast<std::size_t>(trial)] = unknown ? -kInfinity : floor_[lane];
-        if (cost + error < bound_) bound_ = cost + error;
+        if (cost + error < bound_) {
+            bound_ = cost + error;
+        }
     }
 }
 
@@ -295,12 +311,16 @@ std::vector<int> Screen::candidates() {
     walkGroup(firstGroup * kLanes);
     for (int offset = 0; offset < kStride; ++offset) {
         for (int k = offset; k < groups; k += kStride) {
-            if (k != firstGroup) walkGroup(k * kLanes);
+            if (k != firstGroup) {
+                walkGroup(k * kLanes);
+            }
         }
     }
     std::vector<int> found;
     for (int i = 0; i < trials_.count(); ++i) {
-        if (!(lowest_[static_cast<std::size_t>(i)] > bound_)) found.push_back(i);
+        if (!(lowest_[static_cast<std::size_t>(i)] > bound_)) {
+            found.push_back(i);
+        }
     }
     return found;
 }
@@ -310,25 +330,37 @@ std::vector<int> Screen::candidates() {
 bool everyCostIsUndefined(const Search& search) {
     bool any = false;
     for (int g = 0; g < search.ray.n; ++g) {
-        if (!search.ray.isRain(g)) continue;
+        if (!search.ray.isRain(g)) {
+            continue;
+        }
         any = true;
         const double z = search.ray.z[g];
-        if (!std::isfinite(search.ray.phidp[g]) || !(z >= 0.0) || std::isinf(z)) return true;
+        if (!std::isfinite(search.ray.phidp[g]) || !(z >= 0.0) || std::isinf(z)) {
+            return true;
+        }
     }
     return !any;
 }
 
 bool canScreen(const Search& search, const Trials& trials) {
     const Ray& ray = search.ray;
-    if (search.method < kProfile || search.method > kForward) return false;
+    if (search.method < kProfile || search.method > kForward) {
+        return false;
+    }
     if (!within(ray.dr, kMinSpacingKm, kMaxSpacingKm) || !within(ray.dphi, 0.0, kMaxPhaseDeg) ||
         !within(search.phi0, -kMaxPhaseDeg, kMaxPhaseDeg)) {
         return false;
     }
     for (int g = 0; g < ray.n; ++g) {
-        if (!ray.isRain(g)) continue;
-        if (!within(ray.z[g], kMinZ, kMaxZ)) return false;
-        if (!within(ray.phidp[g], -kMaxPhaseDeg, kMaxPhaseDeg)) return false;
+        if (!ray.isRain(g)) {
+            continue;
+        }
+        if (!within(ray.z[g], kMinZ, kMaxZ)) {
+            return false;
+        }
+        if (!within(ray.phidp[g], -kMaxPhaseDeg, kMaxPhaseDeg)) {
+            return false;
+        }
     }
     for (int i = 0; i < trials.count(); ++i) {
         const Coefficients c = trials.at(i);

@@ -76,40 +76,64 @@ std::unique_ptr<unsigned int[]> timesOf(const float* cells, std::size_t rows) {
 }  // namespace
 
 void CDSP::SaveArrayOnFile(float* x, int n, char* path) {
-    if (x == nullptr && n > 0) return;
+    if (x == nullptr && n > 0) {
+        return;
+    }
     const File file = openFile(path, "a+t");
-    if (!file) return;
+    if (!file) {
+        return;
+    }
     TextWriter out(file.get());
-    for (int i = 0; i < n; ++i) out.fixed(static_cast<double>(x[i]), kDecimalsOfColumn).text("\n");
+    for (int i = 0; i < n; ++i) {
+        out.fixed(static_cast<double>(x[i]), kDecimalsOfColumn).text("\n");
+    }
 }
 
 void CDSP::SaveDataToFile(char* path, unsigned int* times, float* data, int nrows, int ncols,
                           int mode, int precision) {
-    if (nrows < 1 || ncols < 1 || isNoPath(path) || data == nullptr) return;
+    if (nrows < 1 || ncols < 1 || isNoPath(path) || data == nullptr) {
+        return;
+    }
     const File file = openFile(path, mode == kOverwrite ? "wt" : "a+t");
-    if (!file) return;
+    if (!file) {
+        return;
+    }
     TextWriter out(file.get());
     for (int row = 0; row < nrows; ++row) {
-        if (times != nullptr) writeTime(times[row], out);
+        if (times != nullptr) {
+            writeTime(times[row], out);
+        }
         const float* values = data + static_cast<std::ptrdiff_t>(row) * ncols;
-        for (int column = 0; column < ncols; ++column) writeValue(values[column], precision, out);
+        for (int column = 0; column < ncols; ++column) {
+            writeValue(values[column], precision, out);
+        }
         out.text("\n");
     }
 }
 
 void CDSP::savedata2binary(char* path, float* x, int n, int mode) {
-    if (n < 1 || x == nullptr || isNoPath(path)) return;
+    if (n < 1 || x == nullptr || isNoPath(path)) {
+        return;
+    }
     const File file = openFile(path, mode == kOverwrite ? "wb" : "a+b");
-    if (file) std::fwrite(x, sizeof(float), static_cast<std::size_t>(n), file.get());
+    if (file) {
+        std::fwrite(x, sizeof(float), static_cast<std::size_t>(n), file.get());
+    }
 }
 
 int CDSP::OnReadASCIIDataFile(char* path, float** data, int& nrows, int& ncols, float nanValue) {
-    if (data == nullptr) return -1;
+    if (data == nullptr) {
+        return -1;
+    }
     const auto bytes = clutter::base::readTextFile(path);
-    if (!bytes) return -1;
+    if (!bytes) {
+        return -1;
+    }
     const std::string_view text = clutter::dsp::textOf(*bytes);
     const TableShape shape = clutter::dsp::measureMatrix(text);
-    if (!shape.fitsInts()) return -1;
+    if (!shape.fitsInts()) {
+        return -1;
+    }
     adopt(*data, clutter::dsp::unpackMatrix(text, shape, nanValue));
     nrows = static_cast<int>(shape.rows);
     ncols = static_cast<int>(shape.columns);
@@ -118,12 +142,18 @@ int CDSP::OnReadASCIIDataFile(char* path, float** data, int& nrows, int& ncols, 
 
 void CDSP::LoadDataFromFile(char* path, unsigned int** times, float** data, int& nrows, int& ncols,
                             float nanValue) {
-    if (times == nullptr || data == nullptr) return;
+    if (times == nullptr || data == nullptr) {
+        return;
+    }
     float* read = nullptr;
     int rows = 0, columns = 0;
-    if (OnReadASCIIDataFile(path, &read, rows, columns, nanValue) != 1) return;
+    if (OnReadASCIIDataFile(path, &read, rows, columns, nanValue) != 1) {
+        return;
+    }
     const std::unique_ptr<float[]> cells(read);
-    if (columns < kTimeColumns) rows = columns = 0;
+    if (columns < kTimeColumns) {
+        rows = columns = 0;
+    }
     nrows = rows;
     ncols = std::max(columns - kTimeColumns, 0);
     const std::size_t kept = clutter::base::cellCount(ncols, nrows);

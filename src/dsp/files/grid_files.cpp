@@ -38,13 +38,17 @@ struct GridHeader {
 
 /* The value after a key; no result when another key, or the end, comes first. */
 std::optional<std::string_view> valueOf(std::string_view key, TokenReader& tokens) {
-    if (tokens.next() != key) return std::nullopt;
+    if (tokens.next() != key) {
+        return std::nullopt;
+    }
     return tokens.next();
 }
 
 std::optional<std::string_view> noDataText(TokenReader& tokens) {
     const auto key = tokens.next();
-    if (key != "nodata_value" && key != "NODATA_value") return std::nullopt;
+    if (key != "nodata_value" && key != "NODATA_value") {
+        return std::nullopt;
+    }
     return tokens.next();
 }
 
@@ -55,7 +59,9 @@ std::optional<GridHeader> parseHeader(TokenReader& tokens) {
     const auto yll = xll ? valueOf("yllcorner", tokens) : std::nullopt;
     const auto cellsize = yll ? valueOf("cellsize", tokens) : std::nullopt;
     const auto nodata = cellsize ? noDataText(tokens) : std::nullopt;
-    if (!nodata) return std::nullopt;
+    if (!nodata) {
+        return std::nullopt;
+    }
     using clutter::base::parseInteger;
     using clutter::base::parseNumber;
     return GridHeader{parseInteger(*ncols), parseInteger(*nrows),   parseNumber(*xll),
@@ -64,8 +70,12 @@ std::optional<GridHeader> parseHeader(TokenReader& tokens) {
 
 bool isPossible(const GridHeader& header, std::size_t fileBytes) {
     constexpr long long kMax = std::numeric_limits<int>::max();
-    if (header.ncols < 0 || header.nrows < 0) return false;
-    if (header.ncols > kMax || header.nrows > kMax) return false;
+    if (header.ncols < 0 || header.nrows < 0) {
+        return false;
+    }
+    if (header.ncols > kMax || header.nrows > kMax) {
+        return false;
+    }
     const auto cells =
         static_cast<std::size_t>(header.ncols) * static_cast<std::size_t>(header.nrows);
     return clutter::base::mayDeclare(cells, fileBytes);
@@ -77,7 +87,9 @@ std::unique_ptr<float[]> unpackGrid(TokenReader& tokens, std::size_t nrows, std:
     for (std::size_t line = 0; line < nrows; ++line) {
         for (std::size_t column = 0; column < ncols; ++column) {
             const auto token = tokens.next();
-            if (!token) return cells;
+            if (!token) {
+                return cells;
+            }
             cells[nrows - line - 1 + nrows * column] =
                 clutter::base::roundToFloat(clutter::base::parseNumber(*token));
         }
@@ -102,9 +114,13 @@ void CDSP::SaveDataToGISformat(char* path, float* data, int nrows, int ncols, in
                                int c0, int c1, float xll, float yll, float cellsize, char* nodata,
                                int rowMajor) {
     const GridCut cut{std::max(r0, 0), std::min(r1, nrows), std::max(c0, 0), std::min(c1, ncols)};
-    if (cut.empty() || data == nullptr) return;
+    if (cut.empty() || data == nullptr) {
+        return;
+    }
     const File file = clutter::base::openFile(path, "wt");
-    if (!file) return;
+    if (!file) {
+        return;
+    }
     TextWriter out(file.get());
     out.text("ncols\t\t").integer(cut.c1 - cut.c0).text("\n");
     out.text("nrows\t\t").integer(cut.r1 - cut.r0).text("\n");
@@ -125,12 +141,18 @@ void CDSP::SaveDataToGISformat(char* path, float* data, int nrows, int ncols, in
 
 int CDSP::ReadDataFromGISformat(char* path, float** data, int& nrows, int& ncols, float& xll,
                                 float& yll, float& cellsize, char* nodata) {
-    if (data == nullptr) return 0;
+    if (data == nullptr) {
+        return 0;
+    }
     const auto bytes = clutter::base::readTextFile(path);
-    if (!bytes) return 0;
+    if (!bytes) {
+        return 0;
+    }
     TokenReader tokens(clutter::dsp::textOf(*bytes));
     const auto header = parseHeader(tokens);
-    if (!header || !isPossible(*header, bytes->size())) return 0;
+    if (!header || !isPossible(*header, bytes->size())) {
+        return 0;
+    }
     clutter::base::adopt(*data, unpackGrid(tokens, static_cast<std::size_t>(header->nrows),
                                            static_cast<std::size_t>(header->ncols)));
     nrows = static_cast<int>(header->nrows);

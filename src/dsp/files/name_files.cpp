@@ -23,7 +23,9 @@ constexpr std::size_t kMaxNames = std::size_t{1} << 20;
 
 std::size_t countUpTo(std::size_t limit, std::string_view text) {
     std::size_t count = 0;
-    for (TokenReader tokens(text); count < limit && tokens.next();) ++count;
+    for (TokenReader tokens(text); count < limit && tokens.next();) {
+        ++count;
+    }
     return count;
 }
 
@@ -41,22 +43,32 @@ std::unique_ptr<char[]> slotsOf(std::string_view text, std::size_t count) {
 }  // namespace
 
 int CDSP::OnReadFNames(char* path, char** names, int& count) {
-    if (names == nullptr) return 0;
+    if (names == nullptr) {
+        return 0;
+    }
     const auto bytes = clutter::base::readTextFile(path);
-    if (!bytes) return 0;
+    if (!bytes) {
+        return 0;
+    }
     const std::string_view text = clutter::dsp::textOf(*bytes);
     const std::size_t found = countUpTo(kMaxNames + 1, text);
-    if (found > kMaxNames) return 0;
+    if (found > kMaxNames) {
+        return 0;
+    }
     clutter::base::adopt(*names, slotsOf(text, found));
     count = static_cast<int>(found);
     return 1;
 }
 
 int CDSP::getfnameonly(char* path, char* name) {
-    if (path == nullptr || name == nullptr) return 0;
+    if (path == nullptr || name == nullptr) {
+        return 0;
+    }
     // Only the backslash separates directories: a slash belongs to the name.
     const char* separator = std::strrchr(path, '\\');
-    if (separator == nullptr) return 0;
+    if (separator == nullptr) {
+        return 0;
+    }
     const bool fits = std::strlen(separator) < kNameBytes;
     clutter::base::copyText(name, kNameBytes, fits ? separator + 1 : " ");
     return fits ? 1 : 0;

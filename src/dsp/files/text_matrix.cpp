@@ -20,7 +20,9 @@ constexpr int kDecimalsOfNan = 6;
 
 std::size_t countTokens(std::string_view text) {
     std::size_t count = 0;
-    for (TokenReader tokens(text); tokens.next();) ++count;
+    for (TokenReader tokens(text); tokens.next();) {
+        ++count;
+    }
     return count;
 }
 
@@ -33,7 +35,9 @@ bool TableShape::fitsInts() const {
 
 TableShape measureMatrix(std::string_view text) {
     const std::size_t total = countTokens(text);
-    if (total == 0) return {};
+    if (total == 0) {
+        return {};
+    }
     const std::size_t inFirstLine = countTokens(text.substr(0, text.find_first_of("\r\n")));
     const std::size_t columns = inFirstLine == 0 ? 1 : inFirstLine;
     return {total / columns, columns};

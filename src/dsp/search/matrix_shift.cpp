@@ -25,7 +25,9 @@ void shiftRow(const float* in, float* out, std::int64_t n, std::int64_t shift) {
 }  // namespace
 
 bool shiftMatrix(const float* in, float* out, MatrixShape shape, Shift shift) {
-    if (shift.rows > shape.rows || shift.columns > shape.columns) return false;
+    if (shift.rows > shape.rows || shift.columns > shape.columns) {
+        return false;
+    }
     const std::int64_t rowShift = shift.rows;
     for (int i = 0; i < shape.rows; ++i) {
         // In place, a row is overwritten only after it has been moved.
@@ -52,7 +54,9 @@ std::vector<float> ShiftSearch::score(const float* current, const float* previou
             // An even window reaches one row and column past the grid's side: the flat index
             // counts while it is within the grid.
             const std::int64_t cell = r * side + c;
-            if (cell >= cells) break;
+            if (cell >= cells) {
+                break;
+            }
             // A refused shift keeps the matrix of the previous one.
             (void)shiftMatrix(previous, shifted.data(), shape,
                               {static_cast<int>(r) - half(), static_cast<int>(c) - half()});

@@ -10,24 +10,34 @@
 namespace clutter::dsp {
 
 NearestValue::NearestValue(const float* x, int n) {
-    if (n < 1 || std::isnan(x[0])) return;
+    if (n < 1 || std::isnan(x[0])) {
+        return;
+    }
     for (int i = 0; i < n; ++i) {
-        if (std::isfinite(x[i])) sorted_.push_back({static_cast<double>(x[i]), i});
+        if (std::isfinite(x[i])) {
+            sorted_.push_back({static_cast<double>(x[i]), i});
+        }
     }
     std::stable_sort(sorted_.begin(), sorted_.end(),
                      [](const Entry& a, const Entry& b) { return a.value < b.value; });
     const auto same = [](const Entry& a, const Entry& b) { return a.value == b.value; };
     sorted_.erase(std::unique(sorted_.begin(), sorted_.end(), same), sorted_.end());
-    if (!sorted_.empty()) divide();
+    if (!sorted_.empty()) {
+        divide();
+    }
 }
 
 void NearestValue::divide() {
     lowest_ = sorted_.front().value;
     const double span = sorted_.back().value - lowest_;
-    if (span > 0.0) bucketsPerUnit_ = static_cast<double>(sorted_.size()) / span;
+    if (span > 0.0) {
+        bucketsPerUnit_ = static_cast<double>(sorted_.size()) / span;
+    }
     // The greatest value has a bucket of its own.
     start_.assign(sorted_.size() + 2, sorted_.size());
-    for (std::size_t i = sorted_.size(); i-- > 0;) start_[bucketOf(sorted_[i].value)] = i;
+    for (std::size_t i = sorted_.size(); i-- > 0;) {
+        start_[bucketOf(sorted_[i].value)] = i;
+    }
     for (std::size_t b = start_.size() - 1; b-- > 0;) {
         start_[b] = std::min(start_[b], start_[b + 1]);
     }
@@ -68,11 +78,17 @@ int NearestValue::firstOfEquals(std::size_t best, double target) const {
 
 int NearestValue::indexOf(float target) const {
     // All values are equally far from an infinite target or NaN: element 0 is found.
-    if (sorted_.empty() || !std::isfinite(target)) return 0;
+    if (sorted_.empty() || !std::isfinite(target)) {
+        return 0;
+    }
     const auto wanted = static_cast<double>(target);
     const std::size_t above = lowerBound(wanted);
-    if (above == 0) return firstOfEquals(0, wanted);
-    if (above == sorted_.size()) return firstOfEquals(above - 1, wanted);
+    if (above == 0) {
+        return firstOfEquals(0, wanted);
+    }
+    if (above == sorted_.size()) {
+        return firstOfEquals(above - 1, wanted);
+    }
     const bool below = wanted - sorted_[above - 1].value <= sorted_[above].value - wanted;
     return firstOfEquals(below ? above - 1 : above, wanted);
 }

@@ -26,7 +26,9 @@ void PairSums::add(double a, double b) {
 }
 
 double PairSums::correlation() const {
-    if (count == 0) return 0.0;
+    if (count == 0) {
+        return 0.0;
+    }
     return (count * xy - x * y) / std::sqrt(count * xx - x * x) / std::sqrt(count * yy - y * y);
 }
 
@@ -35,7 +37,9 @@ PairSums sumPairs(const float* x, const float* y, int n, double threshold, bool 
     for (int i = 0; i < n; ++i) {
         const double a = x[i];
         const double b = y[i];
-        if (!(a >= threshold)) continue;
+        if (!(a >= threshold)) {
+            continue;
+        }
         if (logarithms) {
             sums.add(logarithm(a), logarithm(b));
         } else {

@@ -12,7 +12,9 @@ namespace clutter::dsp {
 template <class T>
 T sumOfProducts(const T* a, const T* b, std::int64_t n) {
     T sum = 0;
-    for (std::int64_t i = 0; i < n; ++i) sum += a[i] * b[i];
+    for (std::int64_t i = 0; i < n; ++i) {
+        sum += a[i] * b[i];
+    }
     return sum;
 }
 

@@ -11,7 +11,9 @@ template <class T, class Better>
 int findBest(const T* x, int from, int to, Better better) {
     int best = from;
     for (int i = from + 1; i < to; ++i) {
-        if (better(x[i], x[best])) best = i;
+        if (better(x[i], x[best])) {
+            best = i;
+        }
     }
     return best;
 }
@@ -23,7 +25,9 @@ int findNearest(const T* x, int n, Distance distance) {
     auto least = distance(x[0]);
     for (int i = 1; i < n; ++i) {
         const auto candidate = distance(x[i]);
-        if (!(candidate < least)) continue;
+        if (!(candidate < least)) {
+            continue;
+        }
         least = candidate;
         nearest = i;
     }

@@ -29,14 +29,18 @@ constexpr int kMaxShiftWindow = 46340;  // its square is still an int
 
 template <class T, class Better>
 void findExtreme(const T* x, int n, int from, int to, Better better, T& extreme, int& index) {
-    if (x == nullptr || from < 0 || to <= from || to > n) return;
+    if (x == nullptr || from < 0 || to <= from || to > n) {
+        return;
+    }
     index = clutter::dsp::findBest(x, from, to, better);
     extreme = x[index];
 }
 
 template <class T, class Distance>
 void findNearestElement(const T* x, int n, Distance distance, T& value, int& index) {
-    if (x == nullptr || n < 1) return;
+    if (x == nullptr || n < 1) {
+        return;
+    }
     index = clutter::dsp::findNearest(x, n, distance);
     value = x[index];
 }
@@ -64,7 +68,9 @@ void CDSP::GetMin(float* x, int n, int from, int to, float& min, int& index) {
 }
 
 void CDSP::GetMax(float* x, int n, int from, int to, float& max, int& index) {
-    if (x == nullptr || from < 0 || from >= n || to < from) return;
+    if (x == nullptr || from < 0 || from >= n || to < from) {
+        return;
+    }
     index = clutter::dsp::findBest(x, from, to > n ? from : to, std::greater<>());
     max = x[index];
 }
@@ -72,7 +78,9 @@ void CDSP::GetMax(float* x, int n, int from, int to, float& max, int& index) {
 void CDSP::findmaxmin(float* m, int nrows, int ncols, int& rowMax, int& colMax, int& rowMin,
                       int& colMin) {
     rowMax = colMax = rowMin = colMin = 0;
-    if (m == nullptr || nrows < 1 || ncols < 1) return;
+    if (m == nullptr || nrows < 1 || ncols < 1) {
+        return;
+    }
     float max = m[0];
     float min = m[0];
     for (int col = 0; col < ncols; ++col) {
@@ -118,12 +126,16 @@ float CDSP::xcorr(float* a, float* b, int n) {
 }
 
 float CDSP::corr(float* a, float* b, int n) {
-    if (a == nullptr || b == nullptr) n = 0;  // NaN, as for arrays without values
+    if (a == nullptr || b == nullptr) {
+        n = 0;  // NaN, as for arrays without values
+    }
     float meanA = 0.0f, meanB = 0.0f, deviationA = 0.0f, deviationB = 0.0f;
     GetMeanStd(a, n, meanA, deviationA);
     GetMeanStd(b, n, meanB, deviationB);
     float sum = 0.0f;
-    for (int i = 0; i < n; ++i) sum += (a[i] - meanA) * (b[i] - meanB);
+    for (int i = 0; i < n; ++i) {
+        sum += (a[i] - meanA) * (b[i] - meanB);
+    }
     return sum / static_cast<float>(n) / (deviationA * deviationB);
 }
 
@@ -131,7 +143,9 @@ double CDSP::correlation(float* x, float* y, int& n, double& sx, double& sy, dou
                          double& syy, double& sxy, double threshold, int linear) {
     const bool given = x != nullptr && y != nullptr && n > 0;
     PairSums sums;
-    if (given) sums = clutter::dsp::sumPairs(x, y, n, threshold, linear == 0);
+    if (given) {
+        sums = clutter::dsp::sumPairs(x, y, n, threshold, linear == 0);
+    }
     n = sums.count;
     sx = sums.x;
     sy = sums.y;
@@ -143,7 +157,9 @@ double CDSP::correlation(float* x, float* y, int& n, double& sx, double& sy, dou
 
 void CDSP::farpod(float* first, float* second, int& n, float threshold, int& both, int& secondOnly,
                   int& firstOnly, int& neither, double& scoreA, double& scoreB) {
-    if (first == nullptr || second == nullptr || n < 0) n = 0;
+    if (first == nullptr || second == nullptr || n < 0) {
+        n = 0;
+    }
     const Contingency counts = clutter::dsp::countEvents(first, second, n, threshold);
     both = counts.both;
     secondOnly = counts.secondOnly;
@@ -156,14 +172,20 @@ void CDSP::farpod(float* first, float* second, int& n, float threshold, int& bot
 }
 
 void CDSP::ShiftMtx(float* in, float* out, int ncols, int nrows, int rowShift, int colShift) {
-    if (in == nullptr || out == nullptr || ncols < 1 || nrows < 1) return;
+    if (in == nullptr || out == nullptr || ncols < 1 || nrows < 1) {
+        return;
+    }
     (void)clutter::dsp::shiftMatrix(in, out, MatrixShape{nrows, ncols}, Shift{rowShift, colShift});
 }
 
 void CDSP::MatrixPrediction(float* current, float* previous, float* predicted, int ncols, int nrows,
                             int window, int& rowShift, int& colShift, int step) {
-    if (current == nullptr || previous == nullptr || predicted == nullptr) return;
-    if (ncols < 1 || nrows < 1 || step < 1 || window < 1 || window > kMaxShiftWindow) return;
+    if (current == nullptr || previous == nullptr || predicted == nullptr) {
+        return;
+    }
+    if (ncols < 1 || nrows < 1 || step < 1 || window < 1 || window > kMaxShiftWindow) {
+        return;
+    }
     const ShiftSearch search{window, step};
     std::vector<float> scores = search.score(current, previous, MatrixShape{nrows, ncols});
     const int cells = window * window;
@@ -176,12 +198,16 @@ void CDSP::MatrixPrediction(float* current, float* previous, float* predicted, i
 }
 
 void CDSP::interp(double* x, double* y, int n, double* xi, double* yi, int ni) {
-    if (x == nullptr || y == nullptr || xi == nullptr || yi == nullptr || n < 1) return;
+    if (x == nullptr || y == nullptr || xi == nullptr || yi == nullptr || n < 1) {
+        return;
+    }
     clutter::dsp::interpolateLinear(x, y, n, xi, yi, ni);
 }
 
 void CDSP::Sort(float* in, float* out, int* index, int n) {
-    if (in == nullptr || out == nullptr || index == nullptr) return;
+    if (in == nullptr || out == nullptr || index == nullptr) {
+        return;
+    }
     clutter::dsp::sortByExchange(in, out, index, n);
 }
 

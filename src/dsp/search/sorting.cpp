@@ -20,13 +20,17 @@ class CountTree {
     explicit CountTree(std::size_t n) : nodes_(n + 1, 0) {}
 
     void add(std::size_t cell, std::uint32_t count) {
-        for (std::size_t i = cell + 1; i < nodes_.size(); i += i & (~i + 1)) nodes_[i] += count;
+        for (std::size_t i = cell + 1; i < nodes_.size(); i += i & (~i + 1)) {
+            nodes_[i] += count;
+        }
     }
 
     /* Counts before a cell. */
     std::uint32_t before(std::size_t cell) const {
         std::uint32_t sum = 0;
-        for (std::size_t i = cell; i > 0; i &= i - 1) sum += nodes_[i];
+        for (std::size_t i = cell; i > 0; i &= i - 1) {
+            sum += nodes_[i];
+        }
         return sum;
     }
 
@@ -75,7 +79,9 @@ bool sameValue(std::uint64_t a, std::uint64_t b) {
 Positions turnQueue(const Positions& group, const Positions& turns) {
     Positions ordered(group.size());
     CountTree free(group.size());
-    for (std::size_t j = 0; j < group.size(); ++j) free.add(j, 1);
+    for (std::size_t j = 0; j < group.size(); ++j) {
+        free.add(j, 1);
+    }
     std::size_t head = 0;
     for (std::size_t j = group.size(); j > 0; --j) {
         head = (head + j - turns[j - 1] % j) % j;
@@ -83,7 +89,9 @@ Positions turnQueue(const Positions& group, const Positions& turns) {
         const std::size_t index = free.find(static_cast<std::uint32_t>(last));
         ordered[index] = group[j - 1];
         free.add(index, ~0u);  // minus one, modulo 2^32
-        if (head > 0) --head;
+        if (head > 0) {
+            --head;
+        }
     }
     return ordered;
 }
@@ -100,18 +108,24 @@ Positions countTurns(const Positions& group, const CountTree& smaller, std::size
 
 void reorderTies(std::vector<std::uint64_t>& keys) {
     const auto equalNeighbours = std::adjacent_find(keys.begin(), keys.end(), sameValue);
-    if (equalNeighbours == keys.end()) return;
+    if (equalNeighbours == keys.end()) {
+        return;
+    }
     CountTree smaller(keys.size());
     for (auto first = keys.begin(); first != keys.end();) {
         const auto end = std::find_if(
             first, keys.end(), [first](std::uint64_t key) { return !sameValue(key, *first); });
         Positions group;
-        for (auto key = first; key != end; ++key) group.push_back(rankOf(*key));
+        for (auto key = first; key != end; ++key) {
+            group.push_back(rankOf(*key));
+        }
         if (group.size() > 1) {
             const Positions ordered = turnQueue(group, countTurns(group, smaller, keys.size()));
             std::copy(ordered.begin(), ordered.end(), first);  // only ranks are read from now on
         }
-        for (const std::uint32_t rank : group) smaller.add(rank, 1);
+        for (const std::uint32_t rank : group) {
+            smaller.add(rank, 1);
+        }
         first = end;
     }
 }
@@ -119,21 +133,29 @@ void reorderTies(std::vector<std::uint64_t>& keys) {
 }  // namespace
 
 void sortByExchange(const float* in, float* out, int* index, int n) {
-    if (n < 1) return;
+    if (n < 1) {
+        return;
+    }
     const std::vector<float> values(in, in + n);
     std::vector<int> indices;  // of elements other than NaN
     std::vector<std::uint64_t> keys;
     for (int i = 0; i < n; ++i) {
         index[i] = i;
         const float value = values[static_cast<std::size_t>(i)];
-        if (value != value) continue;
+        if (value != value) {
+            continue;
+        }
         keys.push_back(sortKey(value, indices.size()));
         indices.push_back(i);
     }
     std::sort(keys.begin(), keys.end());
     reorderTies(keys);
-    for (std::size_t k = 0; k < keys.size(); ++k) index[indices[k]] = indices[rankOf(keys[k])];
-    for (int i = 0; i < n; ++i) out[i] = values[static_cast<std::size_t>(index[i])];
+    for (std::size_t k = 0; k < keys.size(); ++k) {
+        index[indices[k]] = indices[rankOf(keys[k])];
+    }
+    for (int i = 0; i < n; ++i) {
+        out[i] = values[static_cast<std::size_t>(index[i])];
+    }
 }
 
 }  // namespace clutter::dsp

@@ -16,16 +16,22 @@ namespace {
 /* sums[j] += cells[j] * factor */
 CLUTTER_KERNEL void addScaled(const double* cells, double factor, std::int64_t n,
                               double* __restrict sums) {
-    for (std::int64_t j = 0; j < n; ++j) sums[j] += cells[j] * factor;
+    for (std::int64_t j = 0; j < n; ++j) {
+        sums[j] += cells[j] * factor;
+    }
 }
 
 CLUTTER_KERNEL void addScaled(const float* cells, float factor, std::int64_t n,
                               float* __restrict sums) {
-    for (std::int64_t j = 0; j < n; ++j) sums[j] += cells[j] * factor;
+    for (std::int64_t j = 0; j < n; ++j) {
+        sums[j] += cells[j] * factor;
+    }
 }
 
 CLUTTER_KERNEL void add(const float* cells, std::int64_t n, float* __restrict sums) {
-    for (std::int64_t j = 0; j < n; ++j) sums[j] += cells[j];
+    for (std::int64_t j = 0; j < n; ++j) {
+        sums[j] += cells[j];
+    }
 }
 
 CLUTTER_KERNEL void differentiate(const float* x, float divisor, int n, float* __restrict d) {
@@ -46,7 +52,9 @@ std::vector<double> correlateCentred(const double* x, int n, const double* h, in
     for (int k = 0; k < m; ++k) {
         // The last term of an even kernel reaches one element past the profile's end.
         const std::int64_t end = std::min<std::int64_t>(n - half, n + half - k);
-        if (end <= half) break;
+        if (end <= half) {
+            break;
+        }
         addScaled(x + k, h[k], end - half, y.data() + half);
     }
     return y;
@@ -58,7 +66,9 @@ std::vector<float> convolveCentred(const float* x, int n, const float* h, int m)
     for (std::int64_t j = 0; j < m; ++j) {  // y[i] += h[j] x[i + half - j]
         const std::int64_t first = std::max<std::int64_t>(0, j - half);
         const std::int64_t end = std::min<std::int64_t>(n, n + j - half);
-        if (first < end) addScaled(x + first + half - j, h[j], end - first, y.data() + first);
+        if (first < end) {
+            addScaled(x + first + half - j, h[j], end - first, y.data() + first);
+        }
     }
     return y;
 }
@@ -80,8 +90,12 @@ void designLowPass(double* h, double cutOff, int order) {
         h[k + half] = response * window;
     }
     double sum = 0.0;
-    for (std::int64_t k = 0; k <= order; ++k) sum += h[k];
-    for (std::int64_t k = 0; k <= order; ++k) h[k] /= sum;
+    for (std::int64_t k = 0; k <= order; ++k) {
+        sum += h[k];
+    }
+    for (std::int64_t k = 0; k <= order; ++k) {
+        h[k] /= sum;
+    }
 }
 
 std::vector<float> correlateImage(const float* image, MatrixShape shape, const float* kernel,
@@ -90,7 +104,9 @@ std::vector<float> correlateImage(const float* image, MatrixShape shape, const f
     const int centreRow = (std::max(kernelShape.rows, 0) - 1) / 2;
     const int centreColumn = (std::max(kernelShape.columns, 0) - 1) / 2;
     const std::int64_t inner = static_cast<std::int64_t>(shape.columns) - 2LL * centreColumn;
-    if (inner < 1) return result;
+    if (inner < 1) {
+        return result;
+    }
     for (int row = centreRow; row < shape.rows - centreRow; ++row) {
         float* sums = result.data() + shape.offset(row) + centreColumn;
         std::fill_n(sums, inner, 0.0f);
@@ -98,7 +114,9 @@ std::vector<float> correlateImage(const float* image, MatrixShape shape, const f
             for (std::int64_t p = 0; p < kernelShape.columns; ++p) {
                 const std::int64_t from = shape.offset(row - centreRow + q) + p;
                 const std::int64_t n = std::min(inner, shape.cells() - from);
-                if (n < 1) break;
+                if (n < 1) {
+                    break;
+                }
                 addScaled(image + from, kernel[kernelShape.offset(q) + p], n, sums);
             }
         }
@@ -109,7 +127,9 @@ std::vector<float> correlateImage(const float* image, MatrixShape shape, const f
 std::vector<float> boxMean(const float* matrix, MatrixShape shape, int half, float divisor) {
     std::vector<float> result(matrix, matrix + shape.cells());
     const std::int64_t inner = static_cast<std::int64_t>(shape.columns) - 2LL * half;
-    if (inner < 1) return result;
+    if (inner < 1) {
+        return result;
+    }
     for (std::int64_t row = half; row < static_cast<std::int64_t>(shape.rows) - half; ++row) {
         float* means = result.data() + shape.offset(row) + half;
         std::fill_n(means, inner, 0.0f);
@@ -118,7 +138,9 @@ std::vector<float> boxMean(const float* matrix, MatrixShape shape, int half, flo
                 add(matrix + shape.offset(r) + c, inner, means);
             }
         }
-        for (std::int64_t j = 0; j < inner; ++j) means[j] /= divisor;
+        for (std::int64_t j = 0; j < inner; ++j) {
+            means[j] /= divisor;
+        }
     }
     return result;
 }

@@ -23,20 +23,26 @@ constexpr std::int64_t kMaxKernelMembers = 1 << 20;
 /* sums[j] += cells[j] + ... + cells[j + windowGates - 1], one after the other. */
 CLUTTER_KERNEL void addWindow(const float* cells, int windowGates, int n, float* __restrict sums) {
     for (int d = 0; d < windowGates; ++d) {
-        for (int j = 0; j < n; ++j) sums[j] += cells[j + d];
+        for (int j = 0; j < n; ++j) {
+            sums[j] += cells[j + d];
+        }
     }
 }
 
 CLUTTER_KERNEL void addWindow(const double* cells, int windowGates, int n,
                               double* __restrict sums) {
     for (int d = 0; d < windowGates; ++d) {
-        for (int j = 0; j < n; ++j) sums[j] += cells[j + d];
+        for (int j = 0; j < n; ++j) {
+            sums[j] += cells[j + d];
+        }
     }
 }
 
 CLUTTER_KERNEL void divideOrKeep(const float* counts, const float* own, int n,
                                  float* __restrict sums) {
-    for (int j = 0; j < n; ++j) sums[j] = counts[j] != 0.0f ? sums[j] / counts[j] : own[j];
+    for (int j = 0; j < n; ++j) {
+        sums[j] = counts[j] != 0.0f ? sums[j] / counts[j] : own[j];
+    }
 }
 
 /* Sums the windows of gates gate .. gate + n - 1 in ray order. sums has kBlockLanes elements. */
@@ -47,7 +53,9 @@ void sumBlock(const SmoothingRows& rows, std::vector<Cell> SmoothingRow::*cells,
     const int windowGates = static_cast<int>(rows.input().half.windowGates());
     for (std::int64_t k = 0; k < rows.windowRays(); ++k) {
         const SmoothingRow& row = rows.row(k);
-        if (row.any) addWindow((row.*cells).data() + gate, windowGates, n, sums);
+        if (row.any) {
+            addWindow((row.*cells).data() + gate, windowGates, n, sums);
+        }
     }
 }
 
@@ -58,10 +66,14 @@ void visitMembers(const SmoothingRows& rows, int gate, Visit visit) {
     const std::int64_t last = rows.input().shape.ngates - 1;
     for (std::int64_t k = 0; k < rows.windowRays(); ++k) {
         const SmoothingRow& row = rows.row(k);
-        if (!row.any) continue;
+        if (!row.any) {
+            continue;
+        }
         for (std::int64_t d = -halfGates; d <= halfGates; ++d) {
             const std::int64_t member = std::clamp<std::int64_t>(gate + d, 0, last) + rows.pad();
-            if (row.lanes[static_cast<std::size_t>(member)] == 0.0f) continue;
+            if (row.lanes[static_cast<std::size_t>(member)] == 0.0f) {
+                continue;
+            }
             visit(row.values[static_cast<std::size_t>(member)]);
         }
     }
@@ -84,12 +96,16 @@ float plainDecibelMean(const SmoothingRows& rows, int gate, float own) {
     float last = 0.0f;  // neighbours are often equal: fill values, steps of the recording
     double power = 1.0;
     visitMembers(rows, gate, [&](float value) {
-        if (value != last) power = std::pow(10.0, 0.1 * static_cast<double>(value));
+        if (value != last) {
+            power = std::pow(10.0, 0.1 * static_cast<double>(value));
+        }
         last = value;
         sum += power;
         ++count;
     });
-    if (count == 0) return own;
+    if (count == 0) {
+        return own;
+    }
     return static_cast<float>(10.0 * std::log10(sum / static_cast<double>(count)));
 }
 
@@ -117,7 +133,9 @@ void smoothDecibelBlock(const SmoothingRows& rows, int gate, int n, const float*
     const double margin = roundingMargin(rows.input().half.members());
     const bool anyUncertain = decibelsOf(sums, counts, own, margin, means, uncertain, n);
     for (int j = 0; anyUncertain && j < n; ++j) {
-        if (uncertain[j] != 0) means[j] = plainDecibelMean(rows, gate + j, own[j]);
+        if (uncertain[j] != 0) {
+            means[j] = plainDecibelMean(rows, gate + j, own[j]);
+        }
     }
     std::copy_n(means, n, out);
 }
@@ -151,7 +169,9 @@ void smoothByGate(const SmoothingInput& input, float* out, GateSmoother smoothGa
         rows.moveTo(r);
         const float* own = input.values + shape.offset(r);
         float* target = out + shape.offset(r);
-        for (int g = 0; g < shape.ngates; ++g) target[g] = smoothGate(rows, g, own[g]);
+        for (int g = 0; g < shape.ngates; ++g) {
+            target[g] = smoothGate(rows, g, own[g]);
+        }
     }
 }
 

@@ -44,9 +44,13 @@ SmoothingRows::SmoothingRows(const SmoothingInput& input, int pad, PowerKernel p
     for (SmoothingRow& row : rows_) {
         row.values.resize(cells);
         row.lanes.resize(cells);
-        if (powers != nullptr) row.powers.resize(cells);
+        if (powers != nullptr) {
+            row.powers.resize(cells);
+        }
     }
-    if (capacity_ == input.shape.nrays) return;
+    if (capacity_ == input.shape.nrays) {
+        return;
+    }
     const std::ptrdiff_t head = input.shape.offset(input.half.rays);
     headValues_.assign(input.values, input.values + head);
     headMask_.assign(input.mask, input.mask + head);
@@ -64,7 +68,9 @@ void SmoothingRows::prepare(std::int64_t logicalRay) {
         selectUnmasked(values, mask, ngates, row.values.data() + pad_, row.lanes.data() + pad_);
     repeatEdges(row.values, pad_);
     repeatEdges(row.lanes, pad_);
-    if (powers_ == nullptr) return;
+    if (powers_ == nullptr) {
+        return;
+    }
     powers_(row.values.data() + pad_, row.lanes.data() + pad_, row.powers.data() + pad_, ngates);
     repeatEdges(row.powers, pad_);
 }
@@ -73,9 +79,13 @@ void SmoothingRows::moveTo(int ray) {
     const std::int64_t half = input_.half.rays;
     const bool holdsScan = capacity_ == input_.shape.nrays;
     if (holdsScan && ray == 0) {
-        for (std::int64_t r = 0; r < capacity_; ++r) prepare(r);
+        for (std::int64_t r = 0; r < capacity_; ++r) {
+            prepare(r);
+        }
     } else if (!holdsScan) {
-        for (std::int64_t r = ray == 0 ? -half : ray + half; r <= ray + half; ++r) prepare(r);
+        for (std::int64_t r = ray == 0 ? -half : ray + half; r <= ray + half; ++r) {
+            prepare(r);
+        }
     }
     first_ = floorModulo(ray - half, capacity_);
 }

@@ -22,40 +22,54 @@ struct RowBlock {
 };
 
 CLUTTER_KERNEL void markUnmasked(const float* mask, float* lanes, int n) {
-    for (int g = 0; g < n; ++g) lanes[g] = mask[g] == 0.0f ? 1.0f : 0.0f;
+    for (int g = 0; g < n; ++g) {
+        lanes[g] = mask[g] == 0.0f ? 1.0f : 0.0f;
+    }
 }
 
 CLUTTER_KERNEL bool anyUnmasked(const float* lanes, int n) {
     int any = 0;
-    for (int g = 0; g < n; ++g) any |= lanes[g] != 0.0f ? 1 : 0;
+    for (int g = 0; g < n; ++g) {
+        any |= lanes[g] != 0.0f ? 1 : 0;
+    }
     return any != 0;
 }
 
 /* NaN in a masked gate must not reach a sum: select, do not multiply. */
 CLUTTER_KERNEL void selectUnmasked(const float* field, const float* lanes, float* selected, int n) {
-    for (int g = 0; g < n; ++g) selected[g] = lanes[g] != 0.0f ? field[g] : 0.0f;
+    for (int g = 0; g < n; ++g) {
+        selected[g] = lanes[g] != 0.0f ? field[g] : 0.0f;
+    }
 }
 
 /* sums[j] = the window sum of n gates in row order. Also counts members, exactly so in float. */
 CLUTTER_KERNEL void sumWindow(const WindowRows& rows, int windowGates, int windowRays, int gate,
                               int n, float* __restrict sums) {
-    for (int j = 0; j < n; ++j) sums[j] = 0.0f;
+    for (int j = 0; j < n; ++j) {
+        sums[j] = 0.0f;
+    }
     for (int k = 0; k < windowRays; ++k) {
         const float* row = rows.row(k) + gate;
         for (int d = 0; d < windowGates; ++d) {
-            for (int j = 0; j < n; ++j) sums[j] += row[j + d];
+            for (int j = 0; j < n; ++j) {
+                sums[j] += row[j + d];
+            }
         }
     }
 }
 
 CLUTTER_KERNEL void divideAll(float* __restrict sums, const float* __restrict counts, int n) {
-    for (int j = 0; j < n; ++j) sums[j] = sums[j] / counts[j];
+    for (int j = 0; j < n; ++j) {
+        sums[j] = sums[j] / counts[j];
+    }
 }
 
 /* squares[j] = the window sum of squared differences from means[j] over unmasked members. */
 CLUTTER_KERNEL void sumSquares(const RowBlock& block, int gate, int n,
                                const float* __restrict means, float* __restrict squares) {
-    for (int j = 0; j < n; ++j) squares[j] = 0.0f;
+    for (int j = 0; j < n; ++j) {
+        squares[j] = 0.0f;
+    }
     for (int k = 0; k < block.windowRays; ++k) {
         const float* row = block.values.row(k) + gate;
         const float* lane = block.lanes.row(k) + gate;
@@ -92,9 +106,15 @@ CLUTTER_KERNEL void computeFiveByThree(const RowBlock& block, int gate, int n,
     const float* m2 = block.lanes.row(2) + gate;
     for (int j = 0; j < n; ++j) {
         float sum = 0.0f;
-        for (int d = 0; d < 5; ++d) sum += v0[j + d];
-        for (int d = 0; d < 5; ++d) sum += v1[j + d];
-        for (int d = 0; d < 5; ++d) sum += v2[j + d];
+        for (int d = 0; d < 5; ++d) {
+            sum += v0[j + d];
+        }
+        for (int d = 0; d < 5; ++d) {
+            sum += v1[j + d];
+        }
+        for (int d = 0; d < 5; ++d) {
+            sum += v2[j + d];
+        }
         const float mean = sum / counts[j];
         float squares = 0.0f;
         for (int d = 0; d < 5; ++d) {
@@ -156,7 +176,9 @@ void RayRing::moveTo(int ray, Prepare prepare) {
     const int first = holdsScan ? 0 : next ? ray + half : ray - half;
     const int last = holdsScan ? capacity_ - 1 : ray + half;
     if (!holdsScan || ray_ < 0) {
-        for (int r = first; r <= last; ++r) prepare(floorModulo(r, shape_.nrays), r, slot(r));
+        for (int r = first; r <= last; ++r) {
+            prepare(floorModulo(r, shape_.nrays), r, slot(r));
+        }
     }
     ray_ = ray;
 }
@@ -177,7 +199,9 @@ void MaskWindow::moveTo(int ray) {
     lanes_.moveTo(
         ray, [this](int r, int, float* row) { markUnmasked(mask_.row(r), row, shape_.ngates); });
     any_ = anyUnmasked(own(), shape_.ngates);
-    if (!any_) return;
+    if (!any_) {
+        return;
+    }
     const int computed = shape_.ngates - window_.gates + 1;
     for (int g = 0; g < computed; g += kBlockLanes) {
         sumWindow(lanes_.rows(), window_.gates, window_.rays, g,
@@ -192,7 +216,9 @@ void FieldTexture::computeRow(float* out) {
     const int ngates = mask_.shape().ngates;
     const Window window = mask_.window();
     std::fill(out, out + ngates, 0.0f);
-    if (!mask_.any() || ngates < window.gates) return;
+    if (!mask_.any() || ngates < window.gates) {
+        return;
+    }
     selected_.moveTo(mask_.ray(), [this, ngates](int r, int logicalRay, float* row) {
         selectUnmasked(field_.row(r), mask_.lanesOf(logicalRay), row, ngates);
     });
@@ -204,7 +230,9 @@ void FieldTexture::computeRow(float* out) {
     const auto compute = window.gates == 5 && window.rays == 3 ? computeFiveByThree : computeBlock;
     for (int g = 0; g < computed; g += kBlockLanes) {
         const int at = g + half;
-        if (!anyUnmasked(mask_.own() + at, std::min(kBlockLanes, computed - g))) continue;
+        if (!anyUnmasked(mask_.own() + at, std::min(kBlockLanes, computed - g))) {
+            continue;
+        }
         compute(block, g, std::min(kBlockLanes, computed - g), mask_.memberCounts() + at,
                 mask_.own() + at, out + at);
     }

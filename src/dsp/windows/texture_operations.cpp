@@ -29,11 +29,17 @@ void fillRayBorder(float* out, int ngates, int nrays, int half) {
 }  // namespace
 
 int CDSP::GetNxNPointStd(float* in, int ngates, int nrays, float* out, short N) {
-    if (ngates < 1 || nrays < 1 || in == nullptr || out == nullptr) return -1;
-    if (N <= 2 || N % 2 == 0) return -1;
+    if (ngates < 1 || nrays < 1 || in == nullptr || out == nullptr) {
+        return -1;
+    }
+    if (N <= 2 || N % 2 == 0) {
+        return -1;
+    }
     const int half = N / 2;
     std::fill_n(out, cellCount(ngates, nrays), 0.0f);
-    if (ngates < N || nrays < N) return 1;
+    if (ngates < N || nrays < N) {
+        return 1;
+    }
     for (int r = half; r < nrays - half; ++r) {
         const WindowRows rows{in, ngates, nrays, r - half};
         float* row = out + static_cast<std::ptrdiff_t>(r) * ngates;
@@ -46,8 +52,12 @@ int CDSP::GetNxNPointStd(float* in, int ngates, int nrays, float* out, short N) 
 
 int CDSP::GetNxNPointStdWithMask(float* in, float* mask, int ngates, int nrays, float* out,
                                  int wgates, int wrays) {
-    if (ngates < 1 || nrays < 1 || in == nullptr || mask == nullptr || out == nullptr) return -1;
-    if (!clutter::dsp::isTextureWindow({wgates, wrays})) return -1;
+    if (ngates < 1 || nrays < 1 || in == nullptr || mask == nullptr || out == nullptr) {
+        return -1;
+    }
+    if (!clutter::dsp::isTextureWindow({wgates, wrays})) {
+        return -1;
+    }
     const PolarShape shape{ngates, nrays};
     FieldRows values(in, shape);
     FieldRows flags(mask, shape);

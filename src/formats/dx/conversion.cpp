@@ -87,7 +87,9 @@ void fillDisplay(const Description& description, Cpluvek& record) {
 }  // namespace
 
 void CGermanRadar::german2pluvek(Cpluvek* fields) {
-    if (fields == nullptr || loaded == 0) return;
+    if (fields == nullptr || loaded == 0) {
+        return;
+    }
     const int ngates = std::clamp(bins, 0, kDxSlots);
     for (int k = 0; k < kRecords; ++k) {
         fillArrays(*this, ngates, k, fields[k]);

@@ -31,9 +31,13 @@ std::string_view textOf(Bytes bytes) {
 /* The number at the start of digits, after blanks; 0 without a number. */
 int numberOf(Bytes digits) {
     int value = 0;
-    while (!digits.empty() && digits[0] == ' ') digits = digits.subspan(1);
+    while (!digits.empty() && digits[0] == ' ') {
+        digits = digits.subspan(1);
+    }
     for (const unsigned char c : digits) {
-        if (c < '0' || c > '9') break;
+        if (c < '0' || c > '9') {
+            break;
+        }
         value = 10 * value + (c - '0');
     }
     return value;
@@ -45,7 +49,9 @@ struct DxTime {
 
 /* Reads up to the message; false when a token is missing. */
 [[nodiscard]] bool readHeader(ByteCursor& file, DxTime& time) {
-    if (textOf(file.skip(2)) != kDxStart) return false;
+    if (textOf(file.skip(2)) != kDxStart) {
+        return false;
+    }
     time.day = numberOf(file.skip(2));
     time.hour = numberOf(file.skip(2));
     time.minute = numberOf(file.skip(2));
@@ -53,7 +59,9 @@ struct DxTime {
     time.month = numberOf(file.skip(2));
     time.year = numberOf(file.skip(2)) + kDxCentury;
     for (const DxToken& token : kDxTokens) {
-        if (textOf(file.skip(2)) != token.name) return false;
+        if (textOf(file.skip(2)) != token.name) {
+            return false;
+        }
         file.skip(token.bytes);
     }
     return textOf(file.skip(2)) == kDxMessage;
@@ -91,7 +99,9 @@ int countBins(ByteCursor file) {
     int count = 0;
     while (count <= kDxSlots) {
         const BinPair pair = readPair(file);
-        if (file.failed() || pair.value == kDxMarker[0] || pair.kind == kDxMarker[1]) break;
+        if (file.failed() || pair.value == kDxMarker[0] || pair.kind == kDxMarker[1]) {
+            break;
+        }
         count += pair.isRun() ? pair.value : 1;
     }
     return count;
@@ -112,7 +122,9 @@ void decodeBins(ByteCursor& file, int bins, double* out) {
 /* Bytes between the header and the first ray. */
 void skipFiller(ByteCursor& file) {
     for (ByteCursor next = file; next.remaining() > 0; file = next) {
-        if (next.skip(1)[0] != kDxFiller) return;
+        if (next.skip(1)[0] != kDxFiller) {
+            return;
+        }
     }
 }
 
@@ -123,9 +135,13 @@ bool isMarker(ByteCursor& file) {
 
 /* Marker and angles of a ray; false when they are missing. */
 [[nodiscard]] bool readAngles(ByteCursor& file, int r, CGermanRadar& radar) {
-    if (!isMarker(file)) return false;
+    if (!isMarker(file)) {
+        return false;
+    }
     const unsigned azimuth = littleWord(file), elevation = littleWord(file);
-    if (file.failed()) return false;
+    if (file.failed()) {
+        return false;
+    }
     radar.azimuth[r] = azimuth / 10.0;
     radar.elevation[r] = elevation / 10.0;
     return true;
@@ -135,14 +151,20 @@ bool isMarker(ByteCursor& file) {
 [[nodiscard]] bool readRays(ByteCursor& file, CGermanRadar& radar) {
     skipFiller(file);
     for (int r = 0; r < kDxRays; ++r) {
-        if (!readAngles(file, r, radar)) return false;
+        if (!readAngles(file, r, radar)) {
+            return false;
+        }
         if (r == 0) {
             const int bins = countBins(file);
-            if (!isDxBinCount(bins)) return true;
+            if (!isDxBinCount(bins)) {
+                return true;
+            }
             radar.bins = bins;
         }
         decodeBins(file, radar.bins, radar.reflectivity + std::ptrdiff_t{r} * kDxSlots);
-        if (file.failed()) return false;
+        if (file.failed()) {
+            return false;
+        }
     }
     return true;
 }
@@ -170,10 +192,14 @@ CGermanRadar::~CGermanRadar() {}
 int CGermanRadar::readbinaryfile(char* path) {
     loaded = 0;
     const auto bytes = clutter::base::readWholeFile(path);
-    if (!bytes) return 0;
+    if (!bytes) {
+        return 0;
+    }
     ByteCursor file(*bytes);
     DxTime time;
-    if (!readHeader(file, time)) return 0;
+    if (!readHeader(file, time)) {
+        return 0;
+    }
     year = time.year;
     month = time.month;
     day = time.day;

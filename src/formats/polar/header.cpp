@@ -113,10 +113,14 @@ float readElevation(const HeaderWords& words, short product) {
 }  // namespace
 
 int readPolarHeader(base::Bytes file, PolarHeader& header) {
-    if (!hasMagic(file)) return kPolarUnusable;
+    if (!hasMagic(file)) {
+        return kPolarUnusable;
+    }
     const HeaderWords words(file);
     header.product = static_cast<short>(words.number(polar_offset::kProduct));
-    if (fieldsOfProduct(header.product) == 0) return kPolarUnknownProduct;
+    if (fieldsOfProduct(header.product) == 0) {
+        return kPolarUnknownProduct;
+    }
     readTime(words, header);
     readSite(words, header);
     readRadar(words, header);

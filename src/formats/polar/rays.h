@@ -47,7 +47,9 @@ class RayBytes {
     void read(StaleReader& file) {
         const std::size_t held = file.read(bytes_.data(), bytes_.size());
         const std::size_t lastUnit = bytes_.size() - unit_;  // of the ray before
-        for (std::size_t i = held; i < unit_; ++i) bytes_[i] = bytes_[lastUnit + i];
+        for (std::size_t i = held; i < unit_; ++i) {
+            bytes_[i] = bytes_[lastUnit + i];
+        }
         for (std::size_t i = std::max(held, unit_); i < bytes_.size(); ++i) {
             bytes_[i] = bytes_[i - unit_];
         }

@@ -56,7 +56,9 @@ float rayElevationOf(std::uint16_t word) {
 
 void storeAngles(const RayBytes& header, const PolarHeader& scan, int ray, float* angles) {
     angles[1 + ray] = azimuthOf(header.word(1));
-    if (scan.product == kRayElevationProduct) angles[0] = rayElevationOf(header.word(2));
+    if (scan.product == kRayElevationProduct) {
+        angles[0] = rayElevationOf(header.word(2));
+    }
 }
 
 /* --- values --- */
@@ -197,7 +199,9 @@ void readRays(base::Bytes bytes, const PolarHeader& header, int layout, ScanArra
 
 CLUTTER_KERNEL void blankWeak(const float* __restrict snr, float threshold,
                               float* __restrict values, int n) {
-    for (int g = 0; g < n; ++g) values[g] = threshold > snr[g] ? kBlanked : values[g];
+    for (int g = 0; g < n; ++g) {
+        values[g] = threshold > snr[g] ? kBlanked : values[g];
+    }
 }
 
 void correctPhase(Cpluvek* fields) {
@@ -235,10 +239,14 @@ void storeDisplay(Cpluvek& record) {
 
 int CThuPolDaFor::ReadPolarData(char* path, Cpluvek* fields, int layout, int skipcorrection) {
     const auto bytes = base::readWholeFile(path);
-    if (!bytes || fields == nullptr) return kPolarNotOpened;
+    if (!bytes || fields == nullptr) {
+        return kPolarNotOpened;
+    }
     PolarHeader header;
     const int result = readPolarHeader(*bytes, header);
-    if (result != kPolarRead) return result;
+    if (result != kPolarRead) {
+        return result;
+    }
     ScanArrays scan(header);
     readRays(*bytes, header, layout, scan);
     base::adopt(fields[0].angles, std::move(scan.angles));

@@ -57,7 +57,9 @@ void copyHeader(const Cpluvek& from, Cpluvek& to) {
 }
 
 void copyAngles(const Cpluvek& from, Cpluvek& to) {
-    if (from.angles == nullptr) return;
+    if (from.angles == nullptr) {
+        return;
+    }
     const std::size_t count = static_cast<std::size_t>(std::max(from.nrays, 0)) + 1;
     std::unique_ptr<float[]> angles(new float[count]);
     std::copy_n(from.angles, count, angles.get());
@@ -79,8 +81,12 @@ void describe(int field, Cpluvek& record) {
 
 /* Orders the rays of one record; its arrays are replaced. */
 void sortRays(CDSP& dsp, Cpluvek& record) {
-    if (record.data == nullptr || record.angles == nullptr) return;
-    if (record.nrays < 1 || record.ngates < 1) return;
+    if (record.data == nullptr || record.angles == nullptr) {
+        return;
+    }
+    if (record.nrays < 1 || record.ngates < 1) {
+        return;
+    }
     const auto nrays = static_cast<std::size_t>(record.nrays);
     const auto ngates = static_cast<std::size_t>(record.ngates);
     std::vector<float> sorted(nrays);
@@ -109,7 +115,9 @@ void CThuPolDaFor::SetMagicNumber(int flag) {
 }
 
 void CThuPolDaFor::FillingFields(Cpluvek* fields) {
-    if (fields == nullptr) return;
+    if (fields == nullptr) {
+        return;
+    }
     for (int f = 0; f < fields[0].nrecords; ++f) {
         if (f > 0) {
             copyHeader(fields[0], fields[f]);
@@ -121,7 +129,11 @@ void CThuPolDaFor::FillingFields(Cpluvek* fields) {
 }
 
 void CThuPolDaFor::SortPolarDataRays(Cpluvek* fields) {
-    if (fields == nullptr || fields[0].coordtype != 0) return;
+    if (fields == nullptr || fields[0].coordtype != 0) {
+        return;
+    }
     CDSP dsp;
-    for (int f = 0; f < fields[0].nrecords; ++f) sortRays(dsp, fields[f]);
+    for (int f = 0; f < fields[0].nrecords; ++f) {
+        sortRays(dsp, fields[f]);
+    }
 }

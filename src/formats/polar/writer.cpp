@@ -38,7 +38,9 @@ void append(Output& out, Value value) {
 
 bool save(const Output& bytes, const char* path) {
     base::File stream = base::openFile(path, "wb");
-    if (!stream) return false;
+    if (!stream) {
+        return false;
+    }
     std::fwrite(bytes.data(), 1, bytes.size(), stream.get());
     return base::closeChecked(std::move(stream));
 }
@@ -61,9 +63,15 @@ double rangeToTop(double elevation) {
 
 /* Depends only on the number of fields, so that product 2214 is treated as 2211. */
 std::size_t repackedGateBytes(int nfields, int layout) {
-    if (nfields == 5) return 8;
-    if (nfields != 7) return 0;
-    if (layout == 252) return 9;
+    if (nfields == 5) {
+        return 8;
+    }
+    if (nfields != 7) {
+        return 0;
+    }
+    if (layout == 252) {
+        return 9;
+    }
     return layout == 260 || layout == 280 ? 10 : 0;
 }
 
@@ -71,7 +79,9 @@ std::size_t repackedGateBytes(int nfields, int layout) {
 int shortenedGates(const PolarHeader& header) {
     const double elevation = static_cast<double>(header.elevation) + base::kHalfDegreeRad;
     const bool low = !(elevation * 180 / base::kPi > kMinElevationDeg);
-    if (low || header.firstgate != 0 || header.gatesize == 0.0f) return header.ngates;
+    if (low || header.firstgate != 0 || header.gatesize == 0.0f) {
+        return header.ngates;
+    }
     return base::truncateToInt(rangeToTop(elevation) / static_cast<double>(header.gatesize));
 }
 
@@ -186,13 +196,17 @@ void appendRayHeader(const Cpluvek& source, int ray, Output& out) {
 
 template <class Stored>
 void appendNarrowed(const float* values, std::size_t n, Output& out) {
-    for (std::size_t g = 0; g < n; ++g) append(out, base::truncateAndWrap<Stored>(values[g]));
+    for (std::size_t g = 0; g < n; ++g) {
+        append(out, base::truncateAndWrap<Stored>(values[g]));
+    }
 }
 
 void appendFloats(const float* values, std::size_t n, Output& out) {
     const std::size_t at = out.size();
     out.resize(at + n * sizeof *values);
-    if (n > 0) std::memcpy(out.data() + at, values, n * sizeof *values);
+    if (n > 0) {
+        std::memcpy(out.data() + at, values, n * sizeof *values);
+    }
 }
 
 using RowEncoder = void (*)(const float* values, std::size_t n, Output& out);
@@ -243,10 +257,14 @@ void appendLayer(const Cpluvek* layer, std::size_t cells, Output& out) {
 int CThuPolDaFor::PackAgainDataFiles(char* inpath, char* outpath, int layout) {
     const auto file = base::readWholeFile(inpath);
     PolarHeader header;
-    if (!file || readPolarHeader(*file, header) != kPolarRead) return 0;
+    if (!file || readPolarHeader(*file, header) != kPolarRead) {
+        return 0;
+    }
     const std::size_t gateBytes = repackedGateBytes(fieldsOfProduct(header.product), layout);
     const int ngates = shortenedGates(header);
-    if (gateBytes == 0 || ngates >= header.ngates) return 0;
+    if (gateBytes == 0 || ngates >= header.ngates) {
+        return 0;
+    }
     Output out;
     copyShortened(*file, header, ngates, gateBytes, out);
     return save(out, outpath) ? 1 : 0;
@@ -256,7 +274,9 @@ int CThuPolDaFor::WriteSingleParameterData(const char* path, const Cpluvek* valu
                                            const Cpluvek* layer) {
     const SingleParameterProduct* product =
         values != nullptr ? findSingleParameter(values->radarid) : nullptr;
-    if (product == nullptr) return 0;
+    if (product == nullptr) {
+        return 0;
+    }
     HeaderWriter header;
     header.text(magic);
     putConstants(header);

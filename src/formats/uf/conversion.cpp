@@ -61,7 +61,9 @@ float angleOf(short word) {
 /* Number of words of a ray: headers, field headers, then data without gaps. */
 std::size_t wordsOfRay(const Cpluvek* fields, std::size_t nfields, std::size_t ngates) {
     std::size_t words = firstFreePosition(nfields) - 1 + nfields * ngates;
-    for (std::size_t f = 0; f < nfields; ++f) words += fieldHeaderWords(ufNameOf(fields[f].name));
+    for (std::size_t f = 0; f < nfields; ++f) {
+        words += fieldHeaderWords(ufNameOf(fields[f].name));
+    }
     return words;
 }
 
@@ -164,7 +166,9 @@ void fillData(const Cpluvek& field, std::size_t ray, std::size_t ngates, short* 
     const std::size_t from = std::min(held, ray * ngates);
     const std::size_t count = std::min(held - from, ngates);
     const float* values = field.data + from;
-    for (std::size_t g = 0; g < count; ++g) out[g] = wordOf(100.0f * values[g]);
+    for (std::size_t g = 0; g < count; ++g) {
+        out[g] = wordOf(100.0f * values[g]);
+    }
     std::fill(out + count, out + ngates, kMissing);
 }
 
@@ -181,7 +185,9 @@ std::tm localToday() {
  * the first one. A file holds at least one word for every gate of a ray. */
 bool isPlausibleGrid(const Cufray* rays, std::size_t nrays, std::size_t nfields) {
     std::size_t gates = 0;
-    for (std::size_t r = 0; r < nrays; ++r) gates += rays[r].ngates;
+    for (std::size_t r = 0; r < nrays; ++r) {
+        gates += rays[r].ngates;
+    }
     return clutter::base::mayDeclare(nfields * nrays * rays[0].ngates, kWordBytes * gates);
 }
 
@@ -228,11 +234,15 @@ void fillDisplay(const char* ufName, Cpluvek& record) {
 /* Decodes the values of one ray. Missing gates and gates past its end keep their value, and so do
  * all gates for a scale of 0. */
 void decodeRay(const Cufray& ray, std::size_t field, short scale, float* out, std::size_t ngates) {
-    if (ray.data == nullptr || scale == 0) return;
+    if (ray.data == nullptr || scale == 0) {
+        return;
+    }
     const short* words = ray.data + field * ray.ngates;
     const std::size_t count = std::min<std::size_t>(ngates, ray.ngates);
     for (std::size_t g = 0; g < count; ++g) {
-        if (words[g] == ray.missingvalue) continue;
+        if (words[g] == ray.missingvalue) {
+            continue;
+        }
         out[g] = static_cast<float>(words[g]) / static_cast<float>(scale);
     }
 }
@@ -256,14 +266,20 @@ void fillArrays(const Cufray* rays, std::size_t nrays, std::size_t field, Cpluve
 }  // namespace
 
 int Cufrw::pluvek2uf(Cpluvek* fields) {
-    if (fields == nullptr) return 0;
+    if (fields == nullptr) {
+        return 0;
+    }
     deletearrays();
     const Cpluvek& source = fields[0];
     const auto nfields = static_cast<std::size_t>(std::max(source.nrecords, 0));
     const auto ngates = static_cast<std::size_t>(std::max(source.ngates, 0));
     const auto count = static_cast<std::size_t>(std::max(source.nrays, 0));
-    if (nfields > kMaxFields || ngates > UINT16_MAX) return 0;
-    if (wordsOfRay(fields, nfields, ngates) > UINT16_MAX) return 0;
+    if (nfields > kMaxFields || ngates > UINT16_MAX) {
+        return 0;
+    }
+    if (wordsOfRay(fields, nfields, ngates) > UINT16_MAX) {
+        return 0;
+    }
     const std::tm today = localToday();
     rays = new Cufray[count]();
     nrays = static_cast<int>(count);
@@ -271,7 +287,9 @@ int Cufrw::pluvek2uf(Cpluvek* fields) {
         Cufray& ray = rays[r];
         fillHeaders(source, r, today, ray);
         ray.ngates = static_cast<unsigned short>(ngates);
-        for (std::size_t f = 0; f < nfields; ++f) fillFieldHeader(source, ray.headers[f]);
+        for (std::size_t f = 0; f < nfields; ++f) {
+            fillFieldHeader(source, ray.headers[f]);
+        }
         placeFields(fields, nfields, ray);
         ray.data = new short[nfields * ngates];
         for (std::size_t f = 0; f < nfields; ++f) {
@@ -282,10 +300,14 @@ int Cufrw::pluvek2uf(Cpluvek* fields) {
 }
 
 void Cufrw::uf2pluvek(Cpluvek* fields) {
-    if (fields == nullptr || rays == nullptr || nrays < 1) return;
+    if (fields == nullptr || rays == nullptr || nrays < 1) {
+        return;
+    }
     const auto count = static_cast<std::size_t>(nrays);
     const std::size_t nfields = fieldCount(rays[0]);
-    if (!isPlausibleGrid(rays, count, nfields)) return;
+    if (!isPlausibleGrid(rays, count, nfields)) {
+        return;
+    }
     for (std::size_t f = 0; f < nfields; ++f) {
         Cpluvek& record = fields[f];
         fillArrays(rays, count, f, record);

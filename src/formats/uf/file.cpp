@@ -69,7 +69,9 @@ std::vector<Bytes> splitRecords(Bytes file) {
     ByteCursor cursor(file);
     while (cursor.remaining() > 0) {
         const Bytes record = cursor.skip(cursor.big32());
-        if (record.size() < kMinRecordBytes) break;
+        if (record.size() < kMinRecordBytes) {
+            break;
+        }
         records.push_back(record);
         cursor.skip(kFramingBytes);
     }
@@ -81,7 +83,9 @@ bool startsWithUf(Bytes record) {
 }
 
 void completeYear(short& year) {
-    if (year < kTwoDigitYearLimit) year = static_cast<short>(year + 2000);
+    if (year < kTwoDigitYearLimit) {
+        year = static_cast<short>(year + 2000);
+    }
 }
 
 /* The headers of a ray. The data header directly follows the others, whatever its position word
@@ -90,7 +94,9 @@ void readHeaders(WordReader& reader, Cufray& ray) {
     visitMandatoryHeader(ray, reader);
     completeYear(ray.year);
     completeYear(ray.generationyear);
-    if (ray.localposition == kLocalPositionWithOptional) visitOptionalHeader(ray, reader);
+    if (ray.localposition == kLocalPositionWithOptional) {
+        visitOptionalHeader(ray, reader);
+    }
     visitDataHeader(ray, reader);
 }
 
@@ -98,7 +104,9 @@ void readHeaders(WordReader& reader, Cufray& ray) {
 void readData(Bytes stored, short missing, short* out, std::size_t ngates) {
     ByteCursor cursor(stored);
     const std::size_t held = std::min(ngates, stored.size() / kWordBytes);
-    for (std::size_t g = 0; g < held; ++g) out[g] = static_cast<short>(cursor.big16());
+    for (std::size_t g = 0; g < held; ++g) {
+        out[g] = static_cast<short>(cursor.big16());
+    }
     std::fill(out + held, out + ngates, missing);
 }
 
@@ -110,7 +118,9 @@ void readData(Bytes stored, short missing, short* out, std::size_t ngates) {
         visitFieldHeader(header, reader);
         visitFieldWords(ray, fieldName(ray.table[f]), reader);
         if (f == 0) {
-            if (header.ngates > record.size() / kWordBytes) return false;
+            if (header.ngates > record.size() / kWordBytes) {
+                return false;
+            }
             ray.ngates = header.ngates;
             ray.data = new short[fields * ray.ngates];
         }
@@ -172,16 +182,24 @@ void placeHeaders(Cufray& ray, std::size_t fields) {
     ray.dataposition = kDataHeaderPosition;
     std::size_t first = SIZE_MAX, last = 0;
     for (std::size_t f = 0; f < fields; ++f) {
-        if (!hasPositions(ray, f)) continue;
+        if (!hasPositions(ray, f)) {
+            continue;
+        }
         const auto ends = std::minmax(ray.table[f].position, ray.headers[f].dataposition);
         first = std::min<std::size_t>(first, ends.first);
         last = std::max<std::size_t>(last, ends.second);
     }
-    if (first >= firstFreePosition(fields)) return;
+    if (first >= firstFreePosition(fields)) {
+        return;
+    }
     const std::size_t distance = firstFreePosition(fields) - first;
-    if (last + distance > UINT16_MAX) return;
+    if (last + distance > UINT16_MAX) {
+        return;
+    }
     for (std::size_t f = 0; f < fields; ++f) {
-        if (!hasPositions(ray, f)) continue;
+        if (!hasPositions(ray, f)) {
+            continue;
+        }
         ray.table[f].position = static_cast<unsigned short>(ray.table[f].position + distance);
         ray.headers[f].dataposition =
             static_cast<unsigned short>(ray.headers[f].dataposition + distance);
@@ -194,17 +212,23 @@ void placeHeaders(Cufray& ray, std::size_t fields) {
  */
 void writeFields(const Cufray& ray, std::size_t fields, WordWriter& writer) {
     for (std::size_t f = 0; f < fields; ++f) {
-        if (!hasPositions(ray, f)) continue;
+        if (!hasPositions(ray, f)) {
+            continue;
+        }
         writer.seek(ray.table[f].position + kFieldHeaderWords);
         visitFieldWords(ray, fieldName(ray.table[f]), writer);
     }
     for (std::size_t f = 0; f < fields; ++f) {
-        if (!hasPositions(ray, f)) continue;
+        if (!hasPositions(ray, f)) {
+            continue;
+        }
         writer.seek(ray.table[f].position);
         visitFieldHeader(ray.headers[f], writer);
     }
     for (std::size_t f = 0; f < fields && ray.data != nullptr; ++f) {
-        if (!hasPositions(ray, f)) continue;
+        if (!hasPositions(ray, f)) {
+            continue;
+        }
         writer.seek(ray.headers[f].dataposition);
         writer.words(ray.data + f * ray.ngates, ray.ngates);
     }
@@ -251,7 +275,9 @@ Cufrw::~Cufrw() {
 }
 
 void Cufrw::deletearrays() {
-    for (int r = 0; rays != nullptr && r < nrays; ++r) clutter::base::release(rays[r].data);
+    for (int r = 0; rays != nullptr && r < nrays; ++r) {
+        clutter::base::release(rays[r].data);
+    }
     clutter::base::release(rays);
     nrays = 0;
 }
@@ -259,10 +285,16 @@ void Cufrw::deletearrays() {
 int Cufrw::readfile(char* path) {
     deletearrays();
     const auto bytes = clutter::base::readWholeFile(path);
-    if (!bytes) return 0;
-    if (bytes->size() < kFramingBytes) return 1;  // no record begins
+    if (!bytes) {
+        return 0;
+    }
+    if (bytes->size() < kFramingBytes) {
+        return 1;  // no record begins
+    }
     const std::vector<Bytes> records = splitRecords(*bytes);
-    if (records.empty() || !startsWithUf(records.front())) return 0;
+    if (records.empty() || !startsWithUf(records.front())) {
+        return 0;
+    }
     rays = new Cufray[records.size()]();
     nrays = static_cast<int>(records.size());
     for (std::size_t r = 0; r < records.size(); ++r) {
@@ -274,22 +306,32 @@ int Cufrw::readfile(char* path) {
         }
         const std::size_t fields = fieldCount(rays[0]);
         visitFieldTable(rays[r], fields, reader);
-        if (!readFields(records[r], fields, rays[r])) return 0;
+        if (!readFields(records[r], fields, rays[r])) {
+            return 0;
+        }
     }
     return 1;
 }
 
 int Cufrw::write2file(char* path) {
-    if (rays == nullptr || nrays < 1) return 0;
+    if (rays == nullptr || nrays < 1) {
+        return 0;
+    }
     clutter::base::File stream = clutter::base::openFile(path, "wb");
-    if (!stream) return 0;
+    if (!stream) {
+        return 0;
+    }
     const std::size_t fields = fieldCount(rays[0]);
-    for (int r = 0; r < nrays; ++r) writeRecord(buildRecord(rays[r], fields), stream.get());
+    for (int r = 0; r < nrays; ++r) {
+        writeRecord(buildRecord(rays[r], fields), stream.get());
+    }
     return clutter::base::closeChecked(std::move(stream)) ? 0 : EOF;
 }
 
 void Cufrw::endian_swap(short* words, int n) {
-    for (int i = 0; words != nullptr && i < n; ++i) reverseBytes(words[i]);
+    for (int i = 0; words != nullptr && i < n; ++i) {
+        reverseBytes(words[i]);
+    }
 }
 
 void Cufrw::endian_swap(unsigned short& word) {

@@ -181,7 +181,9 @@ constexpr std::size_t kVelocityWords = 2;
 constexpr std::size_t kPowerWords = 6;
 
 inline std::size_t fieldHeaderWords(std::string_view name) {
-    if (isVelocity(name)) return kFieldHeaderWords + kVelocityWords;
+    if (isVelocity(name)) {
+        return kFieldHeaderWords + kVelocityWords;
+    }
     return kFieldHeaderWords + (isPower(name) ? kPowerWords : 0);
 }
 

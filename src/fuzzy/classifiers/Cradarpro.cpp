@@ -28,14 +28,18 @@ Cradarpro::Cradarpro() : threshold(kNoRainDbz), coefficients{} {
 Cradarpro::~Cradarpro() {}
 
 void Cradarpro::ZmmtoZdb(float* in, float* out, int n) {
-    if (in == nullptr || out == nullptr) return;
+    if (in == nullptr || out == nullptr) {
+        return;
+    }
     for (int i = 0; i < n; ++i) {
         out[i] = static_cast<float>(10.0 * std::log10(static_cast<double>(in[i])));
     }
 }
 
 void Cradarpro::ZdBtoZmm(float* in, float* out, int n) {
-    if (in == nullptr || out == nullptr) return;
+    if (in == nullptr || out == nullptr) {
+        return;
+    }
     for (int i = 0; i < n; ++i) {
         out[i] = static_cast<float>(std::pow(10.0, 0.1 * static_cast<double>(in[i])));
     }

@@ -47,7 +47,9 @@ void fillFunctions(Cfuzzy& engine) {
 void fillRules(Cfuzzy& engine, float* const (&arrays)[kInputs]) {
     short table[kRules][kInputs + 1];
     for (short k = 0; k < kRules; ++k) {
-        for (int i = 0; i < kInputs; ++i) table[k][i] = arrays[i] != nullptr ? k : short{-1};
+        for (int i = 0; i < kInputs; ++i) {
+            table[k][i] = arrays[i] != nullptr ? k : short{-1};
+        }
         table[k][kInputs] = k;
     }
     engine.Fillrules(table[0], kRules);
@@ -57,7 +59,9 @@ void fillRules(Cfuzzy& engine, float* const (&arrays)[kInputs]) {
 
 void Cradarpro::HydrometeorClassification(char*, float* zh, float* zdr, float* rhv, float* ldr,
                                           float* h0, float* fl, float* out, int n) {
-    if (out == nullptr) return;
+    if (out == nullptr) {
+        return;
+    }
     float* const arrays[kInputs] = {zh, zdr, rhv, ldr, h0, fl};
     if (std::all_of(std::begin(arrays), std::end(arrays), [](float* a) { return a == nullptr; })) {
         std::fill_n(out, std::max(n, 0), -1.0f);

@@ -20,7 +20,9 @@ void sumAlongRay(const float* cls, int ngates, int half, std::uint32_t* sums) {
     // Window of gate 0: the edge gate counts for itself and for the half members before it.
     std::int64_t sum = one(0) * (static_cast<std::int64_t>(half) + 1);
     const std::int64_t inside = std::min<std::int64_t>(half, last);
-    for (std::int64_t g = 1; g <= inside; ++g) sum += one(g);
+    for (std::int64_t g = 1; g <= inside; ++g) {
+        sum += one(g);
+    }
     sum += one(last) * (half - inside);
     sums[0] = static_cast<std::uint32_t>(sum);
     for (std::int64_t g = 1; g <= last; ++g) {
@@ -31,7 +33,9 @@ void sumAlongRay(const float* cls, int ngates, int half, std::uint32_t* sums) {
 
 CLUTTER_KERNEL void addRow(const std::uint32_t* row, std::int64_t times,
                            std::int64_t* __restrict counts, int n) {
-    for (int g = 0; g < n; ++g) counts[g] += times * static_cast<std::int64_t>(row[g]);
+    for (int g = 0; g < n; ++g) {
+        counts[g] += times * static_cast<std::int64_t>(row[g]);
+    }
 }
 
 CLUTTER_KERNEL void flagFew(const float* cls, const std::int64_t* counts, int most, float* flags,
@@ -65,8 +69,12 @@ const std::int64_t* ZeroCounter::next() {
     }
     // A window wider than the scan meets every ray several times.
     const std::int64_t members = 2 * static_cast<std::int64_t>(halfRays_) + 1;
-    for (int r = 0; members / nrays_ > 0 && r < nrays_; ++r) add(r, members / nrays_);
-    for (std::int64_t k = 0; k < members % nrays_; ++k) add(k - halfRays_, 1);
+    for (int r = 0; members / nrays_ > 0 && r < nrays_; ++r) {
+        add(r, members / nrays_);
+    }
+    for (std::int64_t k = 0; k < members % nrays_; ++k) {
+        add(k - halfRays_, 1);
+    }
     return counts_.data();
 }
 
@@ -80,8 +88,12 @@ void ZeroCounter::add(std::int64_t logicalRay, std::int64_t times) {
 
 void Cradarpro::GetIsolatedPixels(float* cls, float* flags, int ngates, int nrays, int wgates,
                                   int wrays, int maxcount) {
-    if (cls == nullptr || flags == nullptr || ngates < 1 || nrays < 1) return;
-    if (wgates <= 1 || wrays <= 1) return;
+    if (cls == nullptr || flags == nullptr || ngates < 1 || nrays < 1) {
+        return;
+    }
+    if (wgates <= 1 || wrays <= 1) {
+        return;
+    }
     clutter::fuzzy::ZeroCounter counter(cls, ngates, nrays, wgates, wrays);
     for (int r = 0; r < nrays; ++r) {
         const std::ptrdiff_t at = static_cast<std::ptrdiff_t>(r) * ngates;

@@ -60,7 +60,9 @@ void fillRules(Cfuzzy& engine, float* const (&arrays)[kInputCount], int classes)
     short table[kAllClutter][kInputCount + 1];
     for (int c = 0; c < classes; ++c) {
         const auto rule = static_cast<short>(c);
-        for (int i = 0; i < kInputCount; ++i) table[c][i] = functionOf(rule, arrays[i]);
+        for (int i = 0; i < kInputCount; ++i) {
+            table[c][i] = functionOf(rule, arrays[i]);
+        }
         table[c][kInputCount] = rule;
     }
     engine.Fillrules(table[0], classes);
@@ -86,7 +88,9 @@ PrecipitationClutterEngine::PrecipitationClutterEngine(const char* dir,
 }
 
 int classifyClutter(const ClutterQuestion& question, int classes) {
-    if (question.out == nullptr) return 0;
+    if (question.out == nullptr) {
+        return 0;
+    }
     const auto& arrays = question.arrays;
     if (std::all_of(std::begin(arrays), std::end(arrays), [](float* a) { return a == nullptr; })) {
         std::fill_n(question.out, std::max(question.n, 0), -1.0f);

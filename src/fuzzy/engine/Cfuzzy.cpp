@@ -37,9 +37,15 @@ struct VariableList {
 
 /* The variables of a kind; first stays null for an unknown one. */
 VariableList variablesOf(const Cfuzzy& engine, const char* kind) {
-    if (kind == nullptr) return {};
-    if (std::strcmp(kind, "input") == 0) return {engine.inputs, engine.ninputs};
-    if (std::strcmp(kind, "output") == 0) return {engine.outputs, engine.noutputs};
+    if (kind == nullptr) {
+        return {};
+    }
+    if (std::strcmp(kind, "input") == 0) {
+        return {engine.inputs, engine.ninputs};
+    }
+    if (std::strcmp(kind, "output") == 0) {
+        return {engine.outputs, engine.noutputs};
+    }
     return {};
 }
 
@@ -77,9 +83,13 @@ Cfuzzy::~Cfuzzy() {
 
 int Cfuzzy::FillVars(int index, const char* kind, const char* name, float minval, float maxval) {
     const VariableList variables = variablesOf(*this, kind);
-    if (variables.first == nullptr) return -2;
+    if (variables.first == nullptr) {
+        return -2;
+    }
     Cvars* variable = variables.at(index);
-    if (variable == nullptr) return -1;
+    if (variable == nullptr) {
+        return -1;
+    }
     base::copyText(variable->name, name);
     variable->minval = minval;
     variable->maxval = maxval;
@@ -89,16 +99,24 @@ int Cfuzzy::FillVars(int index, const char* kind, const char* name, float minval
 int Cfuzzy::Fillmfs(int var, int mf, const char* kind, const char* name, const char* type,
                     float* params) {
     const VariableList variables = variablesOf(*this, kind);
-    if (variables.first == nullptr) return -2;
+    if (variables.first == nullptr) {
+        return -2;
+    }
     Cvars* variable = variables.at(var);
-    if (variable == nullptr) return -1;
-    if (mf < 0 || mf >= variable->nmfs) return -3;
+    if (variable == nullptr) {
+        return -1;
+    }
+    if (mf < 0 || mf >= variable->nmfs) {
+        return -3;
+    }
     Cmfs& function = variable->mfs[mf];
     base::copyText(function.name, name);
     // A path that does not fit must not be found under its cut name: nothing lies below a device.
     const bool fits = type != nullptr && std::strlen(type) < sizeof function.type;
     base::copyText(function.type, fits ? type : kPathTooLong);
-    if (params != nullptr) std::copy_n(params, 5, function.params);
+    if (params != nullptr) {
+        std::copy_n(params, 5, function.params);
+    }
     return 1;
 }
 
@@ -113,33 +131,47 @@ int Cfuzzy::Fillrules(short* table, int count) {
 }
 
 int Cfuzzy::AddressDataPointers(int index, float* values) {
-    if (index < 0 || index >= ninputs) return -1;
+    if (index < 0 || index >= ninputs) {
+        return -1;
+    }
     data[index] = values;
     return 1;
 }
 
 int Cfuzzy::Evaluate(float* out, int n) {
-    if (out == nullptr) return 0;
+    if (out == nullptr) {
+        return 0;
+    }
     fuzzy::RuleBase ruleBase(*this);
-    if (!ruleBase.announceComplete()) return 0;
-    if (n >= fuzzy::RuleBase::kMinMany) ruleBase.prepareForMany();
+    if (!ruleBase.announceComplete()) {
+        return 0;
+    }
+    if (n >= fuzzy::RuleBase::kMinMany) {
+        ruleBase.prepareForMany();
+    }
     fuzzy::UndecidedElements undecided(ninputs);
     ruleBase.classify(data, n, out, undecided);
     return 1;
 }
 
 int Cfuzzy::Evalmfs(int var, short mf, double* degrees, int n) {
-    if (var < 0 || var >= ninputs || degrees == nullptr) return 0;
+    if (var < 0 || var >= ninputs || degrees == nullptr) {
+        return 0;
+    }
     fuzzy::TableSet tables;
     fuzzy::Term term;
     std::string missing;
-    if (!fuzzy::resolveTerm(*this, var, mf, tables, term, missing)) return 0;
+    if (!fuzzy::resolveTerm(*this, var, mf, tables, term, missing)) {
+        return 0;
+    }
     fuzzy::evaluateTerm(term, data[var], degrees, n);
     return 1;
 }
 
 int Cfuzzy::readmf(char* path, double** x, double** y, int& npoints) {
-    if (path == nullptr || x == nullptr || y == nullptr) return -1;
+    if (path == nullptr || x == nullptr || y == nullptr) {
+        return -1;
+    }
     fuzzy::Points points;
     switch (fuzzy::readMembershipFile(path, points)) {
         case fuzzy::ReadResult::kNotOpened:

@@ -27,7 +27,9 @@ Interval coreOf(const std::vector<float>& corners) {
     const std::size_t n = corners.size();
     const float middle = corners[n / 2];
     const float reach = 16.0f * (corners[3 * n / 4] - corners[n / 4]);
-    if (!(reach > 0.0f)) return {corners.front(), corners.back()};
+    if (!(reach > 0.0f)) {
+        return {corners.front(), corners.back()};
+    }
     const auto low = std::lower_bound(corners.begin(), corners.end(), middle - reach);
     const auto high = std::upper_bound(corners.begin(), corners.end(), middle + reach);
     return {*low, *std::prev(high)};

@@ -21,12 +21,16 @@ static_assert(kBlock <= QuickVerdict::kMaxElements && kBlock <= Ranking::kMaxEle
               "a block is scored and ranked at once");
 
 CLUTTER_KERNEL void multiply(const double* __restrict degrees, double* __restrict strength, int n) {
-    for (int j = 0; j < n; ++j) strength[j] = strength[j] * degrees[j];
+    for (int j = 0; j < n; ++j) {
+        strength[j] = strength[j] * degrees[j];
+    }
 }
 
 CLUTTER_KERNEL void addWeighted(const double* __restrict degrees, double weight,
                                 double* __restrict strength, int n) {
-    for (int j = 0; j < n; ++j) strength[j] = strength[j] + weight * degrees[j];
+    for (int j = 0; j < n; ++j) {
+        strength[j] = strength[j] + weight * degrees[j];
+    }
 }
 
 }  // namespace
@@ -48,7 +52,9 @@ void UndecidedElements::begin(const float* const* inputs) {
 void UndecidedElements::add(int element) {
     const auto at = static_cast<std::size_t>(count_);
     for (std::size_t i = 0; i < source_.size(); ++i) {
-        if (source_[i] != nullptr) gathered_[i * kCapacity + at] = source_[i][element];
+        if (source_[i] != nullptr) {
+            gathered_[i * kCapacity + at] = source_[i][element];
+        }
     }
     elements_[at] = element;
     ++count_;
@@ -85,7 +91,9 @@ RuleBase::RuleBase(RuleBase&&) noexcept = default;
 RuleBase::~RuleBase() = default;
 
 bool RuleBase::announceComplete() const {
-    if (!complete_) base::report("Membership function not found: %s!\n", missing_.c_str());
+    if (!complete_) {
+        base::report("Membership function not found: %s!\n", missing_.c_str());
+    }
     return complete_;
 }
 
@@ -129,7 +137,9 @@ void RuleBase::evaluateRule(int rule, const float* const* inputs, int start, int
     for (int i = 0; i < rules_.ninputs; ++i) {
         const Term& picked = rules_.term(rule, i);
         // A factor of 1 changes nothing, unless a trapezoid reads the degrees that it leaves.
-        if (picked.shape == Shape::kOnes && rules_.product && !remembersDegrees_) continue;
+        if (picked.shape == Shape::kOnes && rules_.product && !remembersDegrees_) {
+            continue;
+        }
         const float* x = picked.shape == Shape::kOnes ? nullptr : inputs[i] + start;
         evaluateTerm(picked, x, degrees, n);
         if (rules_.product) {
@@ -149,12 +159,16 @@ void RuleBase::classifyQuickly(const float* const* inputs, int n, float* out,
         quick_->score(inputs, start, count, scores);
         // Gathered before out is written: it may be one of the inputs.
         for (int j = 0; j < count; ++j) {
-            if (scores[j] == 0.0f) undecided.add(start + j);
+            if (scores[j] == 0.0f) {
+                undecided.add(start + j);
+            }
         }
         for (int j = 0; j < count; ++j) {
             out[start + j] = scores[j] > 0.0f ? rules_.classes[0] : rules_.classes[1];
         }
-        if (undecided.count() >= kBlock || start + count == n) decide(undecided, out);
+        if (undecided.count() >= kBlock || start + count == n) {
+            decide(undecided, out);
+        }
     }
 }
 
@@ -163,7 +177,9 @@ void RuleBase::decide(UndecidedElements& undecided, float* out) const {
     for (int start = 0; start < undecided.count(); start += kBlock) {
         const int count = std::min(kBlock, undecided.count() - start);
         classifyBlock(undecided.inputs(), start, count, exact);
-        for (int m = 0; m < count; ++m) out[undecided.element(start + m)] = exact[m];
+        for (int m = 0; m < count; ++m) {
+            out[undecided.element(start + m)] = exact[m];
+        }
     }
     undecided.clear();
 }

@@ -25,25 +25,35 @@ CLUTTER_KERNEL void dropUncertain(float tolerance, float* scores, int n) {
 }  // namespace
 
 std::unique_ptr<const QuickVerdict> QuickVerdict::make(const Rules& rules) {
-    if (!rules.product || rules.count() != 2) return nullptr;
+    if (!rules.product || rules.count() != 2) {
+        return nullptr;
+    }
     std::vector<InputCells> inputs;
     for (int i = 0; i < rules.ninputs; ++i) {
         const Term& rule0 = rules.term(0, i);
         const Term& rule1 = rules.term(1, i);
-        if (rule0.shape == Shape::kOnes && rule1.shape == Shape::kOnes) continue;
+        if (rule0.shape == Shape::kOnes && rule1.shape == Shape::kOnes) {
+            continue;
+        }
         inputs.push_back({i, RatioCells::make(rule0, rule1)});
-        if (inputs.back().cells == nullptr) return nullptr;
+        if (inputs.back().cells == nullptr) {
+            return nullptr;
+        }
     }
     return make(std::move(inputs));
 }
 
 std::unique_ptr<const QuickVerdict> QuickVerdict::make(std::vector<InputCells> inputs) {
     // With more inputs both products may vanish or overflow, and comparing them decides nothing.
-    if (inputs.empty() || inputs.size() > kMaxInputs) return nullptr;
+    if (inputs.empty() || inputs.size() > kMaxInputs) {
+        return nullptr;
+    }
     std::unique_ptr<QuickVerdict> quick(new QuickVerdict);
     quick->tolerance_ = kRounding;
     for (const InputCells& input : inputs) {
-        if (input.cells == nullptr) return nullptr;
+        if (input.cells == nullptr) {
+            return nullptr;
+        }
         quick->tolerance_ += input.cells->widestHalf();
     }
     quick->inputs_ = std::move(inputs);

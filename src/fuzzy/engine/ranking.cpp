@@ -34,7 +34,9 @@ void Ranking::add(const double* strength, float code, int n) {
 }
 
 void Ranking::winners(float* out, int n) const {
-    for (int j = 0; j < n; ++j) out[j] = differ_[j] != 0 ? winner_[j] : -1.0f;
+    for (int j = 0; j < n; ++j) {
+        out[j] = differ_[j] != 0 ? winner_[j] : -1.0f;
+    }
 }
 
 }  // namespace clutter::fuzzy

@@ -42,7 +42,9 @@ bool supported(const Term& term) {
 /* The smallest degree that dominates its own rounding error. */
 double smallestTrusted(const Term& term) {
     double smallest = kMinDegree;
-    if (term.shape != Shape::kTable) return smallest;
+    if (term.shape != Shape::kTable) {
+        return smallest;
+    }
     for (const double y : term.table->points().y) {
         smallest = std::max(smallest, kCancellation * std::abs(y));
     }
@@ -81,7 +83,9 @@ class LogRatio {
             if (term->shape == Shape::kSame || term->shape == Shape::kComplement) {
                 corners.insert(corners.end(), {0.0f, 1.0f});
             }
-            if (term->shape != Shape::kTable) continue;
+            if (term->shape != Shape::kTable) {
+                continue;
+            }
             for (const float threshold : term->table->thresholds()) {
                 corners.insert(corners.end(), {std::nextafter(threshold, -kInfinity), threshold});
             }
@@ -124,13 +128,17 @@ class RatioRange {
 /* No kernel: vector gathers are slower than plain loads. */
 void addCells(const int* __restrict found, const float* __restrict table, float* __restrict scores,
               int n) {
-    for (int j = 0; j < n; ++j) scores[j] += table[found[j]];
+    for (int j = 0; j < n; ++j) {
+        scores[j] += table[found[j]];
+    }
 }
 
 }  // namespace
 
 std::shared_ptr<const RatioCells> RatioCells::make(const Term& rule0, const Term& rule1) {
-    if (!supported(rule0) || !supported(rule1)) return nullptr;
+    if (!supported(rule0) || !supported(rule1)) {
+        return nullptr;
+    }
     const std::shared_ptr<RatioCells> cells(new RatioCells);
     return cells->fill(rule0, rule1) ? cells : nullptr;
 }
@@ -138,7 +146,9 @@ std::shared_ptr<const RatioCells> RatioCells::make(const Term& rule0, const Term
 bool RatioCells::fill(const Term& rule0, const Term& rule1) {
     const LogRatio logRatio(rule0, rule1);
     const std::vector<float> corners = logRatio.corners();
-    if (!grid_.fit(corners, kCells)) return false;
+    if (!grid_.fit(corners, kCells)) {
+        return false;
+    }
 
     // Ends of the cells, outward, then NaN.
     std::vector<float> ends;
@@ -159,7 +169,9 @@ bool RatioCells::fill(const Term& rule0, const Term& rule1) {
             range.add(atCorners[static_cast<std::size_t>(at - corners.begin())]);
         }
         cells_.push_back(range.narrow() ? range.middle() : kNan);
-        if (range.narrow()) widestHalf_ = std::max(widestHalf_, range.half());
+        if (range.narrow()) {
+            widestHalf_ = std::max(widestHalf_, range.half());
+        }
     }
     cells_.push_back(atEnds.back());
     return true;

@@ -29,7 +29,9 @@ void evaluateTerm(const Term& term, const float* x, double* degrees, int n) {
 bool resolveTerm(const Cfuzzy& engine, int input, int mf, TableSet& tables, Term& term,
                  std::string& missing) {
     term = Term{};
-    if (mf < 0 || engine.data[input] == nullptr) return true;
+    if (mf < 0 || engine.data[input] == nullptr) {
+        return true;
+    }
     const Cvars& variable = engine.inputs[input];
     if (mf >= variable.nmfs) {
         missing = std::string(variable.name) + "[" + std::to_string(mf) + "]";
@@ -38,7 +40,9 @@ bool resolveTerm(const Cfuzzy& engine, int input, int mf, TableSet& tables, Term
     const Cmfs& function = variable.mfs[mf];
     term.shape = shapeOf(function.type);
     std::copy_n(function.params, 5, term.params.begin());
-    if (term.shape != Shape::kTable) return true;
+    if (term.shape != Shape::kTable) {
+        return true;
+    }
     std::unique_ptr<Table>& table = tables[{input, mf}];
     if (table == nullptr) {
         Points points;

@@ -12,7 +12,9 @@ Cvars::~Cvars() {
 }
 
 void Cvars::CreateMFSspace(int n) {
-    if (n < 1 || mfs != nullptr) return;
+    if (n < 1 || mfs != nullptr) {
+        return;
+    }
     mfs = new Cmfs[n];
     nmfs = n;
 }

@@ -23,8 +23,12 @@ constexpr int kMaxCounted = 64;  // longer tables are searched by halving
 float roundUp(double value) {
     constexpr float kLargest = std::numeric_limits<float>::max();
     constexpr float kInfinity = std::numeric_limits<float>::infinity();
-    if (value > static_cast<double>(kLargest)) return kInfinity;
-    if (value < -static_cast<double>(kLargest)) return std::isinf(value) ? -kInfinity : -kLargest;
+    if (value > static_cast<double>(kLargest)) {
+        return kInfinity;
+    }
+    if (value < -static_cast<double>(kLargest)) {
+        return std::isinf(value) ? -kInfinity : -kLargest;
+    }
     const float nearest = static_cast<float>(value);
     return static_cast<double>(nearest) < value ? std::nextafter(nearest, kInfinity) : nearest;
 }
@@ -32,10 +36,14 @@ float roundUp(double value) {
 /* segments[j] = number of thresholds that x[j] is not below; all of them for NaN. */
 CLUTTER_KERNEL void countThresholds(const float* thresholds, int count, const float* x,
                                     int* __restrict segments, int n) {
-    for (int j = 0; j < n; ++j) segments[j] = 0;
+    for (int j = 0; j < n; ++j) {
+        segments[j] = 0;
+    }
     for (int k = 0; k < count; ++k) {
         const float threshold = thresholds[k];
-        for (int j = 0; j < n; ++j) segments[j] += x[j] < threshold ? 0 : 1;
+        for (int j = 0; j < n; ++j) {
+            segments[j] += x[j] < threshold ? 0 : 1;
+        }
     }
 }
 
@@ -63,12 +71,16 @@ CLUTTER_KERNEL void followSegments(Segments table, const int* __restrict segment
 
 ReadResult readMembershipFile(const char* path, Points& points) {
     const auto bytes = base::readRegularFile(path);
-    if (!bytes) return ReadResult::kNotOpened;
+    if (!bytes) {
+        return ReadResult::kNotOpened;
+    }
     base::TokenReader tokens({reinterpret_cast<const char*>(bytes->data()), bytes->size()});
     for (;;) {
         const auto x = tokens.next();
         const auto y = x ? tokens.next() : std::nullopt;
-        if (!y) break;
+        if (!y) {
+            break;
+        }
         points.x.push_back(base::parseNumber(*x));
         points.y.push_back(base::parseNumber(*y));
     }
@@ -77,9 +89,15 @@ ReadResult readMembershipFile(const char* path, Points& points) {
 
 double interpolate(const double* px, const double* py, int np, double x) {
     int i = 0;
-    while (i < np && !(px[i] > x)) ++i;
-    if (i == 0) return py[0];
-    if (i == np) return py[np - 1];
+    while (i < np && !(px[i] > x)) {
+        ++i;
+    }
+    if (i == 0) {
+        return py[0];
+    }
+    if (i == np) {
+        return py[np - 1];
+    }
     return (x - px[i]) * (py[i] - py[i - 1]) / (px[i] - px[i - 1]) + py[i];
 }
 
@@ -93,7 +111,9 @@ Table::Table(Points points)
       run_(points_.x.size(), 1.0) {
     for (std::size_t i = 0; i < points_.x.size(); ++i) {
         thresholds_[i] = roundUp(points_.x[i]);
-        if (i == 0) continue;
+        if (i == 0) {
+            continue;
+        }
         rise_[i] = points_.y[i] - points_.y[i - 1];
         run_[i] = points_.x[i] - points_.x[i - 1];
     }

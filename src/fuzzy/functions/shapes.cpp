@@ -32,21 +32,29 @@ Shape shapeOf(const char* type) {
         {"ones", Shape::kOnes},         {"trapezoidal", Shape::kTrapezoidal},
     };
     for (const Keyword& keyword : kKeywords) {
-        if (std::strcmp(type, keyword.text) == 0) return keyword.shape;
+        if (std::strcmp(type, keyword.text) == 0) {
+            return keyword.shape;
+        }
     }
     return Shape::kTable;
 }
 
 CLUTTER_KERNEL void evaluateSame(const float* x, double* degrees, int n) {
-    for (int i = 0; i < n; ++i) degrees[i] = static_cast<double>(x[i]);
+    for (int i = 0; i < n; ++i) {
+        degrees[i] = static_cast<double>(x[i]);
+    }
 }
 
 CLUTTER_KERNEL void evaluateComplement(const float* x, double* degrees, int n) {
-    for (int i = 0; i < n; ++i) degrees[i] = static_cast<double>(1.0f - x[i]);
+    for (int i = 0; i < n; ++i) {
+        degrees[i] = static_cast<double>(1.0f - x[i]);
+    }
 }
 
 void evaluateGaussian(const float* params, const float* x, double* degrees, int n) {
-    for (int i = 0; i < n; ++i) degrees[i] = bell(x[i], params[0], params[1]);
+    for (int i = 0; i < n; ++i) {
+        degrees[i] = bell(x[i], params[0], params[1]);
+    }
 }
 
 /* Both flanks fall off from the left shoulder. NaN is neither below the left shoulder nor above the
@@ -61,14 +69,18 @@ void evaluateGaussian2s(const float* params, const float* x, double* degrees, in
 }
 
 void evaluateOnes(double* degrees, int n) {
-    for (int i = 0; i < n; ++i) degrees[i] = 1.0;
+    for (int i = 0; i < n; ++i) {
+        degrees[i] = 1.0;
+    }
 }
 
 /* Plateau and NaN write nothing: the degree stays what it was. */
 void evaluateTrapezoid(const float* params, const float* x, double* degrees, int n) {
     const float a = params[0], b = params[1], c = params[2], d = params[3];
     if (c > d || b > c || a > b) {
-        for (int i = 0; i < n; ++i) degrees[i] = -1.0;
+        for (int i = 0; i < n; ++i) {
+            degrees[i] = -1.0;
+        }
         return;
     }
     const float height = 1.0f - kTrapezoidFloor;

@@ -9,7 +9,9 @@
 int main() {
     const int nrays = 12, ngates = 40;
     std::vector<double> zhh(nrays * ngates, 35.0), ranges(ngates), azimuths(nrays);
-    for (int g = 0; g < ngates; ++g) ranges[g] = 250.0 * (g + 1);
+    for (int g = 0; g < ngates; ++g) {
+        ranges[g] = 250.0 * (g + 1);
+    }
     double elevation = 0.01, params[3] = {20.0, 26.0, 1.0};
 
     Crres context;
@@ -18,7 +20,9 @@ int main() {
     std::snprintf(context.mfdir, sizeof context.mfdir, "%s", MEMBERSHIP);
     context.PrecipitationClutterClassification(1);
     int rain = 0;
-    for (int i = 0; i < nrays * ngates; ++i) rain += context.ccl.data[i] == 0.0f ? 1 : 0;
+    for (int i = 0; i < nrays * ngates; ++i) {
+        rain += context.ccl.data[i] == 0.0f ? 1 : 0;
+    }
     std::printf("%d of %d gates are precipitation\n", rain, nrays * ngates);
     return rain == nrays * ngates ? 0 : 1;  // an even field is rain: its texture is 0
 }
