@@ -10,6 +10,7 @@ from pathlib import Path
 
 FOLDERS = ("src", "scan", "cli", "python")
 _READERS = ("base", "dsp", "model", "formats", "fuzzy")  # folders that damaged files reach
+_CONTAINERS = {"cfradial", "odim", "nexrad", "netcdf", "hdf5", "compressed", "containers"}  # of scan/formats
 _SLOW = ("test_archive.py", "test_archive_dask.py", "test_readme.py")  # for what they name only
 _MEMORY = 16 << 30
 _MAX_FAILING = 5
@@ -48,7 +49,8 @@ class Tree:
         subprocess.run(["cmake", "--preset", "release"], cwd=self.copy, check=True, stdout=self.log, stderr=self.log)
         known = subprocess.check_output(["ninja", "-C", self.build, "-t", "targets", "all"], text=True)
         self.executables = sorted(set(re.findall(r"^bin/(\w+_tests):", known, re.M)))
-        self.modules = sorted((self.copy / "tests/python").glob("test_*.py"))
+        self.modules = sorted((self.copy / "tests/python").rglob("test_*.py"))
+        self.formats = sorted((self.copy / "tests/formats_modern").glob("test_*.py"))
         stages = {stage for name in names for stage in self.stages(name)}
         if not self.make(sorted({target for stage in stages for target in _targets(stage)})):
             raise SystemExit(f"the tree does not build: see {self.log.name}")
@@ -67,15 +69,23 @@ class Tree:
             hits = {m: len(stem.findall(f"{m.stem[5:]} {m.read_text()}")) for m in self.modules}
             near = sorted((m for m in hits if hits[m]), key=lambda m: -hits[m])
             rest = [m for m in hits if not hits[m] and m.name not in _SLOW]
-            return [(" ".join(m.name for m in group),) for group in (near[:3], near[3:], rest) if group]
+            return [(self._joined(group),) for group in (near[:3], near[3:], rest) if group]
         own = f"{folder[1] if folder[0] == 'src' else folder[0]}_tests"
-        others = {"src": set(self.executables) - {"scan_tests", "cli_tests"},
-                  "scan": {"scan_tests", "cli_tests"}, "cli": {"cli_tests"}}[folder[0]] - {own}
+        program = {"scan_tests", "cli_tests"}
+        others = (set(self.executables) - program if folder[0] == "src" else program) - {own}
         if folder[0] == "src" and folder[1] not in _READERS:
             others.discard("damage_tests")
         linked = sorted(others & set(self.executables), key=lambda test: self.seconds.get(test, 0.0))
         first = [own] if own in self.executables else []
-        return [tuple(stage) for stage in (first, linked) if stage]
+        formats = [self._joined(self.formats)] if folder[:2] == ["scan", "formats"] and self.formats else []
+        if set(folder) & _CONTAINERS:
+            return [tuple(stage) for stage in (formats, first, linked) if stage]
+        last = sorted(program) if folder[0] == "src" else []
+        return [tuple(stage) for stage in (first, linked, formats, last) if stage]
+
+    def _joined(self, modules) -> str:
+        """Modules that run together, by their paths below tests."""
+        return " ".join(str(module.relative_to(self.copy / "tests")) for module in modules)
 
     def make(self, targets) -> bool:
         return subprocess.run(["ninja", "-C", self.build, f"-j{self.jobs}", *targets], stdout=self.log,
@@ -105,11 +115,12 @@ class Tree:
         environment = dict(os.environ, TMPDIR=str(self.temporary), PYTHONPATH=str(self.build / "python"),
                            PYTHONDONTWRITEBYTECODE="1", MPLBACKEND="Agg",
                            HYPOTHESIS_STORAGE_DIRECTORY=str(self.temporary / "hypothesis"),
-                           CLUTTERCLASSIFIER_PROGRAM=str(self.build / "bin/clutterclassifier"))
+                           CLUTTERCLASSIFIER_PROGRAM=str(self.build / "bin/clutterclassifier"),
+                           DUMP_SCAN=str(self.build / "bin/dump_scan"))
         if test.endswith(".py"):
             command = ["/usr/bin/python3", "-m", "pytest", "-x", "-v", "-p", "no:cacheprovider",
-                       "--hypothesis-seed=0"] + [str(self.copy / "tests/python" / name) for name in test.split()]
-            command += [f"--rootdir={self.copy}/tests/python", *(f"--deselect={name}" for name in self.failing)]
+                       "--hypothesis-seed=0"] + [str(self.copy / "tests" / name) for name in test.split()]
+            command += [f"--rootdir={self.copy}/tests", *(f"--deselect={name}" for name in self.failing)]
         else:
             command = [str(self.build / "bin" / test), "--gtest_fail_fast", "--gtest_filter=-" + ":".join(self.failing)]
         usual = self.seconds.get(test)
@@ -122,10 +133,12 @@ class Tree:
 
 
 def _targets(stage) -> list[str]:
-    """What is to be built before these tests."""
-    return sorted({"clutterclassifier_python" if test.endswith(".py") else test for test in stage} |
-                  ({"clutterclassifier_program"} if {"cli_tests"} & set(stage) or
-                   any(test.endswith(".py") for test in stage) else set()))
+    """What must be built before these tests."""
+    python = any(test.startswith("python/") for test in stage)
+    targets = {test for test in stage if not test.endswith(".py")}
+    targets |= {"clutterclassifier_python"} if python else set()
+    targets |= {"dump_scan"} if any(test.startswith("formats_modern/") for test in stage) else set()
+    return sorted(targets | ({"clutterclassifier_program"} if python or "cli_tests" in stage else set()))
 
 
 def _limited(command, environment, folder: Path, seconds: float) -> tuple[int | None, str]:
@@ -158,5 +171,5 @@ def _first_failure(test: str, code: int | None, said: str) -> str:
     started = re.findall(r"\[ RUN      \] ([\w./]+)", said)
     name = failed[1] if failed else started[-1] if started else ""
     if test.endswith(".py"):
-        return f"python: {name.rpartition('/')[2]}{how}"
+        return f"pytest: {name.rpartition('/tests/')[2]}{how}"
     return f"{test.removesuffix('_tests')}: {name}{how}"
