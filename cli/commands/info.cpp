@@ -129,13 +129,14 @@ std::vector<float> gather(const Scan& scan, const std::string& name, std::size_t
 void printField(const Scan& scan, const Field& field) {
     std::size_t gates = 0;
     const Role role = roleOfName(field.name);
-    const ValueSummary summary = summarise(gather(scan, field.name, gates), role);
+    const std::vector<float> values = gather(scan, field.name, gates);
+    const ValueSummary summary = summarise(values, role);
     const double share =
         gates > 0 ? 100.0 * static_cast<double>(summary.count) / static_cast<double>(gates) : 0.0;
     std::printf("  %-6s %-4s %-7s", forTerminal(field.name).c_str(), roleInfo(role).key,
                 forTerminal(field.units).c_str());
     if (summary.count > 0) {
-        std::printf(" %9.2f %9.2f %9.2f", summary.lowest, summary.median, summary.highest);
+        std::printf(" %9.2f %9.2f %9.2f", summary.lowest, scan::medianOf(values), summary.highest);
     } else {
         std::printf(" %9s %9s %9s", "-", "-", "-");
     }

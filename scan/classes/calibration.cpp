@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstddef>
 #include <limits>
+#include <utility>
 
 #include "scan/scan.h"
 
@@ -27,18 +28,20 @@ constexpr double kWeatherCorrelation = 0.9;  // median above it: no noise
 constexpr double kAgreementDb = 2;           // between rings that show the same noise
 constexpr double kMinAgreeing = 0.3;         // of the rings
 constexpr double kSteepest = -0.6;           // dB per dB of spreading: 0 noise, -1 uniform rain
-constexpr double kWeakShare = 0.1;           // of a ring's values are its weak ones
-constexpr double kDeepestWeakDb = 8;         // below the noise: noise covers what is weaker
-constexpr double kDeepestMedianDb = 2;       // the same for half of the values
-constexpr double kEnvelopeShare = 0.01;      // of a ring's values lie below its envelope
-constexpr double kMarkerShare = 0.02;        // of all gates at the lowest value: a marker
+constexpr double kMedianShare = 0.5;
+constexpr double kWeakShare = 0.1;       // of a ring's values are its weak ones
+constexpr double kDeepestWeakDb = 8;     // below the noise: noise covers what is weaker
+constexpr double kDeepestMedianDb = 2;   // the same for half of the values
+constexpr double kEnvelopeShare = 0.01;  // of a ring's values lie below its envelope
+constexpr double kMarkerShare = 0.02;    // of all gates at the lowest value: a marker
 
 using Values = std::vector<double>;
 
 struct Ring {
-    double spreadingDb = 0;          // 20 log10(range in km) of its middle
-    Values levels;                   // Z - 20 log10(range) of its gates
-    std::vector<float> correlation;  // of the same gates; empty when there is none
+    double spreadingDb = 0;                     // 20 log10(range in km) of its middle
+    Values levels;                              // Z - 20 log10(range) of its gates
+    std::vector<float> correlation;             // of the same gates; empty when there is none
+    double median = 0, weak = 0, envelope = 0;  // quantiles of the levels
 };
 
 struct Peak {
@@ -60,10 +63,31 @@ float noEchoMarker(const std::vector<float>& values) {
     return marker ? lowest : std::numeric_limits<float>::quiet_NaN();
 }
 
+/* Index of a quantile among so many sorted values. */
+std::ptrdiff_t rankOf(double share, std::size_t count) {
+    return static_cast<std::ptrdiff_t>(share * static_cast<double>(count - 1));
+}
+
 double quantile(Values values, double share) {
-    const auto at = static_cast<std::ptrdiff_t>(share * static_cast<double>(values.size() - 1));
-    std::nth_element(values.begin(), values.begin() + at, values.end());
-    return values[static_cast<std::size_t>(at)];
+    const auto at = values.begin() + rankOf(share, values.size());
+    std::nth_element(values.begin(), at, values.end());
+    return *at;
+}
+
+/* The greatest first: each search leaves all smaller values before the one that it finds. */
+void fillQuantiles(Ring& ring) {
+    Values values = ring.levels;
+    auto end = values.end();
+    for (const auto& [share, result] : {std::pair{kMedianShare, &ring.median},
+                                        {kWeakShare, &ring.weak},
+                                        {kEnvelopeShare, &ring.envelope}}) {
+        const auto at = values.begin() + rankOf(share, values.size());
+        if (at < end) {
+            std::nth_element(values.begin(), at, end);
+            end = at;
+        }
+        *result = *at;
+    }
 }
 
 double spreadingDb(double gate, double gateSpacingM) {
@@ -75,6 +99,13 @@ Ring collectRing(const std::vector<float>& reflectivity, const std::vector<float
                  int nrays, int ngates, int first, int last, double gateSpacingM) {
     Ring ring;
     ring.spreadingDb = spreadingDb(0.5 * (first + last), gateSpacingM);
+    Values spreading;
+    for (int g = first; g < last; ++g) {
+        spreading.push_back(spreadingDb(g, gateSpacingM));
+    }
+    const std::size_t most = spreading.size() * static_cast<std::size_t>(nrays);
+    ring.levels.reserve(most);
+    ring.correlation.reserve(correlation.empty() ? 0 : most);
     for (int r = 0; r < nrays; ++r) {
         for (int g = first; g < last; ++g) {
             const std::size_t at = static_cast<std::size_t>(r) * static_cast<std::size_t>(ngates) +
@@ -82,7 +113,8 @@ Ring collectRing(const std::vector<float>& reflectivity, const std::vector<float
             if (!std::isfinite(reflectivity[at])) {
                 continue;
             }
-            ring.levels.push_back(reflectivity[at] - spreadingDb(g, gateSpacingM));
+            ring.levels.push_back(reflectivity[at] -
+                                  spreading[static_cast<std::size_t>(g - first)]);
             if (!correlation.empty()) {
                 ring.correlation.push_back(correlation[at]);
             }
@@ -112,6 +144,7 @@ std::vector<Ring> collectRings(std::vector<float> reflectivity,
         Ring ring =
             collectRing(reflectivity, correlation, nrays, ngates, first, last, gateSpacingM);
         if (ring.levels.size() >= kMinValues) {
+            fillQuantiles(ring);
             rings.push_back(std::move(ring));
         }
     }
@@ -119,13 +152,17 @@ std::vector<Ring> collectRings(std::vector<float> reflectivity,
 }
 
 Values smoothHistogram(const Values& values) {
-    Values counts(kBins, 0.0);
+    std::vector<int> inBin(kBins);
     for (double value : values) {
-        const int bin = static_cast<int>(
-            std::clamp((value - kLowestDb) / kBinDb, 0.0, static_cast<double>(kBins - 1)));
+        ++inBin[static_cast<std::size_t>(
+            std::clamp((value - kLowestDb) / kBinDb, 0.0, static_cast<double>(kBins - 1)))];
+    }
+    Values counts(kBins, 0.0);
+    for (int bin = 0; bin < kBins; ++bin) {
         for (int b = std::max(0, bin - kSmoothBins); b <= std::min(kBins - 1, bin + kSmoothBins);
              ++b) {
-            counts[static_cast<std::size_t>(b)] += 1 + kSmoothBins - std::abs(b - bin);
+            counts[static_cast<std::size_t>(b)] +=
+                inBin[static_cast<std::size_t>(bin)] * (1 + kSmoothBins - std::abs(b - bin));
         }
     }
     return counts;
@@ -145,10 +182,6 @@ double lowestPeak(const Values& values) {
     return kLowestDb + (static_cast<double>(bin) + 0.5) * kBinDb;
 }
 
-double median(Values values) {
-    return quantile(std::move(values), 0.5);
-}
-
 bool isWeather(const Ring& ring, double peak) {
     Values correlation;
     for (std::size_t i = 0; i < ring.correlation.size(); ++i) {
@@ -157,7 +190,8 @@ bool isWeather(const Ring& ring, double peak) {
             correlation.push_back(ring.correlation[i]);
         }
     }
-    return correlation.size() >= kMinValues / 2 && median(correlation) > kWeatherCorrelation;
+    return correlation.size() >= kMinValues / 2 &&
+           quantile(correlation, kMedianShare) > kWeatherCorrelation;
 }
 
 /* Noise has a tail below its peak, unlike weak echo that a threshold cuts off; a tall peak needs
@@ -198,8 +232,7 @@ double slope(const Peak* begin, const Peak* end) {
 bool isFloor(double level, const std::vector<Ring>& rings) {
     std::size_t deeper = 0;
     for (const Ring& ring : rings) {
-        deeper += quantile(ring.levels, kWeakShare) < level - kDeepestWeakDb ||
-                  median(ring.levels) < level - kDeepestMedianDb;
+        deeper += ring.weak < level - kDeepestWeakDb || ring.median < level - kDeepestMedianDb;
     }
     return 10 * deeper <= rings.size();
 }
@@ -242,7 +275,7 @@ Calibration estimateCalibration(const std::vector<float>& reflectivity,
     const std::vector<Ring> rings =
         collectRings(reflectivity, correlation, nrays, ngates, gateSpacingM);
     for (const Ring& ring : rings) {
-        envelopes.push_back(quantile(ring.levels, kEnvelopeShare));
+        envelopes.push_back(ring.envelope);
         const double peak = lowestPeak(ring.levels);
         if (isNoisePeak(ring, peak)) {
             peaks.push_back({ring.spreadingDb, peak});

@@ -4,6 +4,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cmath>
 #include <limits>
 
 namespace {
@@ -141,13 +143,48 @@ TEST(Roles, ASummaryLeavesOutWhatIsMissing) {
     const scan::ValueSummary summary = scan::summarise({3, kMissing, -1, 7, 500}, Role::kZhh);
     EXPECT_EQ(summary.count, 4);
     EXPECT_EQ(summary.lowest, -1);
-    EXPECT_EQ(summary.median, 7);
     EXPECT_EQ(summary.highest, 500);
     EXPECT_DOUBLE_EQ(summary.shareInRange, 0.75);
     EXPECT_FALSE(summary.constant());
     EXPECT_TRUE(scan::summarise({2, kMissing, 2}, Role::kZdr).constant());
     EXPECT_TRUE(scan::summarise({2}, Role::kZdr).constant());
     EXPECT_EQ(scan::summarise({kMissing}, Role::kZdr).count, 0);
+}
+
+TEST(Roles, ASummaryOfAnyNumberOfValuesIsThatOfALoop) {
+    std::vector<float> values;
+    for (int count = 0; count < 70; ++count) {
+        long inside = 0;
+        for (const float value : values) {
+            inside += value >= -12 && value <= 15;
+        }
+        const scan::ValueSummary summary = scan::summarise(values, Role::kZdr);
+        ASSERT_EQ(summary.count, count);
+        if (count > 0) {
+            const auto ends = std::minmax_element(values.begin(), values.end());
+            EXPECT_EQ(summary.lowest, *ends.first) << count;
+            EXPECT_EQ(summary.highest, *ends.second) << count;
+            EXPECT_EQ(summary.shareInRange, static_cast<double>(inside) / count) << count;
+        }
+        values.push_back(static_cast<float>((count * 37) % 53 - 26) * 0.7F);
+    }
+}
+
+TEST(Roles, TheMedianIsThatOfTheSortedFiniteValues) {
+    constexpr float kInfinite = std::numeric_limits<float>::infinity();
+    constexpr float kLargest = std::numeric_limits<float>::max();
+    EXPECT_EQ(scan::medianOf({}), 0);
+    EXPECT_EQ(scan::medianOf({kMissing, kInfinite, -kInfinite}), 0);
+    EXPECT_EQ(scan::medianOf({3, kMissing, -1, 7, kInfinite, 500}), 7);
+    EXPECT_EQ(scan::medianOf({-kLargest, -1e-40F, 0.0F, -0.0F, 1e-40F, kLargest}), 0);
+    EXPECT_FALSE(std::signbit(scan::medianOf({-0.0F})));
+    std::vector<float> values;
+    for (int i = 0; i < 1001; ++i) {
+        values.push_back(std::sin(static_cast<float>(i * i)) * (i % 7 == 0 ? 1e-3F : 40.0F));
+        std::vector<float> sorted = values;
+        std::sort(sorted.begin(), sorted.end());
+        ASSERT_EQ(scan::medianOf(values), sorted[sorted.size() / 2]) << i;
+    }
 }
 
 TEST(Roles, AClassFieldIsKnownByNameAndValues) {
