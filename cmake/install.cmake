@@ -18,6 +18,11 @@ install(FILES ${PROJECT_BINARY_DIR}/clutterclassifier-config.cmake
               ${PROJECT_BINARY_DIR}/clutterclassifier-config-version.cmake
         DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/clutterclassifier)
 
+# The directories relative to that of the .pc file: an installed tree may be moved.
+file(RELATIVE_PATH pc_prefix ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
+file(RELATIVE_PATH pc_libdir ${CMAKE_INSTALL_PREFIX} ${CMAKE_INSTALL_FULL_LIBDIR})
+file(RELATIVE_PATH pc_includedir ${CMAKE_INSTALL_PREFIX} ${CMAKE_INSTALL_FULL_INCLUDEDIR})
+file(RELATIVE_PATH pc_datadir ${CMAKE_INSTALL_PREFIX} ${CMAKE_INSTALL_FULL_DATADIR})
 configure_file(cmake/clutterclassifier.pc.in clutterclassifier.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/clutterclassifier.pc
         DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)

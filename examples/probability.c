@@ -2,7 +2,7 @@
  * probability.c - how sure each class is: a small scan through the handle, from plain C.
  *
  *     cc probability.c $(pkg-config --cflags --libs clutterclassifier) -o probability
- *     ./probability /usr/local/share/clutterclassifier/membership
+ *     ./probability $(pkg-config --variable=membershipdir clutterclassifier)
  */
 #include <stdio.h>
 #include <stdlib.h>

@@ -6,6 +6,7 @@
 #include <stdexcept>
 
 #include "scan/classes/membership_files.h"
+#include "scan/own_file.h"
 
 namespace cli {
 
@@ -24,10 +25,9 @@ std::string membershipDirectory(const std::string& override) {
         return scan::withSeparator(variable);
     }
     std::error_code error;
-    const fs::path program = fs::read_symlink("/proc/self/exe", error);
     const fs::path shipped =
-        program.parent_path().parent_path() / CLUTTERCLASSIFIER_INSTALLED_MEMBERSHIP;
-    if (!error && fs::is_directory(shipped, error)) {
+        scan::ownFile().parent_path().parent_path() / CLUTTERCLASSIFIER_INSTALLED_MEMBERSHIP;
+    if (fs::is_directory(shipped, error)) {
         return scan::withSeparator(shipped.string());
     }
     throw std::runtime_error(

@@ -1,19 +1,40 @@
 /* Loads the module of the formats that need large libraries, once a process. */
-#include <dlfcn.h>
-
 #include <stdexcept>
 
 #include "scan/formats/containers/containers.h"
 
+#ifdef CLUTTERCLASSIFIER_CONTAINERS_FROM_PROGRAM
+#include <dlfcn.h>
+
+#include <filesystem>
+
+#include "scan/own_file.h"
+#endif
+
 namespace scan {
 namespace {
 
-/* The library's run path finds it beside the shared library, wherever both are installed. */
+#ifdef CLUTTERCLASSIFIER_CONTAINERS_FROM_PROGRAM
 constexpr char kModule[] = "clutterclassifier_containers.so";
+
+/* Beside the Python extension, in a folder beside the shared library, or in that folder as the
+ * program finds it; the first that exists. */
+std::string modulePath() {
+    namespace fs = std::filesystem;
+    const fs::path own = ownFile().parent_path();
+    for (const char* folder :
+         {".", "clutterclassifier", CLUTTERCLASSIFIER_CONTAINERS_FROM_PROGRAM}) {
+        std::error_code error;
+        if (const fs::path path = own / folder / kModule; fs::exists(path, error)) {
+            return path.lexically_normal().string();
+        }
+    }
+    return kModule;
+}
 
 const Containers& load() {
     using Entry = const Containers* (*)();
-    void* module = dlopen(kModule, RTLD_NOW | RTLD_LOCAL);
+    void* module = dlopen(modulePath().c_str(), RTLD_NOW | RTLD_LOCAL);
     if (!module) {
         throw std::runtime_error(
             std::string("needs the libraries of HDF5 and NetCDF, which cannot be loaded: ") +
@@ -25,6 +46,11 @@ const Containers& load() {
     }
     return *entry();
 }
+#else
+const Containers& load() {
+    throw std::runtime_error("needs the libraries of HDF5 and NetCDF, which this build leaves out");
+}
+#endif
 
 }  // namespace
 
