@@ -9,9 +9,9 @@ import numpy as np
 
 from . import _core
 from ._arrays.arguments import MOST, whole
-from ._model import class_variable, field_variable, sweep_dataset
-from .echo import GROUND_CLUTTER, NOISE, PRECIPITATION
-from .fields import BY_ARGUMENT
+from ._model.echo import GROUND_CLUTTER, NOISE, PRECIPITATION
+from ._model.fields import BY_ARGUMENT
+from ._model.sweep import class_variable, field_variable, sweep_dataset
 
 if TYPE_CHECKING:
     import xarray as xr

@@ -21,9 +21,9 @@ from numpy.typing import NDArray
 
 from . import sweeps
 from ._arrays.arguments import gate_spacing
-from ._model import field_variable, sweep_dataset
-from ._names import field_names
-from .echo import MISSING
+from ._model.echo import MISSING
+from ._model.names import field_names
+from ._model.sweep import field_variable, sweep_dataset
 from .sweeps._codes import CLASS, parse_classes
 from .sweeps._sweep import FieldMap
 

@@ -11,7 +11,7 @@ from hypothesis import given
 from hypothesis import strategies as st
 
 import clutterclassifier as cc
-from clutterclassifier._names import RESERVED, field_names
+from clutterclassifier._model.names import RESERVED, field_names
 
 xr = pytest.importorskip("xarray")
 

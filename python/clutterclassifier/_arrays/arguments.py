@@ -120,8 +120,8 @@ def _without_noise(spacing: float) -> float:
     return float(metres) if abs(spacing - metres) <= _ROUNDING * abs(metres) else spacing
 
 
-def number(name: str, value: Any) -> float:
-    """A single number, which may be infinite."""
+def _single(name: str, value: Any, kind: str) -> float:
+    """A single number that is not NaN; `kind` says in messages what is expected."""
     if isinstance(value, (float, Real)):
         try:
             single = float(value)
@@ -131,21 +131,23 @@ def number(name: str, value: Any) -> float:
         try:
             values = as_numbers(name, value)
         except TypeError:
-            raise TypeError(f"{name} must be a number, not {value!r}") from None
+            raise TypeError(f"{name} must be {kind}, not {value!r}") from None
         if values.size != 1:
             raise ValueError(f"{name} must be a single number, not an array of the shape {values.shape}")
         single = float(values.reshape(()))
     if np.isnan(single):
-        raise ValueError(f"{name} must be a number, not {single}")
+        raise ValueError(f"{name} must be {kind}, not {single}")
     return single
+
+
+def number(name: str, value: Any) -> float:
+    """A single number, which may be infinite."""
+    return _single(name, value, "a number")
 
 
 def finite(name: str, value: Any) -> float:
     """A single finite number."""
-    try:
-        single = number(name, value)
-    except ValueError as error:
-        raise ValueError(str(error).replace("must be a number", "must be a finite number")) from None
+    single = _single(name, value, "a finite number")
     if np.isinf(single):
         raise ValueError(f"{name} must be a finite number, not {single}")
     return single

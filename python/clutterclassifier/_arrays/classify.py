@@ -12,7 +12,7 @@ import numpy as np
 from numpy.typing import ArrayLike, NDArray
 
 from .. import _core
-from ..echo import Inputs
+from .._model.echo import Inputs
 from .arguments import (NO_ECHO, as_field, as_field_like, finite, gate_spacing, number, only_given, whole,
                         window_pair)
 from .scans import angles

@@ -12,7 +12,7 @@ import numpy as np
 from numpy.typing import ArrayLike, NDArray
 
 from .. import _core
-from ..echo import MISSING, Inputs
+from .._model.echo import MISSING, Inputs
 from .arguments import as_field, as_field_like, finite, gate_spacing, number, only_given, whole, window_pair
 from .classify import ARGUMENTS, InputSelection, membership_directory, parse_inputs
 from .scans import angles, per_ray

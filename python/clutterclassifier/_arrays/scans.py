@@ -7,7 +7,7 @@ from typing import Any
 import numpy as np
 from numpy.typing import ArrayLike, DTypeLike, NDArray
 
-from ..echo import MISSING
+from .._model.echo import MISSING
 from .arguments import as_field, as_field_like, as_numbers, finite
 
 Shape = tuple[int, ...]

@@ -8,7 +8,7 @@ import numpy as np
 from numpy.typing import ArrayLike, NDArray
 
 from .. import _core
-from ..echo import EchoClass
+from .._model.echo import EchoClass
 from .arguments import as_field, whole, window_pair, window_sizes
 from .scans import as_classes, excluded_gates, with_empty_rays
 

@@ -9,7 +9,7 @@ import xarray as xr
 from numpy.typing import NDArray
 
 from .. import sweeps
-from ..echo import MISSING, EchoClass
+from .._model.echo import MISSING, EchoClass
 from ..sweeps._codes import CLASS, library_codes
 from ..sweeps._geometry import is_rhi
 from ..sweeps._sweep import RANGE, FieldMap, find_sweep

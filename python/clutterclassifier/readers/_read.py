@@ -10,9 +10,9 @@ from typing import TYPE_CHECKING, Any, Union
 import numpy as np
 
 from .. import _core
-from .._model import class_variable, field_variable, sweep_dataset
-from .._names import check_names, field_names
-from ..echo import MISSING, EchoClass
+from .._model.echo import MISSING, EchoClass
+from .._model.names import check_names, field_names
+from .._model.sweep import class_variable, field_variable, sweep_dataset
 
 if TYPE_CHECKING:
     import xarray as xr
@@ -107,22 +107,9 @@ def read(path: Path, *, layout: int | None = None,
 
 
 def open_uf(path: Path, *, names: Mapping[str, str] | None = None) -> list[xr.Dataset]:
-    """Read a Universal Format file; see `read`.
+    """A Universal Format file as `read` gives it: one dataset a sweep.
 
-    Parameters
-    ----------
-    path, names
-        As for `read`.
-
-    Returns
-    -------
-    list of xarray.Dataset
-        One a sweep, in the order of the file.
-
-    Raises
-    ------
-    OSError, ValueError
-        As for `read`; also for a file of another format.
+    A file of another format is a ValueError.
 
     Examples
     --------
@@ -133,22 +120,9 @@ def open_uf(path: Path, *, names: Mapping[str, str] | None = None) -> list[xr.Da
 
 
 def open_dx(path: Path, *, names: Mapping[str, str] | None = None) -> list[xr.Dataset]:
-    """Read a German DX file; see `read`.
+    """A German DX file as `read` gives it: one sweep with the one field DBZH (dBZ).
 
-    Parameters
-    ----------
-    path, names
-        As for `read`.
-
-    Returns
-    -------
-    list of xarray.Dataset
-        The one sweep, with the one field DBZH (dBZ).
-
-    Raises
-    ------
-    OSError, ValueError
-        As for `read`; also for a file of another format.
+    A file of another format is a ValueError.
 
     Examples
     --------
@@ -160,22 +134,9 @@ def open_dx(path: Path, *, names: Mapping[str, str] | None = None) -> list[xr.Da
 
 def open_polar(path: Path, *, layout: int | None = None,
                names: Mapping[str, str] | None = None) -> list[xr.Dataset]:
-    """Read a polar data file; see `read`. Nothing is corrected or blanked.
+    """A polar data file as `read` gives it. Nothing is corrected or blanked.
 
-    Parameters
-    ----------
-    path, layout, names
-        As for `read`.
-
-    Returns
-    -------
-    list of xarray.Dataset
-        One a sweep, in the order of the file.
-
-    Raises
-    ------
-    OSError, ValueError
-        As for `read`; also for a file of another format.
+    A file of another format is a ValueError.
 
     Examples
     --------
@@ -186,22 +147,9 @@ def open_polar(path: Path, *, layout: int | None = None,
 
 
 def open_record(path: Path, *, names: Mapping[str, str] | None = None) -> list[xr.Dataset]:
-    """Read a field record file in polar coordinates; see `read`. A grid is a ValueError.
+    """A field record file in polar coordinates as `read` gives it. A grid is a ValueError.
 
-    Parameters
-    ----------
-    path, names
-        As for `read`.
-
-    Returns
-    -------
-    list of xarray.Dataset
-        One a sweep, in the order of the file.
-
-    Raises
-    ------
-    OSError, ValueError
-        As for `read`; also for a file of another format.
+    A file of another format is a ValueError.
 
     Examples
     --------

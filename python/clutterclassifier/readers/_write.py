@@ -13,7 +13,7 @@ from numpy.typing import NDArray
 
 from .. import _core
 from .._arrays.scans import angles as per_ray_angles
-from ..echo import MISSING
+from .._model.echo import MISSING
 from ._read import Path, as_file_name
 
 if TYPE_CHECKING:

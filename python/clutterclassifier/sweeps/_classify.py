@@ -12,7 +12,7 @@ from numpy.typing import NDArray
 
 from .._arrays.classify import (ARRAYS, InputSelection, Membership, Options, check_options, classify_scans,
                                 parse_inputs)
-from ..echo import MISSING, PRECIPITATION, Inputs
+from .._model.echo import MISSING, PRECIPITATION, Inputs
 from ._apply import apply, no_echo_value
 from ._calibration import Calibration, estimate_now, find_calibration
 from ._codes import CLASS, ClassSelection, class_attributes, code_table, library_codes, parse_classes

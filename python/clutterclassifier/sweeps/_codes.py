@@ -10,8 +10,8 @@ import xarray as xr
 from numpy.typing import NDArray
 
 from .._arrays.arguments import as_numbers
-from .._model import flag_attributes
-from ..echo import MISSING, EchoClass
+from .._model.sweep import flag_attributes
+from .._model.echo import MISSING, EchoClass
 from ._sweep import has_gates
 
 CLASS = "CLASS"

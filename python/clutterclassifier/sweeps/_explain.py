@@ -11,8 +11,8 @@ from .. import _core
 from .._arrays.arguments import finite
 from .._arrays.classify import (ARRAYS, InputSelection, Membership, as_contiguous, check_options,
                                 membership_directory, settings_of)
-from ..echo import EchoClass, Inputs
-from ..fields import BY_ARGUMENT
+from .._model.echo import EchoClass, Inputs
+from .._model.fields import BY_ARGUMENT
 from ._calibration import find_calibration
 from ._classify import NEIGHBOURHOOD, examine
 from ._geometry import is_closed, is_rhi

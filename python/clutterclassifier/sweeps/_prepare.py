@@ -9,7 +9,7 @@ import xarray as xr
 from numpy.typing import NDArray
 
 from .._arrays.arguments import NO_ECHO
-from ..echo import Inputs
+from .._model.echo import Inputs
 from ._apply import is_no_echo, with_front
 from ._calibration import Calibration, estimated
 from ._sweep import FieldMap, Sweep, is_unfiltered, other_reflectivity

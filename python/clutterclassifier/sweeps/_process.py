@@ -12,7 +12,7 @@ from .._arrays import process as _process
 from .._arrays.classify import InputSelection, Membership
 from .._arrays.process import KEYS, Processed, Stage
 from .._arrays.settings import Config, Settings, read_settings
-from ..echo import MISSING, Inputs
+from .._model.echo import MISSING, Inputs
 from ._apply import apply, is_no_echo, no_echo_value, on_measured, with_front
 from ._calibration import Calibration, estimate_now, find_calibration
 from ._classify import NEIGHBOURHOOD, words_of

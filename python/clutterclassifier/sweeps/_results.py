@@ -9,7 +9,7 @@ from typing import Any
 import xarray as xr
 
 from .._version import __version__
-from ..fields import BY_ARGUMENT, BY_NAME
+from .._model.fields import BY_ARGUMENT, BY_NAME
 from ._apply import no_echo_value
 from ._sweep import Sweep
 

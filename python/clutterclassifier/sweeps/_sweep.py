@@ -9,7 +9,7 @@ import numpy as np
 import xarray as xr
 
 from .._arrays.arguments import gate_spacing
-from ..fields import BY_ARGUMENT, BY_NAME, QUANTITIES
+from .._model.fields import BY_ARGUMENT, BY_NAME, QUANTITIES
 
 #: Variables by quantity: ``{"dbzh": "my_reflectivity", "ldr": None}``; None omits a quantity.
 FieldMap = Union[Mapping[str, Union[Hashable, None]], None]

@@ -10,8 +10,8 @@ import xarray as xr
 from numpy.typing import NDArray
 
 from .._arrays import toolkit as _toolkit
-from ..echo import MISSING, NOISE
-from ..fields import BY_ARGUMENT
+from .._model.echo import MISSING, NOISE
+from .._model.fields import BY_ARGUMENT
 from ._apply import apply, is_no_echo, no_echo_value
 from ._codes import CLASS, ClassSelection, class_attributes, library_codes, parse_classes
 from ._geometry import is_closed

@@ -1,0 +1,1 @@
+"""Classes and inputs, names of fields, sweeps as datasets: below all other rooms."""
