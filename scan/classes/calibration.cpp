@@ -3,9 +3,11 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
+#include <cstdint>
 #include <limits>
 #include <utility>
 
+#include "scan/fields/value_summary.h"
 #include "scan/scan.h"
 
 namespace scan {
@@ -41,7 +43,8 @@ struct Ring {
     double spreadingDb = 0;                     // 20 log10(range in km) of its middle
     Values levels;                              // Z - 20 log10(range) of its gates
     std::vector<float> correlation;             // of the same gates; empty when there is none
-    double median = 0, weak = 0, envelope = 0;  // quantiles of the levels
+    std::vector<int> inBin;                     // histogram of the levels
+    double median = 0, weak = 0, envelope = 0;  // their quantiles
 };
 
 struct Peak {
@@ -50,17 +53,11 @@ struct Peak {
 
 /* The lowest value when so many gates share it that it cannot be a measurement. */
 float noEchoMarker(const std::vector<float>& values) {
-    float lowest = std::numeric_limits<float>::infinity();
-    std::size_t present = 0;
-    for (float value : values) {
-        present += std::isfinite(value);
-        if (std::isfinite(value)) {
-            lowest = std::min(lowest, value);
-        }
-    }
-    const auto sharing = std::count(values.begin(), values.end(), lowest);
-    const bool marker = static_cast<double>(sharing) > kMarkerShare * static_cast<double>(present);
-    return marker ? lowest : std::numeric_limits<float>::quiet_NaN();
+    const ValueSummary summary = summarise(values, Role::kNone);
+    const auto sharing = std::count(values.begin(), values.end(), summary.lowest);
+    const bool marker =
+        static_cast<double>(sharing) > kMarkerShare * static_cast<double>(summary.count);
+    return marker ? summary.lowest : std::numeric_limits<float>::quiet_NaN();
 }
 
 /* Index of a quantile among so many sorted values. */
@@ -74,20 +71,41 @@ double quantile(Values values, double share) {
     return *at;
 }
 
-/* The greatest first: each search leaves all smaller values before the one that it finds. */
-void fillQuantiles(Ring& ring) {
-    Values values = ring.levels;
-    auto end = values.end();
-    for (const auto& [share, result] : {std::pair{kMedianShare, &ring.median},
-                                        {kWeakShare, &ring.weak},
-                                        {kEnvelopeShare, &ring.envelope}}) {
-        const auto at = values.begin() + rankOf(share, values.size());
-        if (at < end) {
-            std::nth_element(values.begin(), at, end);
-            end = at;
-        }
-        *result = *at;
+std::size_t binOf(double level) {
+    return static_cast<std::size_t>(
+        std::clamp((level - kLowestDb) / kBinDb, 0.0, static_cast<double>(kBins - 1)));
+}
+
+/* The value of a rank among sorted levels: only those of its bin are sorted. */
+double levelOfRank(const Ring& ring, const std::vector<std::uint16_t>& bins, std::ptrdiff_t rank) {
+    std::size_t bin = 0;
+    while (rank >= ring.inBin[bin]) {
+        rank -= ring.inBin[bin++];
     }
+    Values values;
+    for (std::size_t i = 0; i < bins.size(); ++i) {
+        if (bins[i] == bin) {
+            values.push_back(ring.levels[i]);
+        }
+    }
+    std::nth_element(values.begin(), values.begin() + rank, values.end());
+    return values[static_cast<std::size_t>(rank)];
+}
+
+void fillDistribution(Ring& ring) {
+    std::vector<std::uint16_t> bins(ring.levels.size());
+    std::transform(ring.levels.begin(), ring.levels.end(), bins.begin(),
+                   [](double level) { return static_cast<std::uint16_t>(binOf(level)); });
+    ring.inBin.assign(kBins, 0);
+    for (const std::uint16_t bin : bins) {
+        ++ring.inBin[bin];
+    }
+    const auto quantileOf = [&](double share) {
+        return levelOfRank(ring, bins, rankOf(share, bins.size()));
+    };
+    ring.median = quantileOf(kMedianShare);
+    ring.weak = quantileOf(kWeakShare);
+    ring.envelope = quantileOf(kEnvelopeShare);
 }
 
 double spreadingDb(double gate, double gateSpacingM) {
@@ -104,22 +122,22 @@ Ring collectRing(const std::vector<float>& reflectivity, const std::vector<float
         spreading.push_back(spreadingDb(g, gateSpacingM));
     }
     const std::size_t most = spreading.size() * static_cast<std::size_t>(nrays);
-    ring.levels.reserve(most);
-    ring.correlation.reserve(correlation.empty() ? 0 : most);
+    ring.levels.resize(most);
+    ring.correlation.resize(correlation.empty() ? 0 : most);
+    std::size_t count = 0;
     for (int r = 0; r < nrays; ++r) {
         for (int g = first; g < last; ++g) {
             const std::size_t at = static_cast<std::size_t>(r) * static_cast<std::size_t>(ngates) +
                                    static_cast<std::size_t>(g);
-            if (!std::isfinite(reflectivity[at])) {
-                continue;
-            }
-            ring.levels.push_back(reflectivity[at] -
-                                  spreading[static_cast<std::size_t>(g - first)]);
+            ring.levels[count] = reflectivity[at] - spreading[static_cast<std::size_t>(g - first)];
             if (!correlation.empty()) {
-                ring.correlation.push_back(correlation[at]);
+                ring.correlation[count] = correlation[at];
             }
+            count += std::isfinite(reflectivity[at]) ? 1 : 0;  // else the next one takes its place
         }
     }
+    ring.levels.resize(count);
+    ring.correlation.resize(correlation.empty() ? 0 : count);
     return ring;
 }
 
@@ -144,19 +162,14 @@ std::vector<Ring> collectRings(std::vector<float> reflectivity,
         Ring ring =
             collectRing(reflectivity, correlation, nrays, ngates, first, last, gateSpacingM);
         if (ring.levels.size() >= kMinValues) {
-            fillQuantiles(ring);
+            fillDistribution(ring);
             rings.push_back(std::move(ring));
         }
     }
     return rings;
 }
 
-Values smoothHistogram(const Values& values) {
-    std::vector<int> inBin(kBins);
-    for (double value : values) {
-        ++inBin[static_cast<std::size_t>(
-            std::clamp((value - kLowestDb) / kBinDb, 0.0, static_cast<double>(kBins - 1)))];
-    }
+Values smoothHistogram(const std::vector<int>& inBin) {
     Values counts(kBins, 0.0);
     for (int bin = 0; bin < kBins; ++bin) {
         for (int b = std::max(0, bin - kSmoothBins); b <= std::min(kBins - 1, bin + kSmoothBins);
@@ -169,8 +182,8 @@ Values smoothHistogram(const Values& values) {
 }
 
 /* The lowest of the high peaks: above it may be another one of weather. */
-double lowestPeak(const Values& values) {
-    const Values counts = smoothHistogram(values);
+double lowestPeak(const Ring& ring) {
+    const Values counts = smoothHistogram(ring.inBin);
     const double least = kHighPeak * *std::max_element(counts.begin(), counts.end());
     std::size_t bin = 0;
     while (counts[bin] < least) {
@@ -182,27 +195,31 @@ double lowestPeak(const Values& values) {
     return kLowestDb + (static_cast<double>(bin) + 0.5) * kBinDb;
 }
 
+/* The median is beyond the limit unless more than half of the values lie below it. */
 bool isWeather(const Ring& ring, double peak) {
-    Values correlation;
+    std::size_t count = 0;
+    std::size_t low = 0;
     for (std::size_t i = 0; i < ring.correlation.size(); ++i) {
-        if (std::isfinite(ring.correlation[i]) &&
-            std::abs(ring.levels[i] - peak) <= kPeakHalfWidthDb) {
-            correlation.push_back(ring.correlation[i]);
-        }
+        const bool counts = std::isfinite(ring.correlation[i]) &
+                            (std::abs(ring.levels[i] - peak) <= kPeakHalfWidthDb);
+        count += counts ? 1 : 0;
+        low += counts & (ring.correlation[i] <= kWeatherCorrelation) ? 1 : 0;
     }
-    return correlation.size() >= kMinValues / 2 &&
-           quantile(correlation, kMedianShare) > kWeatherCorrelation;
+    return count >= kMinValues / 2 &&
+           static_cast<std::ptrdiff_t>(low) <= rankOf(kMedianShare, count);
 }
 
 /* Noise has a tail below its peak, unlike weak echo that a threshold cuts off; a tall peak needs
  * none. */
 bool isNoisePeak(const Ring& ring, double peak) {
-    double inside = 0;
-    double below = 0;
+    long near = 0;
+    long under = 0;
     for (double level : ring.levels) {
-        inside += std::abs(level - peak) <= kPeakHalfWidthDb;
-        below += level < peak - kPeakHalfWidthDb;
+        near += std::abs(level - peak) <= kPeakHalfWidthDb ? 1 : 0;
+        under += level < peak - kPeakHalfWidthDb ? 1 : 0;
     }
+    const auto inside = static_cast<double>(near);
+    const auto below = static_cast<double>(under);
     const double share = inside / static_cast<double>(ring.levels.size());
     if (share < kMinPeakShare || isWeather(ring, peak)) {
         return false;
@@ -276,7 +293,7 @@ Calibration estimateCalibration(const std::vector<float>& reflectivity,
         collectRings(reflectivity, correlation, nrays, ngates, gateSpacingM);
     for (const Ring& ring : rings) {
         envelopes.push_back(ring.envelope);
-        const double peak = lowestPeak(ring.levels);
+        const double peak = lowestPeak(ring);
         if (isNoisePeak(ring, peak)) {
             peaks.push_back({ring.spreadingDb, peak});
         }

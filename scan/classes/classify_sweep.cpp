@@ -112,22 +112,34 @@ bool isPastRay(const Sweep& sweep, std::size_t i) {
     return !sweep.rayGates.empty() && static_cast<int>(i % ngates) >= sweep.rayGates[i / ngates];
 }
 
+/* Gates past the end of a ray, or that were not measured, have no class. */
+void hideUnmeasured(const Sweep& sweep, const Field& reflectivity, std::vector<float>& classes) {
+    const bool apart = knowsNoEcho(reflectivity);
+    if (!apart && sweep.rayGates.empty()) {
+        return;
+    }
+    for (std::size_t i = 0; i < classes.size(); ++i) {
+        if (isPastRay(sweep, i) || (apart && wasNotMeasured(reflectivity, i))) {
+            classes[i] = kNoValue;
+        }
+    }
+}
+
 }  // namespace
 
 void countClasses(const Sweep& sweep, ClassifiedSweep& result) {
     const Field& reflectivity = *result.fields[Role::kZhh];
-    const bool apart = knowsNoEcho(reflectivity);
-    for (std::size_t i = 0; i < result.classes.size(); ++i) {
-        if (isPastRay(sweep, i) || (apart && wasNotMeasured(reflectivity, i))) {
-            result.classes[i] = kNoValue;
-            continue;
-        }
-        result.precipitation += result.classes[i] == kPrecipitation;
-        result.groundClutter += result.classes[i] == kGroundClutter;
-        result.seaClutter += result.classes[i] == kSeaClutter;
-        result.turbineClutter += result.classes[i] == kTurbineClutter;
-        result.noise += result.classes[i] == kNoise;
-        result.withoutValue += isMissing(Role::kZhh, reflectivity.values[i]);
+    hideUnmeasured(sweep, reflectivity, result.classes);
+    const std::vector<float>& classes = result.classes;
+    const auto count = [&](float code) { return std::count(classes.begin(), classes.end(), code); };
+    result.precipitation += count(kPrecipitation);
+    result.groundClutter += count(kGroundClutter);
+    result.seaClutter += count(kSeaClutter);
+    result.turbineClutter += count(kTurbineClutter);
+    result.noise += count(kNoise);
+    for (std::size_t i = 0; i < classes.size(); ++i) {
+        result.withoutValue +=
+            !std::isnan(classes[i]) & isMissing(Role::kZhh, reflectivity.values[i]) ? 1 : 0;
     }
 }
 

@@ -1,10 +1,7 @@
 /* missing.cpp - fill values by role. */
 #include "scan/fields/missing.h"
 
-#include <cmath>
 #include <limits>
-
-#include "scan/scan.h"
 
 namespace scan {
 namespace {
@@ -14,10 +11,6 @@ constexpr float kNoEcho = -999;
 
 }  // namespace
 
-bool isMissing(Role role, float value) {
-    return !std::isfinite(value) || (role == Role::kZhh && value == kNoRainDbz);
-}
-
 float fillValue(Role role) {
     if (role == Role::kZhh) {
         return kNoEcho;
@@ -26,10 +19,9 @@ float fillValue(Role role) {
 }
 
 void replaceMissing(Role role, std::vector<float>& values) {
+    const float fill = fillValue(role);
     for (float& value : values) {
-        if (isMissing(role, value)) {
-            value = fillValue(role);
-        }
+        value = isMissing(role, value) ? fill : value;
     }
 }
 

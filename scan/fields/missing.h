@@ -5,11 +5,15 @@
 #include <vector>
 
 #include "scan/fields/role.h"
+#include "scan/scan.h"
 
 namespace scan {
 
-/* Whether a gate has no value of a quantity. The library's mark of no rain counts as none. */
-bool isMissing(Role role, float value);
+/* Whether a gate has no value of a quantity. The library's mark of no rain counts as none, and so
+ * do infinite values (which less themselves are NaN). */
+inline bool isMissing(Role role, float value) {
+    return (value - value != 0) | ((role == Role::kZhh) & (value == kNoRainDbz));
+}
 
 /* What a gate without a value holds: no echo; a clutter likelihood that favours neither class; NaN,
  * where the membership functions favour neither. */

@@ -10,6 +10,7 @@
 #include "formats/uf/fields.h"
 #include "scan/fields/class_codes.h"
 #include "scan/fields/role.h"
+#include "scan/fields/value_summary.h"
 #include "scan/formats/uf/make_words.h"
 #include "scan/formats/uf/write_uf.h"
 #include "scan/text.h"
@@ -90,11 +91,10 @@ const Field* findExact(const Sweep& sweep, const std::string& name) {
 double largestOf(const Scan& scan, const std::string& name) {
     double largest = 0;
     for (const Sweep& sweep : scan.sweeps) {
-        const Field* field = findExact(sweep, name);
-        for (const float value : field ? field->values : std::vector<float>()) {
-            if (std::isfinite(value)) {
-                largest = std::max(largest, std::abs(static_cast<double>(value)));
-            }
+        if (const Field* field = findExact(sweep, name)) {
+            const ValueSummary summary = summarise(field->values, Role::kNone);
+            largest = std::max({largest, std::abs(static_cast<double>(summary.lowest)),
+                                std::abs(static_cast<double>(summary.highest))});
         }
     }
     return largest;
@@ -128,11 +128,22 @@ std::vector<FieldWords> planFields(const Scan& scan, CheckedWords& checked) {
     return plan;
 }
 
+/*
+ * Rounds halves away from zero as std::round does, by adding half a word and cutting off: a value
+ * of 24 bits times a scale of 14 has 38, so that the sum of two numbers below 2^15 is exact
+ * wherever its whole part could change.
+ */
 void fillFieldWords(const float* values, std::size_t n, int wordsPerUnit, short* words) {
+    if (values == nullptr) {
+        std::fill(words, words + n, kMissingWord);
+        return;
+    }
+    const double scale = wordsPerUnit;
     for (std::size_t i = 0; i < n; ++i) {
-        const double word =
-            values ? std::round(static_cast<double>(values[i]) * wordsPerUnit) : NAN;
-        words[i] = std::abs(word) <= kLargestWord ? static_cast<short>(word) : kMissingWord;
+        const double word = static_cast<double>(values[i]) * scale;
+        const bool held = std::abs(word) < kLargestWord + 0.5;  // false for NaN
+        const double whole = (held ? word : 0.0) + std::copysign(0.5, word);
+        words[i] = held ? static_cast<short>(static_cast<int>(whole)) : kMissingWord;
     }
 }
 

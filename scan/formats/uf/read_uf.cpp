@@ -85,8 +85,11 @@ void unpack(const Cufray& ray, int field, float* out) {
     }
     const short* words = ray.data + static_cast<std::size_t>(field) * ray.ngates;
     const auto scale = static_cast<float>(header.scalefactor);
-    for (int g = 0; g < gatesOf(ray, field); ++g) {
-        out[g] = words[g] == ray.missingvalue ? kNoValue : static_cast<float>(words[g]) / scale;
+    const short missing = ray.missingvalue;
+    const int gates = gatesOf(ray, field);
+    for (int g = 0; g < gates; ++g) {
+        const float value = static_cast<float>(words[g]) / scale;
+        out[g] = words[g] == missing ? kNoValue : value;
     }
 }
 
