@@ -11,7 +11,7 @@
 #include <vector>
 
 #include "clutterclassifier/Cradarpro.h"
-#include "support/literal_corrections.h"
+#include "support/literal/corrections.h"
 #include "support/rain_ray.h"
 
 namespace {

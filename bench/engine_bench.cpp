@@ -9,7 +9,7 @@
 
 #include "clutterclassifier/Cradarpro.h"
 #include "support/directories.h"
-#include "support/literal.h"
+#include "support/literal/classification.h"
 
 namespace {
 

@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "clutterclassifier/Cpluvek.h"
-#include "support/literal_geometry.h"
+#include "support/literal/geometry.h"
 #include "support/polar_record.h"
 
 namespace {

@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "clutterclassifier/CDSP.h"
-#include "support/literal_toolkit.h"
+#include "support/literal/toolkit.h"
 
 namespace {
 

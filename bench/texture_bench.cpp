@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "clutterclassifier/CDSP.h"
-#include "support/literal.h"
+#include "support/literal/classification.h"
 
 namespace {
 

@@ -10,7 +10,7 @@
 #include "commands/commands.h"
 #include "report/failure.h"
 #include "report/terminal.h"
-#include "scan/formats/output_file.h"
+#include "scan/formats/writing/output_file.h"
 
 namespace {
 

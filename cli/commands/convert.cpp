@@ -20,14 +20,14 @@
 #include "report/failure.h"
 #include "report/notes.h"
 #include "report/terminal.h"
-#include "scan/fields/roles.h"
 #include "scan/formats/containers/write_containers.h"
-#include "scan/formats/output_file.h"
 #include "scan/formats/polar/write_polar.h"
 #include "scan/formats/read_scan.h"
 #include "scan/formats/record/write_record.h"
 #include "scan/formats/uf/write_uf.h"
 #include "scan/formats/write_classes.h"
+#include "scan/formats/writing/output_file.h"
+#include "scan/text.h"
 
 namespace cli {
 

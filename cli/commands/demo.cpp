@@ -20,10 +20,10 @@
 #include "report/terminal.h"
 #include "scan/classes/classify_sweep.h"
 #include "scan/classes/membership_files.h"
-#include "scan/fields/roles.h"
-#include "scan/formats/output_file.h"
 #include "scan/formats/uf/write_uf.h"
+#include "scan/formats/writing/output_file.h"
 #include "scan/synthetic/synthetic.h"
+#include "scan/text.h"
 
 namespace cli {
 

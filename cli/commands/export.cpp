@@ -19,12 +19,12 @@
 #include "report/failure.h"
 #include "report/notes.h"
 #include "scan/fields/find_field.h"
-#include "scan/fields/roles.h"
-#include "scan/formats/library_output.h"
-#include "scan/formats/output_file.h"
 #include "scan/formats/read_scan.h"
+#include "scan/formats/reading/library_output.h"
 #include "scan/formats/record/read_record.h"
 #include "scan/formats/record/write_record.h"
+#include "scan/formats/writing/output_file.h"
+#include "scan/text.h"
 
 namespace cli {
 

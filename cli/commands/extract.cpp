@@ -21,11 +21,11 @@
 #include "report/failure.h"
 #include "report/notes.h"
 #include "report/terminal.h"
-#include "scan/fields/roles.h"
-#include "scan/formats/library_output.h"
-#include "scan/formats/output_file.h"
 #include "scan/formats/read_scan.h"
+#include "scan/formats/reading/library_output.h"
+#include "scan/formats/writing/output_file.h"
 #include "scan/points/samples.h"
+#include "scan/text.h"
 
 namespace cli {
 

@@ -13,7 +13,8 @@
 #include "report/failure.h"
 #include "report/terminal.h"
 #include "scan/fields/oddities.h"
-#include "scan/fields/roles.h"
+#include "scan/fields/role.h"
+#include "scan/fields/value_summary.h"
 #include "scan/formats/read_scan.h"
 
 namespace cli {

@@ -16,8 +16,8 @@
 #include "report/failure.h"
 #include "report/notes.h"
 #include "report/terminal.h"
-#include "scan/formats/output_file.h"
 #include "scan/formats/read_scan.h"
+#include "scan/formats/writing/output_file.h"
 
 namespace cli {
 

@@ -8,7 +8,7 @@
 #include <stdexcept>
 
 #include "picture/picture.h"
-#include "scan/fields/roles.h"
+#include "scan/text.h"
 
 namespace cli {
 

@@ -3,8 +3,9 @@
 
 #include <stdexcept>
 
+#include "scan/fields/field_choice.h"
 #include "scan/fields/find_field.h"
-#include "scan/fields/roles.h"
+#include "scan/fields/role.h"
 
 namespace cli {
 

@@ -11,12 +11,12 @@
 #include <utility>
 
 #include "clutterclassifier/clutterclassifier.h"
-#include "scan/fields/roles.h"
-#include "scan/formats/library_output.h"
-#include "scan/formats/output_file.h"
+#include "scan/formats/reading/library_output.h"
 #include "scan/formats/record/write_record.h"
 #include "scan/formats/uf/write_uf.h"
 #include "scan/formats/write_classes.h"
+#include "scan/formats/writing/output_file.h"
+#include "scan/text.h"
 
 namespace cli {
 

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "scan/formats/output_file.h"
+#include "scan/formats/writing/output_file.h"
 #include "scan/points/samples.h"
 #include "scan/process/process_sweep.h"
 

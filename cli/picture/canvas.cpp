@@ -13,7 +13,7 @@
 #include <stdexcept>
 
 #include "picture/picture.h"
-#include "scan/formats/output_file.h"
+#include "scan/formats/writing/output_file.h"
 
 namespace cli {
 

@@ -8,7 +8,8 @@
 #include <stdexcept>
 
 #include "picture/axes.h"
-#include "scan/fields/roles.h"
+#include "scan/fields/role.h"
+#include "scan/text.h"
 
 namespace cli {
 

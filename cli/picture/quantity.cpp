@@ -9,7 +9,9 @@
 #include <stdexcept>
 #include <utility>
 
-#include "scan/fields/roles.h"
+#include "scan/class_codes.h"
+#include "scan/fields/role.h"
+#include "scan/text.h"
 
 namespace cli {
 

@@ -10,7 +10,9 @@
 
 #include "fuzz/support/require.h"
 #include "scan/classes/classify_sweep.h"
-#include "scan/fields/roles.h"
+#include "scan/fields/field_map.h"
+#include "scan/fields/role.h"
+#include "scan/text.h"
 
 namespace {
 

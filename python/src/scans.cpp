@@ -8,12 +8,13 @@
 #include <vector>
 
 #include "arrays.h"
+#include "scan/class_codes.h"
 #include "scan/fields/oddities.h"
-#include "scan/fields/roles.h"
 #include "scan/formats/read_scan.h"
 #include "scan/quiet_library.h"
 #include "scan/scan_error.h"
 #include "scan/synthetic/synthetic.h"
+#include "scan/text.h"
 
 namespace python {
 namespace {

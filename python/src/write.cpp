@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "arrays.h"
-#include "scan/fields/roles.h"
+#include "scan/class_codes.h"
 #include "scan/formats/write_classes.h"
 #include "scan/quiet_library.h"
 

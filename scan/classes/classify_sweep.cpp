@@ -10,8 +10,8 @@
 #include <utility>
 
 #include "clutterclassifier/classifier.hpp"
+#include "scan/class_codes.h"
 #include "scan/classes/remove_isolated.h"
-#include "scan/fields/class_codes.h"
 #include "scan/fields/missing.h"
 #include "scan/fields/oddities.h"
 

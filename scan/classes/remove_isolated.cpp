@@ -6,7 +6,7 @@
 #include <memory>
 
 #include "clutterclassifier/clutterclassifier.h"
-#include "scan/fields/class_codes.h"
+#include "scan/class_codes.h"
 #include "scan/fields/oddities.h"
 
 namespace scan {

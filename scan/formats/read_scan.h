@@ -7,7 +7,7 @@
 #include <memory>
 #include <string>
 
-#include "scan/formats/recognise.h"
+#include "scan/formats/reading/recognise.h"
 #include "scan/scan.h"
 
 class Cufrw;

@@ -10,11 +10,11 @@
 #include <stdexcept>
 
 #include "clutterclassifier/clutterclassifier.h"
-#include "scan/fields/class_codes.h"
+#include "scan/class_codes.h"
 #include "scan/formats/containers/write_containers.h"
-#include "scan/formats/output_file.h"
 #include "scan/formats/record/write_record.h"
 #include "scan/formats/uf/write_uf.h"
+#include "scan/formats/writing/output_file.h"
 #include "scan/text.h"
 
 namespace scan {

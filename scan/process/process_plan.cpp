@@ -3,7 +3,7 @@
 
 #include <algorithm>
 
-#include "scan/fields/class_codes.h"
+#include "scan/class_codes.h"
 
 namespace scan {
 namespace {

@@ -11,7 +11,7 @@
 #include <utility>
 
 #include "clutterclassifier/clutterclassifier.h"
-#include "scan/fields/class_codes.h"
+#include "scan/class_codes.h"
 #include "scan/process/fill_context.h"
 #include "scan/process/fill_phase.h"
 #include "scan/process/process_plan.h"

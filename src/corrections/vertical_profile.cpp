@@ -14,7 +14,7 @@
 #include <vector>
 
 #include "base/array.h"
-#include "base/file.h"
+#include "base/files/file.h"
 #include "base/kernel.h"
 #include "base/text.h"
 #include "clutterclassifier/Cradarpro.h"

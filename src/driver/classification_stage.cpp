@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "base/array.h"
-#include "base/file.h"
+#include "base/files/file.h"
 #include "base/number.h"
 #include "base/text.h"
 #include "clutterclassifier/Crres.h"

@@ -6,7 +6,7 @@
 #include <string_view>
 #include <variant>
 
-#include "base/file.h"
+#include "base/files/file.h"
 #include "base/message.h"
 #include "base/number.h"
 #include "base/text.h"

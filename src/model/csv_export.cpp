@@ -9,7 +9,7 @@
 #include <utility>
 
 #include "base/constants.h"
-#include "base/file.h"
+#include "base/files/file.h"
 #include "base/message.h"
 #include "base/text_writer.h"
 #include "clutterclassifier/Cpluvek.h"

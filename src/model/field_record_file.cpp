@@ -13,9 +13,9 @@
 #include <vector>
 
 #include "base/array.h"
-#include "base/byte_cursor.h"
-#include "base/claims.h"
-#include "base/file.h"
+#include "base/files/byte_cursor.h"
+#include "base/files/claims.h"
+#include "base/files/file.h"
 #include "base/message.h"
 #include "clutterclassifier/Cpluvek.h"
 #include "model/field_record_layout.h"

@@ -6,7 +6,7 @@
 #include <cstdio>
 #include <string>
 
-#include "base/file.h"
+#include "base/files/file.h"
 #include "support/temp_dir.h"
 
 namespace {

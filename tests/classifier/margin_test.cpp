@@ -6,7 +6,7 @@
 #include <utility>
 
 #include "classifier/handle_scan.h"
-#include "support/literal.h"
+#include "support/literal/classification.h"
 #include "support/membership_files.h"
 #include "support/temp_dir.h"
 

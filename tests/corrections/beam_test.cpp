@@ -12,7 +12,7 @@
 
 #include "clutterclassifier/Cradarpro.h"
 #include "support/bits.h"
-#include "support/literal_corrections.h"
+#include "support/literal/corrections.h"
 #include "support/profile_files.h"
 #include "support/temp_dir.h"
 

@@ -7,7 +7,7 @@
 
 #include "clutterclassifier/Cradarpro.h"
 #include "support/bits.h"
-#include "support/literal_corrections.h"
+#include "support/literal/corrections.h"
 
 namespace {
 

@@ -8,7 +8,7 @@
 
 #include "clutterclassifier/Crres.h"
 #include "support/bits.h"
-#include "support/literal_corrections.h"
+#include "support/literal/corrections.h"
 #include "support/profile_files.h"
 #include "support/scan_context.h"
 #include "support/temp_dir.h"

@@ -5,7 +5,7 @@
 #include <cmath>
 #include <string>
 
-#include "base/file.h"
+#include "base/files/file.h"
 #include "clutterclassifier/Crres.h"
 #include "support/membership_files.h"
 #include "support/temp_dir.h"

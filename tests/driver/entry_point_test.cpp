@@ -9,7 +9,7 @@
 
 #include "clutterclassifier/clutterclassifier.h"
 #include "support/directories.h"
-#include "support/literal.h"
+#include "support/literal/classification.h"
 #include "support/test_scan.h"
 
 namespace {

@@ -9,7 +9,7 @@
 #include "clutterclassifier/Crres.h"
 #include "support/bits.h"
 #include "support/directories.h"
-#include "support/literal_pipeline.h"
+#include "support/literal/pipeline.h"
 #include "support/scan_context.h"
 
 namespace {

@@ -10,7 +10,7 @@
 #include <random>
 #include <vector>
 
-#include "support/literal_geometry.h"
+#include "support/literal/geometry.h"
 
 namespace {
 

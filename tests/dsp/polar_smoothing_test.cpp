@@ -9,7 +9,7 @@
 #include "clutterclassifier/CDSP.h"
 #include "dsp/windows/decibel_mean.h"
 #include "support/bits.h"
-#include "support/literal_toolkit.h"
+#include "support/literal/toolkit.h"
 #include "support/rough_fields.h"
 
 namespace {

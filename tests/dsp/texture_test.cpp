@@ -7,7 +7,7 @@
 
 #include "clutterclassifier/CDSP.h"
 #include "support/bits.h"
-#include "support/literal.h"
+#include "support/literal/classification.h"
 #include "support/rough_fields.h"
 
 namespace {

@@ -7,10 +7,10 @@
 #include <exception>
 #include <string>
 
-#include "scan/fields/roles.h"
-#include "scan/formats/calendar.h"
+#include "scan/calendar.h"
 #include "scan/formats/read_scan.h"
 #include "scan/formats/write_classes.h"
+#include "scan/text.h"
 
 namespace {
 

@@ -10,7 +10,7 @@
 #include "clutterclassifier/Cradarpro.h"
 #include "fuzzy/classifiers/precipitation_clutter.h"
 #include "support/directories.h"
-#include "support/literal.h"
+#include "support/literal/classification.h"
 #include "support/membership_files.h"
 #include "support/temp_dir.h"
 

@@ -7,7 +7,7 @@
 
 #include "clutterclassifier/Cfuzzy.h"
 #include "support/engines.h"
-#include "support/literal.h"
+#include "support/literal/classification.h"
 #include "support/membership_files.h"
 #include "support/temp_dir.h"
 

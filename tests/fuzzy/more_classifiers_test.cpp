@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "clutterclassifier/Cradarpro.h"
-#include "support/literal.h"
+#include "support/literal/classification.h"
 
 namespace {
 

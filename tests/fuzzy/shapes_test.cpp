@@ -8,7 +8,7 @@
 #include "clutterclassifier/Cmfs.h"
 #include "clutterclassifier/Cvars.h"
 #include "support/bits.h"
-#include "support/literal.h"
+#include "support/literal/classification.h"
 #include "support/membership_files.h"
 
 namespace {

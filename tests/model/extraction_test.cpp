@@ -10,7 +10,7 @@
 
 #include "clutterclassifier/Cpluvek.h"
 #include "support/bits.h"
-#include "support/literal_geometry.h"
+#include "support/literal/geometry.h"
 #include "support/polar_record.h"
 
 namespace {

@@ -1,5 +1,9 @@
 /* Names of fields, and which of them is taken. */
-#include "scan/fields/roles.h"
+#include "scan/class_codes.h"
+#include "scan/fields/field_choice.h"
+#include "scan/fields/field_map.h"
+#include "scan/fields/role.h"
+#include "scan/fields/value_summary.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

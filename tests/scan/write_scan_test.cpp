@@ -6,10 +6,10 @@
 #include <vector>
 
 #include "clutterclassifier/clutterclassifier.h"
-#include "scan/formats/output_file.h"
 #include "scan/formats/read_scan.h"
 #include "scan/formats/record/write_record.h"
 #include "scan/formats/uf/write_uf.h"
+#include "scan/formats/writing/output_file.h"
 #include "support/temp_dir.h"
 
 namespace scan {

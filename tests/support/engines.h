@@ -12,7 +12,7 @@
 #include <vector>
 
 #include "clutterclassifier/Cfuzzy.h"
-#include "support/literal.h"
+#include "support/literal/classification.h"
 #include "support/membership_files.h"
 #include "support/temp_dir.h"
 

@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "support/literal.h"
+#include "support/literal/classification.h"
 
 namespace clutter::test {
 

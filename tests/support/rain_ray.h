@@ -8,7 +8,7 @@
 #include <cmath>
 #include <random>
 
-#include "support/literal_corrections.h"
+#include "support/literal/corrections.h"
 
 namespace clutter::test {
 

@@ -11,7 +11,7 @@
 #include <vector>
 
 #include "clutterclassifier/Crres.h"
-#include "support/literal_pipeline.h"
+#include "support/literal/pipeline.h"
 #include "support/rain_ray.h"
 
 namespace clutter::test {

@@ -8,7 +8,7 @@
 #include <random>
 #include <vector>
 
-#include "support/literal.h"
+#include "support/literal/classification.h"
 
 namespace clutter::test {
 

@@ -14,8 +14,8 @@
 #include "report/failure.h"
 #include "report/notes.h"
 #include "report/summary.h"
-#include "scan/formats/output_file.h"
 #include "scan/formats/write_classes.h"
+#include "scan/formats/writing/output_file.h"
 #include "scan/quiet_library.h"
 #include "scan/text.h"
 

@@ -7,8 +7,8 @@
 #include "scan/formats/cfradial/cfradial_rays.h"
 #include "scan/formats/cfradial/cfradial_sweeps.h"
 #include "scan/formats/cfradial/write_cfradial.h"
-#include "scan/formats/class_flags.h"
-#include "scan/formats/plain_values.h"
+#include "scan/formats/writing/class_flags.h"
+#include "scan/formats/writing/plain_values.h"
 
 namespace scan::cfradial {
 namespace {

@@ -5,8 +5,8 @@
 #include <cstdio>
 #include <string_view>
 
-#include "scan/formats/calendar.h"
-#include "scan/formats/class_flags.h"
+#include "scan/calendar.h"
+#include "scan/formats/writing/class_flags.h"
 
 namespace scan::cfradial {
 namespace {

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "scan/formats/netcdf/nc_writer.h"
-#include "scan/formats/sweep_classes.h"
+#include "scan/formats/writing/sweep_classes.h"
 #include "scan/scan.h"
 
 namespace scan::cfradial {

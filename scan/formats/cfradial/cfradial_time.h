@@ -6,7 +6,7 @@
 #include <optional>
 #include <string>
 
-#include "scan/formats/calendar.h"
+#include "scan/calendar.h"
 
 namespace scan::cfradial {
 

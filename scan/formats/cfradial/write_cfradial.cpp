@@ -10,10 +10,10 @@
 #include <cmath>
 #include <cstdio>
 
-#include "scan/formats/calendar.h"
+#include "scan/calendar.h"
 #include "scan/formats/cfradial/cfradial_output.h"
-#include "scan/formats/class_flags.h"
-#include "scan/formats/plain_values.h"
+#include "scan/formats/writing/class_flags.h"
+#include "scan/formats/writing/plain_values.h"
 
 namespace scan::cfradial {
 namespace {

@@ -13,7 +13,7 @@
 #include "scan/formats/hdf5/hdf5_group.h"
 #include "scan/formats/odim/read_odim.h"
 #include "scan/formats/odim/write_odim.h"
-#include "scan/formats/recognise.h"
+#include "scan/formats/reading/recognise.h"
 
 namespace scan {
 namespace {

@@ -6,11 +6,11 @@
 #include <iterator>
 #include <memory>
 
-#include "scan/fields/roles.h"
 #include "scan/formats/compressed/unpacked_file.h"
 #include "scan/formats/containers/containers.h"
-#include "scan/formats/output_file.h"
-#include "scan/formats/recognise.h"
+#include "scan/formats/reading/recognise.h"
+#include "scan/formats/writing/output_file.h"
+#include "scan/text.h"
 
 namespace scan {
 namespace {

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "scan/formats/sweep_classes.h"
+#include "scan/formats/writing/sweep_classes.h"
 
 namespace scan {
 

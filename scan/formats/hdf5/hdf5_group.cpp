@@ -7,7 +7,7 @@
 #include <cstdlib>
 #include <stdexcept>
 
-#include "scan/formats/nameless_file.h"
+#include "scan/formats/reading/nameless_file.h"
 
 namespace scan::hdf5 {
 namespace {

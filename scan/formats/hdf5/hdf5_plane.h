@@ -8,8 +8,8 @@
 #include <vector>
 
 #include "scan/formats/hdf5/hdf5_group.h"
-#include "scan/formats/packing.h"
-#include "scan/formats/value_budget.h"
+#include "scan/formats/reading/packing.h"
+#include "scan/formats/reading/value_budget.h"
 
 namespace scan::hdf5 {
 

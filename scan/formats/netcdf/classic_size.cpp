@@ -11,7 +11,7 @@
 #include <fstream>
 #include <vector>
 
-#include "scan/formats/big_endian.h"
+#include "scan/formats/reading/big_endian.h"
 
 namespace scan::netcdf {
 namespace {

@@ -13,8 +13,8 @@
 #include <limits>
 #include <stdexcept>
 
-#include "scan/formats/nameless_file.h"
 #include "scan/formats/netcdf/classic_size.h"
+#include "scan/formats/reading/nameless_file.h"
 
 namespace scan::netcdf {
 namespace {

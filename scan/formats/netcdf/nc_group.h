@@ -10,8 +10,8 @@
 #include <string>
 #include <vector>
 
-#include "scan/formats/packing.h"
-#include "scan/formats/value_budget.h"
+#include "scan/formats/reading/packing.h"
+#include "scan/formats/reading/value_budget.h"
 
 namespace scan::netcdf {
 

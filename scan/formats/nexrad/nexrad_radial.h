@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "scan/formats/big_endian.h"
+#include "scan/formats/reading/big_endian.h"
 
 namespace scan::nexrad {
 

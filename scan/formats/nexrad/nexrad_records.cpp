@@ -12,9 +12,9 @@
 #include <stdexcept>
 #include <thread>
 
-#include "scan/formats/big_endian.h"
 #include "scan/formats/compressed/decompress.h"
-#include "scan/formats/nameless_file.h"
+#include "scan/formats/reading/big_endian.h"
+#include "scan/formats/reading/nameless_file.h"
 
 namespace scan::nexrad {
 namespace {

@@ -6,7 +6,7 @@
 #include <span>
 
 #include "scan/formats/nexrad/nexrad_radial.h"
-#include "scan/formats/value_budget.h"
+#include "scan/formats/reading/value_budget.h"
 #include "scan/scan.h"
 
 namespace scan::nexrad {

@@ -10,7 +10,7 @@
 #include <map>
 #include <stdexcept>
 
-#include "scan/formats/calendar.h"
+#include "scan/calendar.h"
 #include "scan/formats/nexrad/nexrad_radial.h"
 #include "scan/formats/nexrad/nexrad_records.h"
 #include "scan/formats/nexrad/nexrad_sweep.h"

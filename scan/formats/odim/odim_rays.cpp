@@ -10,7 +10,7 @@
 #include <cstdlib>
 #include <stdexcept>
 
-#include "scan/formats/calendar.h"
+#include "scan/calendar.h"
 
 namespace scan::odim {
 namespace {

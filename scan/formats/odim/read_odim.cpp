@@ -10,7 +10,7 @@
 #include <limits>
 #include <stdexcept>
 
-#include "scan/formats/calendar.h"
+#include "scan/calendar.h"
 #include "scan/formats/hdf5/hdf5_plane.h"
 #include "scan/formats/odim/odim_levels.h"
 #include "scan/formats/odim/odim_names.h"

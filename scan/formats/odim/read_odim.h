@@ -3,7 +3,7 @@
 #define SCAN_FORMATS_ODIM_READ_ODIM_H
 
 #include "scan/formats/hdf5/hdf5_group.h"
-#include "scan/formats/value_budget.h"
+#include "scan/formats/reading/value_budget.h"
 #include "scan/scan.h"
 
 namespace scan::odim {

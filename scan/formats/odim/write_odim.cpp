@@ -10,11 +10,11 @@
 #include <cstdio>
 #include <stdexcept>
 
-#include "scan/formats/calendar.h"
-#include "scan/formats/class_flags.h"
+#include "scan/calendar.h"
 #include "scan/formats/hdf5/hdf5_group.h"
 #include "scan/formats/hdf5/hdf5_writer.h"
-#include "scan/formats/plain_values.h"
+#include "scan/formats/writing/class_flags.h"
+#include "scan/formats/writing/plain_values.h"
 
 namespace scan::odim {
 namespace {

@@ -9,8 +9,8 @@
 
 #include "clutterclassifier/clutterclassifier.h"
 #include "formats/polar/layout.h"
-#include "scan/formats/checked_words.h"
 #include "scan/formats/record/write_record.h"
+#include "scan/formats/writing/checked_words.h"
 #include "scan/text.h"
 
 namespace scan {

@@ -7,7 +7,7 @@
 #include <memory>
 
 #include "clutterclassifier/clutterclassifier.h"
-#include "scan/fields/class_codes.h"
+#include "scan/class_codes.h"
 #include "scan/quiet_library.h"
 
 namespace scan {

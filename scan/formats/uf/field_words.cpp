@@ -8,7 +8,7 @@
 #include <stdexcept>
 
 #include "formats/uf/fields.h"
-#include "scan/fields/class_codes.h"
+#include "scan/class_codes.h"
 #include "scan/fields/role.h"
 #include "scan/fields/value_summary.h"
 #include "scan/formats/uf/make_words.h"

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "scan/formats/checked_words.h"
+#include "scan/formats/writing/checked_words.h"
 #include "scan/scan.h"
 
 namespace scan {

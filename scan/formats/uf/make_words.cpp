@@ -11,8 +11,8 @@
 
 #include "clutterclassifier/clutterclassifier.h"
 #include "formats/uf/layout.h"
-#include "scan/formats/checked_words.h"
 #include "scan/formats/uf/field_words.h"
+#include "scan/formats/writing/checked_words.h"
 
 namespace scan {
 namespace {

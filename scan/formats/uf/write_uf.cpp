@@ -11,7 +11,7 @@
 #include <stdexcept>
 
 #include "clutterclassifier/clutterclassifier.h"
-#include "scan/fields/class_codes.h"
+#include "scan/class_codes.h"
 #include "scan/formats/uf/field_words.h"
 #include "scan/formats/uf/make_words.h"
 

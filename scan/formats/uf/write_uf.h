@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
-#include "scan/formats/output_file.h"
-#include "scan/formats/sweep_classes.h"
+#include "scan/formats/writing/output_file.h"
+#include "scan/formats/writing/sweep_classes.h"
 
 class Cufrw;
 

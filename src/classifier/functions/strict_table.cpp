@@ -9,7 +9,7 @@
 #include <string_view>
 #include <vector>
 
-#include "base/regular_file.h"
+#include "base/files/regular_file.h"
 #include "base/text.h"
 #include "classifier/functions/refusal.h"
 

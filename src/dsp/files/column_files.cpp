@@ -10,7 +10,7 @@
 
 #include "base/array.h"
 #include "base/calendar.h"
-#include "base/file.h"
+#include "base/files/file.h"
 #include "base/number.h"
 #include "base/text_writer.h"
 #include "clutterclassifier/CDSP.h"

@@ -10,8 +10,8 @@
 #include <string_view>
 
 #include "base/array.h"
-#include "base/claims.h"
-#include "base/file.h"
+#include "base/files/claims.h"
+#include "base/files/file.h"
 #include "base/number.h"
 #include "base/text.h"
 #include "base/text_writer.h"

@@ -8,7 +8,7 @@
 #include <string_view>
 
 #include "base/array.h"
-#include "base/file.h"
+#include "base/files/file.h"
 #include "base/text.h"
 #include "clutterclassifier/CDSP.h"
 #include "dsp/files/text_matrix.h"

@@ -8,8 +8,8 @@
 #include <string>
 #include <string_view>
 
-#include "base/byte_cursor.h"
-#include "base/file.h"
+#include "base/files/byte_cursor.h"
+#include "base/files/file.h"
 #include "base/message.h"
 #include "clutterclassifier/CGermanRadar.h"
 #include "formats/dx/layout.h"

@@ -9,8 +9,8 @@
 #include <cstring>
 #include <iterator>
 
-#include "base/claims.h"
 #include "base/constants.h"
+#include "base/files/claims.h"
 #include "base/message.h"
 #include "base/number.h"
 #include "formats/polar/layout.h"

@@ -6,7 +6,7 @@
 
 #include <cstddef>
 
-#include "base/byte_cursor.h"
+#include "base/files/byte_cursor.h"
 #include "clutterclassifier/Cpluvek.h"
 
 namespace clutter::formats {
@@ -45,7 +45,7 @@ constexpr int kPolarUnknownProduct = -2;
 /*
  * Parses the header of a file; bytes past its end count as 0. Valid only
  * when kPolarRead is returned: both counts are then positive, and the file may declare that many
- * values (base/claims.h). Prints the message for counts below 1.
+ * values (base/files/claims.h). Prints the message for counts below 1.
  */
 [[nodiscard]] int readPolarHeader(base::Bytes file, PolarHeader& header);
 

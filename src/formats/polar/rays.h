@@ -14,7 +14,7 @@
 #include <cstring>
 #include <vector>
 
-#include "base/byte_cursor.h"
+#include "base/files/byte_cursor.h"
 
 namespace clutter::formats {
 

@@ -13,9 +13,9 @@
 #include <vector>
 
 #include "base/array.h"
-#include "base/byte_cursor.h"
 #include "base/constants.h"
-#include "base/file.h"
+#include "base/files/byte_cursor.h"
+#include "base/files/file.h"
 #include "base/kernel.h"
 #include "base/text.h"
 #include "clutterclassifier/CThuPolDaFor.h"

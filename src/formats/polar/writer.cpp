@@ -13,7 +13,7 @@
 
 #include "base/array.h"
 #include "base/constants.h"
-#include "base/file.h"
+#include "base/files/file.h"
 #include "base/number.h"
 #include "clutterclassifier/CThuPolDaFor.h"
 #include "clutterclassifier/Cufrw.h"

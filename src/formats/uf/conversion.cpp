@@ -16,8 +16,8 @@
 #include <utility>
 
 #include "base/array.h"
-#include "base/claims.h"
 #include "base/constants.h"
+#include "base/files/claims.h"
 #include "base/number.h"
 #include "base/text.h"
 #include "clutterclassifier/Cpluvek.h"

@@ -11,8 +11,8 @@
 #include <vector>
 
 #include "base/array.h"
-#include "base/byte_cursor.h"
-#include "base/file.h"
+#include "base/files/byte_cursor.h"
+#include "base/files/file.h"
 #include "base/message.h"
 #include "clutterclassifier/Cufrw.h"
 #include "formats/uf/layout.h"

@@ -10,8 +10,8 @@
 #include <string_view>
 #include <utility>
 
+#include "base/files/regular_file.h"
 #include "base/kernel.h"
-#include "base/regular_file.h"
 #include "base/text.h"
 
 namespace clutter::fuzzy {
