@@ -188,7 +188,8 @@ class CLUTTERCLASSIFIER_EXPORT Cradarpro {
      *
      * Algorithm 6 needs no phase: its dphi is dphiMin + 1 and the rebuilt phase starts at 0.
      * Algorithm 7 and unknown ones give no attenuation. Draws come from rand(), reseeded from
-     * rand() and the clock before each of the three fills (a, b, alpha).
+     * rand() and the clock before each of the three fills (a, b, alpha), or from the thread's own
+     * generator after clutter_set_seed().
      *
      * Returns 1; -1 for algorithm -1, untouched; 0 without two runs of 20 gates (all outputs
      * untouched) or with a rise not above dphiMin (only dphi written).

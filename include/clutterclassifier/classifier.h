@@ -337,6 +337,19 @@ CLUTTERCLASSIFIER_EXPORT clutter_status clutter_set_message_sink(clutter_message
 CLUTTERCLASSIFIER_EXPORT clutter_status clutter_get_message_sink(clutter_message_sink* sink,
                                                                  void** context);
 
+/**
+ * @brief Makes the random draws of operations in the calling thread repeatable.
+ *
+ * The search for attenuation coefficients and the toolkit's noise draw random numbers from the C
+ * library's rand(), seeded from the clock. With a seed, the calling thread draws from a generator
+ * of its own: the same operations give the same results after the same seed, whatever other threads
+ * do. A new thread starts without one.
+ *
+ * @param seed null: rand() and the clock again
+ * @return CLUTTER_OK
+ */
+CLUTTERCLASSIFIER_EXPORT clutter_status clutter_set_seed(const uint32_t* seed);
+
 #ifdef __cplusplus
 }
 #endif

@@ -203,6 +203,19 @@ class MessageSink {
     void* context_;
 };
 
+/**
+ * @brief Makes the calling thread's random draws repeatable while it lives, see clutter_set_seed().
+ *
+ * At its end the thread has no seed, also where it had one before.
+ */
+class Seed {
+  public:
+    explicit Seed(std::uint32_t seed) { clutter_set_seed(&seed); }
+    ~Seed() { clutter_set_seed(nullptr); }
+    Seed(const Seed&) = delete;
+    Seed& operator=(const Seed&) = delete;
+};
+
 }  // namespace clutter
 
 #endif

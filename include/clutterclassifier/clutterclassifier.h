@@ -15,8 +15,9 @@
  * with objects of its own, are independent of each other. Operations that draw random numbers
  * (CDSP's noise, Cpluvek::CreateDataSpaceforPPI, the attenuation algorithms 0, 1, 2 and 8) take
  * them from the C library's rand(), one generator for the whole host, which they seed anew from
- * itself and the clock. No exception of the library's own code leaves it. Messages go to standard
- * output, or to the calling thread's sink (classifier.h).
+ * itself and the clock; after clutter_set_seed() from a generator of the calling thread. No
+ * exception of the library's own code leaves it. Messages go to standard output, or to the calling
+ * thread's sink (classifier.h).
  */
 #ifndef CLUTTERCLASSIFIER_CLUTTERCLASSIFIER_H
 #define CLUTTERCLASSIFIER_CLUTTERCLASSIFIER_H

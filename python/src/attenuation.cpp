@@ -2,12 +2,14 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
+#include <cstdint>
 #include <iterator>
 #include <limits>
 #include <memory>
 #include <vector>
 
 #include "arrays.h"
+#include "clutterclassifier/classifier.hpp"
 #include "clutterclassifier/clutterclassifier.h"
 #include "loan.h"
 #include "scan/process/fill_phase.h"
@@ -43,7 +45,7 @@ py::tuple attenuation(const Array<float>& zhh, const Array<float>& phidp,
                       const OptionalArray<float>& rhohv, const Array<float>& classes,
                       const Array<float>& freezingLevel, const Array<double>& elevation,
                       double spacing, int algorithm, double leastRise, int gates, int rays,
-                      bool fillGaps) {
+                      bool fillGaps, std::uint32_t seed) {
     const Size size(zhh);
     constexpr struct {
         Cpluvek Crres::*record;
@@ -79,7 +81,10 @@ py::tuple attenuation(const Array<float>& zhh, const Array<float>& phidp,
             context->minphaserise = leastRise;
             context->gates2ave_pdp = gates;
             context->rays2ave_pdp = rays;
-            context->AttenuationCorrection();
+            {
+                const clutter::Seed repeatable(seed);
+                context->AttenuationCorrection();
+            }
             for (std::size_t k = 0; k < outs.size(); ++k) {
                 const Cpluvek& record = (*context).*kResults[k].record;
                 if (kResults[k].perRay) {
@@ -211,7 +216,7 @@ void bindAttenuation(py::module_& module) {
     module.def("attenuation", &attenuation, field("zhh"), field("phidp"), field("rhohv"),
                field("classes"), field("freezing_level"), field("elevation"), py::arg("spacing"),
                py::arg("algorithm"), py::arg("min_phase_rise"), py::arg("gates"), py::arg("rays"),
-               py::arg("fill_gaps"));
+               py::arg("fill_gaps"), py::arg("seed"));
     module.def("specific_attenuation", &specificAttenuation, field("dbzh"), field("phidp"),
                field("mask"), field("alpha"), field("a"), field("b"), field("phase_rise"),
                py::arg("spacing_km"), py::arg("method"));

@@ -103,6 +103,7 @@ py::dict resultOf(const scan::ProcessedSweep& processed) {
     result["min_snr"] = classified.calibration.minSnrDb;
     result["source"] = sourceName(classified.source);
     result["freezing_level"] = processed.freezingLevelM;
+    result["seed"] = processed.seed;
     return result;
 }
 
@@ -110,11 +111,13 @@ py::dict process(const std::string& membership, const Fields& fields, double spa
                  double fixedAngle, const Array<double>& azimuth, const Array<double>& elevation,
                  std::optional<double> radarConstant, std::optional<double> minSnr,
                  std::optional<int> inputs, const std::string& configuration, int what,
-                 std::optional<double> freezingLevel, std::pair<int, int> neighbourhood) {
+                 std::optional<double> freezingLevel, std::pair<int, int> neighbourhood,
+                 std::uint32_t seed) {
     scan::ProcessOptions options;
     options.configuration = configuration;
     options.what = what;
     options.freezingLevelM = freezingLevel;
+    options.seed = seed;
     options.classify.membership = membership;
     options.classify.mask = inputs;
     options.classify.minSnrDb = minSnr;
@@ -172,7 +175,7 @@ void bindProcess(py::module_& module) {
                py::arg("azimuth").noconvert(), py::arg("elevation").noconvert(),
                py::arg("radar_constant"), py::arg("min_snr"), py::arg("inputs"),
                py::arg("configuration"), py::arg("what"), py::arg("freezing_level"),
-               py::arg("neighbourhood"));
+               py::arg("neighbourhood"), py::arg("seed"));
     module.def("read_settings", &readSettings, py::arg("path"), py::arg("text"));
     module.def("configuration_problems", &problemsOf, py::arg("text"));
     module.def("example_configuration", &scan::exampleConfiguration, py::arg("membership"));

@@ -10,6 +10,7 @@
 #include <stdexcept>
 #include <utility>
 
+#include "clutterclassifier/classifier.hpp"
 #include "clutterclassifier/clutterclassifier.h"
 #include "scan/class_codes.h"
 #include "scan/process/fill_context.h"
@@ -30,6 +31,11 @@ void readSettings(const ProcessOptions& options, Crres& context) {
     if (options.freezingLevelM) {
         context.freezinglevel = static_cast<float>(*options.freezingLevelM);
     }
+}
+
+/* Whether the attenuation stage draws its trials at random. */
+bool searchesCoefficients(int algorithm) {
+    return algorithm == 0 || algorithm == 1 || algorithm == 2 || algorithm == 8;
 }
 
 /* Half of the tallest window, in rays; some stages count the empty rays, so that a few are always
@@ -110,6 +116,9 @@ ProcessedSweep processSweep(const Scan& scan, const Sweep& sweep, const ProcessO
     static_cast<ClassificationPlan&>(classified) = std::move(plan.classification);
     out.what = plan.what;
     out.freezingLevelM = context.freezinglevel;
+    if ((out.what & kAttenuationStage) != 0 && searchesCoefficients(context.attenuationalg)) {
+        out.seed = options.seed;
+    }
     const bool classifies = (out.what & kClassifyStage) != 0;
     out.hasClasses = classifies || plan.classField;
     fill(sweep, classified, context);
@@ -129,7 +138,10 @@ ProcessedSweep processSweep(const Scan& scan, const Sweep& sweep, const ProcessO
     if (context.pdp.data) {
         closePhaseGaps(sweep, context, classified.notes);
     }
-    context.RadarDataProcessing(out.what & ~kClassifyStage);
+    {
+        const clutter::Seed seed(options.seed);
+        context.RadarDataProcessing(out.what & ~kClassifyStage);
+    }
     classified.seconds =
         std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
 

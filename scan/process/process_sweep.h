@@ -2,6 +2,7 @@
 #ifndef SCAN_PROCESS_PROCESS_SWEEP_H
 #define SCAN_PROCESS_PROCESS_SWEEP_H
 
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
@@ -29,6 +30,7 @@ struct ProcessOptions {
     std::string configuration;             // file of settings; empty: the library's defaults
     int what = kAllStages;                 // stages that are wanted
     std::optional<double> freezingLevelM;  // above the antenna; none: that of the settings
+    std::uint32_t seed = 1;                // of the search for attenuation coefficients
 };
 
 struct ProcessedSweep {
@@ -36,6 +38,7 @@ struct ProcessedSweep {
     int what = 0;                // stages that ran
     bool hasClasses = false;
     double freezingLevelM = 0;
+    std::optional<std::uint32_t> seed;  // set when attenuation coefficients were searched
     Sweep sweep;  // the fields after the chain, by their record names; NaN is no value
     std::unique_ptr<Crres> context;  // its records too hold NaN where these fields do
 };

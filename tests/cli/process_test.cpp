@@ -257,6 +257,21 @@ TEST_F(Process, TakesStagesFromTheSettingsAndClassesFromTheFile) {
     EXPECT_THAT(second.out, Not(HasSubstr("there are no classes")));
 }
 
+TEST_F(Process, RepeatsTheSearchForCoefficientsBySeed) {
+    const auto coefficients = [this](const std::string& arguments) {
+        const std::string out = directory_.file("searched.plv");
+        const Outcome outcome = process("--what 9 -o " + out + arguments);
+        EXPECT_THAT(outcome.out, HasSubstr(arguments.empty() ? "with seed 1\n" : "with seed 2\n"));
+        const scan::Scan scan = scan::readScan(out);
+        return std::pair(valueOf(scan, "alpha", 3, 0), valueOf(scan, "alpha", 4, 0));
+    };
+    const auto usual = coefficients("");
+    EXPECT_EQ(coefficients(""), usual);
+    EXPECT_NE(coefficients(" --seed 2"), usual);
+    const Outcome nominal = process("--what 9 --config " + write("settings.txt", kSettings));
+    EXPECT_THAT(nominal.out, Not(HasSubstr("seed")));
+}
+
 TEST_F(Process, DrawsAndStaysQuiet) {
     const std::string picture = directory_.file("rain.png");
     const Outcome outcome = process("-q --plot DZ,r,CCl --picture " + picture);

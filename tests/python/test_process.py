@@ -13,7 +13,7 @@ from clutterclassifier import Stage, sweeps
 from conftest import CONSTANT, SPACING, make_sweep, rainy, rainy_sweep
 from entry_point import scan_fields
 
-#: Coefficients of the attenuation are drawn at random, but for the nominal algorithms.
+#: Without a search for coefficients.
 NOMINAL = {"ATTENUATION_ALG": 4}
 KEYWORDS = {"range": SPACING, "radar_constant": CONSTANT, "min_snr": 10.0}
 
@@ -62,6 +62,17 @@ def test_single_stages() -> None:
     assert rain.classes is None and set(rain.fields) == {"DBZH", "RATE"}
     offset = cc.process(**fields, range=SPACING, what=Stage.ZDR_OFFSET, config={"ZDR_BIAS": 0.25})
     np.testing.assert_allclose(offset.fields["ZDR"], fields["zdr"] + 0.25, atol=1e-5)
+
+
+def test_the_search_for_coefficients_repeats() -> None:
+    stages = Stage.CLASSIFICATION | Stage.ATTENUATION
+    one, again, other = (cc.process(**rainy(), **KEYWORDS, what=stages, seed=seed) for seed in (1, 1, 2))
+    np.testing.assert_array_equal(one.fields["alpha"], again.fields["alpha"])
+    assert (one.fields["alpha"] != other.fields["alpha"]).any()
+    assert (one.seed, other.seed) == (1, 2) and cc.process(**rainy(), **KEYWORDS, config=NOMINAL).seed is None
+    assert "seed=1" in sweeps.process(rainy_sweep(), what=stages).attrs["history"]
+    with pytest.raises(ValueError, match="seed must be a whole number within 0"):
+        cc.process(**rainy(), **KEYWORDS, seed=-1)
 
 
 def test_classes_can_be_given() -> None:

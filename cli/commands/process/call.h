@@ -2,6 +2,7 @@
 #ifndef CLI_COMMANDS_PROCESS_CALL_H
 #define CLI_COMMANDS_PROCESS_CALL_H
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
@@ -17,6 +18,7 @@ struct ProcessCall {
     std::vector<std::string> plot;
     std::optional<int> what, sweep;
     std::optional<double> freezingLevelM;
+    std::uint32_t seed = 1;
     bool certainty = false, printConfig = false, quiet = false;
     scan::ReadOptions read;
 };

@@ -84,6 +84,8 @@ void addStageOptions(CLI::App& command, ProcessCall& call) {
         .add_option("--freezing-level", call.freezingLevelM,
                     "Height of the freezing level above the antenna, m (default: of the settings)")
         ->check(isFinite);
+    command.add_option("--seed", call.seed,
+                       "Seed of the random search for attenuation coefficients (default: 1)");
     command.add_flag("--print-config", call.printConfig,
                      "Print an example of the settings; explanations go to standard error");
     command.add_option("--check-config", call.checked, "Report problems in a settings file");

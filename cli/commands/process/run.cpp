@@ -89,6 +89,10 @@ void ProcessRun::report(const Sweep& sweep, const ProcessedSweep& processed) con
     if ((processed.what & (scan::kAttenuationStage | scan::kRainStage)) != 0) {
         std::printf("    freezing     level %.0f m above the antenna\n", processed.freezingLevelM);
     }
+    if (processed.seed) {
+        std::printf("    attenuation  coefficients searched with seed %u\n",
+                    static_cast<unsigned>(*processed.seed));
+    }
     if (sweep.rhi) {
         std::printf("    note         one elevation, %.1f deg, is used for all rays\n",
                     middleElevationDeg(sweep));

@@ -88,6 +88,7 @@ scan::ProcessOptions processOptionsFrom(const ProcessCall& call) {
     options.configuration = call.config;
     options.what = call.what.value_or(settings.what);
     options.freezingLevelM = call.freezingLevelM;
+    options.seed = call.seed;
     if ((options.what & scan::kClassifyStage) != 0) {
         const std::string& given = call.how.membership;
         options.classify.membership =

@@ -9,7 +9,7 @@ import numpy as np
 from numpy.typing import ArrayLike, NDArray
 
 from .. import _core
-from .arguments import as_field, as_field_like, choice, gate_spacing, number, window_pair
+from .arguments import as_field, as_field_like, choice, gate_spacing, number, whole, window_pair
 from .scans import as_classes_like, per_gate, per_ray, per_scan
 
 
@@ -35,6 +35,10 @@ def algorithm_number(algorithm: Union[AttenuationAlgorithm, int, str]) -> int:
         return AttenuationAlgorithm(algorithm).value
     except (KeyError, ValueError):
         raise ValueError(f"no such algorithm: {algorithm!r} (known: {names})") from None
+
+
+def parse_seed(seed: int) -> int:
+    return whole("seed", seed, 0, 2**32 - 1)
 
 
 class AttenuationResult(NamedTuple):
@@ -65,7 +69,7 @@ def attenuation(dbzh: ArrayLike, *, phidp: ArrayLike, rhohv: ArrayLike | None = 
                 freezing_level: ArrayLike = 3000.0,
                 algorithm: AttenuationAlgorithm | int | str = AttenuationAlgorithm.PROFILE,
                 min_phase_rise: float = 20.0, phase_window: tuple[int, int] = (17, 1),
-                fill_gaps: bool = True) -> AttenuationResult:
+                fill_gaps: bool = True, seed: int = 1) -> AttenuationResult:
     """Correct reflectivity for the attenuation by rain.
 
     The phase loses its offset (`system_phase` of 10 precipitation gates) and is smoothed. Then each
@@ -74,9 +78,6 @@ def attenuation(dbzh: ArrayLike, *, phidp: ArrayLike, rhohv: ArrayLike | None = 
     drawn at random the algorithm takes those whose attenuation rebuilds the measured phase best (Bringi,
     Keenan and Chandrasekar 2001). Gates from the melting layer on are raised by the ray's whole
     attenuation.
-
-    The random numbers are those of the C library, seeded by the clock: two calls may differ a little,
-    except by the nominal algorithms and ``PHASE_SLOPE``.
 
     Parameters
     ----------
@@ -103,6 +104,8 @@ def attenuation(dbzh: ArrayLike, *, phidp: ArrayLike, rhohv: ArrayLike | None = 
     fill_gaps : bool
         Close gaps of the phase first, see `close_phase_gaps`. Else a single NaN at the beginning of a
         ray's rain spoils the offset of the whole scan.
+    seed : int
+        Of the random search for the coefficients, 0 to 4294967295: the same one gives the same result.
 
     Returns
     -------
@@ -132,7 +135,7 @@ def attenuation(dbzh: ArrayLike, *, phidp: ArrayLike, rhohv: ArrayLike | None = 
         per_gate("freezing_level", freezing_level, field.shape, np.float32),
         np.deg2rad(per_scan("elevation", elevation, field.shape)), gate_spacing(range, field.shape[-1]),
         algorithm_number(algorithm), number("min_phase_rise", min_phase_rise), gates, rays,
-        bool(fill_gaps)))
+        bool(fill_gaps), parse_seed(seed)))
 
 
 def _coefficient(name: str, values: NDArray[np.float64]) -> NDArray[np.float64]:

@@ -14,6 +14,7 @@ from numpy.typing import ArrayLike, NDArray
 from .. import _core
 from .._model.echo import MISSING, Inputs
 from .arguments import as_field, as_field_like, finite, gate_spacing, number, only_given, whole, window_pair
+from .attenuation import parse_seed
 from .classify import ARGUMENTS, InputSelection, membership_directory, parse_inputs
 from .scans import angles, per_ray
 from .settings import Config, Settings, read_settings, settings_file
@@ -67,6 +68,8 @@ class Processed:
         Calibration constant and lowest signal-to-noise ratio of an echo, dB, of each scan.
     freezing_level : float
         Height above the antenna, m.
+    seed : int or None
+        Of the search for attenuation coefficients; None where there was none.
     """
 
     fields: dict[str, NDArray[np.float32]]
@@ -77,6 +80,7 @@ class Processed:
     radar_constant: NDArray[np.float64]
     min_snr: NDArray[np.float64]
     freezing_level: float
+    seed: int | None
 
 
 def parse_stages(what: Stage | int | None, settings: Settings) -> Stage:
@@ -127,7 +131,8 @@ def _stacked(results: list[dict[str, Any]], leading: tuple[int, ...]) -> Process
         tuple(dict.fromkeys(_note(note) for result in results for note in result["notes"])),
         Stage(first["stages"]), Inputs(first["inputs"]),
         np.array([result["radar_constant"] for result in results]).reshape(leading),
-        np.array([result["min_snr"] for result in results]).reshape(leading), first["freezing_level"])
+        np.array([result["min_snr"] for result in results]).reshape(leading), first["freezing_level"],
+        first["seed"])
 
 
 def process(dbzh: ArrayLike, *, zdr: ArrayLike | None = None, phidp: ArrayLike | None = None,
@@ -139,7 +144,7 @@ def process(dbzh: ArrayLike, *, zdr: ArrayLike | None = None, phidp: ArrayLike |
             inputs: InputSelection = None, config: Config | Settings = None,
             what: Stage | int | None = None, freezing_level: float | None = None,
             membership: str | os.PathLike[str] | None = None,
-            neighbourhood: tuple[int, int] | None = None) -> Processed:
+            neighbourhood: tuple[int, int] | None = None, seed: int = 1) -> Processed:
     """Run the processing chain: classification, smoothing, attenuation, rain rate, blanking.
 
     Formulas, sources and settings of the stages are those of docs/processing.md and
@@ -181,6 +186,8 @@ def process(dbzh: ArrayLike, *, zdr: ArrayLike | None = None, phidp: ArrayLike |
         Directory of membership functions; by default that of the settings, else as for `classify`.
     neighbourhood : (int, int), optional
         As for `classify`.
+    seed : int
+        Of the random search for attenuation coefficients, see `attenuation`.
 
     Returns
     -------
@@ -230,6 +237,7 @@ def process(dbzh: ArrayLike, *, zdr: ArrayLike | None = None, phidp: ArrayLike |
         "freezing_level": None if freezing_level is None else finite("freezing_level", freezing_level),
         "membership": "",
         "neighbourhood": (0, 0),
+        "seed": parse_seed(seed),
     }
     if neighbourhood is not None:
         arguments["neighbourhood"] = window_pair("neighbourhood", neighbourhood, odd=True)

@@ -74,7 +74,7 @@ def process(ds: xr.Dataset, config: Config | Settings = None, *, fields: FieldMa
             inputs: InputSelection = None, what: Stage | int | None = None,
             freezing_level: float | None = None, radar_constant: float | None = None,
             min_snr: float | None = None, membership: Membership = None,
-            neighbourhood: tuple[int, int] | None = NEIGHBOURHOOD) -> xr.Dataset:
+            neighbourhood: tuple[int, int] | None = NEIGHBOURHOOD, seed: int = 1) -> xr.Dataset:
     """Run the processing chain: classification, smoothing, attenuation, rain rate, blanking.
 
     Parameters
@@ -85,7 +85,7 @@ def process(ds: xr.Dataset, config: Config | Settings = None, *, fields: FieldMa
         Settings of the stages: a file of them, or its keys and values.
     fields : dict, optional
         The variable for each quantity: ``{"dbzh": "my_name"}``; None leaves a quantity out.
-    what, inputs, freezing_level, membership
+    what, inputs, freezing_level, membership, seed
         As for `clutterclassifier.process`; of the velocity see `classify` of sweeps.
     radar_constant, min_snr, neighbourhood
         As for `classify` of sweeps.
@@ -116,7 +116,8 @@ def process(ds: xr.Dataset, config: Config | Settings = None, *, fields: FieldMa
     calibration = estimate_now(sweep, find_calibration(ds, radar_constant, min_snr))
     rhi = is_rhi(ds, sweep.rays)
     keywords = {"rhi": rhi, "inputs": mask, "config": settings, "what": stages, "membership": membership,
-                "freezing_level": freezing_level, "neighbourhood": neighbourhood}
+                "freezing_level": freezing_level, "neighbourhood": neighbourhood,
+                "seed": seed}
     outcome = _foresee(sweep, set(arrays), keywords)
     usual = inputs is None and settings.inputs in (None, 255)
     filtered = filtered_reflectivity(ds, sweep, fields) if usual else None
@@ -146,7 +147,7 @@ def _history(sweep: Sweep, outcome: Processed, calibration: Calibration, setting
         "process", stages="|".join(str(stage.name) for stage in _STAGES if stage & outcome.stages),
         inputs=int(outcome.inputs) if outcome.stages & Stage.CLASSIFICATION else None,
         radar_constant=calibration.words, min_snr=calibration.min_snr,
-        freezing_level=outcome.freezing_level, gates_in_front=sweep.front or None,
+        freezing_level=outcome.freezing_level, gates_in_front=sweep.front or None, seed=outcome.seed,
         without_vrad=None if filtered is None else f"where {filtered.name} differs in 1 %",
         settings=" ".join(settings.text.split()) or None, notes="; ".join(outcome.notes) or None,
         **others)

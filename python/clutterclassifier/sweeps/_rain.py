@@ -136,7 +136,7 @@ _ATTENUATION = {"PHIDP": "phidp", "PdpC": "phidp_rebuilt", "Ah": "specific_atten
 def attenuation(ds: xr.Dataset, *, freezing_level: float = 3000.0,
                 algorithm: AttenuationAlgorithm | int | str = AttenuationAlgorithm.PROFILE,
                 min_phase_rise: float = 20.0, phase_window: tuple[int, int] = (17, 1),
-                fields: FieldMap = None, **keywords: Any) -> xr.Dataset:
+                seed: int = 1, fields: FieldMap = None, **keywords: Any) -> xr.Dataset:
     """Correct the reflectivity for the attenuation by rain.
 
     Parameters
@@ -146,9 +146,8 @@ def attenuation(ds: xr.Dataset, *, freezing_level: float = 3000.0,
         variable ``CLASS``: only precipitation attenuates and is corrected.
     freezing_level : float
         Height of the freezing level above the antenna, m.
-    algorithm, min_phase_rise, phase_window
-        As for `clutterclassifier.attenuation`. The algorithms that are not nominal draw random
-        numbers: two calls may differ a little.
+    algorithm, min_phase_rise, phase_window, seed
+        As for `clutterclassifier.attenuation`.
     fields : dict, optional
         The variable for each quantity: ``{"dbzh": "my_name"}``.
     **keywords
@@ -185,8 +184,10 @@ def attenuation(ds: xr.Dataset, *, freezing_level: float = 3000.0,
     results = apply(_attenuation_arrays, arrays, sweep.rays, [np.float32] * 9, along_rays=elevation,
                     per_ray=5, no_echo=no_echo_value(sweep.dbzh), rhi=rhi, range=sweep.spacing,
                     freezing_level=finite("freezing_level", freezing_level), algorithm=number_of_algorithm,
-                    min_phase_rise=number("min_phase_rise", min_phase_rise), phase_window=window)
+                    min_phase_rise=number("min_phase_rise", min_phase_rise), phase_window=window,
+                    seed=_attenuation.parse_seed(seed))
     history = describe("attenuation", freezing_level=freezing_level, min_phase_rise=min_phase_rise,
+                       seed=seed,
                        **unusual(attenuation, phase_window=window),
                        algorithm=AttenuationAlgorithm(number_of_algorithm).name.lower())
     variables: dict[Any, xr.DataArray] = {name: described(name, result, sweep, history)
