@@ -1,3 +1,4 @@
+/* The plain reader, product by product. */
 #include "literal_polar.h"
 
 #include <cstddef>

@@ -1,6 +1,6 @@
 /*
- * The whole pipeline but the two plain conversions, on a scan of 360 rays x 1,000 gates: filling a
- * context, classification to blanking, nominal attenuation solution. And its rain rates alone.
+ * The whole pipeline except the two plain conversions, on a scan of 360 rays x 1,000 gates: filling
+ * a context, classification to blanking, nominal attenuation solution. And its rain rates alone.
  */
 #include <benchmark/benchmark.h>
 

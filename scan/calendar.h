@@ -24,7 +24,7 @@ inline double secondsOf(const DateTime& time) {
 /* Whole seconds: what is past the second is dropped. Seconds outside the years 1 to 9999 give the
  * default. */
 inline DateTime dateTimeOf(double seconds) {
-    constexpr double kMaxDays = 2932896; /* 9999-12-31 */
+    constexpr double kMaxDays = 2932896;  // 9999-12-31
     const double days = std::floor(seconds / kSecondsPerDay);
     if (!(std::abs(days) < kMaxDays / 4) && !(days > 0 && days <= kMaxDays)) {
         return {};

@@ -34,7 +34,7 @@ def types(signature: str) -> str:
 
 
 def wrapped(name: str, signature: str) -> str:
-    """The definition in lines that break behind arguments."""
+    """The definition in lines that break after arguments."""
     keep = re.sub(r"(?<!,) ", "\0", f"def {signature}: ...")
     lines = textwrap.wrap(keep, 108, subsequent_indent="\0" * (5 + len(name)), break_long_words=False,
                           break_on_hyphens=False)

@@ -24,7 +24,7 @@ void addNeighbourhoodOption(CLI::App& command, ClassifyArguments& arguments);
 /* --inputs, --window, --neighbourhood. */
 void addInputOptions(CLI::App& command, ClassifyArguments& arguments);
 
-/* All of them but the membership directory, whose absence is no fault of the call. Throws
+/* All of them except the membership directory: if it is missing, the call is still sound. Throws
  * CLI::ValidationError. */
 scan::ClassifyOptions classifyOptionsFrom(const ClassifyArguments& arguments);
 

@@ -8,7 +8,7 @@ namespace cli {
 
 namespace {
 
-/* An input that cannot be read may be: reading it will report the reason. */
+/* An input that cannot be read counts as one: reading it will report the reason. */
 bool mayBePolarData(const InputFile& input) {
     try {
         return scan::recognise(input.path()) == scan::FileFormat::kPolarData;

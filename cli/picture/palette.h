@@ -1,5 +1,5 @@
 /*
- * palette.h - colours of quantities and classes.
+ * palette.h - colours of fields and classes.
  *
  * The maps are paths through a perceptual colour space (lightness, chroma, hue) whose lightness
  * only decreases (from the middle outwards in the diverging one), so that the order remains visible

@@ -13,8 +13,8 @@
 
 namespace cli {
 
-/* Names of fields that are drawn in a way of their own: the probability of precipitation, and what
- * decided the class of each gate (index of the input; 9 the neighbourhood). */
+/* Names of fields that have their own way of being drawn: the probability of precipitation, and
+ * what decided the class of each gate (index of the input; 9 the neighbourhood). */
 inline constexpr char kProbabilityField[] = "Probability of precipitation";
 inline constexpr char kReasonField[] = "Deciding input";
 

@@ -1,4 +1,4 @@
-/* terminal.cpp - text from outside without what a terminal would obey. */
+/* terminal.cpp - replaces what a terminal would obey in text from outside. */
 #include "report/terminal.h"
 
 #include <cstddef>

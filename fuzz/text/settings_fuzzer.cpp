@@ -39,7 +39,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const std::string text(reinterpret_cast<const char*>(data), size);
     const std::size_t unknown = complaints(inputFile(data, size));
     const scan::Configuration examined = scan::examineConfiguration(text);
-    // Where the examination goes on behind a missing value, the library has read on out of step.
+    // After a missing value the library takes keys for values. The examination goes on with the
+    // next key, so that the problems differ: only that there is one can be compared.
     require(unknown == 0 || !examined.problems.empty(), "an unknown key is a problem");
     for (const scan::ConfigurationProblem& problem : examined.problems) {
         require(!problem.text.empty() && problem.line >= 0, "a problem has a text and a line");

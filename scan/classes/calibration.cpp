@@ -1,3 +1,4 @@
+/* Finds the noise floor: rings, their peaks, and the level on which the rings agree. */
 #include "scan/classes/calibration.h"
 
 #include <algorithm>
@@ -13,7 +14,7 @@
 namespace scan {
 namespace {
 
-constexpr int kMaxRings = 32;  // blocks of gates that are looked at on their own
+constexpr int kMaxRings = 32;  // blocks of gates, each with a histogram of its own
 constexpr int kMinRings = 8;
 constexpr int kNearShare = 8;                // the nearest eighth is full of clutter and side lobes
 constexpr std::size_t kMinValues = 40;       // a ring with fewer is ignored
@@ -51,7 +52,7 @@ struct Peak {
     double spreadingDb, level;
 };
 
-/* The lowest value when so many gates share it that it cannot be a measurement. */
+/* The lowest value, if too many gates share it for a measurement. */
 float noEchoMarker(const std::vector<float>& values) {
     const ValueSummary summary = summarise(values, Role::kNone);
     const auto sharing = std::count(values.begin(), values.end(), summary.lowest);
@@ -245,7 +246,7 @@ double slope(const Peak* begin, const Peak* end) {
     return xx > 0 ? xy / xx : 0;
 }
 
-/* Nothing lies far below the noise in any ring, a few odd ones aside. */
+/* Nothing is far below the noise in any ring, except in a few odd ones. */
 bool isFloor(double level, const std::vector<Ring>& rings) {
     std::size_t deeper = 0;
     for (const Ring& ring : rings) {

@@ -1,4 +1,5 @@
-/* classify_sweep.cpp - fields of a sweep in the hands of the library's classifier, and back. */
+/* classify_sweep.cpp - hands the fields of a sweep to the library's classifier and keeps its
+ * results. */
 #include "scan/classes/classify_sweep.h"
 
 #include <algorithm>
@@ -95,8 +96,8 @@ clutter_options libraryOptions(const Sweep& sweep, const ClassifyOptions& option
     return given;
 }
 
-/* Where a file tells gates without an echo from those that were not measured, the latter have no
- * class. */
+/* Where a file distinguishes gates without an echo from gates that were not measured, the latter
+ * have no class. */
 bool wasNotMeasured(const Field& reflectivity, std::size_t i) {
     return !reflectivity.noEchoGates.empty() && reflectivity.noEchoGates[i] == 0 &&
            std::isnan(reflectivity.values[i]);

@@ -22,7 +22,7 @@ struct Input {
 const std::vector<Input>& inputs();
 
 constexpr int kAllInputs = CLUTTER_ALL_INPUTS;
-/* Without other wishes: all but the spectrum width. */
+/* The default: all inputs except the spectrum width. */
 constexpr int kDefaultInputs = CLUTTER_ALL_INPUTS & ~CLUTTER_WIDTH;
 
 /* Whether one of the inputs takes the field of a role. The reflectivity is always needed. */

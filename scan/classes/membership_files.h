@@ -1,4 +1,4 @@
-/* membership_files.h - the the files of membership functions that a classification needs. */
+/* membership_files.h - the files of membership functions that a classification needs. */
 #ifndef SCAN_CLASSES_MEMBERSHIP_FILES_H
 #define SCAN_CLASSES_MEMBERSHIP_FILES_H
 

@@ -1,3 +1,4 @@
+/* Looks through the rays and values of every sweep for what is unusual. */
 #include "scan/fields/oddities.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+/* Recognises the format and calls its reader. */
 #include "scan/formats/read_scan.h"
 
 #include <limits>

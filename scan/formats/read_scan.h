@@ -14,11 +14,11 @@ class Cufrw;
 
 namespace scan {
 
-/* What a file does not tell about itself. */
+/* How a file is read, and what it does not say about itself. */
 struct ReadOptions {
-    int polarLayout = 0;     /* 252, 260 or 280; 0: not told */
-    bool keepNoEcho = false; /* leave the value for "no echo" in place, where NaN would be put */
-    bool oddities = true;    /* look for what is unusual */
+    int polarLayout = 0;      // 252, 260 or 280; 0: unknown
+    bool keepNoEcho = false;  // leave the value for "no echo" where NaN would replace it
+    bool oddities = true;     // look for what is unusual
 };
 
 /* Reads a file of any format that the library reads. Throws std::runtime_error with the reason, a

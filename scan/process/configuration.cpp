@@ -1,3 +1,4 @@
+/* The table of keys, and the checks of a settings file against it. */
 #include "scan/process/configuration.h"
 
 #include <algorithm>

@@ -14,8 +14,7 @@ namespace scan {
 struct ConfigurationProblem {
     int line;
     std::string text;
-    bool fatal; /* the library would take another value than the one that is meant, or work on and
-                   on */
+    bool fatal;  // the library would take another value than the one that is meant, or run forever
 };
 
 /* The pairs of a file as the library takes them, and what is wrong with them. */

@@ -14,8 +14,8 @@ namespace scan {
 /*
  * Fills the records of a new context with the chosen fields. Gates without a value hold no echo
  * (zhh), a likelihood that favours neither class (pdf) or NaN. Where the rays do not close a
- * circle, empty ones after the last keep windows that reach so many rays to either side from
- * going round to the first.
+ * circle, empty ones follow the last: windows that reach this many rays to either side then do not
+ * wrap to the first.
  */
 void fillContext(const Sweep& sweep, const FieldChoice& fields, int reach, Crres& context);
 

@@ -1,3 +1,4 @@
+/* Closes the gaps ray by ray. */
 #include "scan/process/fill_phase.h"
 
 #include <algorithm>

@@ -3,10 +3,9 @@
  *
  * What is at a gate (rain, ground clutter or specks, receiver noise) is a sum of independent
  * echoes, each with a power, a differential reflectivity, a differential phase, a correlation, a
- * velocity and a width. The radar's estimates are then drawn as those of so many independent
- * samples (kSamples) of that sum, so that their scatter follows from the correlation and the
- * signal-to-noise ratio as in a real radar, and mixtures of rain and clutter come out by
- * themselves.
+ * velocity and a width. The radar's estimates are then drawn as those of kSamples independent
+ * samples of that sum, so that their scatter follows from the correlation and the signal-to-noise
+ * ratio as in a real radar, and mixtures of rain and clutter come out by themselves.
  */
 #ifndef SCAN_SYNTHETIC_SYNTHETIC_H
 #define SCAN_SYNTHETIC_SYNTHETIC_H

@@ -39,7 +39,7 @@ class Random {
 
     double normal() { return std::numbers::sqrt2 * complexNormal().real(); }
 
-    /* Gamma variate of whole shape and mean `shape`: the sum of so many unit exponentials. Up to 16
+    /* Gamma variate of whole shape and mean `shape`: the sum of `shape` unit exponentials. Up to 16
      * uniforms of 52 bits can be multiplied without underflow. */
     double gamma(int shape) {
         double product = 1.0;

@@ -1,6 +1,6 @@
 """Mutants: small faults that a test should notice, found in one file at a time.
 
-C++ is read as tokens. Its binary operators are told from pointers, references and template brackets by
+C++ is read as tokens. Its binary operators differ from pointers, references and template brackets by
 the blanks that the formatter sets on both sides. Python is read as a syntax tree.
 """
 

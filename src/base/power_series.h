@@ -3,7 +3,7 @@
  *
  * The C library's pow and log10 are accurate to the last bit of a double, but cost more than the
  * rest of a formula whose result is rounded to single precision. These series are accurate to about
- * 1e-14 (relative) and 1e-13 dB, and they vectorise. The exact result is within a small interval
+ * 2e-14 (relative) and 1e-13 dB, and they vectorise. The exact result is within a small interval
  * around theirs: where both ends of it round to the same float, that float is the exact result.
  */
 #ifndef CLUTTER_BASE_POWER_SERIES_H

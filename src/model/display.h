@@ -9,7 +9,7 @@
 namespace clutter::model {
 
 /* Makes a record polar with the colours of a scan. Its axes (both copies) reach the last gate on
- * both sides and are divided by ticks into so many intervals. */
+ * both sides and have this many intervals between ticks. */
 void showWholeScan(Cpluvek& record, float intervals, const char* xlabel, const char* ylabel);
 
 /* Sets the date text and the title, which contains it. */

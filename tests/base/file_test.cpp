@@ -1,3 +1,4 @@
+/* Whole files into memory: any size, pipes, endless lines, and files beyond the bounds. */
 #include "base/files/file.h"
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+/* Numbers, tokens and bounded copies, compared with the C library. */
 #include "base/text.h"
 
 #include <gtest/gtest.h>

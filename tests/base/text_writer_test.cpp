@@ -1,3 +1,4 @@
+/* Text in large pieces: their order, and numbers in any locale. */
 #include "base/text_writer.h"
 
 #include <gtest/gtest.h>

@@ -237,8 +237,8 @@ TEST_F(Classify, TheEndsOfASectorDoNotMeet) {
     options.neighbourhood = {};
     const std::vector<float> classes =
         scan::classifySweep(sector, sector.sweeps.at(0), options).classes;
-    EXPECT_EQ(classes[8 * 60 + 30], 5); /* the border inside the sector is seen */
-    EXPECT_EQ(classes[0 * 60 + 30], 0); /* the one round the back is not */
+    EXPECT_EQ(classes[8 * 60 + 30], 5);  // the border inside the sector is seen
+    EXPECT_EQ(classes[0 * 60 + 30], 0);  // the one round the back is not
     EXPECT_EQ(classes[11 * 60 + 30], 0);
 }
 

@@ -89,7 +89,7 @@ TEST_F(Formats, PolarDataAsksForALayoutOnlyWhereItMatters) {
     EXPECT_FALSE(run("info " + full + " --layout 250"));
 }
 
-/* Each product has gates of a size of its own, by which alone a missing end can be told. */
+/* Each product has gates of its own size, which alone shows that the end is missing. */
 TEST_F(Formats, PolarDataThatEndEarlyAreDamaged) {
     const struct {
         int product;
@@ -141,7 +141,7 @@ TEST_F(Formats, ConvertedScansKeepTheirValues) {
     EXPECT_THAT(said_, HasSubstr("wrote"));
 }
 
-/* A wrong call is told from what cannot be done with the file. */
+/* A wrong call has another exit code than a file that cannot be converted. */
 TEST_F(Formats, ConvertAndRepackRefuseWithAReason) {
     const std::string dx = put("scan.dx", dxFile(100));
     const std::string out = dir_.file("x.pol");
@@ -187,7 +187,7 @@ TEST_F(Formats, ConvertSaysWhatAPolarDataFileCannotHold) {
     };
     say(".pol");
     EXPECT_THAT(said_, Not(HasSubstr("note:")));
-    constexpr std::size_t kHeader = 67; /* of the first field: its constant and its noise */
+    constexpr std::size_t kHeader = 67;  // of the first field: its constant and its noise
     ray.set(19, -50).set(20, 0).set(21, 0).set(22, -7).set(23, 0).set(24, 0).set(25, -4);
     ray.set(35, 3).set(kHeader + 19, 11500).set(kHeader + 20, -11000);
     say(".pol");

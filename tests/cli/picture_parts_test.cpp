@@ -1,3 +1,4 @@
+/* The parts of a picture, each alone: colours, ticks, the gate at a point, images. */
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -120,7 +121,7 @@ int nearestRay(const std::vector<double>& azimuthDeg, double wantedDeg) {
 }
 
 TEST(GateFinder, FindsTheNearestRayOfAFullCircle) {
-    std::vector<double> azimuthDeg; /* unsteady, not from north, some beyond 360 or below 0 */
+    std::vector<double> azimuthDeg;  // unsteady, not from north, some beyond 360 or below 0
     for (int i = 0; i < 360; ++i) {
         azimuthDeg.push_back(13.0 + i + 0.3 * std::sin(7.0 * i) - (i > 350 ? 360.0 : 0.0));
     }
@@ -144,7 +145,7 @@ TEST(GateFinder, LeavesGapsAndRangesWithoutGatesEmpty) {
     for (int i = 0; i < 180; ++i) {
         half.push_back(i + 0.5);
     }
-    half[90] = kNan; /* a ray of unknown azimuth */
+    half[90] = kNan;  // a ray of unknown azimuth
     Sweep sweep = sweepOf(half, 50, 1000.0);
     sweep.firstGateM = 5000.0;
     const GateFinder finder(sweep, mapOf(60.0), 1.0);
@@ -174,7 +175,7 @@ TEST(GateFinder, LeavesGapsAndRangesWithoutGatesEmpty) {
 
 TEST(GateFinder, DrawsALoneRayAsWideAsItsBeam) {
     const GateFinder finder(sweepOf({0.0}, 10, 0.0), mapOf(10.0), 2.0);
-    EXPECT_EQ(findPolar(finder, 0.9, 3.0), 3); /* an unknown spacing counts as 1 km */
+    EXPECT_EQ(findPolar(finder, 0.9, 3.0), 3);  // an unknown spacing counts as 1 km
     EXPECT_EQ(findPolar(finder, 359.1, 3.0), 3);
     EXPECT_EQ(findPolar(finder, 1.2, 3.0), -1);
     EXPECT_EQ(findPolar(finder, 180.0, 3.0), -1);
@@ -202,7 +203,7 @@ TEST(GateFinder, FollowsTheBeamInARangeHeightSweep) {
             EXPECT_EQ(finder.find(ground, centre - kRadius), ray * 400 + gate);
         }
     }
-    EXPECT_EQ(finder.find(10.0, 15.0), -1); /* above the highest beam */
+    EXPECT_EQ(finder.find(10.0, 15.0), -1);  // above the highest beam
     for (const auto& [elevationDeg, left] : {std::pair{90.0, 0.0}, {90.5, -200.0}}) {
         sweep.elevationDeg[59] = elevationDeg;
         EXPECT_DOUBLE_EQ(rangeHeightView(sweep, 200.0).left, left);
@@ -225,7 +226,7 @@ TEST(Rasterise, MixesColoursAtEdgesAndLeavesMissingGatesOut) {
     for (const std::uint32_t value : images[0].pixels) {
         const std::uint32_t alpha = value >> 24;
         partly += alpha > 0 && alpha < 255;
-        EXPECT_LE((value >> 16 & 0xff), alpha); /* colours are multiplied by alpha */
+        EXPECT_LE((value >> 16 & 0xff), alpha);  // colours are multiplied by alpha
         EXPECT_LE((value & 0xff), alpha);
     }
     EXPECT_GT(partly, 10);

@@ -1,3 +1,4 @@
+/* Pictures as files: what is where, the format by the ending, odd sweeps, refusals. */
 #include "picture/picture.h"
 
 #include <cairo.h>
@@ -74,8 +75,8 @@ Spot spotOf(const std::string& path, Rgb colour, double share) {
 
 TEST_F(PictureFile, HasNorthUpAndEastToTheRight) {
     const Sweep sweep =
-        sweepOf({5, 15, 25, 35, 45, 55, 65, 75, 85,           /* north-east: rain */
-                 95, 105, 115, 125, 135, 145, 155, 165, 175}, /* south-east: clutter */
+        sweepOf({5, 15, 25, 35, 45, 55, 65, 75, 85,            // north-east: rain
+                 95, 105, 115, 125, 135, 145, 155, 165, 175},  // south-east: clutter
                 1, 100000.0);
     std::vector<float> classes(18, 0.0f);
     std::fill(classes.begin() + 9, classes.end(), 5.0f);
@@ -122,7 +123,7 @@ TEST_F(PictureFile, IsOfTheFormatItsNameSays) {
         drawClasses(scan_, sweep, field, {0, 3, 5, kNan, 0, 0}, {}, path(name));
         EXPECT_EQ(contents(path(name)).rfind(start, 0), 0u) << name;
     }
-    EXPECT_EQ(filesInDirectory(), 3); /* no temporary file is left */
+    EXPECT_EQ(filesInDirectory(), 3);  // no temporary file is left
 }
 
 /* Whatever a file holds, a picture comes out: sizes, missing angles, odd text and numbers. */

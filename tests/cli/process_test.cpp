@@ -43,7 +43,7 @@ TEST(PhaseGaps, AreClosedAlongTheRay) {
 
 TEST(PhaseGaps, EmptyRaysTakeTheMedianOfTheFirstValues) {
     const struct {
-        std::vector<float> scan, filled; /* rays of two gates */
+        std::vector<float> scan, filled;  // rays of two gates
         std::vector<int> empty;
     } kCases[] = {
         {{kNan, kNan, 50, 99, kNan, 40, 60, 0, kNan, INFINITY},
@@ -63,8 +63,8 @@ TEST(PhaseGaps, EmptyRaysTakeTheMedianOfTheFirstValues) {
 constexpr int kRays = 60, kGates = 240;
 constexpr int kFirstRain = 20, kLastRain = 179;
 constexpr double kSpacingKm = 0.25;
-constexpr double kTrueZ = 40, kOffset = 60, kKdp = 2; /* dBZ, degrees, degrees/km */
-constexpr double kAlpha = 0.073;                      /* dB a degree, the nominal ratio */
+constexpr double kTrueZ = 40, kOffset = 60, kKdp = 2;  // dBZ, degrees, degrees/km
+constexpr double kAlpha = 0.073;                       // dB a degree, the nominal ratio
 
 bool isRain(int gate) {
     return gate >= kFirstRain && gate <= kLastRain;
@@ -205,7 +205,7 @@ TEST_F(Process, AppendsSamplesAtPoints) {
     }
     EXPECT_EQ(lines, 2);
     EXPECT_TRUE(fs::exists(prefix + "_R.dat"));
-    EXPECT_FALSE(fs::exists(prefix + "_Ah.dat")); /* the stage did not run */
+    EXPECT_FALSE(fs::exists(prefix + "_Ah.dat"));  // the stage did not run
     EXPECT_FALSE(fs::exists(prefix + "_KDP.dat"));
 }
 
@@ -214,8 +214,8 @@ TEST_F(Process, SamplesOfGatesWithoutValueAreNan) {
     const std::string points = write("points.txt", "3000 18\n25000 18\n");
     const std::string prefix = directory_.file("gauge");
     const std::string arguments = " --points " + points + " --prefix " + prefix;
-    ASSERT_EQ(process("--what 17" + arguments).code, 0);  /* no echo */
-    ASSERT_EQ(process("--what 145" + arguments).code, 0); /* and blanked */
+    ASSERT_EQ(process("--what 17" + arguments).code, 0);   // no echo
+    ASSERT_EQ(process("--what 145" + arguments).code, 0);  // and blanked
     for (const char* field : {"_zhh.dat", "_R.dat", "_rhv.dat"}) {
         std::ifstream file(prefix + field);
         for (const bool blanks : {false, true}) {

@@ -10,10 +10,10 @@ extern const char* const kProgram;
 
 struct Outcome {
     int code;
-    std::string out; /* both streams */
+    std::string out;  // both streams
 };
 Outcome runProgram(const std::string& arguments);
-Outcome runCommand(const std::string& command); /* of a shell */
+Outcome runCommand(const std::string& command);  // of a shell
 
 struct Refusal {
     std::string arguments;

@@ -1,3 +1,4 @@
+/* Scores against a worked example and at their ends. */
 #include "report/scores.h"
 
 #include <gtest/gtest.h>
@@ -43,7 +44,7 @@ TEST(Scores, NoiseCountsAsClutterNotFoundAndPrecipitationNotTakenForClutter) {
     Confusion confusion = confusionOf(10, 5, 0, 0);
     confusion[kIsClutter][kIsNoise] = 30;
     confusion[kIsPrecipitation][kIsNoise] = 15;
-    confusion[kIsNoise] = {1000, 1000, 1000}; /* truth noise plays no part */
+    confusion[kIsNoise] = {1000, 1000, 1000};  // truth noise plays no part
     const Scores scores = scoresOf(confusion);
     EXPECT_DOUBLE_EQ(scores.pod, 0.25);
     EXPECT_DOUBLE_EQ(scores.far, 1.0 / 3.0);

@@ -228,7 +228,7 @@ TEST_F(Profiles, BrightBandIsReplacedByTheGround) {
 
 TEST_F(Profiles, OneDecibelAwayIsTooFar) {
     std::ofstream file(path_);
-    // All profiles alike but at the ground: the first counts.
+    // All profiles are equal except at the ground: the first counts.
     for (int k = 0; k < 60 * 1800; ++k) {
         file << (k < 60 ? 3.0 + 0.1 * k : 20.0) << ' ';
     }

@@ -1,3 +1,4 @@
+/* The phase of whole scans (offset, sign, unfolding) and its gaps. */
 #include <gtest/gtest.h>
 
 #include <cmath>

@@ -1,3 +1,4 @@
+/* Rain rates of every relation, power laws, and means of a vertical scan. */
 #include <gtest/gtest.h>
 
 #include <cmath>

@@ -226,7 +226,7 @@ TEST(AttenuationSearch, FaintGatesAreScreened) {
     int screened = 0;
     for (unsigned round = 0; round < 60; ++round) {
         AttenuationRay ray = makeRainRay(120, 300 + round);
-        const unsigned share = 1 + round % 4; /* 1: there is nothing else */
+        const unsigned share = 1 + round % 4;  // 1: there is nothing else
         for (double& z : ray.z) {
             if (random() % share == 0) {
                 z = std::pow(10.0, exponent(random));

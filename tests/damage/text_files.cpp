@@ -1,3 +1,4 @@
+/* Text files with what their readers must hold to. */
 #include "damage/text_files.h"
 
 #include <gtest/gtest.h>
@@ -146,7 +147,8 @@ void exerciseGridFile(const std::string& path, const std::string& copy) {
     ASSERT_GE(block.columns, 0);
     ASSERT_LT(std::strlen(nodata), 1024u);
     const std::size_t cells = block.values().size();
-    // A text that begins with a zero byte is written as none, and the next token takes its place.
+    // A text that begins with a zero byte is written as an empty one, and the next token takes its
+    // place.
     if (cells > 0 && cells < kMostCellsToCopy && nodata[0] != '\0') {
         copyGrid(block, nodata, copy);
     }

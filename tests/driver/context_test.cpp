@@ -1,3 +1,4 @@
+/* The processing context: its defaults, its memory, and operations on its records. */
 #include <gtest/gtest.h>
 
 #include <cmath>

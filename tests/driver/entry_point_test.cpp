@@ -1,3 +1,4 @@
+/* The entry point against the literal definition, and what it refuses. */
 #include <gtest/gtest.h>
 
 #include <fstream>
@@ -140,7 +141,7 @@ TEST(EntryPoint, RatioEqualToTheThresholdIsAnEcho) {
     EXPECT_EQ(out[2], 3.0);
 }
 
-/* The last rays see ray 0 again, when its classes are known already. */
+/* The last rays see ray 0 again, after its classes were written. */
 TEST(EntryPoint, OutputMayReplaceAnInput) {
     std::mt19937 random(11);
     TestScan scan = clutter::test::makeTestScan(4, 1000, 5);

@@ -1,3 +1,4 @@
+/* Filters of profiles and matrices: closed forms, ends, and the literal definitions. */
 #include <gtest/gtest.h>
 
 #include <cmath>

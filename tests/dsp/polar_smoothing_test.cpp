@@ -1,3 +1,4 @@
+/* Masked means of polar fields, and the margin that decides which gates the series may give. */
 #include <gtest/gtest.h>
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+/* The toolkit's searches, scores, shifts, interpolation and noise, value by value. */
 #include <gtest/gtest.h>
 
 #include <algorithm>

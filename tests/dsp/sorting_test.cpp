@@ -1,3 +1,4 @@
+/* The fast sort gives the order of the sort by exchange, ties and NaN included. */
 #include <gtest/gtest.h>
 
 #include <algorithm>

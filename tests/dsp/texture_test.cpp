@@ -1,3 +1,4 @@
+/* Textures with and without a mask: literal definition, ends, rejected arguments. */
 #include <gtest/gtest.h>
 
 #include <cmath>

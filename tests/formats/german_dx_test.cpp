@@ -1,3 +1,4 @@
+/* German DX files made byte by byte: header, rays, faults, conversion. */
 #include <gtest/gtest.h>
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+/* Metadata in file names of polar data. */
 #include <gtest/gtest.h>
 
 #include <string>

@@ -1,3 +1,4 @@
+/* Polar data files made word by word: every product, cut files, refusals. */
 #include <gtest/gtest.h>
 
 #include <cmath>

@@ -1,3 +1,4 @@
+/* Polar data files that are written: header, every storage, shortened copies. */
 #include <gtest/gtest.h>
 
 #include <cmath>

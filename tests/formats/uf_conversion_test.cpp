@@ -1,3 +1,4 @@
+/* Universal Format rays from field records and back. */
 #include <gtest/gtest.h>
 
 #include <cmath>

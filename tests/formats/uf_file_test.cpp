@@ -1,3 +1,4 @@
+/* Universal Format files made word by word: what is read, and what is written. */
 #include <gtest/gtest.h>
 
 #include <filesystem>

@@ -1,3 +1,4 @@
+/* The engine against the literal definition, by hand at its edges, and its membership files. */
 #include <gtest/gtest.h>
 
 #include <limits>

@@ -1,3 +1,4 @@
+/* Membership functions: the built-in shapes and tables of points. */
 #include <gtest/gtest.h>
 
 #include <cmath>

@@ -1,3 +1,4 @@
+/* Field record files: every member, storage types, blocks of any size, faults. */
 #include <gtest/gtest.h>
 
 #include <climits>
@@ -291,7 +292,7 @@ TEST_F(FieldRecordFile, FaultsAreRefusedAndLeaveLaterRecordsAlone) {
     struct Case {
         const char* what;
         std::function<void(ByteVector&)> damage;
-        int filled; /* records read before the fault */
+        int filled;  // records read before the fault
         std::string printed;
     };
     const auto set = [](std::size_t offset, int value) {

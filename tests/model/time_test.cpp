@@ -1,3 +1,4 @@
+/* Calendar arithmetic against the civil calendar, and stamps. */
 #include <gtest/gtest.h>
 
 #include <chrono>

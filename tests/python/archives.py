@@ -36,7 +36,7 @@ def names_in(folder: Path) -> list[str]:
 
 
 def content(path: Path):
-    """All that an output holds, but for the time in its history."""
+    """All that an output holds, except the time in its history."""
     def of(group: netCDF4.Group):
         attributes = {name: np.asarray(group.getncattr(name)).tolist() for name in group.ncattrs()}
         attributes["history"] = re.sub(r"\d{4}-\S+Z", "TIME", attributes.get("history", ""))

@@ -34,7 +34,7 @@ def make_sweep(nrays: int = 24, ngates: int = 60, seed: int = 1, rays: str = "az
 
 
 def rainy(nrays: int = 36, ngates: int = 200) -> dict[str, np.ndarray]:
-    """Uniform rain whose phase rises along the ray, with noise behind it."""
+    """Uniform rain whose phase rises along the ray, with noise past it."""
     random = np.random.default_rng(2)
     shape = (nrays, ngates)
     ranges = np.arange(ngates) * SPACING / 1000

@@ -22,7 +22,7 @@ NAMES = {"": backends.AnyFormatBackend, **{f"-{kind}": engine for kind, engine i
 
 @pytest.fixture
 def paths(tmp_path):
-    """A file of each format; none has an ending that tells."""
+    """A file of each format; none has an ending that names its format."""
     for kind, content in files.small_files().items():
         (tmp_path / kind).write_bytes(content)
     return {kind: tmp_path / kind for kind in ENGINES}

@@ -131,7 +131,7 @@ def test_algorithms_by_name_and_number_and_the_correlation_does_not_matter():
 
 
 def test_specific_attenuation_has_the_closed_form_of_uniform_rain():
-    """The profile solution of a uniform path holds the attenuation that the phase tells."""
+    """The profile solution of a uniform path holds the attenuation that follows from the phase."""
     shape, rise = (2, 400), np.array([30.0, 60.0])
     rain = np.full(shape, 45.0)
     ah = cc.specific_attenuation(rain, classes=np.zeros(shape), range=100.0, phase_rise=rise, alpha=0.08)

@@ -18,7 +18,7 @@ pytestmark = pytest.mark.usefixtures("gate_by_gate")
 @pytest.mark.parametrize("chunks", [None, {"azimuth": 7}])
 @pytest.mark.parametrize("step", ["classify", "clean", "process", "signal_to_noise"])
 def test_a_cut_in_range_changes_nothing_inside(step: str, chunks: dict | None) -> None:
-    """But for the gates whose windows reach over the edges of the cut."""
+    """Except for the gates whose windows reach over the edges of the cut."""
     ds = make_sweep(24, 400)
     ds["DBZH"] = ds.DBZH.dims, scan_fields(24, 400)["dbzh"] - 25  # noise and echo, by range
     data = ds if chunks is None else ds.chunk(chunks)
@@ -125,7 +125,7 @@ def test_a_chunked_scan_mode_stays_lazy() -> None:
 
 
 def test_a_range_height_scan_by_its_angles() -> None:
-    """Where neither the dimension nor a mode in memory tells."""
+    """Where neither the dimension nor a mode in memory says it."""
     for rays in ("azimuth", "elevation"):
         ds = make_sweep(rays=rays).drop_vars("sweep_mode")
         angles = {name: ("ray", ds[name].values) for name in ("azimuth", "elevation")}

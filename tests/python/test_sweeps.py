@@ -318,19 +318,19 @@ def test_the_history_says_what_differs_from_the_defaults(made_sweep: xr.Dataset)
     classified = sweeps.classify(made_sweep)
     for name in ("missing", "closed", "codes", "membership", "fields", "gates_in_front"):
         assert f"{name}=" not in added(sweeps.classify)
-    told = added(sweeps.classify, missing="no_echo", closed=False, codes="pyrad",
+    history = added(sweeps.classify, missing="no_echo", closed=False, codes="pyrad",
                  membership=cc.membership_directory(), fields={"ldr": None})
     for words in ("missing=no_echo", "closed=False", "codes=pyrad", "fields=ldr:None",
                   f"membership={cc.membership_directory()}"):
-        assert words in told
+        assert words in history
     assert added(sweeps.texture).endswith("texture(gates=5, rays=3)")
-    told = added(sweeps.texture, quantities=["zdr"], exclude=("clutter", cc.NOISE), closed=False)
-    assert told.endswith("quantities=zdr, exclude=clutter|NOISE, closed=False)")
+    history = added(sweeps.texture, quantities=["zdr"], exclude=("clutter", cc.NOISE), closed=False)
+    assert history.endswith("quantities=zdr, exclude=clutter|NOISE, closed=False)")
     assert "means_of_linear_values=dbzh|zdr)" in added(sweeps.smooth)
     assert "closed=False" in added(sweeps.despeckle, closed=False)
     assert "phase_window=9|1" in added(sweeps.attenuation, phase_window=(9, 1))
-    told = sweeps.process(classified.drop_vars("PHIDP"), what=255).attrs["history"].splitlines()[-1]
-    assert "it needs phidp and rhohv" in told and "membership" not in told
+    history = sweeps.process(classified.drop_vars("PHIDP"), what=255).attrs["history"].splitlines()[-1]
+    assert "it needs phidp and rhohv" in history and "membership" not in history
 
 
 def test_attributes_and_flags_of_classes(made_sweep: xr.Dataset) -> None:

@@ -32,7 +32,7 @@ def test_one_seed_gives_one_scan(arrays):
 
 
 def test_classification_finds_the_truth(arrays):
-    """All inputs together tell clear gates right: nine in ten."""
+    """All inputs together classify nine of ten clear gates correctly."""
     classes = cc.classify(**{name: arrays[name] for name in FIELDS if name != "wrad"},
                           range=arrays["range"], radar_constant=arrays["radar_constant"],
                           min_snr=arrays["min_snr"])

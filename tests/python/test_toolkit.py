@@ -197,7 +197,7 @@ def test_decibels_and_back():
 @given(nrays=st.integers(1, 6), ngates=st.integers(1, 12), gates=st.integers(1, 15), rays=st.integers(1, 9),
        closed=st.booleans(), seed=st.integers(0, 99))
 def test_any_small_scan_and_window(nrays, ngates, gates, rays, closed, seed):
-    """Nothing is read beyond a scan: what lies behind it in memory does not matter."""
+    """Nothing is read beyond a scan: the memory after it does not matter."""
     memory = np.full((nrays + 2, ngates), 1e6, np.float32)
     memory[1:-1] = scan(nrays, ngates, seed)
     inside, alone = memory[1:-1], memory[1:-1].copy()

@@ -20,9 +20,9 @@ struct MadeScan {
     int nrays = 90;
     int ngates = 600;
     double floorDb = -35;
-    double spreadDb = 1;    /* of the noise */
-    double rainShare = 0.3; /* of the rays, over the middle half of the gates */
-    double thresholdDb = -std::numeric_limits<double>::infinity(); /* above the floor */
+    double spreadDb = 1;     // of the noise
+    double rainShare = 0.3;  // of the rays, over the middle half of the gates
+    double thresholdDb = -std::numeric_limits<double>::infinity();  // above the floor
 
     std::vector<float> build() const {
         std::mt19937 random(7);
@@ -132,7 +132,8 @@ TEST(Calibration, WhereNoiseWasRemovedEverythingLeftIsEcho) {
     EXPECT_GT(static_cast<double>(echo), 0.95 * static_cast<double>(present));
 }
 
-/* Rain of one strength out to the last gate looks like noise in every ring but for its slope. */
+/* Rain of one strength out to the last gate looks like noise in every ring, except for its slope.
+ */
 TEST(Calibration, WidespreadRainIsNotNoise) {
     const MadeScan sizes;
     std::mt19937 random(3);
@@ -144,7 +145,7 @@ TEST(Calibration, WidespreadRainIsNotNoise) {
     EXPECT_NE(estimate(values, sizes).evidence, scan::NoiseEvidence::kNoiseGates);
 }
 
-/* Rain that happens to grow with range as noise does is told by its correlation. */
+/* Rain that happens to grow with range as noise does is recognised by its correlation. */
 TEST(Calibration, HighlyCorrelatedEchoIsNotNoise) {
     const MadeScan scan{.floorDb = -5, .rainShare = 0};
     const std::vector<float> values = scan.build();

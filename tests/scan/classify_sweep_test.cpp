@@ -26,7 +26,7 @@ Sweep sweepOf(const std::vector<std::string>& names) {
 TEST(ClassifySweep, TakesTheInputsThatExistAndNamesThoseThatWereAskedFor) {
     const struct {
         std::vector<std::string> fields;
-        const char* inputs; /* none are asked for when it is null */
+        const char* inputs;  // none are asked for when it is null
         int mask;
         const char* absent;
     } cases[] = {

@@ -1,3 +1,4 @@
+/* What a thread changes for itself alone: messages of the library, and draws. */
 #include "scan/quiet_library.h"
 
 #include <gtest/gtest.h>

@@ -85,7 +85,7 @@ TEST_F(ReadScan, EachRayHasItsOwnScaleLengthAndMissingValue) {
     const std::vector<float>& z = sweep.fields.at(0).values;
     EXPECT_FLOAT_EQ(z[0], 12.34F);
     EXPECT_TRUE(std::isnan(z[1]));
-    EXPECT_TRUE(std::isnan(z[2])); /* padding */
+    EXPECT_TRUE(std::isnan(z[2]));  // padding
     EXPECT_FLOAT_EQ(z[3], 3);
     EXPECT_TRUE(std::isnan(z[4]));
     EXPECT_FLOAT_EQ(z[5], 0.7F);

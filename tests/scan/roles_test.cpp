@@ -194,7 +194,7 @@ TEST(Roles, TheMedianIsThatOfTheSortedFiniteValues) {
 TEST(Roles, AClassFieldIsKnownByNameAndValues) {
     EXPECT_TRUE(scan::isClassField({"CCl", "", {0, 3, 5, kMissing}}));
     EXPECT_TRUE(scan::isClassField({"CC", "", {5}}));
-    EXPECT_FALSE(scan::isClassField({"CC", "", {0.98F, 0}})); /* a correlation */
+    EXPECT_FALSE(scan::isClassField({"CC", "", {0.98F, 0}}));  // a correlation
     EXPECT_FALSE(scan::isClassField({"DZ", "", {0, 3, 5}}));
     EXPECT_FALSE(scan::isClassField({"CCl", "", {1}}));
     EXPECT_FALSE(scan::isClassField({"CC", "", {kMissing, kMissing}}));

@@ -1,6 +1,6 @@
 #!/bin/sh
 # fuzz_targets_test.sh PROJECT: a fuzzer calls every operation that takes a file or a text from outside,
-# as its name says: of the public interface, and of scan/ but for its formats, which readScan() chooses.
+# as its name says: of the public interface, and of scan/ except its formats, which readScan() chooses.
 set -eu
 cd "$1"
 # Called by others that a fuzzer calls.

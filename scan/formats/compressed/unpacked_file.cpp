@@ -18,7 +18,8 @@
 namespace scan {
 namespace {
 
-/* Sweeps without an echo shrink to a few hundredths; more than this is no radar file. */
+/* Sweeps without an echo compress to a few hundredths of their size; a file that grows by a larger
+ * factor is not a radar file. */
 constexpr std::uint64_t kAlwaysAllowedBytes = 64 << 20;
 constexpr std::uint64_t kMaxGrowth = 300;
 

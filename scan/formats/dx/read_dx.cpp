@@ -1,3 +1,4 @@
+/* The library's reader, and gates without an echo as missing values. */
 #include "scan/formats/dx/read_dx.h"
 
 #include <algorithm>
@@ -14,8 +15,8 @@ namespace {
 
 constexpr float kNoEchoDbz = -32.5f;
 
-/* The library takes a file whose first ray has another number of bins for read, and leaves the
- * values as they were: all 0, which no bin of a ray that was read can be for long. */
+/* The library reports success for a file whose first ray has another number of bins, and leaves all
+ * values at 0. After a real read some value differs from 0. */
 bool holdsRays(const CGermanRadar& radar) {
     return std::any_of(std::begin(radar.reflectivity), std::end(radar.reflectivity),
                        [](double value) { return value != 0; });

@@ -38,7 +38,7 @@ class Group {
     bool has(const std::string& attribute) const;
 
     /* Attributes. Numbers may be integers or floats of any size and order, scalars or arrays, or
-     * text that holds numbers ("0.5" or "0:1,1:2"). Nothing when there is none or it is of no use.
+     * text that holds numbers ("0.5" or "0:1,1:2"). Nothing where there is none that can be used.
      */
     std::optional<double> number(const std::string& attribute) const;
     std::vector<double> numbers(const std::string& attribute) const;

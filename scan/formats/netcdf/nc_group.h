@@ -29,7 +29,7 @@ struct Variable {
 /* Neither text nor a type of the file's own. */
 bool isNumeric(const Variable& variable);
 
-/* Open until the last group of it goes. */
+/* Open until its last group is destroyed. */
 struct OpenFile {
     OpenFile() = default;
     OpenFile(const OpenFile&) = delete;

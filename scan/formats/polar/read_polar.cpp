@@ -1,3 +1,4 @@
+/* The library's reader, with a layout where the product needs one, and what damage it hides. */
 #include "scan/formats/polar/read_polar.h"
 
 #include <cstddef>

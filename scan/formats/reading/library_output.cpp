@@ -1,3 +1,4 @@
+/* Counts the lines and bytes of a written file. */
 #include "scan/formats/reading/library_output.h"
 
 #include <algorithm>

@@ -1,4 +1,4 @@
-/* library_output.h - files that operations of the library write without saying how it went. */
+/* library_output.h - checks of files that operations of the library write without a result code. */
 #ifndef SCAN_FORMATS_READING_LIBRARY_OUTPUT_H
 #define SCAN_FORMATS_READING_LIBRARY_OUTPUT_H
 
@@ -7,8 +7,8 @@
 
 namespace scan {
 
-/* Whether the file is there with so many whole lines, or so many bytes: a full disk must not pass
- * unnoticed. errno stays that of the operation that wrote. */
+/* Whether the file exists with this many whole lines or bytes: a full disk must not pass unnoticed.
+ * errno stays that of the operation that wrote. */
 bool holdsLines(const std::string& path, std::size_t lines);
 bool holdsBytes(const std::string& path, std::size_t bytes);
 

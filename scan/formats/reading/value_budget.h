@@ -12,7 +12,8 @@
 
 namespace scan {
 
-/* Compressed sweeps without an echo reach about 100 values a byte; more than this is no radar. */
+/* Compressed sweeps without an echo reach about 100 values a byte; radar files do not hold more
+ * than this. */
 constexpr std::uint64_t kMaxValuesPerByte = 256;
 constexpr std::uint64_t kAlwaysAllowedValues = 1 << 22;
 

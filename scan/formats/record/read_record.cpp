@@ -1,3 +1,4 @@
+/* The library's reader, and its records as fields of one sweep. */
 #include "scan/formats/record/read_record.h"
 
 #include <cmath>

@@ -47,31 +47,31 @@ int scaleFor(int finest, double largest) {
     return found == std::end(kScales) ? 1 : *found;
 }
 
-/* The names that a field would like, the best first. */
-std::vector<std::string> wishesFor(const Field& field) {
-    std::vector<std::string> wishes;
+/* Possible names of a field, the preferred first. */
+std::vector<std::string> possibleNames(const Field& field) {
+    std::vector<std::string> names;
     if (isClassField(field)) {
-        wishes.push_back(kClassFieldName);
+        names.push_back(kClassFieldName);
     }
     const std::string usual = clutter::formats::ufNameOf(field.name);
     if (usual != clutter::formats::kUnknownName) {
-        wishes.push_back(usual);
+        names.push_back(usual);
     }
     if (field.name.size() == 2) {
-        wishes.push_back(field.name);
+        names.push_back(field.name);
     }
     const Role role = roleOfName(field.name);
     if (role != Role::kNone) {
-        wishes.push_back(kRoleLetters[static_cast<int>(role)]);
+        names.push_back(kRoleLetters[static_cast<int>(role)]);
     }
-    wishes.push_back(clutter::formats::kUnknownName);
-    return wishes;
+    names.push_back(clutter::formats::kUnknownName);
+    return names;
 }
 
 std::string lettersFor(const Field& field, const std::set<std::string>& taken) {
-    for (const std::string& wish : wishesFor(field)) {
-        if (taken.count(wish) == 0) {
-            return wish;
+    for (const std::string& name : possibleNames(field)) {
+        if (taken.count(name) == 0) {
+            return name;
         }
     }
     std::string letters = "U1";

@@ -28,7 +28,7 @@ void setText(char (&text)[N], const std::string& value) {
                   value.c_str());
 }
 
-/* A number without which a ray means nothing. */
+/* A number that a ray cannot do without. */
 short requiredWord(const char* what, double value, double perUnit) {
     CheckedWords checked("a Universal Format file");
     const short word = checked.word(what, value, perUnit);

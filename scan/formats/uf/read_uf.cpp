@@ -1,3 +1,4 @@
+/* The library's rays as sweeps: geometry, names, calibration and damage. */
 #include "scan/formats/uf/read_uf.h"
 
 #include <algorithm>

@@ -9,8 +9,8 @@ namespace scan {
 
 /*
  * A new, empty file beside the target, under a name that nobody can foresee. Its contents become
- * the target with commit(); otherwise it is removed when the object goes. An existing target keeps
- * its permissions, a symbolic link to it stays.
+ * the target with commit(); otherwise it is removed when the object is destroyed. An existing
+ * target keeps its permissions, a symbolic link to it stays.
  */
 class OutputFile {
   public:

@@ -11,13 +11,13 @@
 
 namespace clutter::base {
 
-/* So many values (1 MB of floats) may always be declared. */
+/* A file of any size may declare this many values (1 MB of floats). */
 inline constexpr std::size_t kMaxFreeValues = std::size_t{1} << 18;
 /* A value costs at least an eighth of a bit in the file: no format packs this tightly, but the rest
  * of a file may be missing. */
 inline constexpr std::size_t kMaxValuesPerByte = 64;
 
-/* Whether a file of so many bytes may declare so many values, those of all its fields together. */
+/* Whether a file of this size may declare this many values, summed over its fields. */
 constexpr bool mayDeclare(std::size_t values, std::size_t fileBytes) {
     return values <= kMaxFreeValues || values / kMaxValuesPerByte <= fileBytes;
 }

@@ -1,5 +1,6 @@
 /*
- * Regular files by descriptor: what was opened is what is judged, whatever its name becomes.
+ * Regular files by descriptor: the checks apply to the file that was opened, even if its name means
+ * another file by then.
  */
 #include "base/files/regular_file.h"
 

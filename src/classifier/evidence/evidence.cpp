@@ -21,8 +21,8 @@ CLUTTER_KERNEL void multiplyDegrees(const double* __restrict degrees, double* __
     }
 }
 
-/* Margins below this are computed as the engine computes them: the sign is then its verdict, and
- * the error of quick products does not count beside the others. */
+/* Smaller margins are computed as the engine computes them, so that their sign is its verdict.
+ * Larger ones are so far from 0 that the error of quick products is negligible. */
 constexpr float kClose = 1e-4f;
 static_assert(2 * fuzzy::kInputCount * StrengthRows::kMaxError <
               1e-5 * static_cast<double>(kClose));

@@ -14,9 +14,9 @@
 namespace clutter::classifier {
 
 /*
- * A value's cell names the segment of the tables that it may lie in at least; few values have to
- * look further. Degrees come from slopes instead of quotients: they differ from the engine's by
- * rounding only, at most kMaxError of themselves.
+ * A value's cell gives the lowest segment of the tables that the value can lie in; few values need
+ * a step to a higher one. Degrees come from slopes instead of quotients: they differ from the
+ * engine's by rounding only, at most kMaxError of themselves.
  */
 class StrengthRows {
   public:

@@ -36,7 +36,7 @@ void toDecibels(double* levels, const float* counts, int n);
                               float* decibels, std::int32_t* uncertain, int n);
 
 /*
- * A bound of the difference, in dB, between the series and the C library for sums of so many
+ * A bound of the difference, in dB, between the series and the C library for sums of this many
  * members: the error of each sum is below members * 2^-53, all other errors are below 1e-12 dB.
  */
 double roundingMargin(std::int64_t members);

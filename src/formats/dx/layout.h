@@ -17,7 +17,7 @@ constexpr std::string_view kDxStart = "DX";
 constexpr std::size_t kDxStationBytes = 5;
 constexpr int kDxCentury = 2000;
 
-/* Then tokens, each followed by so many ignored characters. */
+/* Then tokens, each followed by this many ignored characters. */
 struct DxToken {
     std::string_view name;
     std::size_t bytes;

@@ -1,7 +1,7 @@
 /*
  * inputs.h - the nine inputs of the classifiers of precipitation and clutter, once for everything.
  *
- * Input i has bit 1 << i in every mask, and this place in every list.
+ * Input i has bit 1 << i in every mask and index i in every list.
  */
 #ifndef CLUTTER_FUZZY_INPUTS_H
 #define CLUTTER_FUZZY_INPUTS_H

@@ -19,7 +19,8 @@ class ZeroCounter {
   public:
     ZeroCounter(const float* cls, int ngates, int nrays, int wgates, int wrays);
 
-    /* Counts of the next ray, from ray 0 on. Not overwritten input: cls is read in the constructor.
+    /* Counts of the next ray, from ray 0 on. Only the constructor reads cls, which may be
+     * overwritten afterwards.
      */
     const std::int64_t* next();
 

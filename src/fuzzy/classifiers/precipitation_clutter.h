@@ -16,7 +16,7 @@ namespace clutter::fuzzy {
 constexpr int kGroundOnly = 2;
 constexpr int kAllClutter = 4;
 
-/* Verdicts: rule k gives class k. The last two are of the system of all clutter only. */
+/* Verdicts: rule k gives class k. Only the system of all clutter has the last two. */
 constexpr float kGroundClutter = 0.0f;
 constexpr float kPrecipitation = 1.0f;
 constexpr float kSeaClutter = 2.0f;
@@ -40,7 +40,7 @@ struct ClutterQuestion {
     float* arrays[kInputCount];
     float* out;
     int n;
-    const double* weights; /* null: product of degrees */
+    const double* weights;  // null: product of degrees
     int combination;
 };
 

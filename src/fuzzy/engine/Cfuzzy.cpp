@@ -111,7 +111,8 @@ int Cfuzzy::Fillmfs(int var, int mf, const char* kind, const char* name, const c
     }
     Cmfs& function = variable->mfs[mf];
     base::copyText(function.name, name);
-    // A path that does not fit must not be found under its cut name: nothing lies below a device.
+    // A path that does not fit must not be found under its shortened name: it becomes a path below
+    // a device, which never exists.
     const bool fits = type != nullptr && std::strlen(type) < sizeof function.type;
     base::copyText(function.type, fits ? type : kPathTooLong);
     if (params != nullptr) {

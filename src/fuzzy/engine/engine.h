@@ -60,7 +60,7 @@ class RuleBase {
      * input order. */
     [[nodiscard]] bool announceComplete() const;
 
-    /* From so many elements on, making tables for quick verdicts pays. */
+    /* Tables for quick verdicts pay from this many elements on. */
     static constexpr int kMinMany = 4096;
 
     /* Makes tables that decide most elements of a long array at once (two-rule products only). */

@@ -1,3 +1,4 @@
+/* Classification by its definition, gate by gate. */
 #include "support/literal/classification.h"
 
 #include <cmath>

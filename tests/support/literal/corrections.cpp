@@ -1,3 +1,4 @@
+/* Corrections along rays by their definitions. */
 #include "support/literal/corrections.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+/* Sampling of a record by its definition. */
 #include "support/literal/geometry.h"
 
 #include <cmath>

@@ -1,3 +1,4 @@
+/* Stages of a whole scan by their definitions. */
 #include "support/literal/pipeline.h"
 
 #include <cmath>

@@ -16,7 +16,7 @@ using Field = std::vector<float>;
 struct PolarScan {
     int ngates = 0, nrays = 0;
     float gateSize = 250.0f;
-    float elevation = 0.0f; /* radians */
+    float elevation = 0.0f;  // radians
     float radarConstant = 40.0f;
     Field zhh, zdr, pdp, rhv, vel, wid, ldr, pdf, fzl, ccl, rain;
     Field dpdp, acoef, bcoef, alpha, ta, pdpc, ah, kdp;
@@ -28,7 +28,7 @@ struct PipelineSettings {
     int clutterInputs = 255;
     float minSnr = 26.0f, zdrBias = 0.0f, hidden = -999.0f;
     int windows[7][2] = {{7, 1}, {7, 1}, {17, 1}, {0, 0}, {0, 0}, {0, 0}, {0, 0}};
-    int attenuation = 4; /* one of the algorithms without a search */
+    int attenuation = 4;  // one of the algorithms without a search
     double leastRise = 20.0;
     int relation = 0;
 };

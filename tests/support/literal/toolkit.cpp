@@ -1,3 +1,4 @@
+/* Filters, smoothers and the sort by their definitions. */
 #include "support/literal/toolkit.h"
 
 #include <cmath>
