@@ -4,6 +4,10 @@ Functions on numpy arrays, an accessor ``ds.clutter`` on xarray datasets, reader
 a command for archives (``python -m clutterclassifier.archive``). See docs/python.md.
 """
 
+import importlib
+from types import ModuleType
+from typing import TYPE_CHECKING
+
 from ._arrays.attenuation import (AttenuationAlgorithm, AttenuationResult, HotSpot, HotSpots, ZdrCorrection,
                                   attenuation, correct_zdr, hot_spots, specific_attenuation)
 from ._arrays.beam import (BeamPattern, VerticalProfiles, beam_elevation, beam_height, beam_pattern,
@@ -19,6 +23,7 @@ from ._arrays.toolkit import despeckle, isolated_gates, smooth, texture
 from ._arrays.zdr_offset import ScanStatistics, rain_statistics, vertical_statistics
 from ._model.echo import (GROUND_CLUTTER, MISSING, NOISE, PRECIPITATION, SEA_CLUTTER, TURBINE_CLUTTER,
                           EchoClass, Inputs)
+from ._on_import import when_imported
 from ._synthetic import synthetic_arrays, synthetic_scan
 from ._version import __version__
 from .readers import open_dx, open_polar, open_record, open_uf, read, recognise, write
@@ -37,10 +42,25 @@ __all__ = [
     "unfold_phase", "vertical_profiles", "vertical_statistics", "write", "z_to_rain",
 ]
 
-try:  # with xarray: ds.clutter, and the functions of sweeps
-    from . import accessor, backends, plot, pyart, sweeps
-except ModuleNotFoundError as _missing:
-    if _missing.name != "xarray":
-        raise
-else:
-    __all__ += ["accessor", "backends", "plot", "pyart", "sweeps"]
+_WITH_XARRAY = ("accessor", "backends", "plot", "pyart", "sweeps")  # imported when they are first used
+
+if when_imported("xarray", f"{__name__}.accessor"):
+    __all__ += _WITH_XARRAY
+
+if TYPE_CHECKING:
+    from . import accessor as accessor, backends as backends, plot as plot, pyart as pyart, sweeps as sweeps
+
+
+def __getattr__(name: str) -> ModuleType:
+    if name not in _WITH_XARRAY:
+        raise AttributeError(f"module {__name__!r} has no attribute {name!r}")
+    try:
+        return importlib.import_module(f".{name}", __name__)
+    except ModuleNotFoundError as missing:
+        if missing.name != "xarray":
+            raise
+        raise AttributeError(f"{__name__}.{name} needs xarray") from missing
+
+
+def __dir__() -> list[str]:
+    return sorted({*globals(), *__all__})
