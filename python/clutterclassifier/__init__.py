@@ -4,8 +4,9 @@ Functions on numpy arrays, an accessor ``ds.clutter`` on xarray datasets, reader
 a command for archives (``python -m clutterclassifier.archive``). See docs/python.md.
 """
 
+from __future__ import annotations
+
 import importlib
-from types import ModuleType
 from typing import TYPE_CHECKING
 
 from ._arrays.attenuation import (AttenuationAlgorithm, AttenuationResult, HotSpot, HotSpots, ZdrCorrection,
@@ -42,24 +43,19 @@ __all__ = [
     "unfold_phase", "vertical_profiles", "vertical_statistics", "write", "z_to_rain",
 ]
 
-_WITH_XARRAY = ("accessor", "backends", "plot", "pyart", "sweeps")  # imported when they are first used
-
-if when_imported("xarray", f"{__name__}.accessor"):
-    __all__ += _WITH_XARRAY
-
 if TYPE_CHECKING:
-    from . import accessor as accessor, backends as backends, plot as plot, pyart as pyart, sweeps as sweeps
+    from types import ModuleType
+
+    from . import accessor, backends, plot, pyart, sweeps
+
+if when_imported("xarray", f"{__name__}.accessor"):  # modules that are imported when they are first used
+    __all__ += ["accessor", "backends", "plot", "pyart", "sweeps"]
 
 
 def __getattr__(name: str) -> ModuleType:
-    if name not in _WITH_XARRAY:
+    if name not in __all__:
         raise AttributeError(f"module {__name__!r} has no attribute {name!r}")
-    try:
-        return importlib.import_module(f".{name}", __name__)
-    except ModuleNotFoundError as missing:
-        if missing.name != "xarray":
-            raise
-        raise AttributeError(f"{__name__}.{name} needs xarray") from missing
+    return importlib.import_module(f".{name}", __name__)
 
 
 def __dir__() -> list[str]:

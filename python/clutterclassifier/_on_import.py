@@ -5,13 +5,18 @@ from __future__ import annotations
 import importlib
 import importlib.util
 import sys
-from collections.abc import Sequence
-from importlib.abc import Loader, MetaPathFinder
-from importlib.machinery import ModuleSpec
-from types import ModuleType
+from typing import TYPE_CHECKING
+
+if TYPE_CHECKING:
+    from collections.abc import Sequence
+    from importlib.abc import Loader
+    from importlib.machinery import ModuleSpec
+    from types import ModuleType
+
+# Not derived from classes of importlib.abc: its import takes longer than that of all modules here.
 
 
-class _Follower(MetaPathFinder):
+class _Follower:
     """Finds one module as all other finders do, and imports the follower after it, once."""
 
     def __init__(self, name: str, follower: str) -> None:
@@ -25,11 +30,11 @@ class _Follower(MetaPathFinder):
         sys.meta_path.remove(self)
         spec = importlib.util.find_spec(fullname)
         if spec is not None and spec.loader is not None:
-            spec.loader = _Loader(spec.loader, self._follower)
+            spec.loader = _Loader(spec.loader, self._follower)  # type: ignore[assignment]
         return spec
 
 
-class _Loader(Loader):
+class _Loader:
     """Loads as another loader does, which takes its place, and then imports the follower."""
 
     def __init__(self, loader: Loader, follower: str) -> None:
@@ -52,7 +57,11 @@ def when_imported(name: str, follower: str) -> bool:
     if name in sys.modules:
         importlib.import_module(follower)
         return True
-    if importlib.util.find_spec(name) is None:
+    try:
+        exists = importlib.util.find_spec(name) is not None
+    except ModuleNotFoundError:  # of a finder that refuses to look
+        exists = False
+    if not exists:
         return False
-    sys.meta_path.insert(0, _Follower(name, follower))
+    sys.meta_path.insert(0, _Follower(name, follower))  # type: ignore[arg-type]
     return True

@@ -26,6 +26,20 @@ def test_whichever_is_imported_first(first: str) -> None:
     assert run(program) == "ClutterAccessor set()\n"
 
 
+def test_the_package_alone_does_not_import_xarray() -> None:
+    program = ("import sys, clutterclassifier as cc; print('xarray' in sys.modules, 'sweeps' in cc.__all__); "
+               "print(cc.sweeps.classify.__name__, cc.read is cc.readers.read, 'xarray' in sys.modules)")
+    assert run(program) == "False True\nclassify True True\n"
+
+
+def test_xarray_is_loaded_as_by_itself() -> None:
+    program = ("import sys, clutterclassifier, xarray, importlib; "
+               "print(type(xarray.__loader__).__name__, xarray.__spec__.loader is xarray.__loader__, "
+               "any('clutterclassifier' in type(finder).__module__ for finder in sys.meta_path)); "
+               "importlib.reload(clutterclassifier)")
+    assert run(program) == "SourceFileLoader True False\n"
+
+
 def test_methods_equal_the_functions(made_sweep: xr.Dataset) -> None:
     clutter = made_sweep.clutter
     classes = clutter.classify(min_snr=3.0)

@@ -4,10 +4,12 @@ from __future__ import annotations
 
 from collections.abc import Collection
 from numbers import Real
-from typing import Any, overload
+from typing import TYPE_CHECKING, Any, overload
 
 import numpy as np
-from numpy.typing import ArrayLike, DTypeLike, NDArray
+
+if TYPE_CHECKING:
+    from numpy.typing import ArrayLike, DTypeLike, NDArray
 
 #: A reflectivity (dBZ) so weak that it is noise at any range.
 NO_ECHO = -999.0

@@ -3,14 +3,16 @@
 from __future__ import annotations
 
 from enum import IntEnum
-from typing import NamedTuple, Union
+from typing import TYPE_CHECKING, NamedTuple, Union
 
 import numpy as np
-from numpy.typing import ArrayLike, NDArray
 
 from .. import _core
 from .arguments import as_field, as_field_like, choice, gate_spacing, number, whole, window_pair
 from .scans import as_classes_like, per_gate, per_ray, per_scan
+
+if TYPE_CHECKING:
+    from numpy.typing import ArrayLike, NDArray
 
 
 class AttenuationAlgorithm(IntEnum):

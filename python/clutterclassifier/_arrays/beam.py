@@ -3,16 +3,18 @@
 from __future__ import annotations
 
 import os
-from typing import NamedTuple
+from typing import TYPE_CHECKING, NamedTuple
 
 import numpy as np
-from numpy.typing import ArrayLike, NDArray
 
 from .. import _core
 from .arguments import as_field, as_numbers, finite, gate_spacing, positive
 from .scans import per_gate, per_scan
 
-Numbers = NDArray[np.float64]
+if TYPE_CHECKING:
+    from numpy.typing import ArrayLike, NDArray
+
+    Numbers = NDArray[np.float64]
 
 
 def _pairs(first: str, one: ArrayLike, second: str, other: ArrayLike) -> tuple[Numbers, Numbers]:

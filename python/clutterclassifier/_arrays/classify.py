@@ -6,10 +6,9 @@ import functools
 import os
 from collections.abc import Iterable
 from pathlib import Path
-from typing import Any, NamedTuple, Union
+from typing import TYPE_CHECKING, Any, NamedTuple, Union
 
 import numpy as np
-from numpy.typing import ArrayLike, NDArray
 
 from .. import _core
 from .._model.echo import Inputs
@@ -17,6 +16,9 @@ from .arguments import (NO_ECHO, as_field, as_field_like, finite, gate_spacing, 
                         window_pair)
 from .scans import angles
 from .toolkit import despeckle
+
+if TYPE_CHECKING:
+    from numpy.typing import ArrayLike, NDArray
 
 InputSelection = Union[Inputs, int, str, Iterable[Union[Inputs, int, str]], None]
 

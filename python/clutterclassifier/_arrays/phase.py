@@ -2,14 +2,16 @@
 
 from __future__ import annotations
 
-from typing import Any
+from typing import TYPE_CHECKING, Any
 
 import numpy as np
-from numpy.typing import ArrayLike, NDArray
 
 from .. import _core
 from .arguments import as_field, as_field_like, whole
 from .scans import as_classes_like, of_scans
+
+if TYPE_CHECKING:
+    from numpy.typing import ArrayLike, NDArray
 
 
 def system_phase(phidp: ArrayLike, *, rhohv: ArrayLike | None = None,

@@ -6,10 +6,9 @@ import os
 import re
 from dataclasses import dataclass
 from enum import IntFlag
-from typing import Any
+from typing import TYPE_CHECKING, Any
 
 import numpy as np
-from numpy.typing import ArrayLike, NDArray
 
 from .. import _core
 from .._model.echo import MISSING, Inputs
@@ -18,6 +17,9 @@ from .attenuation import parse_seed
 from .classify import ARGUMENTS, InputSelection, membership_directory, parse_inputs
 from .scans import angles, per_ray
 from .settings import Config, Settings, read_settings, settings_file
+
+if TYPE_CHECKING:
+    from numpy.typing import ArrayLike, NDArray
 
 
 class Stage(IntFlag):

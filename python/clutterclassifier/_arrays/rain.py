@@ -3,15 +3,17 @@
 from __future__ import annotations
 
 from collections.abc import Sequence
-from typing import NamedTuple
+from typing import TYPE_CHECKING, NamedTuple
 
 import numpy as np
-from numpy.typing import ArrayLike, NDArray
 
 from .. import _core
 from .arguments import (as_field, as_field_like, as_numbers, choice, finite, gate_spacing, number,
                         only_given, positive)
 from .scans import per_gate, per_scan
+
+if TYPE_CHECKING:
+    from numpy.typing import ArrayLike, NDArray
 
 
 class _Relation(NamedTuple):

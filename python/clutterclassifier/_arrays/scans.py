@@ -2,13 +2,15 @@
 
 from __future__ import annotations
 
-from typing import Any
+from typing import TYPE_CHECKING, Any
 
 import numpy as np
-from numpy.typing import ArrayLike, DTypeLike, NDArray
 
 from .._model.echo import MISSING
 from .arguments import as_field, as_field_like, as_numbers, finite
+
+if TYPE_CHECKING:
+    from numpy.typing import ArrayLike, DTypeLike, NDArray
 
 Shape = tuple[int, ...]
 

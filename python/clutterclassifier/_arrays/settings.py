@@ -5,7 +5,6 @@ from __future__ import annotations
 import contextlib
 import math
 import os
-import tempfile
 from collections.abc import Iterator, Mapping
 from pathlib import Path
 from typing import Any, NamedTuple, Union
@@ -137,6 +136,8 @@ def settings_file(text: str) -> Iterator[str]:
     if not text:
         yield ""
         return
+    import tempfile
+
     with tempfile.NamedTemporaryFile("w", suffix=".settings", encoding="utf-8") as file:
         file.write(text)
         file.flush()

@@ -2,14 +2,16 @@
 
 from __future__ import annotations
 
-from typing import Any, NamedTuple
+from typing import TYPE_CHECKING, Any, NamedTuple
 
 import numpy as np
-from numpy.typing import ArrayLike, NDArray
 
 from .. import _core
 from .arguments import as_field, as_field_like, as_numbers, finite, gate_spacing, number
 from .scans import of_scans
+
+if TYPE_CHECKING:
+    from numpy.typing import ArrayLike, NDArray
 
 
 def signal_to_noise(dbzh: ArrayLike, *, range: ArrayLike, radar_constant: float) -> NDArray[np.float32]:

@@ -2,15 +2,17 @@
 
 from __future__ import annotations
 
-from typing import Any
+from typing import TYPE_CHECKING, Any
 
 import numpy as np
-from numpy.typing import ArrayLike, NDArray
 
 from .. import _core
 from .._model.echo import EchoClass
 from .arguments import as_field, whole, window_pair, window_sizes
 from .scans import as_classes, excluded_gates, with_empty_rays
+
+if TYPE_CHECKING:
+    from numpy.typing import ArrayLike, NDArray
 
 
 def texture(field: ArrayLike, *, mask: ArrayLike | None = None, gates: int = 5, rays: int = 3,

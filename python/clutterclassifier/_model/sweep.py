@@ -12,12 +12,12 @@ from datetime import datetime
 from typing import TYPE_CHECKING, Any
 
 import numpy as np
-from numpy.typing import NDArray
 
 from .echo import MISSING, EchoClass
 from .fields import BY_NAME
 
 if TYPE_CHECKING:
+    from numpy.typing import NDArray
     import xarray as xr
 
 #: Attributes of the coordinates.

@@ -9,7 +9,6 @@ from collections.abc import Iterable
 from typing import TYPE_CHECKING, Any, Union
 
 import numpy as np
-from numpy.typing import NDArray
 
 from .. import _core
 from .._arrays.scans import angles as per_ray_angles
@@ -17,6 +16,7 @@ from .._model.echo import MISSING
 from ._read import Path, as_file_name
 
 if TYPE_CHECKING:
+    from numpy.typing import NDArray
     import xarray as xr
 
 Sweeps = Union["xr.Dataset", Iterable["xr.Dataset"]]
