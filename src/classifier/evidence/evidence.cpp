@@ -112,6 +112,10 @@ void Evidence::computeBlock(int start, int n, EvidenceRow& row) {
 }
 
 void Evidence::multiply(const Slice& slice, int start, EvidenceRow& row) {
+    if (quick_) {
+        multiplyQuickly(slice);
+        return;
+    }
     for (int c = 0; c < request_.classes; ++c) {
         std::fill_n(strengths_[c], slice.n, 1.0);
     }
@@ -120,15 +124,23 @@ void Evidence::multiply(const Slice& slice, int start, EvidenceRow& row) {
         if (x == nullptr) {
             continue;
         }
-        if (quick_) {
-            set_.input(i).multiplyTwo(x, request_.nanIsNotMeasured, strengths_[0],
-                                      strengths_[kPrecipitationClass], slice.n);
-            continue;
-        }
         multiplyExactly(i, x, slice.n);
         if (wanted_.shares) {
             takeShares(i, start, slice.n, row);
         }
+    }
+}
+
+void Evidence::multiplyQuickly(const Slice& slice) {
+    std::fill_n(pairs_, slice.n, ClassPair{1.0, 1.0});
+    for (int i = slice.first; i < slice.last; ++i) {
+        if (slice.inputs[i] != nullptr) {
+            set_.input(i).multiplyTwo(slice.inputs[i], request_.nanIsNotMeasured, pairs_, slice.n);
+        }
+    }
+    for (int j = 0; j < slice.n; ++j) {
+        strengths_[0][j] = pairs_[j][0];
+        strengths_[kPrecipitationClass][j] = pairs_[j][1];
     }
 }
 

@@ -64,6 +64,7 @@ class Evidence {
 
     void computeBlock(int start, int n, EvidenceRow& row);
     void multiply(const Slice& slice, int start, EvidenceRow& row);
+    void multiplyQuickly(const Slice& slice);
     void multiplyExactly(int input, const float* x, int n);
     void takeShares(int input, int start, int n, EvidenceRow& row) const;
     void takeLogs(std::vector<float> (&rows)[kMaxKinds], int start, int n) const;
@@ -78,6 +79,7 @@ class Evidence {
     fuzzy::Ranking ranking_;
     double degrees_[kMaxClasses][kBlock];
     double strengths_[kMaxClasses][kBlock];
+    ClassPair pairs_[kBlock];
     float gathered_[kBlock];
 };
 

@@ -65,25 +65,29 @@ InputFunctions readFunctions(const std::string& directory, int input, int classe
 }
 
 /* The likelihood is its own degree of clutter. */
-CLUTTER_KERNEL void multiplyLikelihood(const float* __restrict x, bool leaveOutNan,
-                                       double* __restrict clutter, double* __restrict precipitation,
-                                       int n) {
+void multiplyLikelihood(const float* x, bool leaveOutNan, ClassPair* products, int n) {
     for (int j = 0; j < n; ++j) {
+        const ClassPair degrees = {static_cast<double>(x[j]), static_cast<double>(1.0f - x[j])};
         const bool leftOut = leaveOutNan && !(x[j] == x[j]);
-        clutter[j] *= leftOut ? 1.0 : static_cast<double>(x[j]);
-        precipitation[j] *= leftOut ? 1.0 : static_cast<double>(1.0f - x[j]);
+        products[j] *= leftOut ? ClassPair{1.0, 1.0} : degrees;
     }
 }
 
 }  // namespace
 
-void InputFunctions::multiplyTwo(const float* x, bool leaveOutNan, double* clutter,
-                                 double* precipitation, int n) const {
+void InputFunctions::multiplyTwo(const float* x, bool leaveOutNan, ClassPair* products,
+                                 int n) const {
     if (rows) {
-        rows->multiply(x, leaveOutNan, clutter, precipitation, n);
+        rows->multiply(x, leaveOutNan, products, n);
     } else {
-        multiplyLikelihood(x, leaveOutNan, clutter, precipitation, n);
+        multiplyLikelihood(x, leaveOutNan, products, n);
     }
+}
+
+double InputFunctions::degree(int c, float x) const {
+    double degree = 0.0;
+    fuzzy::evaluateTerm(terms[static_cast<std::size_t>(c)], &x, &degree, 1);
+    return degree;
 }
 
 void InputFunctions::evaluate(const float* x, int n, int classes, double* const* degrees) const {

@@ -33,8 +33,10 @@ struct InputFunctions {
     bool isQuick() const { return rows || !tables[0]; }
 
     /* Multiplies the degrees in ground clutter and precipitation to both products. */
-    void multiplyTwo(const float* x, bool leaveOutNan, double* clutter, double* precipitation,
-                     int n) const;
+    void multiplyTwo(const float* x, bool leaveOutNan, ClassPair* products, int n) const;
+
+    /* The degree of one value in a class. */
+    double degree(int c, float x) const;
 
     /* Degrees of n <= fuzzy::Table::kMaxElements values in the first classes. */
     void evaluate(const float* x, int n, int classes, double* const* degrees) const;

@@ -4,51 +4,46 @@
 #ifndef CLUTTER_CLASSIFIER_STRENGTH_ROWS_H
 #define CLUTTER_CLASSIFIER_STRENGTH_ROWS_H
 
-#include <cstdint>
 #include <optional>
 #include <vector>
 
-#include "fuzzy/engine/cell_grid.h"
 #include "fuzzy/functions/membership.h"
 
 namespace clutter::classifier {
 
+/* Ground clutter and precipitation side by side: both are computed at once. */
+typedef double ClassPair __attribute__((vector_size(16)));
+
 /*
- * A value's cell gives the lowest segment of the tables that the value can lie in; few values need
- * a step to a higher one. Degrees come from slopes instead of quotients: they differ from the
- * engine's by rounding only, at most kMaxError of themselves.
+ * Degrees come from slopes instead of quotients: they differ from the engine's by rounding only, at
+ * most kMaxError of themselves.
  */
 class StrengthRows {
   public:
     static constexpr int kMaxElements = 256;
     static constexpr double kMaxError = 1e-11;
 
-    /* Nothing when the tables do not share their abscissas, or a degree is so small beside the
-     * others that rounding would show. */
+    /* From tables that outlive this. Nothing when they do not share their abscissas, or a degree is
+     * so small beside the others that rounding would show. */
     [[nodiscard]] static std::optional<StrengthRows> make(const fuzzy::Table& clutter,
                                                           const fuzzy::Table& precipitation);
 
     /* Multiplies the degrees of n <= kMaxElements values to both products. A NaN has the last
      * degree, or 1 in both classes where it is to be left out. */
-    void multiply(const float* x, bool leaveOutNan, double* clutter, double* precipitation,
-                  int n) const;
+    void multiply(const float* x, bool leaveOutNan, ClassPair* products, int n) const;
 
   private:
-    static constexpr int kCells = 2048;
-
     /* A segment: degree + slope * (x - right). */
     struct Row {
         double right;
-        double clutter, precipitation;
-        double clutterSlope, precipitationSlope;
+        ClassPair degree;
+        ClassPair slope;
     };
 
-    StrengthRows() = default;
+    explicit StrengthRows(const fuzzy::Table& table) : table_(&table) {}
 
-    fuzzy::CellGrid grid_;
-    std::vector<Row> rows_;             // before the first point, segments, past the last, left out
-    std::vector<float> thresholds_;     // where the next row begins; NaN after the last
-    std::vector<std::uint16_t> first_;  // row to begin with, one per cell and one for NaN
+    const fuzzy::Table* table_;  // of the abscissas
+    std::vector<Row> rows_;      // before the first point, segments, past the last, left out
 };
 
 }  // namespace clutter::classifier

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 #include <limits>
 #include <optional>
 #include <string_view>
@@ -17,7 +18,7 @@
 namespace clutter::fuzzy {
 namespace {
 
-constexpr int kMaxCounted = 64;  // longer tables are searched by halving
+constexpr int kMaxCounted = 128;  // longer tables are searched by halving
 
 /* The smallest float that is not below a double. */
 float roundUp(double value) {
@@ -33,16 +34,27 @@ float roundUp(double value) {
     return static_cast<double>(nearest) < value ? std::nextafter(nearest, kInfinity) : nearest;
 }
 
+constexpr int kLanes = 16;
+typedef float FloatLanes __attribute__((vector_size(kLanes * sizeof(float))));
+typedef int IntLanes __attribute__((vector_size(kLanes * sizeof(int))));
+
 /* segments[j] = number of thresholds that x[j] is not below; all of them for NaN. */
 CLUTTER_KERNEL void countThresholds(const float* thresholds, int count, const float* x,
                                     int* __restrict segments, int n) {
-    for (int j = 0; j < n; ++j) {
-        segments[j] = 0;
+    int start = 0;
+    for (; start + kLanes <= n; start += kLanes) {
+        FloatLanes values;
+        std::memcpy(&values, x + start, sizeof values);
+        IntLanes counts = IntLanes{} + count;
+        for (int k = 0; k < count; ++k) {
+            counts += values < FloatLanes{} + thresholds[k];  // true is -1
+        }
+        std::memcpy(segments + start, &counts, sizeof counts);
     }
-    for (int k = 0; k < count; ++k) {
-        const float threshold = thresholds[k];
-        for (int j = 0; j < n; ++j) {
-            segments[j] += x[j] < threshold ? 0 : 1;
+    for (int j = start; j < n; ++j) {
+        segments[j] = 0;
+        for (int k = 0; k < count; ++k) {
+            segments[j] += x[j] < thresholds[k] ? 0 : 1;
         }
     }
 }
