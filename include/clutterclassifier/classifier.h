@@ -249,7 +249,8 @@ typedef struct clutter_result {
  * sector; rays of a window that is wider than the scan count again. A member's share is limited to
  * -700..700, and left out where it is NaN; without any member the textures contribute 0. A
  * neighbour is never the reason for a class of a gate that is noise. `contributions` are those of
- * the gate itself, so that the margin minus their sum is the neighbourhood's share.
+ * the gate itself, so that the margin minus their sum is the neighbourhood's share (as long as they
+ * are finite: else the gate's textures count as far as they do for a member).
  *
  * **NaN.** By default a NaN of any field has the entry point's meaning: an echo (in the
  * reflectivity), a NaN texture in every window that holds it, and for every table its last degree.

@@ -11,9 +11,10 @@
 namespace clutter::classifier {
 namespace {
 
-CLUTTER_KERNEL void addTo(float* __restrict sums, const float* __restrict values, int n) {
+CLUTTER_KERNEL void addRows(const float* __restrict a, const float* __restrict b,
+                            float* __restrict sums, int n) {
     for (int g = 0; g < n; ++g) {
-        sums[g] += values[g];
+        sums[g] = a[g] + b[g];
     }
 }
 
@@ -41,15 +42,12 @@ Classification::Classification(const MembershipSet& set, const Request& request,
     neighbourhood_.emplace(request.gates, request.neighbourhood, evidence_.kinds());
     const auto n = static_cast<std::size_t>(request.gates);
     for (int kind = 0; kind < evidence_.kinds(); ++kind) {
+        means_[kind].resize(n);
         averaged_[kind].resize(n);
     }
     if (shares) {
         share_.resize(n);
     }
-}
-
-const float* Classification::memberCounts() const {
-    return neighbourhood_ ? neighbourhood_->counts() : nullptr;
 }
 
 EvidenceRow& Classification::rowOf(int logicalRay) {
@@ -74,21 +72,21 @@ void Classification::enter(int logicalRay) {
 
 void Classification::average(int ray) {
     for (int kind = 0; kind < evidence_.kinds(); ++kind) {
-        float* const averaged = averaged_[kind].data();
-        neighbourhood_->mean(ray, kind, averaged);
-        addTo(averaged, current_->others[kind].data(), request_.gates);
-        margins_[kind] = averaged;
+        neighbourhood_->mean(ray, kind, means_[kind].data());
+        addRows(means_[kind].data(), current_->others[kind].data(), averaged_[kind].data(),
+                request_.gates);
+        margins_[kind] = averaged_[kind].data();
     }
 }
 
-/* The margin less the shares of the gate's own inputs. */
+/* What the neighbours add to the gate's own textures, as far as these count as a member. */
 void Classification::findShare() {
     for (std::size_t g = 0; g < share_.size(); ++g) {
-        share_[g] = decision_.margin[g];
-        for (const std::vector<float>& own : current_->shares[decision_.kind[g]]) {
-            if (!own.empty()) {
-                share_[g] -= own[g];
-            }
+        const int kind = decision_.kind[g];
+        const auto own = static_cast<double>(current_->textures[kind][g]);
+        share_[g] = means_[kind][g];
+        if (own == own) {
+            share_[g] -= static_cast<float>(limitEvidence(own));
         }
     }
 }

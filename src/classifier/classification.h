@@ -28,7 +28,10 @@ class Classification {
     const EvidenceRow& evidence() const { return *current_; }
     const float* margins(int kind) const { return margins_[kind]; }
     const float* neighbourhoodShare() const { return share_.empty() ? nullptr : share_.data(); }
-    const float* memberCounts() const;
+    const Neighbourhood* neighbourhood() const {
+        return neighbourhood_ ? &*neighbourhood_ : nullptr;
+    }
+    const float* means(int kind) const { return means_[kind].data(); }
     const std::uint8_t* states(int ray) const { return states_.states(ray); }
 
     /* The rows of any ray. Decisions that follow must begin anew. */
@@ -50,7 +53,8 @@ class Classification {
     std::optional<int> entered_;  // the ray that entered last, counted on past the scan's ends
     std::vector<EvidenceRow> ring_;
     EvidenceRow* current_ = nullptr;
-    std::vector<float> averaged_[kMaxKinds];
+    std::vector<float> means_[kMaxKinds];     // of the textures' evidence
+    std::vector<float> averaged_[kMaxKinds];  // with the other inputs
     std::vector<float> share_;
     const float* margins_[kMaxKinds] = {};
     Decision decision_;

@@ -4,7 +4,7 @@
  */
 #include "classifier/explain.h"
 
-#include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstddef>
 #include <limits>
@@ -12,116 +12,13 @@
 
 #include "classifier/classification.h"
 #include "classifier/evidence/log_ratio.h"
+#include "classifier/turning_point.h"
 
 namespace clutter::classifier {
 namespace {
 
 constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
-
-double degreeOf(const fuzzy::Term& term, float x, bool leftOut) {
-    double degree = 1.0;
-    if (!leftOut) {
-        fuzzy::evaluateTerm(term, &x, &degree, 1);
-    }
-    return degree;
-}
-
-/* One input of a gate, and the gate's margins over each kind of clutter. */
-class TurningPoint {
-  public:
-    TurningPoint(const InputFunctions& functions, float value, double weight)
-        : functions_(functions), value_(value), weight_(weight) {}
-
-    void addKind(int kind, double margin) {
-        kinds_.push_back({kind, margin - weight_ * ratioAt(value_, kind)});
-    }
-
-    /* The nearest value with the other verdict; NaN when there is none. */
-    double find() const {
-        if (std::isnan(value_)) {
-            return kNan;
-        }
-        const std::vector<float> corners = findCorners();
-        const auto above = std::upper_bound(corners.begin(), corners.end(), value_);
-        const double up = search(above, corners.end());
-        const auto below = std::lower_bound(corners.begin(), corners.end(), value_);
-        const double down =
-            search(std::make_reverse_iterator(below), std::make_reverse_iterator(corners.begin()));
-        if (std::isnan(down)) {
-            return up;
-        }
-        const auto value = static_cast<double>(value_);
-        return up - value < value - down ? up : down;  // also where up is NaN
-    }
-
-  private:
-    struct Kind {
-        int kind;
-        double rest;  // of the margin, without this input
-    };
-
-    double ratioAt(float x, int kind) const {
-        const double above = degreeOf(functions_.terms[kPrecipitationClass], x, false);
-        const auto clutter = static_cast<std::size_t>(classOfKind(kind));
-        return logRatio(above, degreeOf(functions_.terms[clutter], x, false));
-    }
-
-    bool isPrecipitation(float x) const {
-        return std::all_of(kinds_.begin(), kinds_.end(), [&](const Kind& kind) {
-            return kind.rest + weight_ * ratioAt(x, kind.kind) >= 0.0;
-        });
-    }
-
-    /* The values on both sides of each point of the tables, sorted: in between, ratios are
-     * monotone. */
-    std::vector<float> findCorners() const {
-        std::vector<float> corners;
-        for (const auto& table : functions_.tables) {
-            if (table == nullptr) {
-                continue;
-            }
-            for (const float threshold : table->thresholds()) {
-                corners.push_back(std::nextafter(threshold, -HUGE_VALF));
-                corners.push_back(threshold);
-            }
-        }
-        if (corners.empty()) {
-            corners = {0.0f, 1.0f};  // a degree itself
-        }
-        std::sort(corners.begin(), corners.end());
-        return corners;
-    }
-
-    /* Walks away from the value, corner by corner. */
-    template <class Iterator>
-    double search(Iterator next, Iterator end) const {
-        const bool verdict = isPrecipitation(value_);
-        float kept = value_;
-        for (; next != end; ++next) {
-            if (isPrecipitation(*next) != verdict) {
-                return halve(kept, *next, verdict);
-            }
-            kept = *next;
-        }
-        return kNan;
-    }
-
-    /* The first value from kept to turned that turns the verdict. */
-    double halve(float kept, float turned, bool verdict) const {
-        for (;;) {
-            const float middle = 0.5f * kept + 0.5f * turned;
-            if (middle == kept || middle == turned) {
-                return static_cast<double>(turned);
-            }
-            (isPrecipitation(middle) == verdict ? kept : turned) = middle;
-        }
-    }
-
-    const InputFunctions& functions_;
-    float value_;
-    double weight_;
-    std::vector<Kind> kinds_;
-};
+constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
 clutter_explanation emptyExplanation(std::uint8_t gateClass) {
     clutter_explanation explanation = {};
@@ -154,6 +51,92 @@ int nearestTurning(const clutter_explanation& explanation) {
     return nearest;
 }
 
+/* One gate: the values of its inputs, their degrees in every class, and the margins. */
+class Gate {
+  public:
+    Gate(const MembershipSet& set, const Request& request, Classification& classification, int ray,
+         std::size_t at)
+        : set_(set), request_(request), classification_(classification), at_(at) {
+        classification.inputs().moveTo(ray);
+        for (int i = 0; i < fuzzy::kInputCount; ++i) {
+            if (uses(i)) {
+                readInput(i);
+            }
+        }
+    }
+
+    bool uses(int input) const { return (request_.inputs & (1u << input)) != 0; }
+
+    clutter_input_share explain(int input, int kind, bool isPrecipitation) const {
+        const Input& own = input_[static_cast<std::size_t>(input)];
+        const double precipitation = own.degrees[kPrecipitationClass];
+        const double clutter = own.degrees[static_cast<std::size_t>(classOfKind(kind))];
+        TurningPoint turning(set_.input(input), own.value, isPrecipitation);
+        for (int k = 0; k < request_.classes - 1; ++k) {
+            turning.add(balance(input, k));
+        }
+        return {static_cast<double>(own.value), precipitation, clutter,
+                logRatio(precipitation, clutter), turning.find()};
+    }
+
+  private:
+    struct Input {
+        float value;
+        std::array<double, kMaxClasses> degrees;
+    };
+
+    void readInput(int i) {
+        Input& input = input_[static_cast<std::size_t>(i)];
+        input.value = classification_.inputs().row(i)[at_];
+        const bool leftOut = request_.nanIsNotMeasured && std::isnan(input.value);
+        for (int c = 0; c < request_.classes; ++c) {
+            input.degrees[static_cast<std::size_t>(c)] =
+                leftOut ? 1.0 : set_.input(i).degree(c, input.value);
+        }
+    }
+
+    bool isAveraged(int input) const {
+        return request_.usesNeighbourhood() && fuzzy::kInputs[input].texture;
+    }
+
+    /* An input that is averaged is multiplied to the others that are, and the same for the rest. */
+    Balance balance(int input, int kind) const {
+        Balance balance = {classOfKind(kind), 1.0, 1.0, kInfinity, 1.0, 0.0};
+        for (int i = 0; i < fuzzy::kInputCount; ++i) {
+            if (i == input || !uses(i) || isAveraged(i) != isAveraged(input)) {
+                continue;
+            }
+            const Input& other = input_[static_cast<std::size_t>(i)];
+            balance.precipitation *= other.degrees[kPrecipitationClass];
+            balance.clutter *= other.degrees[static_cast<std::size_t>(balance.clutterClass)];
+        }
+        if (request_.usesNeighbourhood()) {
+            balance.rest = static_cast<double>(classification_.means(kind)[at_]);
+        }
+        if (isAveraged(input)) {
+            addNeighbours(kind, balance);
+        }
+        return balance;
+    }
+
+    /* The gate's textures are one member of the mean, unless their evidence is NaN. */
+    void addNeighbours(int kind, Balance& balance) const {
+        const EvidenceRow& row = classification_.evidence();
+        const auto own = static_cast<double>(row.textures[kind][at_]);
+        const auto count = static_cast<double>(classification_.neighbourhood()->counts(kind)[at_]);
+        balance.limit = static_cast<double>(kMaxEvidence);
+        balance.weight = std::isnan(own) ? 0.0 : 1.0 / count;
+        balance.rest += static_cast<double>(row.others[kind][at_]);
+        balance.rest -= std::isnan(own) ? 0.0 : limitEvidence(own) / count;
+    }
+
+    const MembershipSet& set_;
+    const Request& request_;
+    Classification& classification_;
+    std::size_t at_;
+    std::array<Input, fuzzy::kInputCount> input_ = {};
+};
+
 }  // namespace
 
 clutter_explanation explainGate(const MembershipSet& set, const Request& request, int ray,
@@ -180,28 +163,12 @@ clutter_explanation explainGate(const MembershipSet& set, const Request& request
         explanation.neighbourhood = static_cast<double>(neighbourhood[g]);
     }
 
-    classification.inputs().moveTo(ray);
+    const Gate inputs(set, request, classification, ray, g);
     for (int i = 0; i < fuzzy::kInputCount; ++i) {
-        if ((request.inputs & (1u << i)) == 0) {
-            continue;
+        if (inputs.uses(i)) {
+            explanation.input[i] =
+                inputs.explain(i, decision.kind[g], decision.classes[g] == CLUTTER_PRECIPITATION);
         }
-        const float value = classification.inputs().row(i)[g];
-        const bool leftOut = request.nanIsNotMeasured && std::isnan(value);
-        const InputFunctions& functions = set.input(i);
-        const auto clutter = static_cast<std::size_t>(classOfKind(decision.kind[g]));
-        clutter_input_share& share = explanation.input[i];
-        share.value = static_cast<double>(value);
-        share.precipitation = degreeOf(functions.terms[kPrecipitationClass], value, leftOut);
-        share.clutter = degreeOf(functions.terms[clutter], value, leftOut);
-        share.contribution = logRatio(share.precipitation, share.clutter);
-        const bool averaged = request.usesNeighbourhood() && fuzzy::kInputs[i].texture;
-        const float* counts = classification.memberCounts();
-        TurningPoint turning(functions, value,
-                             averaged ? 1.0 / static_cast<double>(counts[g]) : 1.0);
-        for (int kind = 0; kind < request.classes - 1; ++kind) {
-            turning.addKind(kind, static_cast<double>(classification.margins(kind)[g]));
-        }
-        share.turning_value = turning.find();
     }
     explanation.turning = nearestTurning(explanation);
     return explanation;

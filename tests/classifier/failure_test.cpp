@@ -140,17 +140,36 @@ TEST(FailingAllocation, IsAStatusAndLeaksNothing) {
             });
         EXPECT_GT(failures, 10) << variant;
     }
-    clutter_explanation explanation = {};
-    explanation.size = sizeof explanation;
-    countFailures(
+    for (const int window : {0, 3}) {
+        clutter_options options = handleOptions();
+        options.neighbourhood_gates = options.neighbourhood_rays = window;
+        clutter_explanation explanation = {};
+        explanation.size = sizeof explanation;
+        countFailures(
+            [&] {
+                status = clutter_explain(handle, &given, &options, 2, 100, &explanation, &message);
+                return status == CLUTTER_OK;
+            },
+            [&] {
+                EXPECT_EQ(status, CLUTTER_NO_MEMORY);
+                EXPECT_EQ(explanation.inputs, 0u);
+            });
+        EXPECT_NE(explanation.inputs, 0u);
+    }
+    clutter_status reset = CLUTTER_OK;
+    const long atReset = countFailures(
         [&] {
-            status = clutter_explain(handle, &given, nullptr, 2, 100, &explanation, &message);
-            return status == CLUTTER_OK;
+            reset = clutter_reset(handle, kMembershipDirectory, CLUTTER_RHOHV, 0, &message);
+            return reset == CLUTTER_OK;
         },
         [&] {
-            EXPECT_EQ(status, CLUTTER_NO_MEMORY);
-            EXPECT_EQ(explanation.inputs, 0u);
+            EXPECT_EQ(reset, CLUTTER_NO_MEMORY);
+            Answer answer(given);
+            clutter_result result = answer.request();
+            EXPECT_EQ(clutter_classify(handle, &given, nullptr, &result, nullptr), CLUTTER_OK)
+                << "the functions that it had";
         });
+    EXPECT_GT(atReset, 10);
     const long before = alive;
     EXPECT_EQ(clutter_destroy(handle), CLUTTER_OK);
     EXPECT_LT(alive, before);

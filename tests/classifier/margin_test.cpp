@@ -318,6 +318,63 @@ TEST(Explanation, AgreesWithTheClassesAndTurnsThem) {
     EXPECT_GT(turned, 20);
 }
 
+/* A likelihood of 0 or 1 is infinitely sure: of the other inputs none turns the verdict, and the
+ * likelihood itself still does. */
+TEST(Explanation, TurnsWhatAnInfiniteMarginRestsOn) {
+    const Classifier classifier(kMembershipDirectory);
+    for (const int window : {0, 3}) {
+        for (const double likelihood : {0.0, 1.0}) {
+            TestScan scan = makeTestScan(5, 40, 4, 1.0);
+            std::fill(scan.fields[6].begin(), scan.fields[6].end(), likelihood);
+            clutter_options options = handleOptions();
+            options.neighbourhood_gates = options.neighbourhood_rays = window;
+            const clutter_explanation why = classifier.explain(handleScan(scan), options, 2, 20);
+            ASSERT_TRUE(std::isinf(why.margin));
+            EXPECT_TRUE(std::isfinite(why.neighbourhood));
+            EXPECT_EQ(why.gate_class, likelihood == 0.0 ? CLUTTER_PRECIPITATION : CLUTTER_GROUND);
+            EXPECT_EQ(why.turning, 6);
+            for (int k = 0; k < 8; ++k) {
+                EXPECT_EQ(std::isnan(why.input[k].turning_value), k != 6) << k;
+            }
+            scan.fields[6][2 * 40 + 20] = why.input[6].turning_value;
+            const auto then = classifier.explain(handleScan(scan), options, 2, 20);
+            EXPECT_NE(then.gate_class, why.gate_class);
+        }
+    }
+}
+
+/* Degrees beyond all numbers: infinity times zero. */
+TEST(Neighbourhood, LeavesOutMembersWithoutAValue) {
+    const TempDir directory;
+    for (const char* tag : {"sZhh", "sZdr", "sPdp"}) {
+        const bool vanishes = std::string(tag) == "sPdp";
+        writeText(directory.file(std::string("cal_mf_") + tag + "_clutter.dat"), "0 .5 1 .5");
+        writeText(directory.file(std::string("cal_mf_") + tag + "_precipi.dat"),
+                  vanishes ? "5 .25 5.001 0" : "5 1 5.001 1e200");
+    }
+    const Classifier classifier(directory.path(), 7);
+    TestScan scan = makeTestScan(1, 30, 1, 1.0);
+    for (int f = 0; f < 3; ++f) {
+        std::fill(scan.fields[f].begin(), scan.fields[f].end(), 50.0);
+        scan.fields[f][15] = 100.0;  // windows that hold it have textures above 5.001
+    }
+    clutter_options options = handleOptions();
+    options.texture_gates = 5;
+    options.texture_rays = 1;
+    options.sector = 1;
+    const Answer own = classifyAll(classifier, handleScan(scan), options);
+    options.neighbourhood_gates = 5;
+    options.neighbourhood_rays = 1;
+    const Answer answer = classifyAll(classifier, handleScan(scan), options);
+    ASSERT_TRUE(std::isnan(own.margin[13]) && std::isnan(own.margin[17]));
+    const float calm = std::log(1.0f * 1.0f * 0.25f / 0.125f);
+    EXPECT_FLOAT_EQ(own.margin[12], calm);
+    for (const std::size_t gate : {11u, 12u, 13u, 14u, 16u, 17u, 18u}) {
+        EXPECT_FLOAT_EQ(answer.margin[gate], calm) << gate;
+    }
+    EXPECT_EQ(answer.margin[15], 0.0f) << "no member";
+}
+
 TEST(Deciding, IsTheNeighbourhoodWhereTheGateItselfSaysLess) {
     const Classifier classifier(kMembershipDirectory, CLUTTER_TEXTURES);
     TestScan scan = makeTestScan(30, 60, 4, 0.9);

@@ -13,6 +13,7 @@
 namespace clutter::classifier {
 namespace {
 
+/* Members are echoes whose evidence is a number. */
 CLUTTER_KERNEL void selectMembers(const float* __restrict evidence,
                                   const std::uint8_t* __restrict states, float* __restrict out,
                                   int n) {
@@ -20,14 +21,15 @@ CLUTTER_KERNEL void selectMembers(const float* __restrict evidence,
         float value = evidence[g];
         value = value < kMaxEvidence ? value : kMaxEvidence;
         value = value > -kMaxEvidence ? value : -kMaxEvidence;
-        out[g] = states[g] == kEcho ? value : 0.0f;
+        out[g] = states[g] == kEcho && evidence[g] == evidence[g] ? value : 0.0f;
     }
 }
 
-CLUTTER_KERNEL void selectOnes(const std::uint8_t* __restrict states, float* __restrict out,
+CLUTTER_KERNEL void selectOnes(const float* __restrict evidence,
+                               const std::uint8_t* __restrict states, float* __restrict out,
                                int n) {
     for (int g = 0; g < n; ++g) {
-        out[g] = states[g] == kEcho ? 1.0f : 0.0f;
+        out[g] = states[g] == kEcho && evidence[g] == evidence[g] ? 1.0f : 0.0f;
     }
 }
 
@@ -63,13 +65,13 @@ Neighbourhood::Neighbourhood(int gates, dsp::Window window, int kinds)
       window_(window),
       kinds_(kinds),
       rays_(static_cast<std::size_t>(window.rays)),
-      padded_(static_cast<std::size_t>(gates) + static_cast<std::size_t>(window.gates)),
-      counts_(static_cast<std::size_t>(gates)) {
+      padded_(static_cast<std::size_t>(gates) + static_cast<std::size_t>(window.gates)) {
     const auto n = static_cast<std::size_t>(gates);
-    for (RaySums& ray : rays_) {
-        ray.counts.resize(n);
-        for (int kind = 0; kind < kinds; ++kind) {
+    for (int kind = 0; kind < kinds; ++kind) {
+        counts_[kind].resize(n);
+        for (RaySums& ray : rays_) {
             ray.sums[kind].resize(n);
+            ray.counts[kind].resize(n);
         }
     }
 }
@@ -81,31 +83,33 @@ Neighbourhood::RaySums& Neighbourhood::slot(int logicalRay) {
 
 void Neighbourhood::enter(int logicalRay, const EvidenceRow* row, const std::uint8_t* states) {
     RaySums& ray = slot(logicalRay);
-    if (states == nullptr) {
-        std::fill(ray.counts.begin(), ray.counts.end(), 0.0f);
-        for (auto& sums : ray.sums) {
-            std::fill(sums.begin(), sums.end(), 0.0f);
-        }
-        return;
-    }
     float* const members = padded_.data() + window_.gates / 2;
-    selectOnes(states, members, gates_);
-    sumAlong(padded_.data(), window_.gates, ray.counts.data(), gates_);
     for (int kind = 0; kind < kinds_; ++kind) {
-        selectMembers(row->textures[kind].data(), states, members, gates_);
-        sumAlong(padded_.data(), window_.gates, ray.sums[kind].data(), gates_);
+        float* const sums = ray.sums[kind].data();
+        float* const counts = ray.counts[kind].data();
+        if (states == nullptr) {
+            std::fill_n(sums, gates_, 0.0f);
+            std::fill_n(counts, gates_, 0.0f);
+            continue;
+        }
+        const float* const evidence = row->textures[kind].data();
+        selectOnes(evidence, states, members, gates_);
+        sumAlong(padded_.data(), window_.gates, counts, gates_);
+        selectMembers(evidence, states, members, gates_);
+        sumAlong(padded_.data(), window_.gates, sums, gates_);
     }
 }
 
 void Neighbourhood::mean(int logicalRay, int kind, float* out) {
     const int half = window_.rays / 2;
-    std::fill(counts_.begin(), counts_.end(), 0.0f);
+    float* const counts = counts_[kind].data();
+    std::fill_n(counts, gates_, 0.0f);
     std::fill_n(out, gates_, 0.0f);
     for (int r = logicalRay - half; r <= logicalRay + half; ++r) {
-        addRow(slot(r).counts.data(), counts_.data(), gates_);
+        addRow(slot(r).counts[kind].data(), counts, gates_);
         addRow(slot(r).sums[kind].data(), out, gates_);
     }
-    divide(counts_.data(), out, gates_);
+    divide(counts, out, gates_);
 }
 
 }  // namespace clutter::classifier
