@@ -24,6 +24,7 @@ from ._arrays.arguments import gate_spacing
 from ._model.echo import MISSING
 from ._model.names import field_names
 from ._model.sweep import field_variable, sweep_dataset
+from .sweeps._classify import CERTAINTY
 from .sweeps._codes import CLASS, parse_classes
 from .sweeps._sweep import FieldMap
 
@@ -209,7 +210,8 @@ def classify_radar(radar: Any, *, fields: FieldMap = None, **keywords: Any) -> d
     dict
         ``data`` (masked array of uint8, rays x gates; masked where the reflectivity is), ``units``,
         ``long_name``, ``flag_values``, ``flag_meanings``, ``_FillValue``, ``history`` (of the first
-        sweep).
+        sweep). With ``certainty=True`` a dict of three of them by name, CLASS, PROBABILITY and MARGIN
+        (the last two of float32, masked where there is no echo).
 
     Raises
     ------
@@ -237,13 +239,18 @@ def classify_radar(radar: Any, *, fields: FieldMap = None, **keywords: Any) -> d
     rays = len(np.ma.asarray(radar.azimuth["data"]))
     gates = len(np.ma.asarray(radar.range["data"]))
     fill = 0 if keywords.get("codes") == "pyrad" else MISSING
-    data = np.full((rays, gates), fill, np.uint8)
-    attributes: dict[str, Any] = {}
+    results: dict[str, dict[str, Any]] = {}
     for ds, where in zip(from_radar(radar), _slices(radar)):
-        classes = sweeps.classify(ds, fields=_by_raw_name(ds, fields), **keywords)[CLASS]
-        data[where] = classes.values
-        attributes = attributes or dict(classes.attrs)
-    return {"data": np.ma.masked_equal(data, fill), "_FillValue": fill, **attributes}
+        sweep = sweeps.classify(ds, fields=_by_raw_name(ds, fields), **keywords)
+        for name in (CLASS, *CERTAINTY) if keywords.get("certainty") else (CLASS,):
+            values, empty = sweep[name].values, fill if name == CLASS else np.nan
+            if name not in results:
+                results[name] = {"data": np.full((rays, gates), empty, values.dtype), **sweep[name].attrs}
+            results[name]["data"][where] = values
+    for name, result in results.items():
+        masked = np.ma.masked_equal(result["data"], fill) if name == CLASS else np.ma.masked_invalid(result["data"])
+        result |= {"data": masked, "_FillValue": masked.fill_value}
+    return results if len(results) > 1 else results[CLASS]
 
 
 def gate_excluded(radar: Any, drop: Union[str, tuple[str, ...]] = ("clutter", "noise"),
@@ -287,7 +294,8 @@ def gate_excluded(radar: Any, drop: Union[str, tuple[str, ...]] = ("clutter", "n
     True
     """
     out = [int(echo) for echo in parse_classes("drop", drop)]
-    keywords.pop("codes", None)
+    for name in ("codes", "certainty"):
+        keywords.pop(name, None)
     classes = classify_radar(radar, **keywords)["data"]
     return np.isin(classes.filled(MISSING), [*out, MISSING])
 

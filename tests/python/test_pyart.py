@@ -79,6 +79,20 @@ def test_a_gate_filter_receives_the_gates(radar: SimpleNamespace) -> None:
     np.testing.assert_array_equal(seen[0], pyart.gate_excluded(radar, drop="noise", **KEYWORDS))
 
 
+def test_certainty_comes_as_fields_of_their_own(radar: SimpleNamespace) -> None:
+    found = pyart.classify_radar(radar, certainty=True, **KEYWORDS)
+    assert list(found) == ["CLASS", *found["CLASS"]["ancillary_variables"].split()]
+    np.testing.assert_array_equal(found["CLASS"]["data"], pyart.classify_radar(radar, **KEYWORDS)["data"])
+    echo = np.isin(found["CLASS"]["data"].filled(255), [cc.PRECIPITATION, cc.GROUND_CLUTTER])
+    for field in (found["PROBABILITY"], found["MARGIN"]):
+        np.testing.assert_array_equal(np.ma.getmaskarray(field["data"]), ~echo)
+        assert field["data"].dtype == np.float32
+    np.testing.assert_array_equal(found["MARGIN"]["data"][echo] < 0,
+                                  found["CLASS"]["data"][echo] == cc.GROUND_CLUTTER)
+    np.testing.assert_array_equal(pyart.gate_excluded(radar, certainty=True, **KEYWORDS), ~(
+        found["CLASS"]["data"].filled(255) == cc.PRECIPITATION))
+
+
 def test_the_other_numbering(radar: SimpleNamespace) -> None:
     radar.fields["reflectivity"]["data"][3, :7] = np.ma.masked
     own, other = (pyart.classify_radar(radar, codes=codes, **KEYWORDS) for codes in ("library", "pyrad"))

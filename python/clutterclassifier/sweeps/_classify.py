@@ -25,7 +25,7 @@ from ._sweep import FieldMap, Sweep, find_sweep, has_gates
 NEIGHBOURHOOD = (5, 3)
 
 #: Variables of `certainty`: description and units.
-_CERTAINTY = {"PROBABILITY": ("Probability of precipitation", "unitless"),
+CERTAINTY = {"PROBABILITY": ("Probability of precipitation", "unitless"),
               "MARGIN": ("Logarithm of the strength of precipitation over that of clutter", "unitless")}
 
 
@@ -125,11 +125,11 @@ def classify(ds: xr.Dataset, *, fields: FieldMap = None, inputs: InputSelection 
     classes = with_attributes(results[0], name, None, history, **class_attributes(codes, all_classes))
     classes.encoding = {"_FillValue": np.uint8(MISSING if table is None else 0), "dtype": "uint8"}
     variables = {name: classes}
-    for (key, (words, units)), result in zip(_CERTAINTY.items(), results[1:]):
+    for (key, (words, units)), result in zip(CERTAINTY.items(), results[1:]):
         variables[key] = with_attributes(result, key, None, history, long_name=words, units=units,
                                          is_quality_field=1, qualified_variables=name)
     if certainty:
-        classes.attrs["ancillary_variables"] = " ".join(_CERTAINTY)
+        classes.attrs["ancillary_variables"] = " ".join(CERTAINTY)
     return with_history(ds.assign(variables), history)
 
 
