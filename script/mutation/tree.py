@@ -156,11 +156,12 @@ def _limited(command, environment, folder: Path, seconds: float) -> tuple[int | 
             code = process.wait(timeout=10 * seconds)
         except subprocess.TimeoutExpired:
             code = None
-        try:
-            os.killpg(process.pid, signal.SIGKILL)  # and what it has started
-        except ProcessLookupError:
-            pass
-        process.wait()
+        finally:
+            try:
+                os.killpg(process.pid, signal.SIGKILL)  # and what it has started
+            except ProcessLookupError:
+                pass
+            process.wait()
     with output.open("rb") as said:
         return None if code == -signal.SIGXCPU else code, said.read(1 << 24).decode(errors="replace")
 

@@ -64,7 +64,7 @@ TEST(ReadTextFile, RefusesAnEndlessLine) {
     EXPECT_FALSE(clutter::base::readTextFile("/dev/zero").has_value());
 }
 
-TEST(ReadWholeFile, TellsUnreadableFromEmpty) {
+TEST(ReadWholeFile, DistinguishesUnreadableFromEmpty) {
     TempDir dir;
     EXPECT_FALSE(readWholeFile(nullptr).has_value());
     EXPECT_FALSE(readWholeFile(dir.file("absent").c_str()).has_value());

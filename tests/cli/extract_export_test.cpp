@@ -219,7 +219,7 @@ TEST_F(Files, ExportWritesTableGridAndNumbers) {
     EXPECT_EQ(fs::file_size(raw), 24u);
 }
 
-TEST_F(Files, WhatCannotBeDoneIsToldInOneLine) {
+TEST_F(Files, WhatCannotBeDoneIsReportedInOneLine) {
     const std::string list = points("1000 15\n");
     const std::string empty = dir_.file("empty.txt");
     clutter::test::writeFile(empty, {});

@@ -229,7 +229,7 @@ TEST_F(Formats, ConvertSaysWhatUniversalFormatCannotHold) {
     EXPECT_EQ(scan::readScan(dir_.file("out.uf")).latitudeDeg, 0.0);
 }
 
-TEST_F(Formats, AllClassesAreToldApartOnRequest) {
+TEST_F(Formats, AllClassesAreSeparatedOnRequest) {
     // Half of the scan is calm, the other half is as rough as the sea.
     PolarBytes file(1814, 36, 60);
     std::normal_distribution<float> normal;
@@ -247,6 +247,7 @@ TEST_F(Formats, AllClassesAreToldApartOnRequest) {
     EXPECT_THAT(said_, Not(HasSubstr("sea clutter")));
     ASSERT_TRUE(run(common + " --classes all --plot " + dir_.file("out.png"))) << said_;
     EXPECT_THAT(said_, HasSubstr("sea clutter"));
+    EXPECT_THAT(said_, HasSubstr("  wrote " + dir_.file("out.png") + "\n"));
     const scan::Scan classes = scan::readScan(dir_.file("out.plv"));
     int sea[2] = {};
     for (std::size_t i = 0; i < 2160; ++i) {
@@ -272,6 +273,10 @@ TEST_F(Formats, RepackShortensOrSaysWhyNot) {
     const scan::Scan before = scan::readScan(steep, {252}), after = scan::readScan(out, {252});
     EXPECT_EQ(sweepOf(after).fields[2].values[35 * 24 + 23],
               sweepOf(before).fields[2].values[35 * 120 + 23]);
+    ByteVector bytes = readFile(steep);
+    bytes.pop_back();
+    ASSERT_TRUE(run("repack " + put("cut", bytes) + " " + out + " --layout 252")) << said_;
+    EXPECT_THAT(said_, HasSubstr("  note: The file ends 1 bytes early"));
     const std::string low = put("low", file.set(274, 5).bytes());
     EXPECT_FALSE(run("repack " + low + " " + dir_.file("no") + " --layout 252"));
     EXPECT_THAT(said_, HasSubstr("shorter"));

@@ -18,7 +18,7 @@ namespace fs = std::filesystem;
 using namespace clutter::test;
 using Output = ProgramOnAScan;
 
-TEST_F(Output, NothingHalfWrittenIsLeftBehind) {
+TEST_F(Output, NothingHalfWrittenStays) {
     /* A directory stands where the second sweep's file should go. */
     const std::string out = directory_.path() + "/out";
     fs::create_directories(out + "/classes_sweep2.csv");
@@ -32,7 +32,7 @@ TEST_F(Output, NothingHalfWrittenIsLeftBehind) {
 }
 
 /* A full disk, as a limit on the size of files: the name is that which was asked for. */
-TEST_F(Output, WhatCannotBeWrittenIsToldWithItsReason) {
+TEST_F(Output, WhatCannotBeWrittenIsReportedWithItsReason) {
     const std::string list = directory_.file("points.txt"), out = directory_.file("out");
     std::string points;
     for (int i = 0; i < 200; ++i) {

@@ -107,6 +107,7 @@ TEST_F(PictureFile, HasItsScaleUnderTheMiddleOfTheMap) {
     const Spot low = spotOf(path("a.png"), colourAt(Palette::kReflectivity, 0.0), 1.0);
     const Spot high = spotOf(path("a.png"), colourAt(Palette::kReflectivity, 1.0), 1.0);
     EXPECT_GT(map.pixels, 20000);
+    EXPECT_GT(map.x, 255) << "the labels on the left need more room than the right edge";
     EXPECT_GT(low.pixels, 20);
     EXPECT_NEAR(low.pixels, high.pixels, 0.2 * low.pixels);
     EXPECT_NEAR(low.y, high.y, 0.7);
@@ -124,6 +125,24 @@ TEST_F(PictureFile, IsOfTheFormatItsNameSays) {
         EXPECT_EQ(contents(path(name)).rfind(start, 0), 0u) << name;
     }
     EXPECT_EQ(filesInDirectory(), 3);  // no temporary file is left
+}
+
+/* The radar and the site, once each; of a file that names neither, the name of the file. */
+TEST_F(PictureFile, IsEntitledByWhatIsKnown) {
+    const Sweep sweep = sweepOf({10.0, 20.0}, 2, 1000.0);
+    const auto drawn = [&](const char* radar, const char* site, const char* file) {
+        scan_.radarName = radar;
+        scan_.siteName = site;
+        scan_.path = file;
+        drawPanels(scan_, sweep, {{"DZ", "dBZ", {1, 2, 3, 4}}}, {}, path("a.png"));
+        return contents(path("a.png"));
+    };
+    const std::string one = drawn("ABC", "ABC", "x/other");
+    EXPECT_EQ(drawn("ABC", "", "x/other"), one);
+    EXPECT_EQ(drawn("", "ABC", "x/other"), one);
+    EXPECT_EQ(drawn("", "", "x/ABC"), one);
+    EXPECT_EQ(drawn("ABC", "DE", "x/other"), drawn("", "", "x/ABC, DE"));
+    EXPECT_NE(drawn("ABC", "DE", "x/other"), one);
 }
 
 /* Whatever a file holds, a picture comes out: sizes, missing angles, odd text and numbers. */

@@ -61,7 +61,7 @@ TEST(PhaseGaps, EmptyRaysTakeTheMedianOfTheFirstValues) {
 }
 
 constexpr int kRays = 60, kGates = 240;
-constexpr int kFirstRain = 20, kLastRain = 179;
+constexpr int kFirstRain = 20, kLastRain = 179, kEcho = 215;
 constexpr double kSpacingKm = 0.25;
 constexpr double kTrueZ = 40, kOffset = 60, kKdp = 2;  // dBZ, degrees, degrees/km
 constexpr double kAlpha = 0.073;                       // dB a degree, the nominal ratio
@@ -105,6 +105,9 @@ class Process : public testing::Test {
                 if (hasNoPhase(r) || (r == 7 && g % 5 == 2)) {
                     fields[2].words[static_cast<size_t>(g)] = -32768;
                 }
+            }
+            if (r == 20) {
+                fields[0].words[kEcho] = 4000;
             }
             rays.push_back(clutter::test::ufRay(fields, r + 1));
             rays.back().set(33, r * 64 * 360 / kRays);
@@ -204,6 +207,12 @@ TEST_F(Process, AppendsSamplesAtPoints) {
         EXPECT_NEAR(far, kTrueZ - kAlpha * riseAt(112), 0.05) << line;
     }
     EXPECT_EQ(lines, 2);
+    for (const auto& entry : fs::directory_iterator(directory_.path())) {
+        if (entry.path().filename().string().rfind("gauge_", 0) == 0) {
+            const clutter::test::ByteVector bytes = clutter::test::readFile(entry.path().string());
+            EXPECT_EQ(std::count(bytes.begin(), bytes.end(), '\n'), 2) << entry.path();
+        }
+    }
     EXPECT_TRUE(fs::exists(prefix + "_R.dat"));
     EXPECT_FALSE(fs::exists(prefix + "_Ah.dat"));  // the stage did not run
     EXPECT_FALSE(fs::exists(prefix + "_KDP.dat"));
@@ -255,6 +264,19 @@ TEST_F(Process, TakesStagesFromTheSettingsAndClassesFromTheFile) {
     ASSERT_EQ(second.code, 0) << second.out;
     EXPECT_THAT(second.out, HasSubstr("Filtering"));
     EXPECT_THAT(second.out, Not(HasSubstr("there are no classes")));
+}
+
+/* Ray 20 has one echo far past the rain. */
+TEST_F(Process, MakesIsolatedGatesClutterAsTheClassificationDoesOnRequest) {
+    const std::string processed = directory_.file("processed.uf");
+    const std::string kept = directory_.file("kept.uf"), removed = directory_.file("removed.uf");
+    ASSERT_EQ(process("--what 1 -o " + processed).code, 0);
+    const std::string classify = "classify " + scan_ + " --radar-constant 60 -o ";
+    ASSERT_EQ(runProgram(classify + kept).code, 0);
+    ASSERT_EQ(runProgram(classify + removed + " --remove-isolated").code, 0);
+    EXPECT_EQ(valueOf(scan::readScan(kept), "CC", 20, kEcho), 0);
+    EXPECT_EQ(valueOf(scan::readScan(removed), "CC", 20, kEcho), 5);
+    EXPECT_EQ(valueOf(scan::readScan(processed), "CC", 20, kEcho), 5);
 }
 
 TEST_F(Process, RepeatsTheSearchForCoefficientsBySeed) {

@@ -201,7 +201,7 @@ TEST_F(Program, ErrorsAreOneLineWithFileAndReason) {
     });
 }
 
-TEST_F(Program, AMembershipFileWithoutPairsIsToldBeforeTheLibraryMeetsIt) {
+TEST_F(Program, AMembershipFileWithoutPairsIsReportedBeforeTheLibraryMeetsIt) {
     const std::string own = directory_.file("own");
     fs::copy(kMembershipDirectory, own, fs::copy_options::recursive);
     writeFile(own + "/cal_mf_sZdr_precipi.dat", {});

@@ -195,7 +195,7 @@ def test_rain_of_the_corrected_fields(names: dict[str, str]) -> None:
     np.testing.assert_array_equal(sweeps.rain_rate(corrected).RATE, sweeps.rain_rate(expected).RATE)
 
 
-def test_steps_behind_the_classification_take_the_filtered_reflectivity() -> None:
+def test_steps_after_the_classification_take_the_filtered_reflectivity() -> None:
     plain = sweeps.classify(rainy_sweep())
     ds = plain.assign(DBTH=plain.DBZH + 20)
     nominal = {"algorithm": "profile_nominal"}

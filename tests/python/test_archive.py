@@ -180,13 +180,16 @@ def test_formats_of_the_readers(name, tmp_path):
             np.testing.assert_array_equal(made.CLASS, sweeps.classify(sweep).CLASS)
 
 
-def test_rays_counted_by_time(tmp_path):
+@pytest.mark.parametrize("mode, angle", [("azimuth_surveillance", "azimuth"), ("rhi", "elevation")])
+def test_rays_counted_by_time(tmp_path, mode, angle):
     scan = cc.synthetic_scan(1, nrays=30, ngates=50)
     by_time = scan.assign_coords(time=scan.time + np.arange(30) * np.timedelta64(1, "s")).swap_dims(
-        {"azimuth": "time"})
+        {"azimuth": "time"}).assign(sweep_mode=mode)
     by_time.to_netcdf(tmp_path / "scan.nc")
     [sweep] = read_netcdf(str(tmp_path / "scan.nc"))
-    xr.testing.assert_equal(sweep.ZDR.drop_vars("time"), scan.ZDR.drop_vars("time"))
+    assert sweep.ZDR.dims == (angle, "range")
+    np.testing.assert_array_equal(sweep.ZDR.values, scan.ZDR.values)
+    np.testing.assert_array_equal(sweep[angle].values, scan[angle].values)
 
 
 # Going on, and making again

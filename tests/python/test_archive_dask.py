@@ -212,7 +212,7 @@ def test_a_file_that_never_ends_is_given_up(apart, tmp_path):
     assert apart(make_scan(tmp_path / "scan.nc")).gates == 1500
 
 
-def test_a_file_that_kills_its_process_is_told(apart, tmp_path):
+def test_a_file_that_kills_its_process_is_reported(apart, tmp_path):
     import threading
 
     assert apart(make_scan(tmp_path / "scan.nc")).gates == 1500

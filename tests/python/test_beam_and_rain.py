@@ -40,6 +40,19 @@ def test_coefficients_are_those_of_one_call():
     assert cc.rain_rate([40.0]) == cc.rain_rate([40.0], coefficients=[200.0, 1.6])
 
 
+@pytest.mark.parametrize("relation, own", [
+    ("z", [200, 1.6]), ("z_zdr", [0.01583, 0.8349, -0.3732]), ("kdp_zdr", [49.2144, 0.9429, -0.2731]),
+    ("kdp", [20.47, 0.75]), ("z_zdr_polynomial", [18.996, 16.9758, -9.4325, 2.1542])])
+def test_coefficients_of_the_documentation_are_the_own_ones(relation, own):
+    needed = {"z": ["dbzh"], "kdp": ["kdp"]}.get(relation.split("_")[0], []) + ["zdr"] * ("zdr" in relation)
+    fields = {name: [1.5, 2.5] for name in needed}
+    usual = cc.rain_rate(**fields, relation=relation)
+    for count in range(len(own) + 1):
+        np.testing.assert_array_equal(cc.rain_rate(**fields, relation=relation, coefficients=own[:count]), usual)
+    with pytest.raises(ValueError, match=f"has {len(own)} coefficients"):
+        cc.rain_rate(**fields, relation=relation, coefficients=[*own, 1])
+
+
 def test_rain_and_reflectivity():
     dbzh = np.append(np.linspace(-30, 60, 50), NAN).astype(np.float32)
     for a, b in ((200.0, 1.6), (300.0, 1.4)):

@@ -3,6 +3,7 @@
 from __future__ import annotations
 
 import itertools
+from pathlib import Path
 
 import clutterclassifier as cc
 import numpy as np
@@ -41,6 +42,17 @@ def test_inputs_have_the_names_and_bits_of_the_library():
             "zhh_texture": "DBZH_TEXTURE", "pdp_texture": "PHIDP_TEXTURE", "rhv_texture": "RHOHV_TEXTURE"}
     assert {ours.get(name, name.upper()): bit for name, bit in table.items()} == {
         bit.name: int(bit) for bit in cc.Inputs if bit in table.values()}
+
+
+@pytest.mark.parametrize("suffix, expected", [
+    ("precipi", cc.PRECIPITATION), ("clutter", cc.GROUND_CLUTTER), ("seaclut", cc.SEA_CLUTTER),
+    ("turclut", cc.TURBINE_CLUTTER)])
+def test_the_class_whose_functions_alone_are_high_is_found(tmp_path, suffix, expected):
+    for file in Path(cc.membership_directory()).glob("*.dat"):
+        (tmp_path / file.name).write_text(f"0 {0.9 if file.stem.endswith(suffix) else 0.1}")
+    fields = {name: values for name, values in scan_fields().items() if name != "clutter_likelihood"}
+    found = cc.classify(**fields, **CALL, membership=f"{tmp_path}/", all_classes=True)
+    assert set(np.unique(found)) == {cc.NOISE, expected}
 
 
 def test_not_a_number_reaches_the_library_as_it_is():

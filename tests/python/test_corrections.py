@@ -25,7 +25,7 @@ def test_the_system_phase_is_that_of_the_first_rain():
 
 
 @pytest.mark.parametrize("lowest", [0, -180])
-def test_unfolding_adds_a_circle_behind_the_jump(lowest):
+def test_unfolding_adds_a_circle_after_the_jump(lowest):
     phidp = np.linspace(lowest + 300, lowest + 420, 120)[np.newaxis] * np.ones((3, 1))
     folded = (phidp - lowest) % 360 + lowest
     folded[1] = phidp[1] - 360  # a ray without a jump

@@ -46,7 +46,7 @@ def colour_at(figure: pyplot.Figure, panel: int, x_km: float, y_km: float) -> np
 WHITE = pytest.approx([1, 1, 1])
 
 
-def test_classes_and_reflectivity_stand_where_they_are() -> None:
+def test_classes_and_reflectivity_are_drawn_where_they_were_measured() -> None:
     figure = four_quarters().clutter.plot()
     near = 5.0  # km; data end at 10
     places = {cc.PRECIPITATION: (near, near), cc.NOISE: (near, -near), cc.GROUND_CLUTTER: (-near, -near),

@@ -111,7 +111,7 @@ def test_which_lowest_ratio_goes_with_which_constant() -> None:
     assert (estimated.radar_constant, estimated.min_snr) == (own.radar_constant, own.min_snr)
 
 
-def test_one_elevation_stands_for_all_rays() -> None:
+def test_one_elevation_counts_for_all_rays() -> None:
     """That of the middle ray of a range-height scan, else the median. Steep beams leave the rain."""
     elevation = np.repeat([80.0, 0.5, 80.0], [10, 16, 10])
     for rhi, corrected in ((True, True), (False, False)):
@@ -212,7 +212,7 @@ def test_no_echo_is_no_rain_and_not_measured_is_nothing() -> None:
     assert blanked.DBZH[3:5, :5].isnull().all()
 
 
-def test_velocity_from_behind_the_filter_is_left_out() -> None:
+def test_velocity_from_after_the_filter_is_left_out() -> None:
     one = make_sweep().rename({"DBZH": "DBTH"})
     two = make_sweep(seed=2).rename({"DBZH": "DBTH"})
     every = np.arange(24 * 60).reshape(24, 60)

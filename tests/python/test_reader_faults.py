@@ -24,7 +24,7 @@ OPENERS = {"uf": cc.open_uf, "dx": cc.open_dx, "polar": cc.open_polar, "record":
 # --- bad files ---
 
 @pytest.mark.parametrize("kind", files.small_files())
-def test_formats_are_told_apart(tmp_path, kind):
+def test_formats_are_recognised(tmp_path, kind):
     path = files.written(tmp_path, files.small_files()[kind])
     assert cc.recognise(path) == kind
     assert OPENERS[kind](path)[0].identical(cc.read(path)[0])

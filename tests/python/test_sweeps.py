@@ -185,7 +185,7 @@ def test_the_spectrum_width_takes_part_on_request_only(made_sweep: xr.Dataset) -
     assert (with_width != expected(255)).any()
 
 
-def test_velocity_from_behind_the_filter_is_left_out(made_sweep: xr.Dataset) -> None:
+def test_velocity_from_after_the_filter_is_left_out(made_sweep: xr.Dataset) -> None:
     ds = made_sweep.rename({"DBZH": "DBTH"})
     filtered = ds.assign(DBZH=ds.DBTH.where(np.arange(24 * 60).reshape(24, 60) % 50 > 0, -30.0))
     nearly = ds.assign(DBZH=ds.DBTH.where(np.arange(24 * 60).reshape(24, 60) % 500 > 0, -30.0))

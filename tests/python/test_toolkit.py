@@ -162,7 +162,7 @@ def test_the_radar_constant_is_found_in_the_noise():
     assert cc.estimate_radar_constant(echo * NAN, range=300.0).evidence == "nothing"
 
 
-def test_correlation_tells_rain_from_noise():
+def test_correlation_separates_rain_from_noise():
     level = noise_scan(-37.0)
     rain = cc.estimate_radar_constant(level, rhohv=np.full(level.shape, 0.99), range=300.0)
     noise = cc.estimate_radar_constant(level, rhohv=np.full(level.shape, 0.4), range=300.0)

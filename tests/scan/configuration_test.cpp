@@ -23,7 +23,7 @@ std::string problemsOf(const std::string& text) {
     return all.str();
 }
 
-TEST(ConfigurationCheck, TellsWhatIsWrongAndWhere) {
+TEST(ConfigurationCheck, ReportsWhatIsWrongAndWhere) {
     const struct {
         const char* text;
         const char* problems;
