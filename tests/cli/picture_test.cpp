@@ -130,11 +130,13 @@ TEST_F(PictureFile, IsOfTheFormatItsNameSays) {
 /* The radar and the site, once each; of a file that names neither, the name of the file. */
 TEST_F(PictureFile, IsEntitledByWhatIsKnown) {
     const Sweep sweep = sweepOf({10.0, 20.0}, 2, 1000.0);
+    PictureOptions options;
+    options.widthPx = 480;
     const auto drawn = [&](const char* radar, const char* site, const char* file) {
         scan_.radarName = radar;
         scan_.siteName = site;
         scan_.path = file;
-        drawPanels(scan_, sweep, {{"DZ", "dBZ", {1, 2, 3, 4}}}, {}, path("a.png"));
+        drawPanels(scan_, sweep, {{"DZ", "dBZ", {1, 2, 3, 4}}}, options, path("a.png"));
         return contents(path("a.png"));
     };
     const std::string one = drawn("ABC", "ABC", "x/other");
