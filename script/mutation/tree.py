@@ -11,7 +11,7 @@ from pathlib import Path
 FOLDERS = ("src", "scan", "cli", "python")
 _READERS = ("base", "dsp", "model", "formats", "fuzzy")  # folders that damaged files reach
 _CONTAINERS = {"cfradial", "odim", "nexrad", "netcdf", "hdf5", "compressed", "containers"}  # of scan/formats
-_SLOW = ("test_archive.py", "test_archive_dask.py", "test_readme.py")  # for what they name only
+_SLOW = ("test_archive.py", "test_archive_command.py", "test_archive_dask.py", "test_readme.py")  # for what they name only
 _MEMORY = 16 << 30
 _MAX_FAILING = 5
 

@@ -77,7 +77,7 @@ def test_engines_by_name(paths, installed, end):
 def test_names_are_those_that_are_installed():
     """pyproject.toml may declare no engine that is not there."""
     declared = re.findall(r'^(clutterclassifier[\w-]*) = "clutterclassifier.backends:(\w+)"',
-                          (Path(__file__).parents[2] / "python/pyproject.toml").read_text(), re.M)
+                          (Path(__file__).parents[3] / "python/pyproject.toml").read_text(), re.M)
     assert ("clutterclassifier", "AnyFormatBackend") in declared
     for name, engine in declared:
         assert NAMES[name.removeprefix("clutterclassifier")].__name__ == engine

@@ -12,7 +12,7 @@ from pathlib import Path
 import clutterclassifier as cc
 import pytest
 
-ROOT = Path(__file__).resolve().parents[2]
+ROOT = Path(__file__).resolve().parents[3]
 PROGRAM = Path(os.environ["CLUTTERCLASSIFIER_PROGRAM"])
 LIBRARY = PROGRAM.parent.parent / "lib"
 

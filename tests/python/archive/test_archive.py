@@ -1,15 +1,12 @@
-"""Archives: which files are done, what is written, and what happens when something goes wrong."""
+"""Archives: what is written, which files are done, and what happens when something goes wrong."""
 
 from __future__ import annotations
 
-import io
 import os
 import shutil
-import signal
 import subprocess
 import sys
 import time
-from pathlib import Path
 
 import clutterclassifier as cc
 import numpy as np
@@ -19,81 +16,8 @@ from clutterclassifier import sweeps
 from clutterclassifier._arrays import classify as packaged
 from clutterclassifier.archive import _command
 from clutterclassifier.archive._netcdf import read_netcdf, write_sweeps
-from clutterclassifier.archive._plan import plan_jobs
-from clutterclassifier.archive._progress import Progress
 from clutterclassifier.archive import classify_archive
 from archives import content, failures, make_archive, make_scan, names_in, serial
-
-# Which inputs, which outputs
-
-
-def test_outputs_keep_the_folders_of_their_inputs(tmp_path):
-    for name in ("a/x.nc", "b/x.nc", "b/deep/x.nc"):
-        make_scan(tmp_path / "in" / name)
-    summary = serial([tmp_path / "in/a", tmp_path / "in/b"], tmp_path / "out")
-    assert summary.done == 3
-    assert names_in(tmp_path / "out") == ["a/x.nc.nc", "b/deep/x.nc.nc", "b/x.nc.nc"]
-
-
-def planned(inputs, out, **options) -> dict[str, str]:
-    """Outputs of inputs, both as paths from here."""
-    plan = plan_jobs(inputs, out, **options)
-    return {os.path.relpath(job.source): os.path.relpath(job.output, out) for job in plan.jobs}
-
-
-@pytest.fixture
-def tree(tmp_path, monkeypatch):
-    monkeypatch.chdir(tmp_path)
-    for name in ("d/a/x.uf", "d/a/x.dx", "d/b/x.uf", "d/b/.hidden.uf", "d/out/x.uf.nc", "d/out/x.uf",
-                 "d/[1].uf"):
-        path = tmp_path / name
-        path.parent.mkdir(parents=True, exist_ok=True)
-        path.write_text("radar")
-    return tmp_path
-
-
-@pytest.mark.parametrize("inputs, options, expected", [
-    (["d"], {}, {"d/a/x.uf": "a/x.uf.nc", "d/a/x.dx": "a/x.dx.nc", "d/b/x.uf": "b/x.uf.nc",
-                 "d/[1].uf": "[1].uf.nc"}),
-    (["d/a"], {"pattern": "*.dx"}, {"d/a/x.dx": "x.dx.nc"}),
-    (["d/a"], {"base": "."}, {"d/a/x.uf": "d/a/x.uf.nc", "d/a/x.dx": "d/a/x.dx.nc"}),
-    (["d/a/x.uf", "d/b/x.uf"], {}, {"d/a/x.uf": "a/x.uf.nc", "d/b/x.uf": "b/x.uf.nc"}),
-    (["d/a/x.uf", "d/a/x.uf", "./d/a"], {}, {"d/a/x.uf": "x.uf.nc", "d/a/x.dx": "x.dx.nc"}),
-    (["d/*/x.uf"], {}, {"d/a/x.uf": "a/x.uf.nc", "d/b/x.uf": "b/x.uf.nc"}),
-    (["d/**/*.dx"], {}, {"d/a/x.dx": "a/x.dx.nc"}),
-    (["d/[ab]"], {}, {"d/a/x.uf": "a/x.uf.nc", "d/a/x.dx": "a/x.dx.nc", "d/b/x.uf": "b/x.uf.nc"}),
-    (["d/[1].uf"], {}, {"d/[1].uf": "[1].uf.nc"}),
-    (["d/out/*"], {}, {"d/out/x.uf": "x.uf.nc"}),
-    (["d/b/.hidden.uf"], {}, {"d/b/.hidden.uf": ".hidden.uf.nc"}),
-])
-def test_rule_of_names(tree, inputs, options, expected):
-    assert planned(inputs, "d/out", **options) == expected
-
-
-@pytest.mark.parametrize("inputs, options, error", [
-    ([], {}, ValueError), (["d/out"], {}, ValueError), (["d"], {"base": "d/a"}, ValueError),
-    (["d/c.uf"], {}, FileNotFoundError), (["d/*.c"], {}, FileNotFoundError),
-])
-def test_inputs_that_make_no_sense(tree, inputs, options, error):
-    with pytest.raises(error):
-        plan_jobs(inputs, "d/out", **options)
-
-
-def test_links_are_followed_but_not_in_circles(tree):
-    os.symlink("../b", "d/a/link")
-    os.symlink("..", "d/b/circle")
-    os.symlink("nowhere", "d/a/dangling")
-    os.mkfifo("d/a/pipe")
-    found = planned(["d/a"], "out")
-    assert found.pop("d/a/link/x.uf") == "link/x.uf.nc"
-    assert "d/a/x.uf" in found and not any("circle/b/circle" in path for path in found)
-    assert planned(["d/a/**/*.uf"], "out").keys() >= {"d/a/x.uf", "d/a/link/x.uf"}
-    plan = plan_jobs("d/a", "out")
-    assert {Path(path).name: reason for path, reason in plan.failures.items()} == {
-        "dangling": "No such file or directory", "pipe": "not a regular file"}
-
-
-# What is written
 
 
 def test_output_holds_the_classes_and_where_they_are_from(tmp_path):
@@ -356,91 +280,3 @@ def test_calls_that_make_no_sense_touch_nothing(tmp_path, options, error):
     with pytest.raises(error):
         classify_archive(tmp_path / "in", tmp_path / "out", **{"workers": 0} | options)
     assert not (tmp_path / "out").exists()
-
-
-# Progress
-
-
-class Terminal(io.StringIO):
-    def isatty(self) -> bool:
-        return True
-
-
-def shown(stream: io.StringIO, failed: int, notes: int = 0, wanted: bool = True, step: float = 0.1) -> str:
-    """What is shown of 150 files of 1200, one each `step` seconds, some of which fail."""
-    now = [0.0]
-    progress = Progress(1200, stream, wanted=wanted, clock=lambda: now[0])
-    for i in range(150):
-        now[0] += step
-        progress.advance(failed=i < failed)
-        if i < notes:
-            progress.note(f"note {i}")
-    now[0] += 0.5
-    progress.refresh()
-    return stream.getvalue()
-
-
-def test_bar_on_a_terminal(monkeypatch):
-    monkeypatch.setenv("COLUMNS", "100")
-    last = shown(Terminal(), failed=2).split("\r\033[K")[-1]
-    assert last == f"[{'#' * 3:24}] 150 of 1200 files, 9.7 a second, 1:48 left, 2 failed"
-    monkeypatch.setenv("COLUMNS", "30")
-    assert all(len(line) < 30 for line in shown(Terminal(), failed=2).split("\r\033[K"))
-
-
-def test_lines_elsewhere():
-    assert shown(io.StringIO(), failed=0) == ""  # 30 seconds are not over yet
-    lines = shown(io.StringIO(), failed=0, step=0.375).splitlines()
-    assert lines == ["80 of 1200 files, 2.7 a second, 7:00 left"]
-    text = shown(io.StringIO(), failed=0, notes=100)
-    assert text.splitlines()[0] == "note 0" and text.splitlines()[-1] == "more such lines are not shown"
-    assert len(text.splitlines()) == 20
-    assert shown(Terminal(), failed=3, notes=3, wanted=False) == ""
-
-
-# The command
-
-
-def test_exit_codes(tmp_path, capsys):
-    from clutterclassifier.archive._command import main
-
-    make_archive(tmp_path / "in", 2)
-    call = [str(tmp_path / "in"), "--out", str(tmp_path / "out"), "--workers", "0"]
-    assert main([*call, "--inputs", "dbzh_texture,zdr_texture", "--texture-window", "7x3"]) == 0
-    assert "2 done" in capsys.readouterr().out
-    (tmp_path / "in/bad.uf").write_text("no radar data")
-    assert main(call) == 1
-    output = capsys.readouterr()
-    assert "2 done" in output.out and "bad.uf" in output.err and "failures.csv" in output.err
-    assert main([*call, "--quiet"]) == 1
-    output = capsys.readouterr()
-    assert output.out == "" and len(output.err.splitlines()) == 1
-    for wrong in (["--inputs", "nothing"], ["--base", str(tmp_path / "elsewhere")], ["--min-snr", "high"],
-                  ["--config", "none"], ["--out", str(tmp_path / "in/bad.uf")], ["--fields", "dbzh"], ["--membership", "/nowhere"]):
-        with pytest.raises(SystemExit) if wrong[1] in ("high", "dbzh") else open(os.devnull) as caught:
-            assert main([*call, *wrong]) == 2
-        assert getattr(getattr(caught, "value", None), "code", 2) == 2
-
-
-def test_a_batch_system_ends_a_run_as_a_user_does(tmp_path, capsys, monkeypatch):
-
-    make_archive(tmp_path / "in", 1)
-    before = signal.getsignal(signal.SIGTERM)
-    monkeypatch.setattr(_command.Run, "perform", lambda run: os.kill(os.getpid(), signal.SIGTERM))
-    try:
-        assert _command.main([str(tmp_path / "in"), "--out", str(tmp_path / "out")]) == 130
-    finally:
-        signal.signal(signal.SIGTERM, before)
-    assert "continues here" in capsys.readouterr().err
-
-
-def test_two_runs_do_not_share_a_folder(tmp_path, capsys):
-    from clutterclassifier.archive._command import main
-    from clutterclassifier.archive._files import alone_in
-
-    make_archive(tmp_path / "in", 1)
-    (tmp_path / "out").mkdir()
-    with alone_in(str(tmp_path / "out"), ".archive.lock"):
-        assert main([str(tmp_path / "in"), "--out", str(tmp_path / "out"), "--workers", "0"]) == 2
-    assert "another run" in capsys.readouterr().err
-    assert names_in(tmp_path / "out") == []
