@@ -137,8 +137,7 @@ float* mutableValues(OptionalFloats& array) {
     return array ? array->mutable_data() : nullptr;
 }
 
-// All scans of the fields. The results have the shape of the fields, those that are none are not
-// asked for.
+// All scans of the fields. The results have the shape of the fields; null ones are left out.
 void classify(const std::string& membership, const py::dict& fields, const py::dict& settings,
               Bytes& classes, OptionalFloats& probability, OptionalFloats& margin) {
     Request request(fields, settings);

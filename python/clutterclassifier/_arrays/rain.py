@@ -171,7 +171,7 @@ def z_to_rain(dbzh: ArrayLike, *, a: float = 200.0, b: float = 1.6,
     Raises
     ------
     ValueError
-        A coefficient that is not positive, a number that is none.
+        A coefficient that is not positive, or NaN in place of a number.
 
     Examples
     --------
@@ -204,7 +204,7 @@ def rain_to_z(rain: ArrayLike, *, a: float = 200.0, b: float = 1.6,
     Raises
     ------
     ValueError
-        A coefficient that is not positive, a number that is none.
+        A coefficient that is not positive, or NaN in place of a number.
 
     Examples
     --------
