@@ -18,6 +18,7 @@ constexpr char kFooter[] =
     "Examples:\n"
     "  clutterclassifier demo\n"
     "  clutterclassifier info scan.uf\n"
+    "  clutterclassifier clean volume.h5 -o rain.h5\n"
     "  clutterclassifier classify scan.uf -o classes.uf --plot classes.png\n"
     "  clutterclassifier explain scan.uf --at 271.5,32\n"
     "  clutterclassifier process scan.uf --config settings.txt -o processed.uf\n"
@@ -65,6 +66,7 @@ int main(int argc, char** argv) try {
         return "clutterclassifier: " + cli::forTerminal(error.what()) + " (see --help)\n";
     });
     cli::addClassifyCommand(app);
+    cli::addCleanCommand(app);
     cli::addExplainCommand(app);
     cli::addInfoCommand(app);
     cli::addPlotCommand(app);

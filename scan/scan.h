@@ -22,6 +22,7 @@ struct Field {
     int wordsPerUnit = 0;  // the finest that Universal Format keeps it; 0: what its quantity needs
     /* value of gates that were measured and have no echo */
     std::optional<float> noEcho = std::nullopt;
+    std::string place = "";  // group of an ODIM_H5 file that holds it; "" elsewhere
     /* 1 where the value for "no echo" was replaced by NaN; empty when none was. */
     std::vector<std::uint8_t> noEchoGates = {};
 };
@@ -65,10 +66,12 @@ struct Operation {
 };
 
 struct Scan {
-    std::string path;
+    std::string path;    // as users know it
+    std::string opened;  // as it can be opened again: standard input is kept in memory
     std::string format;  // "Universal Format", "field record"
     std::string radarName, siteName;
-    std::string source;  // identifiers as ODIM_H5 lists them: "WMO:02606,NOD:seang"
+    std::string history;  // of the file: one line for each program that worked on it
+    std::string source;   // identifiers as ODIM_H5 lists them: "WMO:02606,NOD:seang"
     double latitudeDeg = 0, longitudeDeg = 0, altitudeM = 0;
     double beamWidthDeg = 0, wavelengthM = 0;
     Operation operation;

@@ -9,6 +9,7 @@ class App;
 namespace cli {
 
 void addClassifyCommand(CLI::App& app);
+void addCleanCommand(CLI::App& app);
 void addConvertCommand(CLI::App& app);
 void addDemoCommand(CLI::App& app);
 void addExplainCommand(CLI::App& app);

@@ -96,7 +96,7 @@ Scan readUnpacked(const std::string& path, std::unique_ptr<Cufrw>& words,
 Scan readScan(const std::string& path, std::unique_ptr<Cufrw>& words, const ReadOptions& options) {
     words.reset();
     Scan scan = readUnpacked(path, words, options);
-    scan.path = path;
+    scan.path = scan.opened = path;
     if (options.oddities) {
         addOddities(scan);
     }

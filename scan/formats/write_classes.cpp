@@ -11,7 +11,10 @@
 
 #include "clutterclassifier/clutterclassifier.h"
 #include "scan/class_codes.h"
+#include "scan/formats/compressed/unpacked_file.h"
+#include "scan/formats/containers/containers.h"
 #include "scan/formats/containers/write_containers.h"
+#include "scan/formats/reading/recognise.h"
 #include "scan/formats/record/write_record.h"
 #include "scan/formats/uf/write_uf.h"
 #include "scan/formats/writing/output_file.h"
@@ -90,11 +93,27 @@ std::vector<std::string> sweepPaths(const std::string& path, const Scan& scan,
     return paths;
 }
 
+std::string usualEnding(const std::string& path) {
+    switch (recognise(path)) {
+        case FileFormat::kUniversalFormat:
+            return ".uf";
+        case FileFormat::kHdf5:
+        case FileFormat::kNetcdf:
+            return containers().endingOf(path);
+        case FileFormat::kNexrad:
+            return ".nc";
+        case FileFormat::kCompressed:
+            return usualEnding(UnpackedFile(path).path());
+        default:
+            return ".plv";
+    }
+}
+
 WrittenFiles writeClasses(const std::string& path, const Scan& scan, Cufrw* words,
-                          const std::vector<SweepClasses>& classes) {
+                          const std::vector<SweepClasses>& classes, const ClassForm& form) {
     const std::string ending = endingOf(path);
     if (isContainerEnding(ending)) {
-        return writeContainer(path, scan, classes);
+        return writeContainer(path, scan, classes, form);
     }
     if (ending == ".uf") {
         return writeWhole(path, [&](const OutputFile& file) {
@@ -115,6 +134,28 @@ WrittenFiles writeClasses(const std::string& path, const Scan& scan, Cufrw* word
     } else if (!classes.empty() && !classes.front().certainty.empty()) {
         written.notes.push_back("a table holds the classes only, not how certain they are");
     }
+    return written;
+}
+
+WrittenFiles writeCleaned(const std::string& path, const Scan& scan, Cufrw* words,
+                          const std::vector<SweepClasses>& classes, const ClassForm& form) {
+    const std::string ending = endingOf(path);
+    if (isContainerEnding(ending) || ending == ".uf") {
+        return writeClasses(path, scan, words, classes, form);
+    }
+    Sweeps sweeps;
+    for (const SweepClasses& entry : classes) {
+        sweeps.push_back(entry.sweep);
+    }
+    WrittenFiles written =
+        writeEach(path, scan, sweeps, [&](const OutputFile& file, std::size_t i) {
+            std::vector<Field> fields = sweeps[i]->fields;
+            fields.push_back({"CCl", "-", *classes[i].classes});
+            const std::vector<Field>& certainty = classes[i].certainty;
+            fields.insert(fields.end(), certainty.begin(), certainty.end());
+            writeRecords(file, scan, *sweeps[i], fields);
+        });
+    noteElevations(sweeps, written);
     return written;
 }
 

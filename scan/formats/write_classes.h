@@ -23,7 +23,12 @@ namespace scan {
  * are complete before the first takes its name. Throws std::runtime_error.
  */
 WrittenFiles writeClasses(const std::string& path, const Scan& scan, Cufrw* words,
-                          const std::vector<SweepClasses>& classes);
+                          const std::vector<SweepClasses>& classes, const ClassForm& form = {});
+
+/* The same for a scan that was cleaned, with all its fields: no table, and field record files hold
+ * the fields, then the classes. */
+WrittenFiles writeCleaned(const std::string& path, const Scan& scan, Cufrw* words,
+                          const std::vector<SweepClasses>& classes, const ClassForm& form);
 
 /*
  * The sweeps of a scan with all their fields, by the same rules: .uf, .h5 and .nc one file, .csv
@@ -32,6 +37,10 @@ WrittenFiles writeClasses(const std::string& path, const Scan& scan, Cufrw* word
  * sweep without classes.
  */
 WrittenFiles writeScan(const std::string& path, const Scan& scan);
+
+/* The ending of the format that a file is best written as: its own, where there is a writer for it.
+ * Throws std::runtime_error if the file cannot be opened. */
+std::string usualEnding(const std::string& path);
 
 /* "out.csv" to "out_sweep2.csv", where a scan has several sweeps: one name for each of the given.
  */

@@ -1,4 +1,4 @@
-/* call.h - one call of the command `classify`. */
+/* call.h - one call of the commands `classify` and `clean`. */
 #ifndef CLI_COMMANDS_CLASSIFY_CALL_H
 #define CLI_COMMANDS_CLASSIFY_CALL_H
 
@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "options/classify_options.h"
+#include "scan/classes/clean.h"
 #include "scan/formats/read_scan.h"
 
 namespace cli {
@@ -17,6 +18,9 @@ struct ClassifyCall {
     ClassifyArguments how;
     std::optional<int> sweep;
     bool removeIsolated = false, certainty = false, quiet = false;
+    bool classQuantity = false;
+    std::string codes = "library";
+    std::optional<scan::CleanOptions> clean;  // of the command `clean`
     scan::ReadOptions read;
 };
 

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "commands/classify/call.h"
+#include "commands/classify/class_codes.h"
 #include "commands/classify/jobs.h"
 #include "commands/classify/run.h"
 #include "commands/commands.h"
@@ -28,7 +29,8 @@ constexpr char kFooter[] =
     "\n"
     "The ending of OUT chooses its format: .uf Universal Format with the classes as one more "
     "field\n"
-    "(CC), .csv a table with one line a gate, anything else a field record file. Codes:\n"
+    "(CC), .h5 ODIM_H5, .nc CfRadial (.nc4 release 2), .csv a table with one line a gate,\n"
+    "anything else a field record file. Codes:\n"
     "0 precipitation, 3 noise, 5 ground clutter; with --classes all also 6 sea clutter and\n"
     "7 turbine clutter.";
 
@@ -45,6 +47,7 @@ void requireSoundCall(const ClassifyCall& call) {
     if (call.certainty && call.output.empty()) {
         throw CLI::ValidationError("--certainty", "needs an output, -o");
     }
+    requireCodesUsed(call);
     if (!call.plot.empty() && !isDirectoryName(call.plot)) {
         requirePictureEnding("--plot", call.plot);
     }
@@ -64,19 +67,6 @@ void addOutputOptions(CLI::App& command, ClassifyCall& call) {
     command.add_flag("-q,--quiet", call.quiet, "Print errors only");
 }
 
-void addClassOptions(CLI::App& command, ClassifyCall& call) {
-    addInputOptions(command, call.how);
-    addFieldOptions(command, call.how);
-    command.add_flag("--remove-isolated", call.removeIsolated,
-                     "Turn isolated precipitation gates into clutter");
-    command
-        .add_option("--classes", call.classes,
-                    "ground: precipitation and ground clutter; all: sea (6) and wind-turbine "
-                    "clutter (7) too")
-        ->check(CLI::IsMember({"ground", "all"}))
-        ->capture_default_str();
-}
-
 }  // namespace
 
 void addClassifyCommand(CLI::App& app) {
@@ -86,7 +76,10 @@ void addClassifyCommand(CLI::App& app) {
     const auto call = std::make_shared<ClassifyCall>();
     command->add_option("INPUT", call->inputs, kInputHelp)->required();
     addOutputOptions(*command, *call);
-    addClassOptions(*command, *call);
+    addInputOptions(*command, call->how);
+    addFieldOptions(*command, call->how);
+    addClassesOptions(*command, *call);
+    addCodesOptions(*command, *call);
     command->add_option("--sweep", call->sweep, "Only the sweep of this number");
     addLayoutOption(*command, call->read);
     command->callback([call] {

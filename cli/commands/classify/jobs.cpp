@@ -6,6 +6,8 @@
 #include <set>
 #include <stdexcept>
 
+#include "scan/formats/write_classes.h"
+
 namespace cli {
 
 namespace {
@@ -26,8 +28,7 @@ std::string endingFor(const ClassifyCall& call, const InputFile& input) {
         return "." + call.format;
     }
     try {
-        const bool words = scan::recognise(input.path()) == scan::FileFormat::kUniversalFormat;
-        return words ? ".uf" : ".plv";
+        return scan::usualEnding(input.path());
     } catch (const std::exception&) {
         return ".plv";  // reading the input will report the reason
     }

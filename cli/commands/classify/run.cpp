@@ -13,10 +13,13 @@
 #include "report/failure.h"
 #include "report/notes.h"
 #include "scan/formats/write_classes.h"
+#include "scan/formats/writing/history.h"
 
 namespace cli {
 
+using scan::ClassForm;
 using scan::ClassifiedSweep;
+using scan::Field;
 using scan::Role;
 using scan::Sweep;
 using scan::SweepClasses;
@@ -44,6 +47,7 @@ scan::ClassifyOptions optionsOf(const ClassifyCall& call) {
 ClassifyRun::ClassifyRun(const ClassifyCall& call)
     : call_(call),
       options_(optionsOf(call)),
+      form_{call.codes == "services", call.classQuantity, ""},
       inputs_(call.inputs.begin(), call.inputs.end()),
       jobs_(planJobs(call, inputs_)),
       progress_(!call.quiet) {
@@ -100,24 +104,71 @@ void ClassifyRun::report(const Work& work) {
     }
 }
 
-void ClassifyRun::write(const Job& job, const Work& work) const {
-    if (!job.plot.empty()) {
-        draw(job, work);
-    }
-    if (job.output.empty()) {
-        return;
-    }
+std::vector<SweepClasses> ClassifyRun::classesOf(Work& work) const {
     std::vector<SweepClasses> classes;
     for (std::size_t s = 0; s < work.sweeps.size(); ++s) {
         const ClassifiedSweep& result = work.results[s];
         classes.push_back({work.sweeps[s], &result.classes, certaintyFields(result)});
     }
-    const WrittenFiles written = writeClasses(job.output, work.scan, work.words.get(), classes);
+    return classes;
+}
+
+/* The scan's own sweeps are cleaned: what was classified is no longer needed. */
+WrittenFiles ClassifyRun::clean(const Job& job, Work& work) const {
+    std::vector<SweepClasses> classes = classesOf(work);
+    for (std::size_t s = 0; s < classes.size(); ++s) {
+        classes[s].cleaned = cleanSweep(work.scan.sweeps[s], *classes[s].classes, *call_.clean);
+    }
+    ClassForm form = form_;
+    form.history = historyOfCleaning(*call_.clean);
+    work.scan.history = scan::extendedHistory(work.scan.history, form.history);
+    return writeCleaned(job.output, work.scan, work.words.get(), classes, form);
+}
+
+void ClassifyRun::write(const Job& job, Work& work) const {
+    std::vector<Field> before;
+    if (!job.plot.empty() && call_.clean) {
+        before = reflectivities(work);
+    } else if (!job.plot.empty()) {
+        draw(job, work);
+    }
+    if (job.output.empty()) {
+        return;
+    }
+    const WrittenFiles written =
+        call_.clean ? clean(job, work)
+                    : writeClasses(job.output, work.scan, work.words.get(), classesOf(work), form_);
+    if (!before.empty()) {
+        drawCleaned(job, work, before);
+    }
     if (call_.quiet) {
         return;
     }
     printNotes(written.notes);
     announce(written.paths);
+}
+
+/* As they were read; a copy, since cleaning changes them. */
+std::vector<Field> ClassifyRun::reflectivities(const Work& work) {
+    std::vector<Field> fields;
+    for (const ClassifiedSweep& result : work.results) {
+        fields.push_back(*result.fields[Role::kZhh]);
+    }
+    return fields;
+}
+
+void ClassifyRun::drawCleaned(const Job& job, const Work& work,
+                              const std::vector<Field>& before) const {
+    const std::vector<std::string> paths = scan::sweepPaths(job.plot, work.scan, work.sweeps);
+    for (std::size_t s = 0; s < paths.size(); ++s) {
+        const Field& after = *work.results[s].fields[Role::kZhh];
+        drawPanels(work.scan, *work.sweeps[s], {before[s], after},
+                   {.headings = {before[s].name + " as measured", after.name + " cleaned"}},
+                   paths[s]);
+    }
+    if (!call_.quiet) {
+        announce(paths);
+    }
 }
 
 void ClassifyRun::draw(const Job& job, const Work& work) const {

@@ -1,4 +1,4 @@
-/* run.h - the work of `classify`, file by file. */
+/* run.h - the work of `classify` and `clean`, file by file. */
 #ifndef CLI_COMMANDS_CLASSIFY_RUN_H
 #define CLI_COMMANDS_CLASSIFY_RUN_H
 
@@ -8,6 +8,7 @@
 #include "commands/classify/jobs.h"
 #include "report/progress.h"
 #include "report/summary.h"
+#include "scan/formats/writing/sweep_classes.h"
 
 namespace cli {
 
@@ -26,11 +27,17 @@ class ClassifyRun {
 
     void classifyFile(const Job& job);
     void report(const Work& work);
-    void write(const Job& job, const Work& work) const;
+    void write(const Job& job, Work& work) const;
+    std::vector<scan::SweepClasses> classesOf(Work& work) const;
+    scan::WrittenFiles clean(const Job& job, Work& work) const;
+    static std::vector<scan::Field> reflectivities(const Work& work);
+    void drawCleaned(const Job& job, const Work& work,
+                     const std::vector<scan::Field>& before) const;
     void draw(const Job& job, const Work& work) const;
 
     const ClassifyCall& call_;
     scan::ClassifyOptions options_;
+    scan::ClassForm form_;
     std::vector<InputFile> inputs_;
     std::vector<Job> jobs_;
     Progress progress_;

@@ -1,6 +1,9 @@
-/* Classes added to an existing CfRadial file: a variable of the shape of its fields. */
+/* Classes added to an existing CfRadial file, a variable of the shape of its fields; fields cleaned
+ * where they are. */
 #include <algorithm>
 #include <cmath>
+#include <map>
+#include <set>
 #include <stdexcept>
 
 #include "scan/formats/cfradial/cfradial_output.h"
@@ -8,6 +11,7 @@
 #include "scan/formats/cfradial/cfradial_sweeps.h"
 #include "scan/formats/cfradial/write_cfradial.h"
 #include "scan/formats/writing/class_flags.h"
+#include "scan/formats/writing/history.h"
 #include "scan/formats/writing/plain_values.h"
 
 namespace scan::cfradial {
@@ -32,11 +36,18 @@ struct Layer {
     std::vector<float> values;     // NaN: none
 };
 
-/* What is added to one group, "" for the file. */
+/* A variable that is there, and its gates that are to hold no echo. */
+struct Cleaning {
+    Packing packing;
+    std::vector<std::uint8_t> gates;
+};
+
+/* What is done to one group, "" for the file. */
 struct Addition {
     std::string group;
     bool ragged = false;
     std::vector<Layer> layers;
+    std::map<std::string, Cleaning> cleanings;  // by variable
 };
 
 /* Calls place(from, to) for every gate of a sweep: its index in the sweep and in the file. */
@@ -56,7 +67,7 @@ void eachGate(const Sweep& sweep, const Rays& rays, std::size_t begin, bool ragg
 
 Addition emptyAddition(const netcdf::Group& group, const SweepClasses& example, bool ragged,
                        std::size_t values) {
-    Addition addition{group.name(), ragged, {}};
+    Addition addition{group.name(), ragged, {}, {}};
     addition.layers.push_back({freeName(group, kClassName), nullptr, {}});
     for (const Field& field : example.certainty) {
         addition.layers.push_back({freeName(group, certaintyName(field).name), &field, {}});
@@ -65,6 +76,25 @@ Addition emptyAddition(const netcdf::Group& group, const SweepClasses& example, 
         layer.values.assign(values, NAN);
     }
     return addition;
+}
+
+void placeCleaning(const netcdf::Group& group, const SweepClasses& entry, const Rays& rays,
+                   std::size_t begin, Addition& addition) {
+    for (const std::string& name : entry.cleaned.fields) {
+        const auto variable = group.variable(name);
+        if (!variable) {
+            throw std::runtime_error(name + " is no longer in its file");
+        }
+        Cleaning& cleaning = addition.cleanings[name];
+        cleaning.packing = group.packingOf(*variable);
+        cleaning.gates.resize(variable->count());
+        const bool ragged = variable->dimensions.size() == 1;
+        eachGate(*entry.sweep, rays, begin, ragged, [&](std::size_t from, std::size_t to) {
+            if (to < cleaning.gates.size()) {
+                cleaning.gates[to] = entry.cleaned.gates[from];
+            }
+        });
+    }
 }
 
 void place(const SweepClasses& entry, const Rays& rays, std::size_t begin, Addition& addition) {
@@ -110,6 +140,7 @@ Addition stackedAddition(const netcdf::Group& file, const std::vector<SweepClass
             failMissing(*entry.sweep);
         }
         place(entry, rays, slice->begin, addition);
+        placeCleaning(file, entry, rays, slice->begin, addition);
     }
     return addition;
 }
@@ -123,6 +154,7 @@ Addition groupAddition(const std::vector<netcdf::Group>& groups, const SweepClas
         const Rays rays = readRays(groups[i], budget);
         Addition addition = emptyAddition(groups[i], entry, false, rays.count * rays.maxGates);
         place(entry, rays, 0, addition);
+        placeCleaning(groups[i], entry, rays, 0, addition);
         return addition;
     }
     failMissing(*entry.sweep);
@@ -143,7 +175,8 @@ std::vector<Addition> additionsFor(const std::string& path,
     return additions;
 }
 
-void write(const netcdf::Writer& target, const netcdf::Dimensions& shape, const Layer& layer) {
+void write(const netcdf::Writer& target, const netcdf::Dimensions& shape, const Layer& layer,
+           const ClassForm& form) {
     if (layer.field) {
         std::vector<float> values = layer.values;
         std::replace_if(
@@ -152,16 +185,56 @@ void write(const netcdf::Writer& target, const netcdf::Dimensions& shape, const 
         describeCertainty(target.floats(layer.name, shape, values, kMissingMark), *layer.field);
         return;
     }
-    std::vector<std::uint8_t> codes(layer.values.size());
-    std::transform(layer.values.begin(), layer.values.end(), codes.begin(), codeOf);
-    describeClasses(target.bytes(layer.name, shape, codes, kNoClass));
+    describeClasses(
+        target.bytes(layer.name, shape, classBytes(layer.values, form.serviceCodes), kNoClass),
+        form);
+}
+
+/* A field that knows no mark of no echo gets that of a missing value, which every reader knows. */
+void clean(const netcdf::Writer& target, const std::string& name, const Cleaning& cleaning,
+           std::set<std::string>& missing) {
+    const Packing& packing = cleaning.packing;
+    const std::optional<double> mark = packing.undetect ? packing.undetect
+                                       : packing.nodata ? packing.nodata
+                                                        : packing.missing;
+    if (!mark) {
+        throw std::runtime_error(name + " has no _FillValue for gates without a value");
+    }
+    if (!packing.undetect) {
+        missing.insert(name);
+    }
+    const Mark absent(packing.nodata), alsoAbsent(packing.missing);
+    std::vector<double> values = target.raw(name);
+    for (std::size_t i = 0; i < std::min(values.size(), cleaning.gates.size()); ++i) {
+        if (cleaning.gates[i] != 0 && !absent.matches(values[i]) &&
+            !alsoAbsent.matches(values[i])) {
+            values[i] = *mark;
+        }
+    }
+    target.replace(name, values);
+}
+
+std::vector<std::string> noteMissing(const std::set<std::string>& names) {
+    if (names.empty()) {
+        return {};
+    }
+    std::string list;
+    for (const std::string& name : names) {
+        list += (list.empty() ? "" : ", ") + name;
+    }
+    return {"No mark of no echo (_Undetect) in " + list +
+            ": gates of clutter and noise are missing there."};
 }
 
 }  // namespace
 
-void addCfRadialClasses(const std::string& path, const std::vector<SweepClasses>& classes) {
+std::vector<std::string> addCfRadialClasses(const std::string& path,
+                                            const std::vector<SweepClasses>& classes,
+                                            const ClassForm& form) {
     const std::vector<Addition> additions = additionsFor(path, classes);
+    const std::string history = form.history.empty() ? "" : netcdf::openFile(path).text("history");
     const netcdf::Writer file = netcdf::Writer::open(path);
+    std::set<std::string> missing;
     for (const Addition& addition : additions) {
         const netcdf::Writer target =
             addition.group.empty() ? file : file.existingGroup(addition.group);
@@ -170,11 +243,18 @@ void addCfRadialClasses(const std::string& path, const std::vector<SweepClasses>
         const netcdf::Dimensions shape = addition.ragged
                                              ? netcdf::Dimensions{target.dimension("n_points")}
                                              : netcdf::Dimensions{rays.at(0), gates.back()};
+        for (const auto& [name, cleaning] : addition.cleanings) {
+            clean(target, name, cleaning, missing);
+        }
         for (const Layer& layer : addition.layers) {
-            write(target, shape, layer);
+            write(target, shape, layer, form);
         }
     }
+    if (!form.history.empty()) {
+        file.text("history", extendedHistory(history, form.history));
+    }
     file.close();
+    return noteMissing(missing);
 }
 
 }  // namespace scan::cfradial

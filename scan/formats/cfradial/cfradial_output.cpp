@@ -7,6 +7,7 @@
 
 #include "scan/calendar.h"
 #include "scan/formats/writing/class_flags.h"
+#include "scan/formats/writing/history.h"
 
 namespace scan::cfradial {
 namespace {
@@ -60,7 +61,7 @@ void writeTop(const netcdf::Writer& file, const Scan& scan, const char* conventi
     file.text("institution", "");
     file.text("references", "");
     file.text("source", scan.format);
-    file.text("history", "written by clutterclassifier from " + scan.format);
+    file.text("history", historyOf(scan));
     file.text("comment", "");
     file.text("instrument_name", scan.radarName);
     file.text("site_name", scan.siteName);
@@ -122,11 +123,11 @@ void describeField(const netcdf::VariableWriter& variable, const Field& field, f
     }
 }
 
-void describeClasses(const netcdf::VariableWriter& variable) {
+void describeClasses(const netcdf::VariableWriter& variable, const ClassForm& form) {
     std::vector<std::uint8_t> codes;
     std::string meanings;
     for (const ClassFlag& flag : kClassFlags) {
-        codes.push_back(static_cast<std::uint8_t>(flag.code));
+        codes.push_back(classByte(flag.code, form.serviceCodes));
         meanings += meanings.empty() ? "" : " ";
         meanings += flag.name;
     }
@@ -160,10 +161,6 @@ const SweepClasses* entryOf(const Sweep& sweep, const std::vector<SweepClasses>&
         }
     }
     return nullptr;
-}
-
-std::uint8_t codeOf(float value) {
-    return std::isnan(value) ? std::uint8_t{kNoClass} : static_cast<std::uint8_t>(value);
 }
 
 }  // namespace scan::cfradial

@@ -30,15 +30,13 @@ void describeRange(const netcdf::VariableWriter& variable, const Sweep& sweep);
 void describeAzimuth(const netcdf::VariableWriter& variable);
 void describeElevation(const netcdf::VariableWriter& variable);
 void describeField(const netcdf::VariableWriter& variable, const Field& field, float noEcho);
-void describeClasses(const netcdf::VariableWriter& variable);
+void describeClasses(const netcdf::VariableWriter& variable, const ClassForm& form);
 void describeCertainty(const netcdf::VariableWriter& variable, const Field& field);
 
 std::string modeOf(const Sweep& sweep);
 
 /* The classes of a sweep; null if it has none. */
 const SweepClasses* entryOf(const Sweep& sweep, const std::vector<SweepClasses>& classes);
-
-std::uint8_t codeOf(float value);
 
 }  // namespace scan::cfradial
 

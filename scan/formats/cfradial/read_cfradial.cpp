@@ -82,6 +82,7 @@ void readSweepGroup(const netcdf::Group& group, int index, ValueBudget& budget, 
 void fillSite(const netcdf::Group& file, ValueBudget& budget, Scan& scan) {
     scan.radarName = file.text("instrument_name");
     scan.siteName = file.text("site_name");
+    scan.history = file.text("history");
     scan.latitudeDeg = file.firstNumber({"latitude"}, budget).value_or(0);
     scan.longitudeDeg = file.firstNumber({"longitude"}, budget).value_or(0);
     scan.altitudeM = file.firstNumber({"altitude"}, budget).value_or(0);
@@ -132,6 +133,10 @@ void fillRadar(const netcdf::Group& file, ValueBudget& budget, Scan& scan) {
 }
 
 }  // namespace
+
+bool hasSweepGroups(const netcdf::Group& file) {
+    return !sweepGroups(file).empty();
+}
 
 Scan readCfRadial(const netcdf::Group& file, ValueBudget& budget) {
     Scan scan;

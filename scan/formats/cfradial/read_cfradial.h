@@ -7,6 +7,9 @@
 
 namespace scan::cfradial {
 
+/* Whether a file is of release 2. */
+bool hasSweepGroups(const netcdf::Group& file);
+
 /* Rays stacked in one file (release 1), or a group a sweep (release 2, also WMO FM 301). Throws
  * std::runtime_error with the variable that is wrong. */
 Scan readCfRadial(const netcdf::Group& file, ValueBudget& budget);

@@ -88,7 +88,7 @@ class StackWriter {
         }
     }
 
-    void write(const std::vector<SweepClasses>& classes) const {
+    void write(const std::vector<SweepClasses>& classes, const ClassForm& form) const {
         writeSweeps();
         writeRays();
         if (ragged_) {
@@ -103,7 +103,7 @@ class StackWriter {
             writeField(name);
         }
         if (!classes.empty()) {
-            writeClasses(classes);
+            writeClasses(classes, form);
         }
     }
 
@@ -256,7 +256,7 @@ class StackWriter {
         }
     }
 
-    void writeClasses(const std::vector<SweepClasses>& classes) const {
+    void writeClasses(const std::vector<SweepClasses>& classes, const ClassForm& form) const {
         std::vector<std::uint8_t> stacked;
         for (const Sweep& sweep : scan_.sweeps) {
             std::vector<std::uint8_t> codes(
@@ -264,8 +264,7 @@ class StackWriter {
                 kNoClass);
             const SweepClasses* entry = entryOf(sweep, classes);
             if (entry) {
-                std::transform(entry->classes->begin(), entry->classes->end(), codes.begin(),
-                               codeOf);
+                codes = classBytes(*entry->classes, form.serviceCodes);
             }
             appendRays(sweep, codes, stacked);
         }
@@ -274,7 +273,7 @@ class StackWriter {
         while (std::find(taken.begin(), taken.end(), name) != taken.end()) {
             name += "_2";
         }
-        describeClasses(file_.bytes(name, shape(), stacked, kNoClass));
+        describeClasses(file_.bytes(name, shape(), stacked, kNoClass), form);
         for (std::size_t i = 0; i < classes.front().certainty.size(); ++i) {
             writeCertainty(classes, i);
         }
@@ -310,11 +309,10 @@ std::string groupName(std::size_t index) {
 
 /* Release 2. */
 void writeGroupClasses(const netcdf::Writer& group, const netcdf::Dimensions& shape,
-                       const SweepClasses& entry) {
-    std::vector<std::uint8_t> codes(entry.classes->size());
-    std::transform(entry.classes->begin(), entry.classes->end(), codes.begin(), codeOf);
+                       const SweepClasses& entry, const ClassForm& form) {
+    const std::vector<std::uint8_t> codes = classBytes(*entry.classes, form.serviceCodes);
     const char* name = find(*entry.sweep, kClassName) ? "CLASS_2" : kClassName;
-    describeClasses(group.bytes(name, shape, codes, kNoClass));
+    describeClasses(group.bytes(name, shape, codes, kNoClass), form);
     for (const Field& field : entry.certainty) {
         const std::vector<float> values = plainValues(field, kMissingMark, kNoEchoMark);
         describeCertainty(group.floats(certaintyName(field).name, shape, values, kMissingMark),
@@ -323,7 +321,7 @@ void writeGroupClasses(const netcdf::Writer& group, const netcdf::Dimensions& sh
 }
 
 void writeGroup(const netcdf::Writer& group, const Scan& scan, const Sweep& sweep,
-                const std::vector<SweepClasses>& classes) {
+                const std::vector<SweepClasses>& classes, const ClassForm& form) {
     const int time = group.dimension("time", static_cast<std::size_t>(sweep.nrays));
     const int range = group.dimension("range", static_cast<std::size_t>(sweep.ngates));
     const int width = group.dimension("string_length", kTextWidth);
@@ -349,23 +347,25 @@ void writeGroup(const netcdf::Writer& group, const Scan& scan, const Sweep& swee
     }
     const SweepClasses* entry = entryOf(sweep, classes);
     if (entry) {
-        writeGroupClasses(group, {time, range}, *entry);
+        writeGroupClasses(group, {time, range}, *entry, form);
     }
 }
 
 }  // namespace
 
 std::vector<std::string> writeCfRadial1(const std::string& path, const Scan& scan,
-                                        const std::vector<SweepClasses>& classes) {
+                                        const std::vector<SweepClasses>& classes,
+                                        const ClassForm& form) {
     const netcdf::Writer file = netcdf::Writer::create(path);
     writeTop(file, scan, "CF/Radial instrument_parameters radar_parameters", "1.4");
-    StackWriter(file, scan).write(classes);
+    StackWriter(file, scan).write(classes, form);
     file.close();
     return {};
 }
 
 std::vector<std::string> writeCfRadial2(const std::string& path, const Scan& scan,
-                                        const std::vector<SweepClasses>& classes) {
+                                        const std::vector<SweepClasses>& classes,
+                                        const ClassForm& form) {
     const netcdf::Writer file = netcdf::Writer::create(path);
     writeTop(file, scan, "CF-1.7, Cf/Radial-2.0", "2.0");
     const int sweeps = file.dimension("sweep", scan.sweeps.size());
@@ -389,7 +389,7 @@ std::vector<std::string> writeCfRadial2(const std::string& path, const Scan& sca
         file.group("radar_calibration").doubles("base_1km_hc", {}, {&base, 1}).text("units", "dBZ");
     }
     for (std::size_t i = 0; i < scan.sweeps.size(); ++i) {
-        writeGroup(file.group(names[i]), scan, scan.sweeps[i], classes);
+        writeGroup(file.group(names[i]), scan, scan.sweeps[i], classes, form);
     }
     file.close();
     return {};

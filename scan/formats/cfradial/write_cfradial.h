@@ -17,13 +17,17 @@ namespace scan::cfradial {
  * std::runtime_error.
  */
 std::vector<std::string> writeCfRadial1(const std::string& path, const Scan& scan,
-                                        const std::vector<SweepClasses>& classes);
+                                        const std::vector<SweepClasses>& classes,
+                                        const ClassForm& form);
 std::vector<std::string> writeCfRadial2(const std::string& path, const Scan& scan,
-                                        const std::vector<SweepClasses>& classes);
+                                        const std::vector<SweepClasses>& classes,
+                                        const ClassForm& form);
 
-/* Adds a variable of classes to an existing file of either release; all else in it stays as it is.
- * Sweeps are those that readCfRadial() made of the file. */
-void addCfRadialClasses(const std::string& path, const std::vector<SweepClasses>& classes);
+/* Adds a variable of classes to an existing file of either release and cleans its fields; all else
+ * in it stays as it is. Sweeps are those that readCfRadial() made of the file. */
+std::vector<std::string> addCfRadialClasses(const std::string& path,
+                                            const std::vector<SweepClasses>& classes,
+                                            const ClassForm& form);
 
 }  // namespace scan::cfradial
 

@@ -24,12 +24,18 @@ struct Containers {
 
     /* Writers return sentences about what the format cannot hold. */
     using Write = std::vector<std::string> (*)(const std::string& path, const Scan& scan,
-                                               const std::vector<SweepClasses>& classes);
+                                               const std::vector<SweepClasses>& classes,
+                                               const ClassForm& form);
     Write writeOdim, writeCfRadial1, writeCfRadial2;
 
-    /* Classes beside what an existing file holds. */
-    using Add = void (*)(const std::string& path, const std::vector<SweepClasses>& classes);
+    /* Classes beside what an existing file holds, and fields of it cleaned. */
+    using Add = std::vector<std::string> (*)(const std::string& path,
+                                             const std::vector<SweepClasses>& classes,
+                                             const ClassForm& form);
     Add addOdimClasses, addCfRadialClasses;
+
+    /* ".h5", ".nc" or ".nc4": what a file of HDF5 or NetCDF is best written as. */
+    const char* (*endingOf)(const std::string& path);
 };
 
 constexpr std::size_t kContainersLayout =

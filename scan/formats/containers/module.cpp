@@ -62,6 +62,16 @@ auto guarded(Arguments... arguments) {
     return write(arguments...);
 }
 
+const char* endingOf(const std::string& path) {
+    const std::lock_guard<std::mutex> lock(oneAtATime());
+    const hdf5::QuietErrors quiet;
+    const bool hdf5 = H5Fis_hdf5(path.c_str()) > 0;
+    if (hdf5 && odim::isOdim(hdf5::openFile(path))) {
+        return ".h5";
+    }
+    return cfradial::hasSweepGroups(netcdf::openFile(path)) ? ".nc4" : ".nc";
+}
+
 constexpr Containers kContainers = {
     kContainersLayout,
     readHdf5,
@@ -71,6 +81,7 @@ constexpr Containers kContainers = {
     guarded<cfradial::writeCfRadial2>,
     guarded<odim::addOdimClasses>,
     guarded<cfradial::addCfRadialClasses>,
+    endingOf,
 };
 
 }  // namespace

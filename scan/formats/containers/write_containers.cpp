@@ -37,17 +37,23 @@ const Container* find(const std::string& ending) {
     return found == std::end(kContainers) ? nullptr : found;
 }
 
+/* ".nc" is the usual ending of both releases of CfRadial: a file of release 2 stays one. */
+bool isSameFormat(const Scan& scan, const Container& container) {
+    const bool release2 = scan.format == "CfRadial 2" && container.ending == std::string(".nc");
+    return scan.format == container.format || release2;
+}
+
 /* Copies the file that a scan was read from, unpacked; false if there is no such file. */
 bool copyInput(const Scan& scan, const OutputFile& file) {
     std::error_code error;
-    if (!std::filesystem::is_regular_file(scan.path, error)) {
+    if (!std::filesystem::is_regular_file(scan.opened, error)) {
         return false;
     }
     std::unique_ptr<UnpackedFile> unpacked;
-    if (recognise(scan.path) == FileFormat::kCompressed) {
-        unpacked = std::make_unique<UnpackedFile>(scan.path);
+    if (recognise(scan.opened) == FileFormat::kCompressed) {
+        unpacked = std::make_unique<UnpackedFile>(scan.opened);
     }
-    std::filesystem::copy_file(unpacked ? unpacked->path() : scan.path, file.temporary(),
+    std::filesystem::copy_file(unpacked ? unpacked->path() : scan.opened, file.temporary(),
                                std::filesystem::copy_options::overwrite_existing, error);
     if (error) {
         failWriting(file.target(), error.value());
@@ -62,16 +68,14 @@ bool isContainerEnding(const std::string& ending) {
 }
 
 WrittenFiles writeContainer(const std::string& path, const Scan& scan,
-                            const std::vector<SweepClasses>& classes) {
+                            const std::vector<SweepClasses>& classes, const ClassForm& form) {
     const Container& container = *find(lowerCase(std::filesystem::path(path).extension().string()));
     const Containers& module = containers();
     OutputFile file(path);
     WrittenFiles written{{path}, {}};
-    if (!classes.empty() && scan.format == container.format && copyInput(scan, file)) {
-        (module.*container.add)(file.temporary(), classes);
-    } else {
-        written.notes = (module.*container.write)(file.temporary(), scan, classes);
-    }
+    const bool copied = !classes.empty() && isSameFormat(scan, container) && copyInput(scan, file);
+    written.notes = copied ? (module.*container.add)(file.temporary(), classes, form)
+                           : (module.*container.write)(file.temporary(), scan, classes, form);
     file.commit();
     return written;
 }

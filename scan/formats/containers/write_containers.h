@@ -14,11 +14,11 @@ bool isContainerEnding(const std::string& ending);
 
 /*
  * One file for the whole scan. Where the scan was read from a file of the same format, and there
- * are classes, that file is copied, and the classes are added to it: all else stays as it is.
- * Throws std::runtime_error.
+ * are classes, that file is copied, the classes are added to it, and the fields that were cleaned
+ * are changed: all else stays as it is. Throws std::runtime_error.
  */
 WrittenFiles writeContainer(const std::string& path, const Scan& scan,
-                            const std::vector<SweepClasses>& classes);
+                            const std::vector<SweepClasses>& classes, const ClassForm& form = {});
 
 }  // namespace scan
 

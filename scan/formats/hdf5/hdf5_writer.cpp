@@ -3,8 +3,12 @@
 #include "scan/formats/hdf5/hdf5_writer.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstring>
+#include <set>
 #include <stdexcept>
+
+#include "scan/formats/writing/plain_values.h"
 
 namespace scan::hdf5 {
 namespace {
@@ -113,6 +117,54 @@ void Writer::plane(const std::string& name, int rows, int columns,
 void Writer::plane(const std::string& name, int rows, int columns,
                    std::span<const std::uint8_t> values) const {
     data(name, rows, columns, H5T_NATIVE_UINT8, values.data());
+}
+
+RawPlane Writer::rawPlane(const std::string& name) const {
+    const Handle data(H5Dopen2(handle_.get(), name.c_str(), H5P_DEFAULT));
+    const Handle space(H5Dget_space(data.get()));
+    const Handle type(H5Dget_type(data.get()));
+    hsize_t shape[2] = {0, 0};
+    if (H5Sget_simple_extent_dims(space.get(), shape, nullptr) != 2) {
+        fail(name);
+    }
+    RawPlane plane;
+    plane.rows = static_cast<int>(shape[0]);
+    plane.columns = static_cast<int>(shape[1]);
+    if (H5Tget_class(type.get()) == H5T_INTEGER) {
+        const int bits = static_cast<int>(8 * std::min<std::size_t>(H5Tget_size(type.get()), 4));
+        const bool isSigned = H5Tget_sign(type.get()) == H5T_SGN_2;
+        plane.least = isSigned ? -std::ldexp(1, bits - 1) : 0;
+        plane.most = std::ldexp(1, isSigned ? bits - 1 : bits) - 1;
+    }
+    plane.values.resize(shape[0] * shape[1]);
+    if (H5Dread(data.get(), H5T_NATIVE_DOUBLE, H5S_ALL, H5S_ALL, H5P_DEFAULT, plane.values.data()) <
+        0) {
+        fail(name);
+    }
+    return plane;
+}
+
+void Writer::replace(const std::string& name, const RawPlane& plane) const {
+    const Handle data(H5Dopen2(handle_.get(), name.c_str(), H5P_DEFAULT));
+    if (!data || H5Dwrite(data.get(), H5T_NATIVE_DOUBLE, H5S_ALL, H5S_ALL, H5P_DEFAULT,
+                          plane.values.data()) < 0) {
+        fail(name);
+    }
+}
+
+double RawPlane::unusedValue() const {
+    if (least == most) {
+        return kNoEchoMark;
+    }
+    const std::set<double> used(values.begin(), values.end());
+    double value = least;
+    while (value < most && used.count(value) > 0) {
+        ++value;
+    }
+    if (used.count(value) > 0) {
+        throw std::runtime_error("all values of its type are in use: none is left for no echo");
+    }
+    return value;
 }
 
 void Writer::table(const std::string& name, const std::vector<Row>& rows) const {

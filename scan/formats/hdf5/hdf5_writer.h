@@ -11,6 +11,16 @@
 
 namespace scan::hdf5 {
 
+/* Two-dimensional data as they are in a file, without gain and offset. */
+struct RawPlane {
+    int rows = 0, columns = 0;
+    std::vector<double> values;
+    double least = 0, most = 0;  // of their type; equal: floating-point numbers
+
+    /* One that they can hold and none of them is. Throws std::runtime_error if all are in use. */
+    double unusedValue() const;
+};
+
 /* A group that is written to. All functions throw std::runtime_error if the file cannot be written,
  * with the name that failed. */
 class Writer {
@@ -30,6 +40,10 @@ class Writer {
     void plane(const std::string& name, int rows, int columns, std::span<const float> values) const;
     void plane(const std::string& name, int rows, int columns,
                std::span<const std::uint8_t> values) const;
+
+    /* Existing data, and other values in their place; they keep their type and compression. */
+    RawPlane rawPlane(const std::string& name) const;
+    void replace(const std::string& name, const RawPlane& plane) const;
 
     /* A table of two columns of text, as the legend of a quantity is. */
     struct Row {

@@ -43,7 +43,9 @@ const VariableWriter& VariableWriter::number(const char* name, float value) cons
 
 const VariableWriter& VariableWriter::bytes(const char* name,
                                             const std::vector<std::uint8_t>& values) const {
-    check(nc_put_att_ubyte(group_, id_, name, NC_UBYTE, values.size(), values.data()), name_);
+    int type = NC_UBYTE;  // of the variable, as CF asks
+    check(nc_inq_vartype(group_, id_, &type), name_);
+    check(nc_put_att_ubyte(group_, id_, name, type, values.size(), values.data()), name_);
     return *this;
 }
 
@@ -98,6 +100,30 @@ int Writer::dimension(const std::string& name, std::size_t length) const {
     return id;
 }
 
+std::vector<double> Writer::raw(const std::string& variable) const {
+    int id = 0;
+    check(nc_inq_varid(id_, variable.c_str(), &id), variable);
+    std::size_t count = 1;
+    for (const int dimension : dimensionsOf(variable)) {
+        std::size_t length = 0;
+        check(nc_inq_dimlen(id_, dimension, &length), variable);
+        count *= length;
+    }
+    std::vector<double> values(count);
+    nc_enddef(id_);  // as in floats()
+    check(nc_get_var_double(id_, id, values.data()), variable);
+    nc_redef(id_);
+    return values;
+}
+
+void Writer::replace(const std::string& variable, std::span<const double> values) const {
+    int id = 0;
+    check(nc_inq_varid(id_, variable.c_str(), &id), variable);
+    nc_enddef(id_);
+    check(nc_put_var_double(id_, id, values.data()), variable);
+    nc_redef(id_);
+}
+
 void Writer::text(const char* attribute, const std::string& value) const {
     check(nc_put_att_text(id_, NC_GLOBAL, attribute, value.size(), value.c_str()), attribute);
 }
@@ -110,11 +136,15 @@ int Writer::define(const std::string& name, int type, const Dimensions& dimensio
     return id;
 }
 
-/* Files of the classic model are not compressed: the refusal does not matter. */
-void Writer::compress(int variable, const std::string& name, const Dimensions& dimensions) const {
+int Writer::format() const {
     int format = 0;
-    check(nc_inq_format(id_, &format), name);
-    if (format == NC_FORMAT_NETCDF4 && !dimensions.empty()) {
+    check(nc_inq_format(id_, &format), "the file");
+    return format;
+}
+
+/* Files of the classic model are not compressed. */
+void Writer::compress(int variable, const std::string& name, const Dimensions& dimensions) const {
+    if (format() == NC_FORMAT_NETCDF4 && !dimensions.empty()) {
         check(nc_def_var_deflate(id_, variable, 1, 1, kDeflateLevel), name);
     }
 }
@@ -147,9 +177,11 @@ VariableWriter Writer::floats(const std::string& name, const Dimensions& dimensi
 
 VariableWriter Writer::bytes(const std::string& name, const Dimensions& dimensions,
                              std::span<const std::uint8_t> values, std::uint8_t fill) const {
-    const int id = define(name, NC_UBYTE, dimensions);
+    const bool classic = format() != NC_FORMAT_NETCDF4 && format() != NC_FORMAT_64BIT_DATA;
+    const int type = classic ? NC_SHORT : NC_UBYTE;  // the smallest that holds 0 to 255
+    const int id = define(name, type, dimensions);
     compress(id, name, dimensions);
-    check(nc_put_att_ubyte(id_, id, "_FillValue", NC_UBYTE, 1, &fill), name);
+    check(nc_put_att_ubyte(id_, id, "_FillValue", type, 1, &fill), name);
     nc_enddef(id_);  // as above
     check(nc_put_var_ubyte(id_, id, values.data()), name);
     nc_redef(id_);

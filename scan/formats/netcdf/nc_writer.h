@@ -44,6 +44,10 @@ class Writer {
     int dimension(const std::string& name) const;
     Dimensions dimensionsOf(const std::string& variable) const;
 
+    /* All values of an existing variable, without scale and offset, and others in their place. */
+    std::vector<double> raw(const std::string& variable) const;
+    void replace(const std::string& variable, std::span<const double> values) const;
+
     void text(const char* attribute, const std::string& value) const;
     VariableWriter doubles(const std::string& name, const Dimensions& dimensions,
                            std::span<const double> values) const;
@@ -63,6 +67,7 @@ class Writer {
   private:
     struct File;
     Writer(std::shared_ptr<const File> file, int id) : file_(std::move(file)), id_(id) {}
+    int format() const;
     int define(const std::string& name, int type, const Dimensions& dimensions) const;
     void compress(int variable, const std::string& name, const Dimensions& dimensions) const;
 

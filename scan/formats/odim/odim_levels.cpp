@@ -49,4 +49,13 @@ std::optional<double> Level::firstNumber(Folder folder,
     return std::nullopt;
 }
 
+Packing packingOf(const Level& data) {
+    Packing packing;
+    packing.gain = data.number(Folder::kWhat, "gain").value_or(1);
+    packing.offset = data.number(Folder::kWhat, "offset").value_or(0);
+    packing.nodata = data.number(Folder::kWhat, "nodata");
+    packing.undetect = data.number(Folder::kWhat, "undetect");
+    return packing;
+}
+
 }  // namespace scan::odim

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "scan/formats/hdf5/hdf5_group.h"
+#include "scan/formats/reading/packing.h"
 
 namespace scan::odim {
 
@@ -41,6 +42,9 @@ class Level {
     const Level* outer_;
     std::optional<hdf5::Group> folders_[3];
 };
+
+/* gain, offset, nodata and undetect of data. */
+Packing packingOf(const Level& data);
 
 }  // namespace scan::odim
 

@@ -76,6 +76,7 @@ std::string firstIdentifier(const std::string& source, std::initializer_list<con
 
 void fillSite(const Level& root, Scan& scan) {
     scan.source = root.text(Folder::kWhat, "source").value_or("");
+    scan.history = root.text(Folder::kHow, "history").value_or("");
     scan.radarName = firstIdentifier(scan.source, {"NOD", "RAD", "WIGOS", "WMO", "STN"});
     scan.siteName = firstIdentifier(scan.source, {"PLC", "CMT"});
     scan.latitudeDeg = root.number(Folder::kWhere, "lat").value_or(0);
@@ -105,15 +106,6 @@ void fillRadar(const Level& dataset, Scan& scan) {
     scan.hasRadarConstant = noise < -1 && noise > -100;
     scan.radarConstantDb = scan.hasRadarConstant ? -noise : 0;
     scan.operation.pulsesPerRay = static_cast<float>(number("Vsamples"));
-}
-
-Packing packingOf(const Level& data) {
-    Packing packing;
-    packing.gain = data.number(Folder::kWhat, "gain").value_or(1);
-    packing.offset = data.number(Folder::kWhat, "offset").value_or(0);
-    packing.nodata = data.number(Folder::kWhat, "nodata");
-    packing.undetect = data.number(Folder::kWhat, "undetect");
-    return packing;
 }
 
 /* The last word of how/task names a quality field that has no quantity of its own. */
@@ -159,6 +151,7 @@ class SweepReader {
             scan_.damage.push_back(std::string(error.what()) + ".");
             return;
         }
+        field.place = group->path();
         field.name = unique(nameOf(level, *group, name), sweep);
         field.units = unitsOf(field.name);
         field.noEcho = noEchoOf(packing);

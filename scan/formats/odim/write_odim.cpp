@@ -5,29 +5,19 @@
 #include "scan/formats/odim/write_odim.h"
 
 #include <algorithm>
-#include <cctype>
 #include <cmath>
 #include <cstdio>
-#include <stdexcept>
 
 #include "scan/calendar.h"
-#include "scan/formats/hdf5/hdf5_group.h"
 #include "scan/formats/hdf5/hdf5_writer.h"
-#include "scan/formats/writing/class_flags.h"
+#include "scan/formats/odim/odim_classes.h"
+#include "scan/formats/writing/history.h"
 #include "scan/formats/writing/plain_values.h"
 
 namespace scan::odim {
 namespace {
 
 constexpr double kLightSpeedMPerS = 299792458;
-constexpr char kTask[] = "clutterclassifier.echo.";
-
-std::string lowered(std::string text) {
-    for (char& c : text) {
-        c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-    }
-    return text;
-}
 
 std::string dateText(const DateTime& time) {
     char text[16];
@@ -73,6 +63,7 @@ void writeTop(const hdf5::Writer& file, const Scan& scan) {
     where.number("lon", scan.longitudeDeg);
     where.number("height", scan.altitudeM);
     const hdf5::Writer how = file.group("how");
+    how.text("history", historyOf(scan));
     const std::pair<const char*, double> numbers[] = {
         {"beamwH", scan.beamWidthDeg},
         {"wavelength", 100 * scan.wavelengthM},
@@ -249,67 +240,6 @@ class SweepWriter {
     std::size_t rays_, first_;
 };
 
-/* Codes of gates; 255 where a gate has no class. */
-std::vector<std::uint8_t> codesOf(const std::vector<float>& classes) {
-    std::vector<std::uint8_t> codes(classes.size(), kNoClass);
-    for (std::size_t i = 0; i < classes.size(); ++i) {
-        if (!std::isnan(classes[i])) {
-            codes[i] = static_cast<std::uint8_t>(classes[i]);
-        }
-    }
-    return codes;
-}
-
-void writeClasses(const hdf5::Writer& dataset, int number, const Sweep& sweep,
-                  const std::vector<float>& classes) {
-    constexpr int kUndetect = 254;  // every gate has a class or none: unused
-    const hdf5::Writer quality = dataset.group("quality" + std::to_string(number));
-    const hdf5::Writer what = quality.group("what");
-    what.text("quantity", kClassName);
-    what.number("gain", 1);
-    what.number("offset", 0);
-    what.number("nodata", kNoClass);
-    what.number("undetect", kUndetect);
-    const hdf5::Writer how = quality.group("how");
-    how.text("task", std::string(kTask) + "classification");
-    std::vector<hdf5::Writer::Row> legend;
-    std::string codes;
-    for (const ClassFlag& flag : kClassFlags) {
-        const std::string code = std::to_string(static_cast<int>(flag.code));
-        legend.push_back({flag.name, code});
-        codes += codes.empty() ? "" : ",";
-        codes += code + ":" + flag.name;
-    }
-    how.text("task_args", codes);
-    quality.plane("data", sweep.nrays, sweep.ngates, codesOf(classes));
-    quality.table("legend", legend);
-}
-
-/* One value a gate that says how sure the class is. */
-void writeCertainty(const hdf5::Writer& dataset, int number, const Sweep& sweep, const Field& field,
-                    const std::vector<float>& values) {
-    const CertaintyName name = certaintyName(field);
-    const hdf5::Writer quality = dataset.group("quality" + std::to_string(number));
-    const hdf5::Writer what = quality.group("what");
-    what.text("quantity", name.name);
-    what.number("gain", 1);
-    what.number("offset", 0);
-    what.number("nodata", kMissingMark);
-    what.number("undetect", kNoEchoMark);
-    quality.group("how").text("task", kTask + lowered(name.name));
-    quality.plane("data", sweep.nrays, sweep.ngates, values);
-}
-
-/* Quality groups from number on; roll puts values in the order of the file's rays. */
-template <class Roll>
-void writeEntry(const hdf5::Writer& dataset, int number, const SweepClasses& entry, Roll roll) {
-    writeClasses(dataset, number, *entry.sweep, roll(*entry.classes));
-    for (const Field& field : entry.certainty) {
-        writeCertainty(dataset, ++number, *entry.sweep, field,
-                       roll(plainValues(field, kMissingMark, kNoEchoMark)));
-    }
-}
-
 const SweepClasses* entryOf(const Sweep& sweep, const std::vector<SweepClasses>& classes) {
     for (const SweepClasses& entry : classes) {
         if (entry.sweep == &sweep) {
@@ -317,15 +247,6 @@ const SweepClasses* entryOf(const Sweep& sweep, const std::vector<SweepClasses>&
         }
     }
     return nullptr;
-}
-
-/* The next number of a quality group in a dataset. */
-int nextQuality(const hdf5::Group& dataset) {
-    int number = 1;
-    while (dataset.holds("quality" + std::to_string(number))) {
-        ++number;
-    }
-    return number;
 }
 
 std::vector<std::string> lost(const Scan& scan) {
@@ -341,7 +262,8 @@ std::vector<std::string> lost(const Scan& scan) {
 }  // namespace
 
 std::vector<std::string> writeOdim(const std::string& path, const Scan& scan,
-                                   const std::vector<SweepClasses>& classes) {
+                                   const std::vector<SweepClasses>& classes,
+                                   const ClassForm& form) {
     const hdf5::Writer file = hdf5::Writer::create(path);
     writeTop(file, scan);
     int number = 0;
@@ -351,29 +273,12 @@ std::vector<std::string> writeOdim(const std::string& path, const Scan& scan,
         writer.write();
         const SweepClasses* entry = entryOf(sweep, classes);
         if (entry) {
-            writeEntry(dataset, 1, *entry,
-                       [&](const std::vector<float>& values) { return writer.inOrder(values); });
+            const FreeNumbers free = {static_cast<int>(sweep.fields.size()) + 1, 1};
+            writeClasses(dataset, free, *entry, form,
+                         [&](const std::vector<float>& values) { return writer.inOrder(values); });
         }
     }
     return lost(scan);
-}
-
-void addOdimClasses(const std::string& path, const std::vector<SweepClasses>& classes) {
-    std::vector<int> numbers;
-    for (const SweepClasses& entry : classes) {
-        const auto dataset =
-            hdf5::openFile(path).find("dataset" + std::to_string(entry.sweep->number));
-        if (!dataset) {
-            throw std::runtime_error("sweep " + std::to_string(entry.sweep->number) +
-                                     " is no longer in its file");
-        }
-        numbers.push_back(nextQuality(*dataset));
-    }
-    const hdf5::Writer file = hdf5::Writer::open(path);
-    for (std::size_t i = 0; i < classes.size(); ++i) {
-        writeEntry(file.group("dataset" + std::to_string(classes[i].sweep->number)), numbers[i],
-                   classes[i], [](const std::vector<float>& values) { return values; });
-    }
 }
 
 }  // namespace scan::odim

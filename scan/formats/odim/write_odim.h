@@ -16,11 +16,13 @@ namespace scan::odim {
  * Returns sentences about what the format cannot hold. Throws std::runtime_error.
  */
 std::vector<std::string> writeOdim(const std::string& path, const Scan& scan,
-                                   const std::vector<SweepClasses>& classes);
+                                   const std::vector<SweepClasses>& classes, const ClassForm& form);
 
-/* Adds a quality group to the datasets of an existing file; all else in it stays as it is. Sweeps
- * are those that readOdim() made of the file. */
-void addOdimClasses(const std::string& path, const std::vector<SweepClasses>& classes);
+/* Adds a quality group to the datasets of an existing file and cleans its data; all else in it
+ * stays as it is. Sweeps are those that readOdim() made of the file. */
+std::vector<std::string> addOdimClasses(const std::string& path,
+                                        const std::vector<SweepClasses>& classes,
+                                        const ClassForm& form);
 
 }  // namespace scan::odim
 

@@ -4,10 +4,13 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <limits>
 #include <memory>
 
 #include "clutterclassifier/clutterclassifier.h"
 #include "scan/class_codes.h"
+#include "scan/fields/role.h"
+#include "scan/formats/writing/plain_values.h"
 #include "scan/quiet_library.h"
 
 namespace scan {
@@ -35,6 +38,14 @@ std::vector<float> withoutNan(std::vector<float> classes) {
     std::replace_if(
         classes.begin(), classes.end(), [](float value) { return std::isnan(value); }, kNoise);
     return classes;
+}
+
+/* Records have a mark of no rain for reflectivities; other fields have no value there. */
+std::vector<float> recordValues(const Field& field) {
+    if (field.noEchoGates.empty() || roleOfName(field.name) != Role::kZhh) {
+        return field.values;
+    }
+    return plainValues(field, std::numeric_limits<float>::quiet_NaN(), kNoRainDbz);
 }
 
 }  // namespace
@@ -92,7 +103,7 @@ void writeRecords(const OutputFile& file, const Scan& scan, const Sweep& sweep,
     const std::unique_ptr<Cpluvek[]> records(new Cpluvek[std::max<std::size_t>(fields.size(), 1)]);
     for (int f = 0; f < count; ++f) {
         const Field& field = fields[static_cast<std::size_t>(f)];
-        fillFieldRecord(scan, sweep, field.name, field.units, field.values, records[f]);
+        fillFieldRecord(scan, sweep, field.name, field.units, recordValues(field), records[f]);
         records[f].recindex = f;
         records[f].nrecords = count;
     }

@@ -14,6 +14,7 @@
 #include "scan/class_codes.h"
 #include "scan/formats/uf/field_words.h"
 #include "scan/formats/uf/make_words.h"
+#include "scan/text.h"
 
 namespace scan {
 namespace {
@@ -147,6 +148,35 @@ void addFields(Cufray& ray, int count, const std::vector<AddedField>& added,
     layOut(ray, total);
 }
 
+/* The words of a ray's fields that were cleaned. Readers trim the names. */
+void blank(Cufray& ray, const CleanedFields& cleaned, std::size_t at) {
+    for (int f = 0; f < ray.nfields; ++f) {
+        const std::string name = printable(ray.table[f].name);
+        const bool chosen =
+            std::any_of(cleaned.fields.begin(), cleaned.fields.end(),
+                        [&](const std::string& field) { return printable(field) == name; });
+        short* words = ray.data + static_cast<std::size_t>(f) * ray.ngates;
+        for (std::size_t g = 0; chosen && g < ray.ngates; ++g) {
+            words[g] = cleaned.gates[at + g] != 0 ? ray.missingvalue : words[g];
+        }
+    }
+}
+
+/* Gates that hold no echo have the word of missing ones. */
+void noteNoEcho(const Scan& scan, std::vector<std::string>& notes) {
+    const auto silent = [](const Field& field) {
+        const auto& gates = field.noEchoGates;
+        return std::find(gates.begin(), gates.end(), 1) != gates.end();
+    };
+    for (const Sweep& sweep : scan.sweeps) {
+        if (std::any_of(sweep.fields.begin(), sweep.fields.end(), silent)) {
+            notes.push_back(
+                "Universal Format has no mark of no echo: gates without an echo are missing.");
+            return;
+        }
+    }
+}
+
 }  // namespace
 
 std::vector<std::string> writeUniversalFormat(const OutputFile& file, const Scan& scan,
@@ -165,10 +195,15 @@ std::vector<std::string> writeUniversalFormat(const OutputFile& file, const Scan
     for (const Sweep& sweep : scan.sweeps) {
         const SweepClasses* entry = findClasses(sweep, classes);
         for (int r = 0; r < sweep.nrays; ++r) {
-            addFields(words->rays[next++], count, added, entry,
-                      static_cast<std::size_t>(r) * static_cast<std::size_t>(sweep.ngates));
+            Cufray& ray = words->rays[next++];
+            const auto at = static_cast<std::size_t>(r) * static_cast<std::size_t>(sweep.ngates);
+            if (entry && words != &made) {
+                blank(ray, entry->cleaned, at);
+            }
+            addFields(ray, count, added, entry, at);
         }
     }
+    noteNoEcho(scan, notes);
     save(*words, file);
     return notes;
 }
@@ -181,6 +216,7 @@ std::vector<std::string> writeUniversalFormat(const OutputFile& file, const Scan
         notes = makeWords(scan, made);
         words = &made;
     }
+    noteNoEcho(scan, notes);
     save(*words, file);
     return notes;
 }
