@@ -19,7 +19,7 @@ using namespace clutter::test;
 using Output = ProgramOnAScan;
 
 TEST_F(Output, NothingHalfWrittenStays) {
-    /* A directory stands where the second sweep's file should go. */
+    // A directory has the name of the second sweep's file.
     const std::string out = directory_.path() + "/out";
     fs::create_directories(out + "/classes_sweep2.csv");
     const Outcome outcome = runProgram("classify " + volume() + " -o " + out + "/classes.csv");

@@ -218,7 +218,7 @@ TEST_F(Process, AppendsSamplesAtPoints) {
     EXPECT_FALSE(fs::exists(prefix + "_KDP.dat"));
 }
 
-/* No number of the context's own stands where the files hold no value. */
+/* Where the files hold no value, samples show none of the context's own numbers. */
 TEST_F(Process, SamplesOfGatesWithoutValueAreNan) {
     const std::string points = write("points.txt", "3000 18\n25000 18\n");
     const std::string prefix = directory_.file("gauge");

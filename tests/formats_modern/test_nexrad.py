@@ -92,7 +92,7 @@ def test_messages_of_old_radars(tmp_path):
     assert sweep.values["VRADH"][0][:2].tolist() == [-64.5, pytest.approx(np.nan, nan_ok=True)]
     expected = np.float32([-33] * 2 + [np.nan] * 4 + [-32] * 4 + [17] * 4)
     np.testing.assert_array_equal(sweep.values["DBZH"][1], expected)
-    assert abs(sweep.azimuth[1] - 11) < 0.01
+    assert abs(sweep.azimuth[1] - 11) < 0.01 and scan.constant == 40
     assert "cover several gates" in scan.oddities[0]
 
 

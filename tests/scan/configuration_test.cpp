@@ -39,7 +39,7 @@ TEST(ConfigurationCheck, ReportsWhatIsWrongAndWhere) {
         {"FREEZING_LEVEL nan", "1! FREEZING_LEVEL: nan is not a number\n"},
         {"ZDR_BIAS 0,2", "1! ZDR_BIAS: 0,2 is not a number\n"},
         {"WHAT2DO 1.0", "1! WHAT2DO: 1.0 is not a whole number\n"},
-        /* Beyond the table, but read as it stands. */
+        // Beyond the table, but read all the same.
         {"WHAT2DO 256", "1: WHAT2DO: 256 is not within 0 to 255\n"},
         {"ATTENUATION_ALG 9", "1: ATTENUATION_ALG: 9 is not within -1 to 8\n"},
         {"RAINFALL_ALG -1 GATES2AVE_ZHH -1", "1: GATES2AVE_ZHH: -1 is not within 0 to 999\n"},
