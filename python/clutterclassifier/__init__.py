@@ -9,11 +9,12 @@ from __future__ import annotations
 import importlib
 from typing import TYPE_CHECKING
 
-from ._arrays.attenuation import (AttenuationAlgorithm, AttenuationResult, HotSpot, HotSpots, ZdrCorrection,
-                                  attenuation, correct_zdr, hot_spots, specific_attenuation)
+from ._arrays.attenuation import (AttenuationAlgorithm, AttenuationResult, ZdrCorrection, attenuation,
+                                  correct_zdr, specific_attenuation)
 from ._arrays.beam import (BeamPattern, VerticalProfiles, beam_elevation, beam_height, beam_pattern,
                            correct_profile, slant_range, vertical_profiles)
 from ._arrays.classify import Certainty, classify, membership_directory
+from ._arrays.hot_spots import HotSpot, HotSpots, hot_spots
 from ._arrays.phase import close_phase_gaps, extend_phase, fill_phase, system_phase, unfold_phase
 from ._arrays.process import Processed, Stage, process
 from ._arrays.rain import hybrid_rain_rate, rain_rate, rain_to_z, z_to_rain
