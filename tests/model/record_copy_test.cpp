@@ -3,6 +3,7 @@
  */
 #include <gtest/gtest.h>
 
+#include <cstdio>
 #include <cstring>
 #include <memory>
 #include <new>
@@ -81,6 +82,55 @@ TEST(CopyPointerToObject, TakesTheElementButKeepsTheStorageType) {
     delete[] source[1].data;
     source[1].data = nullptr;
     EXPECT_EQ(source[0].CopyPointerToObject(1, first), -1);
+}
+
+/* Every member that describes the scan, each with a value of its own. */
+TEST(CopyPointerToObject, TakesTheWholeDescription) {
+    int Cpluvek::*const whole[] = {&Cpluvek::valid,   &Cpluvek::year,      &Cpluvek::month,
+                                   &Cpluvek::day,     &Cpluvek::hour,      &Cpluvek::minute,
+                                   &Cpluvek::second,  &Cpluvek::coordtype, &Cpluvek::firstgate,
+                                   &Cpluvek::colormap};
+    float Cpluvek::*const numbers[] = {
+        &Cpluvek::gatesize,   &Cpluvek::beamwidth, &Cpluvek::displaymin, &Cpluvek::displaymax,
+        &Cpluvek::radarconst, &Cpluvek::minsnr,    &Cpluvek::rpm,        &Cpluvek::prf,
+        &Cpluvek::pulsedepth, &Cpluvek::nsamples,  &Cpluvek::wavelength, &Cpluvek::latitude,
+        &Cpluvek::longitude,  &Cpluvek::altitude,  &Cpluvek::nyquist};
+    char(Cpluvek::*const texts[])[100] = {&Cpluvek::xlabel, &Cpluvek::ylabel, &Cpluvek::title,
+                                          &Cpluvek::name, &Cpluvek::units};
+    Cpluvek source, copy;
+    fill(source, 0);
+    int next = 31;
+    for (const auto member : whole) {
+        source.*member = ++next;
+    }
+    for (const auto member : numbers) {
+        source.*member = static_cast<float>(++next);
+    }
+    for (const auto member : texts) {
+        std::snprintf(source.*member, 100, "%d", ++next);
+    }
+    std::strcpy(source.datetime, "some day");
+    source.colorflag = 77;
+    source.radarid = 78;
+    source.gridxy[0] = 5;
+    source.gridxy[1] = 6;
+    ASSERT_EQ(source.CopyPointerToObject(0, copy), 1);
+    for (const auto member : whole) {
+        EXPECT_EQ(copy.*member, source.*member) << source.*member;
+    }
+    for (const auto member : numbers) {
+        EXPECT_EQ(copy.*member, source.*member);
+    }
+    for (const auto member : texts) {
+        EXPECT_STREQ(copy.*member, source.*member);
+    }
+    EXPECT_STREQ(copy.datetime, "some day");
+    EXPECT_EQ(copy.colorflag, 77);
+    EXPECT_EQ(copy.radarid, 78);
+    EXPECT_EQ(copy.gridxy[0], 5);
+    EXPECT_EQ(copy.gridxy[1], 6);
+    EXPECT_EQ(copy.axislimits[5], source.axislimits[5]);
+    EXPECT_EQ(copy.axislimits0[5], source.axislimits[5]);
 }
 
 TEST(CopyPointerToObject, OntoItself) {
