@@ -168,7 +168,7 @@ def _limited(command, environment, folder: Path, seconds: float) -> tuple[int | 
 
 def _first_failure(test: str, code: int | None, said: str) -> str:
     how = "" if code is not None and code > 0 else " (endless)" if code is None else f" (signal {-code})"
-    failed = re.search(r"\[  FAILED  \] ([\w./]+)", said) or re.search(r"(\S+) (?:FAILED|ERROR)", said)
+    failed = re.search(r"\[  FAILED  \] ([\w./]+)", said) or re.search(r"^(\S+::.*|\S+) (?:FAILED|ERROR)", said, re.M)
     started = re.findall(r"\[ RUN      \] ([\w./]+)", said)
     name = failed[1] if failed else started[-1] if started else ""
     if test.endswith(".py"):

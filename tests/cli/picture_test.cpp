@@ -5,12 +5,18 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cctype>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <functional>
 #include <limits>
 #include <memory>
+#include <sstream>
 #include <stdexcept>
+#include <string>
+#include <utility>
+#include <vector>
 
 #include "picture/palette.h"
 #include "picture_sweep.h"
@@ -125,6 +131,53 @@ TEST_F(PictureFile, IsOfTheFormatItsNameSays) {
         EXPECT_EQ(contents(path(name)).rfind(start, 0), 0u) << name;
     }
     EXPECT_EQ(filesInDirectory(), 3);  // no temporary file is left
+}
+
+/* The points of a vector picture where a line turns or a character begins. */
+std::vector<std::pair<double, double>> pointsOf(const std::string& path) {
+    std::ifstream file(path);
+    std::vector<std::pair<double, double>> points;
+    for (std::string line; std::getline(file, line);) {
+        const bool drawn = line.find("<path style=\"fill:none") != std::string::npos &&
+                           line.find("transform") == std::string::npos;
+        std::size_t at = drawn ? line.find(" d=\"") + 4 : line.find(" x=\"") + 4;
+        if (!drawn && line.find("<use xlink:href=\"#glyph") == std::string::npos) {
+            continue;
+        }
+        std::string numbers = line.substr(at);
+        std::replace_if(
+            numbers.begin(), numbers.end(),
+            [](char c) { return std::isdigit(c) == 0 && c != '.' && c != '-'; }, ' ');
+        std::istringstream words(numbers);
+        for (double x = 0, y = 0; words >> x >> y;) {
+            points.emplace_back(x, y);
+        }
+    }
+    return points;
+}
+
+TEST_F(PictureFile, StaysOnItsPage) {
+    Sweep sweep = sweepOf({2, 92, 182, 272}, 4, 4000.0);
+    PictureOptions options;
+    options.widthPx = 900;
+    for (const bool rhi : {false, true}) {
+        sweep.rhi = rhi;
+        sweep.elevationDeg = {1, 20, 40, 60};
+        const Field field{"DZ", "dBZ", std::vector<float>(16, 20.0f)};
+        const Field classes{"CCl", "", std::vector<float>(16, 5.0f)};
+        drawPanels(scan_, sweep, {field, classes}, options, path("a.svg"));
+        const std::string page = contents(path("a.svg"));
+        const auto sizeOf = [&](const char* side) {
+            return std::stod(page.substr(page.find(side) + std::strlen(side)));
+        };
+        const double width = sizeOf(" width=\""), height = sizeOf(" height=\"");
+        EXPECT_EQ(width, 900);
+        const auto points = pointsOf(path("a.svg"));
+        EXPECT_GT(points.size(), 300u) << rhi;
+        for (const auto& [x, y] : points) {
+            EXPECT_TRUE(x > 0 && x < width && y > 0 && y < height) << rhi << " " << x << " " << y;
+        }
+    }
 }
 
 /* The radar and the site, once each; of a file that names neither, the name of the file. */

@@ -3,14 +3,17 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
 #include <cstdlib>
 #include <ctime>
 #include <limits>
+#include <optional>
 #include <random>
 #include <type_traits>
 #include <vector>
 
 #include "clutterclassifier/CDSP.h"
+#include "dsp/search/random_fill.h"
 #include "support/bits.h"
 
 namespace {
@@ -289,6 +292,16 @@ TEST(Interp, BetweenKnotsAndBeyond) {
     Doubles unordered = {5, 1, 8, 9}, at = {3};  // the first knot above, whatever the order
     dsp.interp(unordered.data(), y.data(), 4, at.data(), at.data(), 1);
     EXPECT_EQ(at[0], 10.0);
+}
+
+/* The published numbers of the generator for this seed, their upper 31 bits. */
+TEST(SeededDraws, AreThoseOfSplitMix64) {
+    clutter::dsp::seedThread(1234567);
+    for (const std::uint64_t number :
+         {6457827717110365317u, 3203168211198807973u, 9817491932198370423u, 4593380528125082431u}) {
+        EXPECT_EQ(clutter::dsp::drawNumber(), static_cast<int>(number >> 33));
+    }
+    clutter::dsp::seedThread(std::nullopt);
 }
 
 /*

@@ -108,6 +108,19 @@ def test_damaged_records_are_left_out(tmp_path, damage, sentence):
     assert any(sentence in text for text in scan.damage)
 
 
+def test_a_moment_ends_with_its_message(tmp_path):
+    def cut(message):
+        """The message, eight bytes shorter as its header has it, too."""
+        halves = len(message) // 2 - 10
+        return message[:12] + struct.pack(">H", halves) + message[14:2 * halves + 12]
+
+    messages = [message31(0, [REF]), cut(message31(1, [REF])), message31(2, [REF])]
+    (tmp_path / "v").write_bytes(volume(messages, 0))
+    scan = dump(tmp_path / "v")
+    values = scan.sweeps[0].values["DBZH"]
+    assert scan.sweeps[0].rays == 3 and np.isnan(values[1]).all() and not np.isnan(values[2, 2:]).any()
+
+
 def test_no_cut_goes_unseen_or_crashes(tmp_path):
     for packed, step in ((0, 7), (2, 29)):
         whole = volume([message31(azimuth, [REF, PHI]) for azimuth in range(4)], packed)

@@ -187,3 +187,11 @@ def test_real_files_against_h5py(name):
                 values = (raw * what["gain"] + what["offset"]).astype("f4")
                 values[(raw == what["nodata"]) & (raw != what["undetect"])] = np.nan
                 np.testing.assert_array_equal(sweep.values[what["quantity"].decode()], values)
+
+
+def test_fields_are_not_widened_beyond_what_the_file_may_declare(tmp_path):
+    narrow = {f"dataset1/data{n}/data": np.ones((2000, 1), "u1") for n in range(1, 21)}
+    wide = {"dataset1/data21/data": np.ones((2000, 1000), "u1")}
+    scan = dump(make(tmp_path / "a.h5", [], narrow | wide))
+    assert "more than a file of this size can hold" in scan.damage[0]
+    assert (len(scan.sweeps[0].fields), scan.sweeps[0].gates) == (20, 1)
