@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <limits>
 #include <optional>
 #include <string>
 #include <vector>
@@ -87,6 +88,18 @@ TEST(ClassifySweep, AveragesOverTheNeighbourhoodAndExplainsItself) {
     EXPECT_EQ(static_cast<float>(why.explanation.margin), fields[1].values[4 * 40 + 20]);
     EXPECT_LT(fields[0].values[4 * 40 + 20], 0.5f);
     EXPECT_EQ(why.explanation.inputs, static_cast<unsigned>(CLUTTER_ZHH_TEXTURE));
+
+    for (int g = 0; g < 7; ++g) {
+        values[static_cast<std::size_t>(g)] = std::numeric_limits<float>::quiet_NaN();
+    }
+    values[39] = -60.0f;
+    const ClassifiedSweep counted = classifySweep({}, sweep, options);
+    EXPECT_EQ(counted.noise, 8);
+    EXPECT_EQ(counted.withoutValue, 7);
+    EXPECT_EQ(counted.groundClutter, 15);
+    EXPECT_EQ(counted.precipitation, 360 - 8 - 15);
+    EXPECT_EQ(counted.seaClutter + counted.turbineClutter, 0);
+    EXPECT_EQ(counted.gates(), 360);
 
     options.membership = "/nowhere";
     EXPECT_THROW(classifySweep({}, sweep, options), std::runtime_error)
