@@ -9,6 +9,7 @@ from __future__ import annotations
 import importlib
 from typing import TYPE_CHECKING
 
+from . import fields as fields
 from ._arrays.attenuation import (AttenuationAlgorithm, AttenuationResult, ZdrCorrection, attenuation,
                                   correct_zdr, specific_attenuation)
 from ._arrays.beam import (BeamPattern, VerticalProfiles, beam_elevation, beam_height, beam_pattern,
@@ -23,11 +24,11 @@ from ._arrays.signal import (Contingency, RadarConstant, contingency, estimate_r
                              signal_to_noise, to_decibels, to_linear)
 from ._arrays.toolkit import despeckle, isolated_gates, smooth, texture
 from ._arrays.zdr_offset import ScanStatistics, rain_statistics, vertical_statistics
-from ._model.echo import (GROUND_CLUTTER, MISSING, NOISE, PRECIPITATION, SEA_CLUTTER, TURBINE_CLUTTER,
-                          EchoClass, Inputs)
 from ._on_import import when_imported
 from ._synthetic import synthetic_arrays, synthetic_scan
 from ._version import __version__
+from .echo import (GROUND_CLUTTER, MISSING, NOISE, PRECIPITATION, SEA_CLUTTER, TURBINE_CLUTTER, EchoClass,
+                   Inputs)
 from .readers import open_dx, open_polar, open_record, open_uf, read, recognise, write
 
 __all__ = [

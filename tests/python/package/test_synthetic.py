@@ -84,6 +84,7 @@ def test_arrays_need_numpy_alone():
                     raise ModuleNotFoundError(name, name=name)
         sys.meta_path.insert(0, Nowhere())
         import clutterclassifier as cc
-        print(cc.synthetic_arrays(1, 4, 5)["truth"].shape)"""
+        print(cc.synthetic_arrays(1, 4, 5)["truth"].shape)
+        print(cc.echo.EchoClass is cc.EchoClass, cc.fields.quantity_of("zdr").name, cc.readers.read is cc.read)"""
     result = subprocess.run([sys.executable, "-c", code], capture_output=True, text=True, check=True)
-    assert result.stdout.split() == ["(4,", "5)"]
+    assert result.stdout.split() == ["(4,", "5)", "True", "ZDR", "True"]
