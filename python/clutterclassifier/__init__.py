@@ -9,7 +9,7 @@ from __future__ import annotations
 import importlib
 from typing import TYPE_CHECKING
 
-from . import fields as fields
+from . import echo, fields
 from ._arrays.attenuation import (AttenuationAlgorithm, AttenuationResult, ZdrCorrection, attenuation,
                                   correct_zdr, specific_attenuation)
 from ._arrays.beam import (BeamPattern, VerticalProfiles, beam_elevation, beam_height, beam_pattern,
@@ -37,7 +37,7 @@ __all__ = [
     "RadarConstant", "SEA_CLUTTER", "ScanStatistics", "Stage", "TURBINE_CLUTTER", "VerticalProfiles",
     "ZdrCorrection", "__version__", "attenuation", "beam_elevation", "beam_height", "beam_pattern",
     "check_config", "classify", "close_phase_gaps", "config_table", "contingency", "correct_profile",
-    "correct_zdr", "despeckle", "estimate_radar_constant", "example_config", "extend_phase",
+    "correct_zdr", "despeckle", "echo", "estimate_radar_constant", "example_config", "extend_phase", "fields",
     "fill_phase", "hot_spots", "hybrid_rain_rate", "isolated_gates", "membership_directory", "open_dx",
     "open_polar", "open_record", "open_uf", "process", "rain_rate", "rain_statistics", "rain_to_z",
     "read", "recognise", "signal_to_noise", "slant_range", "smooth", "specific_attenuation",
