@@ -43,8 +43,11 @@ def wrapped(name: str, signature: str) -> str:
 
 def stub() -> str:
     names = sorted(name for name in dir(_core) if not name.startswith("_"))
-    definitions = [wrapped(name, types(getattr(_core, name).__doc__.splitlines()[0])) for name in names]
-    return "\n".join([HEAD, *definitions]) + "\n"
+    members = {name: getattr(_core, name) for name in names}
+    constants = [f"{name}: {type(value).__name__}" for name, value in members.items() if not callable(value)]
+    definitions = [wrapped(name, types(function.__doc__.splitlines()[0])) for name, function in members.items()
+                   if callable(function)]
+    return "\n".join([HEAD, *constants, *definitions]) + "\n"
 
 
 if __name__ == "__main__":

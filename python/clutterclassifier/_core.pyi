@@ -5,6 +5,7 @@ from typing import Any
 import numpy as np
 from numpy.typing import NDArray
 
+FILTER_SHARE: float
 def attenuation(zhh: NDArray[np.float32], phidp: NDArray[np.float32], rhohv: NDArray[np.float32] | None,
                 classes: NDArray[np.float32], freezing_level: NDArray[np.float32],
                 elevation: NDArray[np.float64], spacing: float, algorithm: int, min_phase_rise: float,
@@ -40,7 +41,9 @@ def hybrid_rain_rate(zhh: NDArray[np.float32], zdr: NDArray[np.float32],
                      freezing_level: NDArray[np.float32], elevation: NDArray[np.float64],
                      spacing: float) -> NDArray[np.float32]: ...
 def input_table() -> list: ...
+def is_unfiltered_name(name: str) -> bool: ...
 def isolated_gates(classes: NDArray[np.float32], gates: int, rays: int, most: int) -> NDArray[np.bool_]: ...
+def known_names(name: str) -> list[str]: ...
 def process(membership: str, fields: dict[str, NDArray[np.float32]], spacing: float, rhi: bool,
             fixed_angle: float, azimuth: NDArray[np.float64], elevation: NDArray[np.float64],
             radar_constant: float | None, min_snr: float | None, inputs: int | None, configuration: str,

@@ -9,7 +9,9 @@
 
 #include "arrays.h"
 #include "scan/class_codes.h"
+#include "scan/fields/field_choice.h"
 #include "scan/fields/oddities.h"
+#include "scan/fields/role.h"
 #include "scan/formats/read_scan.h"
 #include "scan/quiet_library.h"
 #include "scan/scan_error.h"
@@ -176,6 +178,12 @@ py::dict readScan(const std::string& path, int polarLayout) {
 }  // namespace
 
 void bindScans(py::module_& module) {
+    module.attr("FILTER_SHARE") = scan::kFilterShare;
+    module.def(
+        "known_names",
+        [](const std::string& name) { return scan::knownNames(scan::roleOfName(name)); },
+        py::arg("name"));
+    module.def("is_unfiltered_name", &scan::isUnfilteredName, py::arg("name"));
     module.def(
         "recognise",
         [](const std::string& path) {

@@ -26,16 +26,17 @@ constexpr RoleInfo kRoles[kRoleCount + 1] = {
 struct KnownName {
     const char* name;  // lower case
     Role role;
+    bool unfiltered = false;  // measured before the clutter filter
 };
 
 /* Within a role the first is preferred: before the clutter filter, then after it. */
 constexpr KnownName kKnownNames[] = {
-    {"zt", Role::kZhh},
-    {"dbth", Role::kZhh},
-    {"th", Role::kZhh},
-    {"tz", Role::kZhh},
-    {"uz", Role::kZhh},
-    {"total_power", Role::kZhh},
+    {"zt", Role::kZhh, true},
+    {"dbth", Role::kZhh, true},
+    {"th", Role::kZhh, true},
+    {"tz", Role::kZhh, true},
+    {"uz", Role::kZhh, true},
+    {"total_power", Role::kZhh, true},
     {"dz", Role::kZhh},
     {"zh", Role::kZhh},
     {"dbzh", Role::kZhh},
@@ -65,7 +66,7 @@ constexpr KnownName kKnownNames[] = {
     {"rhv", Role::kRhv},
     {"uncorrected_cross_correlation_ratio", Role::kRhv},
     {"cross_correlation_ratio", Role::kRhv},
-    {"vt", Role::kVel},
+    {"vt", Role::kVel, true},
     {"vr", Role::kVel},
     {"ve", Role::kVel},
     {"v", Role::kVel},
@@ -89,14 +90,12 @@ constexpr KnownName kKnownNames[] = {
     {"linear_depolarization_ratio", Role::kLdr},
     {"lv", Role::kLdr},
     {"cmap", Role::kPdf},
+    {"clutter_likelihood", Role::kPdf},
     {"pdf", Role::kPdf},
     {"kd", Role::kKdp},
     {"kdp", Role::kKdp},
     {"specific_differential_phase", Role::kKdp},
 };
-
-/* Names of unfiltered moments. */
-constexpr const char* kUnfilteredNames[] = {"zt", "dbth", "th", "tz", "uz", "total_power", "vt"};
 
 }  // namespace
 
@@ -127,9 +126,8 @@ std::vector<std::string> knownNames(Role role) {
 }
 
 bool isUnfilteredName(const std::string& name) {
-    const std::string lower = lowerCase(name);
-    return std::any_of(std::begin(kUnfilteredNames), std::end(kUnfilteredNames),
-                       [&](const char* known) { return lower == known; });
+    const int rank = rankOfName(name);
+    return rank >= 0 && kKnownNames[rank].unfiltered;
 }
 
 }  // namespace scan

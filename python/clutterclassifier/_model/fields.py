@@ -4,6 +4,8 @@ from __future__ import annotations
 
 from typing import NamedTuple
 
+from .. import _core
+
 
 class Quantity(NamedTuple):
     """One radar quantity.
@@ -20,40 +22,44 @@ class Quantity(NamedTuple):
     aliases: tuple[str, ...]
 
 
-#: Names from before the clutter filter come first: there clutter still looks like clutter.
+def _quantity(name: str, argument: str, units: str, standard_name: str, long_name: str,
+              *aliases: str) -> Quantity:
+    """Those that a classification can use have the aliases that the program knows: names from before
+    the clutter filter come first, because there clutter still looks like clutter."""
+    return Quantity(name, argument, units, standard_name, long_name, tuple(_core.known_names(name)) or aliases)
+
+
 QUANTITIES = (
-    Quantity("DBZH", "dbzh", "dBZ", "radar_equivalent_reflectivity_factor_h",
-             "Equivalent reflectivity factor H",
-             ("dbth", "th", "zt", "tz", "uz", "total_power", "dbzh", "dbz", "reflectivity", "dz", "zh", "z",
-              "cz", "corrected_reflectivity", "zv")),
-    Quantity("ZDR", "zdr", "dB", "radar_differential_reflectivity_hv",
-             "Log differential reflectivity H/V",
-             ("uzdr", "zdr", "differential_reflectivity", "zd", "dr")),
-    Quantity("PHIDP", "phidp", "degrees", "radar_differential_phase_hv", "Differential phase HV",
-             ("uphidp", "phidp", "differential_phase", "ph", "dp", "pdp")),
-    Quantity("RHOHV", "rhohv", "unitless", "radar_correlation_coefficient_hv",
-             "Correlation coefficient HV",
-             ("urhohv", "rhohv", "cross_correlation_ratio", "rh", "rhv")),
-    Quantity("VRADH", "vrad", "m s-1", "radial_velocity_of_scatterers_away_from_instrument_h",
-             "Radial velocity of scatterers away from instrument H",
-             ("vradh", "vrad", "velocity", "vel", "vt", "vr", "ve", "v", "vraddh")),
-    Quantity("WRADH", "wrad", "m s-1", "radar_doppler_spectrum_width_h", "Doppler spectrum width H",
-             ("wradh", "wrad", "spectrum_width", "width", "sw", "w", "wid")),
-    Quantity("LDR", "ldr", "dB", "radar_linear_depolarization_ratio",
-             "Linear depolarization ratio",
-             ("ldr", "ldrh", "linear_depolarization_ratio", "ld", "lh", "lr", "lv")),
-    Quantity("CMAP", "clutter_likelihood", "unitless", "clutter_map", "Clutter map",
-             ("cmap", "clutter_likelihood", "pdf")),
-    Quantity("KDP", "kdp", "degrees per kilometer", "radar_specific_differential_phase_hv",
-             "Specific differential phase HV",
-             ("kdp", "specific_differential_phase", "kd")),
-    Quantity("SNRH", "snr", "dB", "signal_noise_ratio_h", "Signal to noise ratio H",
-             ("snrh", "snr", "sn", "signal_to_noise_ratio")),
-    Quantity("RATE", "rain", "mm h-1", "rainfall_rate", "Rain rate", ("rate", "rainfall_rate", "rr", "r")),
+    _quantity("DBZH", "dbzh", "dBZ", "radar_equivalent_reflectivity_factor_h",
+              "Equivalent reflectivity factor H"),
+    _quantity("ZDR", "zdr", "dB", "radar_differential_reflectivity_hv",
+              "Log differential reflectivity H/V"),
+    _quantity("PHIDP", "phidp", "degrees", "radar_differential_phase_hv", "Differential phase HV"),
+    _quantity("RHOHV", "rhohv", "unitless", "radar_correlation_coefficient_hv",
+              "Correlation coefficient HV"),
+    _quantity("VRADH", "vrad", "m s-1", "radial_velocity_of_scatterers_away_from_instrument_h",
+              "Radial velocity of scatterers away from instrument H"),
+    _quantity("WRADH", "wrad", "m s-1", "radar_doppler_spectrum_width_h", "Doppler spectrum width H"),
+    _quantity("LDR", "ldr", "dB", "radar_linear_depolarization_ratio",
+              "Linear depolarization ratio"),
+    _quantity("CMAP", "clutter_likelihood", "unitless", "clutter_map", "Clutter map"),
+    _quantity("KDP", "kdp", "degrees per kilometer", "radar_specific_differential_phase_hv",
+              "Specific differential phase HV"),
+    _quantity("SNRH", "snr", "dB", "signal_noise_ratio_h", "Signal to noise ratio H",
+              "snrh", "snr", "sn", "signal_to_noise_ratio"),
+    _quantity("RATE", "rain", "mm h-1", "rainfall_rate", "Rain rate", "rate", "rainfall_rate", "rr", "r"),
 )
 
 BY_NAME = {quantity.name: quantity for quantity in QUANTITIES}
 BY_ARGUMENT = {quantity.argument: quantity for quantity in QUANTITIES}
+
+#: Share of gates that a clutter filter changes, at least.
+FILTER_SHARE = _core.FILTER_SHARE
+
+
+def is_unfiltered_name(name: str) -> bool:
+    """Whether a field name says that it was measured before the clutter filter."""
+    return _core.is_unfiltered_name(name)
 
 
 def quantity_of(name: str) -> Quantity | None:

@@ -10,13 +10,10 @@ from numpy.typing import NDArray
 
 from .._arrays.arguments import NO_ECHO
 from .._model.echo import Inputs
+from .._model.fields import FILTER_SHARE
 from ._apply import is_no_echo, with_front
 from ._calibration import Calibration, estimated
 from ._sweep import FieldMap, Sweep, is_unfiltered, other_reflectivity
-
-#: Share of gates that a clutter filter changes, at least.
-_FILTERED_SHARE = 0.01
-
 
 def is_filtered(one: NDArray[Any], other: NDArray[Any]) -> bool:
     """Whether two reflectivities differ as they do before and after a clutter filter."""
@@ -24,7 +21,7 @@ def is_filtered(one: NDArray[Any], other: NDArray[Any]) -> bool:
     if known.size == 0 or (known == known[0]).all():
         return False
     same = (one == other) | (np.isnan(one) & np.isnan(other))
-    return bool(np.count_nonzero(~same) >= _FILTERED_SHARE * same.size)
+    return bool(np.count_nonzero(~same) >= FILTER_SHARE * same.size)
 
 
 def filtered_reflectivity(ds: xr.Dataset, sweep: Sweep, fields: FieldMap) -> xr.DataArray | None:

@@ -9,15 +9,12 @@ import numpy as np
 import xarray as xr
 
 from .._arrays.arguments import gate_spacing
-from .._model.fields import BY_ARGUMENT, BY_NAME, QUANTITIES
+from .._model.fields import BY_ARGUMENT, BY_NAME, QUANTITIES, is_unfiltered_name
 
 #: Variables by quantity: ``{"dbzh": "my_reflectivity", "ldr": None}``; None omits a quantity.
 FieldMap = Union[Mapping[str, Union[Hashable, None]], None]
 
 RANGE = "range"
-
-#: Names of quantities from before the radar's clutter filter.
-UNFILTERED = frozenset({"zt", "dbth", "th", "tz", "uz", "total_power", "vt"})
 
 
 class Sweep(NamedTuple):
@@ -101,7 +98,7 @@ def find_fields(ds: xr.Dataset, fields: FieldMap = None, *, corrected: bool = Fa
 
 def is_unfiltered(field: xr.DataArray) -> bool:
     """Whether a field is from before the clutter filter, by its name or its name in the file."""
-    return not UNFILTERED.isdisjoint({str(field.name).lower(), str(field.attrs.get("raw_name")).lower()})
+    return is_unfiltered_name(str(field.name)) or is_unfiltered_name(str(field.attrs.get("raw_name")))
 
 
 def other_reflectivity(ds: xr.Dataset, dbzh: xr.DataArray) -> xr.DataArray | None:
