@@ -14,6 +14,9 @@ constexpr float kTurbineClutter = 7;
 constexpr float kClassCodes[] = {kPrecipitation, kNoise, kGroundClutter, kSeaClutter,
                                  kTurbineClutter};
 
+/* Name of a class field in Universal Format files. */
+constexpr char kClassFieldName[] = "CC";
+
 /*
  * A field of class codes: named "CCl" or "CC", with class codes or NaN and at least one class.
  * (Elsewhere "CC" also names a correlation coefficient.)

@@ -5,11 +5,15 @@
 #define SCAN_SCAN_H
 
 #include <cstdint>
+#include <limits>
 #include <optional>
 #include <string>
 #include <vector>
 
 namespace scan {
+
+/* "No value". */
+constexpr float kNoValue = std::numeric_limits<float>::quiet_NaN();
 
 /* The library's mark of a gate without rain, in reflectivities. */
 constexpr float kNoRainDbz = -32;

@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
-#include <filesystem>
 #include <memory>
 #include <optional>
 #include <stdexcept>
@@ -31,20 +30,6 @@
 
 namespace cli {
 
-using scan::Field;
-using scan::isContainerEnding;
-using scan::lostElevationsNote;
-using scan::lowerCase;
-using scan::OutputFile;
-using scan::ReadOptions;
-using scan::Scan;
-using scan::singleParameterProducts;
-using scan::Sweep;
-using scan::writePolarData;
-using scan::writeRecords;
-using scan::writeScan;
-using scan::writeUniversalFormat;
-
 namespace {
 
 constexpr char kFooter[] =
@@ -63,26 +48,22 @@ struct ConvertArguments {
     std::string input, output, field;
     int product = kFloatProduct;
     std::optional<int> sweep;
-    ReadOptions read;
+    scan::ReadOptions read;
 };
 
 /* A scan of the wanted sweep only: field record and polar data files hold one. */
-Scan withOneSweep(const Scan& scan, const ConvertArguments& arguments) {
-    Scan single = scan;
+scan::Scan withOneSweep(const scan::Scan& scan, const ConvertArguments& arguments) {
+    scan::Scan single = scan;
     single.sweeps = {findOnlySweep(scan, arguments.sweep)};
     return single;
 }
 
-void writeAsRecords(const Scan& scan, const OutputFile& file) {
-    const Sweep& sweep = scan.sweeps[0];
+void writeAsRecords(const scan::Scan& scan, const scan::OutputFile& file) {
+    const scan::Sweep& sweep = scan.sweeps[0];
     if (sweep.rhi) {
-        printNote(lostElevationsNote("a field record file"));
+        printNote(scan::lostElevationsNote("a field record file"));
     }
-    writeRecords(file, scan, sweep, sweep.fields);
-}
-
-std::string endingOf(const std::string& path) {
-    return lowerCase(std::filesystem::path(path).extension().string());
+    scan::writeRecords(file, scan, sweep, sweep.fields);
 }
 
 /* Rejects options that would have no effect. */
@@ -92,7 +73,7 @@ void requireSoundCall(const CLI::App& command, const ConvertArguments& arguments
     requireEnding("OUT", arguments.output, {".uf", ".h5", ".hdf", ".hdf5", ".nc", ".nc4", ".pol"});
     requireLayoutUsed(arguments.read, input);
     for (const char* option : {"--field", "--product"}) {
-        if (command.count(option) > 0 && endingOf(arguments.output) != ".pol") {
+        if (command.count(option) > 0 && scan::endingOf(arguments.output) != ".pol") {
             throw CLI::ValidationError(option, "goes with a polar data file, OUT ending in .pol");
         }
     }
@@ -100,27 +81,27 @@ void requireSoundCall(const CLI::App& command, const ConvertArguments& arguments
 
 void convert(const ConvertArguments& arguments, const InputFile& input) {
     std::unique_ptr<Cufrw> words;
-    const Scan scan = readInput(input, words, arguments.read);
+    const scan::Scan scan = readInput(input, words, arguments.read);
     noteDamage(scan, Beside::kResults);
-    const std::string ending = endingOf(arguments.output);
-    if (isContainerEnding(ending)) {
-        printNotes(
-            writeScan(arguments.output, arguments.sweep ? withOneSweep(scan, arguments) : scan)
-                .notes);
+    const std::string ending = scan::endingOf(arguments.output);
+    if (scan::isContainerEnding(ending)) {
+        printNotes(scan::writeScan(arguments.output,
+                                   arguments.sweep ? withOneSweep(scan, arguments) : scan)
+                       .notes);
         std::printf("wrote %s\n", forTerminal(arguments.output).c_str());
         return;
     }
-    OutputFile file(arguments.output);
+    scan::OutputFile file(arguments.output);
     if (ending == ".uf" && words != nullptr && !arguments.sweep) {
-        printNotes(writeUniversalFormat(file, scan, words.get()));
+        printNotes(scan::writeUniversalFormat(file, scan, words.get()));
     } else if (ending == ".uf") {
-        printNotes(writeUniversalFormat(
+        printNotes(scan::writeUniversalFormat(
             file, arguments.sweep ? withOneSweep(scan, arguments) : scan, nullptr));
     } else if (ending == ".pol") {
-        const Scan single = withOneSweep(scan, arguments);
-        const Sweep& sweep = single.sweeps[0];
-        printNotes(writePolarData(file, single, sweep, chooseField(sweep, arguments.field),
-                                  arguments.product));
+        const scan::Scan single = withOneSweep(scan, arguments);
+        const scan::Sweep& sweep = single.sweeps[0];
+        printNotes(scan::writePolarData(file, single, sweep, chooseField(sweep, arguments.field),
+                                        arguments.product));
     } else {
         writeAsRecords(withOneSweep(scan, arguments), file);
     }
@@ -140,7 +121,7 @@ void addConvertCommand(CLI::App& app) {
     command
         ->add_option("--product", arguments->product,
                      "Code of the single-parameter product of a polar data file")
-        ->check(CLI::IsMember(singleParameterProducts()))
+        ->check(CLI::IsMember(scan::singleParameterProducts()))
         ->capture_default_str();
     command->add_option("--sweep", arguments->sweep, "Only the sweep of this number");
     addLayoutOption(*command, arguments->read);

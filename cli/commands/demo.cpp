@@ -7,14 +7,16 @@
 #include <chrono>
 #include <cstdint>
 #include <cstdio>
-#include <filesystem>
+#include <functional>
 #include <memory>
+#include <numeric>
 #include <stdexcept>
 #include <utility>
 
 #include "clutterclassifier/classifier.hpp"
 #include "clutterclassifier/clutterclassifier.h"
 #include "options/membership_dir.h"
+#include "picture/canvas.h"
 #include "picture/picture.h"
 #include "report/scores.h"
 #include "report/terminal.h"
@@ -26,18 +28,6 @@
 #include "scan/text.h"
 
 namespace cli {
-
-using scan::describeInputs;
-using scan::Field;
-using scan::lowerCase;
-using scan::makeSyntheticScan;
-using scan::OutputFile;
-using scan::parseInputs;
-using scan::requireMembershipFiles;
-using scan::Scan;
-using scan::Sweep;
-using scan::SyntheticScan;
-using scan::writeUniversalFormat;
 
 namespace {
 
@@ -63,7 +53,7 @@ void keepText(void* text, const char* message) {
 }
 
 /* The entry point has no status: what it prints is why it did not classify. */
-double classifyOnce(SyntheticScan& scan, const std::string& directory, int mask,
+double classifyOnce(scan::SyntheticScan& scan, const std::string& directory, int mask,
                     std::vector<double>& classes) {
     double params[3] = {scan.radarConstantDb, scan.minSnrDb, static_cast<double>(mask)};
     std::string complaint;
@@ -80,8 +70,7 @@ double classifyOnce(SyntheticScan& scan, const std::string& directory, int mask,
     return std::chrono::duration<double>(end - start).count();
 }
 
-Verdict classify(SyntheticScan& scan, const std::string& directory, int mask) {
-    requireMembershipFiles(directory, mask);
+Verdict classify(scan::SyntheticScan& scan, const std::string& directory, int mask) {
     Verdict verdict{std::vector<double>(scan.truth.size()), 0.0};
     std::vector<double> seconds;
     seconds.reserve(kRuns);
@@ -105,10 +94,10 @@ void printConfusion(const Confusion& confusion) {
     }
 }
 
-void printVerdict(const SyntheticScan& scan, int mask, const Verdict& verdict) {
+void printVerdict(const scan::SyntheticScan& scan, int mask, const Verdict& verdict) {
     const Confusion confusion = compare(scan.truth, verdict.classes);
     const Scores scores = scoresOf(confusion);
-    std::printf("\n%s\n", describeInputs(mask).c_str());
+    std::printf("\n%s\n", scan::describeInputs(mask).c_str());
     printConfusion(confusion);
     std::printf("  POD %.3f   FAR %.3f   CSI %.3f   HSS %.3f   precipitation kept %.1f %%\n",
                 scores.pod, scores.far, scores.csi, scores.hss, 100.0 * scores.kept);
@@ -116,15 +105,15 @@ void printVerdict(const SyntheticScan& scan, int mask, const Verdict& verdict) {
                 1e3 * verdict.seconds, kRuns, 1e-6 * scan.truth.size() / verdict.seconds);
 }
 
-Field asField(const char* name, const std::vector<double>& values, int wordsPerUnit = 100) {
+scan::Field asField(const char* name, const std::vector<double>& values, int wordsPerUnit = 100) {
     return {name, "", {values.begin(), values.end()}, wordsPerUnit};
 }
 
 /* The scan as a reader would return it. */
-Scan asScan(const SyntheticScan& synthetic, std::uint64_t seed) {
-    Scan scan;
+scan::Scan asScan(const scan::SyntheticScan& synthetic, std::uint64_t seed) {
+    scan::Scan scan;
     scan.radarName = "Synthetic scan, seed " + std::to_string(seed);
-    Sweep sweep;
+    scan::Sweep sweep;
     sweep.number = 1;
     sweep.fixedAngleDeg = synthetic.elevationDeg;
     sweep.azimuthDeg = synthetic.azimuthDeg;
@@ -142,26 +131,26 @@ Scan asScan(const SyntheticScan& synthetic, std::uint64_t seed) {
     return scan;
 }
 
-void drawDemo(const Scan& scan, const SyntheticScan& synthetic, const Verdict& verdict,
+void drawDemo(const scan::Scan& scan, const scan::SyntheticScan& synthetic, const Verdict& verdict,
               const DemoArguments& arguments) {
     PictureOptions options;
     options.widthPx = arguments.widthPx;
     options.headings = {"Horizontal reflectivity", "Classified", "Truth"};
     drawPanels(scan, scan.sweeps[0],
                {asField("DBZH", synthetic.zhh), asField("CCl", verdict.classes),
-                Field{"CCl", "", synthetic.truth}},
+                scan::Field{"CCl", "", synthetic.truth}},
                options, arguments.output);
 }
 
 /* The radar name of a file has eight letters, and readers expect a time. */
-void writeScan(Scan scan, const std::string& path) {
+void writeScan(scan::Scan scan, const std::string& path) {
     if (path.empty()) {
         return;
     }
     scan.radarName = "DEMO";
     scan.time = {2000, 1, 1};
-    OutputFile file(path);
-    writeUniversalFormat(file, scan, nullptr);
+    scan::OutputFile file(path);
+    scan::writeUniversalFormat(file, scan, nullptr);
     file.commit();
     std::printf("Scan: %s\n", forTerminal(path).c_str());
 }
@@ -173,14 +162,14 @@ std::vector<int> masksOf(const DemoArguments& arguments) {
         if (arguments.inputs.empty()) {
             return {scan::kDefaultInputs, CLUTTER_TEXTURES};
         }
-        return {parseInputs(arguments.inputs) & scan::kDefaultInputs};
+        return {scan::parseInputs(arguments.inputs) & scan::kDefaultInputs};
     } catch (const std::invalid_argument& error) {
         throw CLI::ValidationError(error.what());
     }
 }
 
 void requireUniversalFormat(const std::string& path) {
-    const std::string ending = lowerCase(std::filesystem::path(path).extension().string());
+    const std::string ending = scan::endingOf(path);
     if (!path.empty() && ending != ".uf") {
         throw CLI::ValidationError("--scan", "must end in .uf");
     }
@@ -190,18 +179,20 @@ void runDemo(const DemoArguments& arguments) {
     const std::vector<int> masks = masksOf(arguments);
     requireUniversalFormat(arguments.scan);
     const std::string directory = membershipDirectory(arguments.membership);
-    SyntheticScan scan = makeSyntheticScan(arguments.seed);
+    scan::SyntheticScan scan = scan::makeSyntheticScan(arguments.seed);
     std::printf("Synthetic scan, seed %llu: %d rays x %d gates of %.0f m, 0.5 deg elevation\n",
                 static_cast<unsigned long long>(arguments.seed), scan.nrays, scan.ngates,
                 scan.gateSpacingM);
+    const int all = std::accumulate(masks.begin(), masks.end(), 0, std::bit_or<>());
+    scan::requireMembershipFiles(directory, all);
     std::vector<Verdict> verdicts;
     for (const int mask : masks) {
         verdicts.push_back(classify(scan, directory, mask));
         printVerdict(scan, mask, verdicts.back());
     }
-    const Scan whole = asScan(scan, arguments.seed);
+    const scan::Scan whole = asScan(scan, arguments.seed);
     drawDemo(whole, scan, verdicts.front(), arguments);
-    std::printf("\nPicture (%s): %s\n", describeInputs(masks.front()).c_str(),
+    std::printf("\nPicture (%s): %s\n", scan::describeInputs(masks.front()).c_str(),
                 forTerminal(arguments.output).c_str());
     writeScan(whole, arguments.scan);
 }

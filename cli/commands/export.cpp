@@ -3,7 +3,6 @@
 
 #include <CLI/CLI.hpp>
 #include <cmath>
-#include <filesystem>
 #include <map>
 #include <memory>
 #include <optional>
@@ -28,24 +27,6 @@
 
 namespace cli {
 
-using scan::Field;
-using scan::FileFormat;
-using scan::fillFieldRecord;
-using scan::findName;
-using scan::headByElevation;
-using scan::holdsBytes;
-using scan::holdsLines;
-using scan::loadRecords;
-using scan::lowerCase;
-using scan::OutputFile;
-using scan::ReadOptions;
-using scan::recognise;
-using scan::RecordArray;
-using scan::requireWritten;
-using scan::Scan;
-using scan::Sweep;
-using scan::writeTable;
-
 namespace {
 
 constexpr char kFooter[] =
@@ -65,7 +46,7 @@ constexpr std::size_t kGridHeaderLines = 6;
 struct ExportArguments {
     std::string input, output, format, field;
     std::optional<int> sweep;
-    ReadOptions read;
+    scan::ReadOptions read;
 };
 
 /* What is exported: a field of a sweep as a record, or a record of a file. */
@@ -79,16 +60,16 @@ struct Source {
 };
 
 void loadSweep(const ExportArguments& arguments, const InputFile& input, Source& source) {
-    const Scan scan = readInput(input, arguments.read);
+    const scan::Scan scan = readInput(input, arguments.read);
     noteDamage(scan, Beside::kErrors);
-    const Sweep& sweep = findSweep(scan, arguments.sweep);
+    const scan::Sweep& sweep = findSweep(scan, arguments.sweep);
     if (!(sweep.gateSpacingM > 0)) {
         throw std::runtime_error("the gate spacing is not positive");
     }
-    const Field& field = chooseField(sweep, arguments.field);
-    fillFieldRecord(scan, sweep, field.name, field.units, field.values, source.record);
+    const scan::Field& field = chooseField(sweep, arguments.field);
+    scan::fillFieldRecord(scan, sweep, field.name, field.units, field.values, source.record);
     if (sweep.rhi) {
-        headByElevation(sweep, source.record);
+        scan::headByElevation(sweep, source.record);
     }
 }
 
@@ -102,9 +83,9 @@ void requireGridOptions(const ExportArguments& arguments) {
     }
 }
 
-void loadGrid(const RecordArray& array, const std::string& field, Source& source) {
+void loadGrid(const scan::RecordArray& array, const std::string& field, Source& source) {
     const std::vector<std::string> names = array.names();
-    const std::size_t at = field.empty() ? 0 : findName(names, field);
+    const std::size_t at = field.empty() ? 0 : scan::findName(names, field);
     source.grid = true;
     if (array.records[0].CopyPointerToObject(static_cast<int>(at), source.record) != 1) {
         throw std::runtime_error("field " + names[at] + " holds no values");
@@ -112,8 +93,8 @@ void loadGrid(const RecordArray& array, const std::string& field, Source& source
 }
 
 void load(const ExportArguments& arguments, const InputFile& input, Source& source) {
-    if (recognise(input.path()) == FileFormat::kFieldRecord) {
-        const RecordArray array = loadRecords(input.path());
+    if (scan::recognise(input.path()) == scan::FileFormat::kFieldRecord) {
+        const scan::RecordArray array = scan::loadRecords(input.path());
         if (array.isGrid()) {
             requireGridOptions(arguments);
             return loadGrid(array, arguments.field, source);
@@ -123,15 +104,15 @@ void load(const ExportArguments& arguments, const InputFile& input, Source& sour
     loadSweep(arguments, input, source);
 }
 
-void writeTableFile(Source& source, const OutputFile& file) {
+void writeTableFile(Source& source, const scan::OutputFile& file) {
     if (source.grid) {
         throw std::runtime_error("is a grid: a table needs a scan; use asc or bin");
     }
-    writeTable(file, source.record);
+    scan::writeTable(file, source.record);
 }
 
 /* x is along the record's rays, y along its gates: the order that the operation expects. */
-void writeGridFile(Source& source, const OutputFile& file) {
+void writeGridFile(Source& source, const scan::OutputFile& file) {
     if (!source.grid) {
         throw std::runtime_error("is a scan: an ASCII grid needs a Cartesian record");
     }
@@ -144,32 +125,31 @@ void writeGridFile(Source& source, const OutputFile& file) {
     std::string name = file.temporary();
     std::string nodata = std::to_string(static_cast<int>(kNoData));
     CDSP dsp;
-    requireWritten(file, [&] {
+    scan::requireWritten(file, [&] {
         dsp.SaveDataToGISformat(name.data(), record.data, record.ngates, record.nrays, 0,
                                 record.ngates, 0, record.nrays, record.axislimits0[0],
                                 record.axislimits0[3], record.gatesize, nodata.data(), 0);
-        return holdsLines(name, kGridHeaderLines + static_cast<std::size_t>(record.ngates));
+        return scan::holdsLines(name, kGridHeaderLines + static_cast<std::size_t>(record.ngates));
     });
 }
 
-void writeRaw(Source& source, const OutputFile& file) {
+void writeRaw(Source& source, const scan::OutputFile& file) {
     constexpr int kOverwrite = 1;
     std::string name = file.temporary();
     CDSP dsp;
-    requireWritten(file, [&] {
+    scan::requireWritten(file, [&] {
         dsp.savedata2binary(name.data(), source.record.data, static_cast<int>(source.size()),
                             kOverwrite);
-        return holdsBytes(name, source.size() * sizeof(float));
+        return scan::holdsBytes(name, source.size() * sizeof(float));
     });
 }
 
-using Writer = void (*)(Source&, const OutputFile&);
+using Writer = void (*)(Source&, const scan::OutputFile&);
 
 Writer writerFor(const ExportArguments& arguments) {
     static const std::map<std::string, Writer> kWriters = {
         {"csv", writeTableFile}, {"asc", writeGridFile}, {"bin", writeRaw}};
-    const std::string ending =
-        lowerCase(std::filesystem::path(arguments.output).extension().string());
+    const std::string ending = scan::endingOf(arguments.output);
     const std::string format =
         !arguments.format.empty() || ending.empty() ? arguments.format : ending.substr(1);
     const auto found = kWriters.find(format);
@@ -186,7 +166,7 @@ void runExport(const ExportArguments& arguments) {
     naming(input.name(), [&] {
         Source source;
         load(arguments, input, source);
-        OutputFile file(arguments.output);
+        scan::OutputFile file(arguments.output);
         writer(source, file);
         file.commit();
     });

@@ -5,7 +5,6 @@
 #include <charconv>
 #include <cmath>
 #include <cstdio>
-#include <filesystem>
 #include <memory>
 #include <optional>
 #include <stdexcept>
@@ -29,25 +28,6 @@
 
 namespace cli {
 
-using scan::DateTime;
-using scan::FileFormat;
-using scan::holdsLines;
-using scan::loadRecords;
-using scan::lowerCase;
-using scan::OutputFile;
-using scan::Points;
-using scan::polarFromMap;
-using scan::ReadOptions;
-using scan::readPoints;
-using scan::recognise;
-using scan::RecordArray;
-using scan::requireWritten;
-using scan::sampleGrid;
-using scan::Samples;
-using scan::sampleSweep;
-using scan::Scan;
-using scan::Sweep;
-
 namespace {
 
 constexpr char kFooter[] =
@@ -65,48 +45,51 @@ struct ExtractArguments {
     std::string input, points, output;
     std::vector<std::string> fields;
     std::optional<int> sweep;
-    ReadOptions read;
+    scan::ReadOptions read;
     bool map = false;
     std::vector<double> origin;  // empty: the radar is at 0,0
 };
 
 /* The points as the user gave them, and the values there. */
 struct Extract {
-    DateTime time;
+    scan::DateTime time;
     bool map = false;
-    Points points;
-    Samples samples;
+    scan::Points points;
+    scan::Samples samples;
 };
 
-Extract extractFromGrid(const ExtractArguments& arguments, const InputFile& input, Points points) {
-    const RecordArray grid = loadRecords(input.path());
+Extract extractFromGrid(const ExtractArguments& arguments, const InputFile& input,
+                        scan::Points points) {
+    const scan::RecordArray grid = scan::loadRecords(input.path());
     const Cpluvek& first = grid.records[0];
     Extract extract;
     extract.time = {first.year, first.month, first.day, first.hour, first.minute, first.second};
     extract.map = true;
-    extract.samples = sampleGrid(grid, points, arguments.fields);
+    extract.samples = scan::sampleGrid(grid, points, arguments.fields);
     extract.points = std::move(points);
     return extract;
 }
 
-Extract extractFromScan(const ExtractArguments& arguments, const InputFile& input, Points points) {
-    const Scan scan = readInput(input, arguments.read);
+Extract extractFromScan(const ExtractArguments& arguments, const InputFile& input,
+                        scan::Points points) {
+    const scan::Scan scan = readInput(input, arguments.read);
     noteDamage(scan, Beside::kErrors);
-    const Sweep& sweep = findSweep(scan, arguments.sweep);
+    const scan::Sweep& sweep = findSweep(scan, arguments.sweep);
     Extract extract;
     extract.time = scan.time;
     extract.map = arguments.map;
     const double east = arguments.origin.empty() ? 0.0 : arguments.origin[0];
     const double north = arguments.origin.empty() ? 0.0 : arguments.origin[1];
-    const Points polar =
-        arguments.map ? polarFromMap(points, east, north, sweep.fixedAngleDeg) : points;
-    extract.samples = sampleSweep(scan, sweep, polar, arguments.fields);
+    const scan::Points polar =
+        arguments.map ? scan::polarFromMap(points, east, north, sweep.fixedAngleDeg) : points;
+    extract.samples = scan::sampleSweep(scan, sweep, polar, arguments.fields);
     extract.points = std::move(points);
     return extract;
 }
 
 bool isGridFile(const std::string& path) {
-    return recognise(path) == FileFormat::kFieldRecord && loadRecords(path).isGrid();
+    return scan::recognise(path) == scan::FileFormat::kFieldRecord &&
+           scan::loadRecords(path).isGrid();
 }
 
 /* Rejects options that have no meaning for a grid. */
@@ -163,8 +146,8 @@ void printTable(const Extract& extract, std::FILE* out) {
     }
 }
 
-void writeTableFile(const Extract& extract, const OutputFile& output) {
-    requireWritten(output, [&] {
+void writeTableFile(const Extract& extract, const scan::OutputFile& output) {
+    scan::requireWritten(output, [&] {
         std::FILE* file = std::fopen(output.temporary().c_str(), "w");
         if (file == nullptr) {
             return false;
@@ -175,12 +158,12 @@ void writeTableFile(const Extract& extract, const OutputFile& output) {
     });
 }
 
-unsigned secondsOf(const DateTime& t) {
+unsigned secondsOf(const scan::DateTime& t) {
     Ctiempo time;
     return time.GetSecondsSince1970(t.year, t.month, t.day, t.hour, t.minute, t.second);
 }
 
-void writeColumnFile(const Extract& extract, const OutputFile& file) {
+void writeColumnFile(const Extract& extract, const scan::OutputFile& file) {
     constexpr int kOverwrite = 1;
     constexpr int kThreeDecimals = 3;
     const std::size_t rows = extract.points.size();
@@ -196,10 +179,10 @@ void writeColumnFile(const Extract& extract, const OutputFile& file) {
     }
     std::string name = file.temporary();
     CDSP dsp;
-    requireWritten(file, [&] {
+    scan::requireWritten(file, [&] {
         dsp.SaveDataToFile(name.data(), times.data(), cells.data(), static_cast<int>(rows),
                            static_cast<int>(columns), kOverwrite, kThreeDecimals);
-        return holdsLines(name, rows);
+        return scan::holdsLines(name, rows);
     });
 }
 
@@ -207,8 +190,8 @@ void write(const Extract& extract, const std::string& output) {
     if (output.empty()) {
         return printTable(extract, stdout);
     }
-    OutputFile file(output);
-    if (lowerCase(std::filesystem::path(output).extension().string()) == ".csv") {
+    scan::OutputFile file(output);
+    if (scan::endingOf(output) == ".csv") {
         writeTableFile(extract, file);
     } else {
         writeColumnFile(extract, file);
@@ -225,7 +208,8 @@ void runExtract(const ExtractArguments& arguments) {
         requireGridOptions(arguments);
     }
     requireLayoutUsed(arguments.read, input);
-    const Points points = naming(arguments.points, [&] { return readPoints(arguments.points); });
+    const scan::Points points =
+        naming(arguments.points, [&] { return scan::readPoints(arguments.points); });
     const Extract extract = naming(input.name(), [&] {
         return grid ? extractFromGrid(arguments, input, points)
                     : extractFromScan(arguments, input, points);

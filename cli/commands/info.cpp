@@ -19,18 +19,6 @@
 
 namespace cli {
 
-using scan::closesCircle;
-using scan::DateTime;
-using scan::Field;
-using scan::ReadOptions;
-using scan::Role;
-using scan::roleInfo;
-using scan::roleOfName;
-using scan::Scan;
-using scan::summarise;
-using scan::Sweep;
-using scan::ValueSummary;
-
 namespace {
 
 void printLine(const char* label, const std::string& text) {
@@ -44,7 +32,7 @@ std::string format(const char* pattern, Values... values) {
     return text;
 }
 
-std::string describeSite(const Scan& scan) {
+std::string describeSite(const scan::Scan& scan) {
     if (scan.latitudeDeg == 0 && scan.longitudeDeg == 0 && scan.altitudeM == 0) {
         return "not given";
     }
@@ -53,12 +41,12 @@ std::string describeSite(const Scan& scan) {
                   scan.longitudeDeg < 0 ? 'W' : 'E', scan.altitudeM);
 }
 
-std::string describeTime(const DateTime& t) {
+std::string describeTime(const scan::DateTime& t) {
     return format("%04d-%02d-%02d %02d:%02d:%02d", t.year, t.month, t.day, t.hour, t.minute,
                   t.second);
 }
 
-std::string describeRadar(const Scan& scan) {
+std::string describeRadar(const scan::Scan& scan) {
     std::string text = scan.radarName;
     if (!scan.siteName.empty() && scan.siteName != scan.radarName) {
         text += (text.empty() ? "" : ", ") + scan.siteName;
@@ -75,7 +63,7 @@ std::string describeRadar(const Scan& scan) {
     return text;
 }
 
-void printHead(const Scan& scan) {
+void printHead(const scan::Scan& scan) {
     std::printf("%s\n", forTerminal(scan.path).c_str());
     printLine("format", scan.format);
     printLine("radar", describeRadar(scan));
@@ -86,19 +74,19 @@ void printHead(const Scan& scan) {
                                  : std::string("no constant in the file (estimated by classify)"));
 }
 
-std::string describeCoverage(const Sweep& sweep) {
+std::string describeCoverage(const scan::Sweep& sweep) {
     const std::vector<double>& moving = sweep.rhi ? sweep.elevationDeg : sweep.azimuthDeg;
-    if (!sweep.rhi && closesCircle(sweep)) {
+    if (!sweep.rhi && scan::closesCircle(sweep)) {
         return "full circle";
     }
     const auto ends = std::minmax_element(moving.begin(), moving.end());
     return format(sweep.rhi ? "el %.1f..%.1f" : "az %.1f..%.1f", *ends.first, *ends.second);
 }
 
-void printSweeps(const Scan& scan) {
+void printSweeps(const scan::Scan& scan) {
     std::printf("\n  %-5s %-4s %8s %6s %6s %9s %10s %9s  %s\n", "sweep", "mode", "fixed", "rays",
                 "gates", "spacing", "first gate", "Nyquist", "covers");
-    for (const Sweep& sweep : scan.sweeps) {
+    for (const scan::Sweep& sweep : scan.sweeps) {
         const std::string nyquist =
             sweep.nyquist > 0 ? format("%.1f m/s", sweep.nyquist) : std::string("-");
         std::printf("  %-5d %-4s %4.1f deg %6d %6d %7.0f m %8.0f m %9s  %s\n", sweep.number,
@@ -109,16 +97,16 @@ void printSweeps(const Scan& scan) {
 }
 
 /* The values of a field in all sweeps. */
-std::vector<float> gather(const Scan& scan, const std::string& name, std::size_t& gates) {
+std::vector<float> gather(const scan::Scan& scan, const std::string& name, std::size_t& gates) {
     std::vector<float> values;
     gates = 0;
-    for (const Sweep& sweep : scan.sweeps) {
+    for (const scan::Sweep& sweep : scan.sweeps) {
         for (int r = 0; r < sweep.nrays; ++r) {
             gates += static_cast<std::size_t>(sweep.rayGates.empty()
                                                   ? sweep.ngates
                                                   : sweep.rayGates[static_cast<std::size_t>(r)]);
         }
-        for (const Field& field : sweep.fields) {
+        for (const scan::Field& field : sweep.fields) {
             if (field.name == name) {
                 values.insert(values.end(), field.values.begin(), field.values.end());
             }
@@ -127,29 +115,29 @@ std::vector<float> gather(const Scan& scan, const std::string& name, std::size_t
     return values;
 }
 
-void printField(const Scan& scan, const Field& field) {
+void printField(const scan::Scan& scan, const scan::Field& field) {
     std::size_t gates = 0;
-    const Role role = roleOfName(field.name);
+    const scan::Role role = scan::roleOfName(field.name);
     const std::vector<float> values = gather(scan, field.name, gates);
-    const ValueSummary summary = summarise(values, role);
+    const scan::ValueSummary summary = scan::summarise(values, role);
     const double share =
         gates > 0 ? 100.0 * static_cast<double>(summary.count) / static_cast<double>(gates) : 0.0;
-    std::printf("  %-6s %-4s %-7s", forTerminal(field.name).c_str(), roleInfo(role).key,
+    std::printf("  %-6s %-4s %-7s", forTerminal(field.name).c_str(), scan::roleInfo(role).key,
                 forTerminal(field.units).c_str());
     if (summary.count > 0) {
         std::printf(" %9.2f %9.2f %9.2f", summary.lowest, scan::medianOf(values), summary.highest);
     } else {
         std::printf(" %9s %9s %9s", "-", "-", "-");
     }
-    std::printf(" %7.1f %%  %s\n", share, roleInfo(role).text);
+    std::printf(" %7.1f %%  %s\n", share, scan::roleInfo(role).text);
 }
 
-void printFields(const Scan& scan) {
+void printFields(const scan::Scan& scan) {
     std::printf("\n  %-6s %-4s %-7s %9s %9s %9s %9s\n", "field", "role", "units", "lowest",
                 "median", "highest", "present");
     std::vector<std::string> seen;
-    for (const Sweep& sweep : scan.sweeps) {
-        for (const Field& field : sweep.fields) {
+    for (const scan::Sweep& sweep : scan.sweeps) {
+        for (const scan::Field& field : sweep.fields) {
             if (std::find(seen.begin(), seen.end(), field.name) != seen.end()) {
                 continue;
             }
@@ -169,8 +157,8 @@ void printSentences(const char* heading, const std::vector<std::string>& sentenc
     }
 }
 
-void printInfo(const InputFile& input, const ReadOptions& options) {
-    const Scan scan = readInput(input, options);
+void printInfo(const InputFile& input, const scan::ReadOptions& options) {
+    const scan::Scan scan = readInput(input, options);
     printHead(scan);
     printSweeps(scan);
     printFields(scan);
@@ -178,7 +166,7 @@ void printInfo(const InputFile& input, const ReadOptions& options) {
     printSentences("Worth knowing", scan.oddities);
 }
 
-void runInfo(const std::vector<std::string>& names, const ReadOptions& options) {
+void runInfo(const std::vector<std::string>& names, const scan::ReadOptions& options) {
     const std::vector<InputFile> inputs(names.begin(), names.end());
     requireLayoutUsed(options, inputs);
     bool good = true;
@@ -199,7 +187,7 @@ void addInfoCommand(CLI::App& app) {
     CLI::App* command =
         app.add_subcommand("info", "Show what a file holds, and what is unusual in it");
     const auto paths = std::make_shared<std::vector<std::string>>();
-    const auto options = std::make_shared<ReadOptions>();
+    const auto options = std::make_shared<scan::ReadOptions>();
     command->add_option("INPUT", *paths, kInputHelp)->required();
     addLayoutOption(*command, *options);
     command->footer(

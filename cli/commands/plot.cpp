@@ -2,7 +2,6 @@
 #include "commands/commands.h"
 
 #include <CLI/CLI.hpp>
-#include <filesystem>
 #include <memory>
 #include <optional>
 #include <stdexcept>
@@ -22,12 +21,6 @@
 
 namespace cli {
 
-using scan::Field;
-using scan::findField;
-using scan::ReadOptions;
-using scan::Scan;
-using scan::Sweep;
-
 namespace {
 
 struct PlotArguments {
@@ -36,12 +29,12 @@ struct PlotArguments {
     std::optional<int> sweep;
     PictureOptions picture;
     ClassifyArguments how;
-    ReadOptions read;
+    scan::ReadOptions read;
     bool why = false;
 };
 
 /* The classes of the sweep with the options' defaults, and what decided them. */
-void drawWhy(const PlotArguments& arguments, const Scan& scan, const Sweep& sweep) {
+void drawWhy(const PlotArguments& arguments, const scan::Scan& scan, const scan::Sweep& sweep) {
     scan::ClassifyOptions options = classifyOptionsFrom(arguments.how);
     options.membership = membershipDirectory(arguments.how.membership);
     options.certainty = true;
@@ -50,15 +43,15 @@ void drawWhy(const PlotArguments& arguments, const Scan& scan, const Sweep& swee
 }
 
 void drawFile(const PlotArguments& arguments, const InputFile& input) {
-    const Scan scan = readInput(input, arguments.read);
+    const scan::Scan scan = readInput(input, arguments.read);
     noteDamage(scan, Beside::kErrors);
-    const Sweep& sweep = findSweep(scan, arguments.sweep);
+    const scan::Sweep& sweep = findSweep(scan, arguments.sweep);
     if (arguments.why) {
         return drawWhy(arguments, scan, sweep);
     }
-    std::vector<Field> fields;
+    std::vector<scan::Field> fields;
     for (const std::string& name : arguments.fields) {
-        fields.push_back(findField(sweep, name));
+        fields.push_back(scan::findField(sweep, name));
     }
     if (fields.empty()) {
         fields.push_back(chooseField(sweep, ""));

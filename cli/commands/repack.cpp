@@ -4,7 +4,6 @@
 #include <CLI/CLI.hpp>
 #include <cerrno>
 #include <cstdio>
-#include <filesystem>
 #include <memory>
 #include <stdexcept>
 #include <string>
@@ -21,19 +20,11 @@
 
 namespace cli {
 
-using scan::failWriting;
-using scan::FileFormat;
-using scan::OutputFile;
-using scan::ReadOptions;
-using scan::readScan;
-using scan::recognise;
-using scan::Scan;
-
 namespace {
 
 struct RepackArguments {
     std::string input, output;
-    ReadOptions read;
+    scan::ReadOptions read;
 };
 
 constexpr const char* kUnchanged =
@@ -45,25 +36,25 @@ constexpr const char* kMistaken = "polar data, product 2214";
 
 void repack(const RepackArguments& arguments, const InputFile& input) {
     requireOther("OUT", arguments.output, arguments.input);
-    if (recognise(input.path()) != FileFormat::kPolarData) {
+    if (scan::recognise(input.path()) != scan::FileFormat::kPolarData) {
         throw std::runtime_error("is not a polar data file");
     }
-    const Scan scan = readInput(input, arguments.read);
+    const scan::Scan scan = readInput(input, arguments.read);
     noteDamage(scan, Beside::kResults);
     if (scan.format == kMistaken) {
         throw std::runtime_error("product 2214 cannot be repacked");
     }
-    OutputFile file(arguments.output);
+    scan::OutputFile file(arguments.output);
     CThuPolDaFor polar;
     std::string in = input.path(), out = file.temporary();
     errno = 0;
     if (polar.PackAgainDataFiles(in.data(), out.data(), arguments.read.polarLayout) != 1) {
         if (const int reason = errno; reason != 0) {
-            failWriting(file.target(), reason);
+            scan::failWriting(file.target(), reason);
         }
         throw std::runtime_error(kUnchanged);
     }
-    const Scan shorter = readScan(out, arguments.read);
+    const scan::Scan shorter = scan::readScan(out, arguments.read);
     file.commit();
     std::printf("wrote %s: %d instead of %d gates a ray\n", forTerminal(arguments.output).c_str(),
                 shorter.sweeps[0].ngates, scan.sweeps[0].ngates);

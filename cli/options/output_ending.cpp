@@ -7,7 +7,7 @@
 #include <iterator>
 #include <stdexcept>
 
-#include "picture/picture.h"
+#include "picture/canvas.h"
 #include "scan/text.h"
 
 namespace cli {
@@ -16,7 +16,7 @@ void requireEnding(const std::string& option, const std::string& path,
                    std::initializer_list<const char*> theirs) {
     constexpr const char* kTaken[] = {".uf",  ".csv", ".asc", ".bin", ".pol",  ".dx", ".png",
                                       ".svg", ".pdf", ".h5",  ".hdf", ".hdf5", ".nc", ".nc4"};
-    const std::string ending = scan::lowerCase(std::filesystem::path(path).extension().string());
+    const std::string ending = scan::endingOf(path);
     const auto is = [&](const char* other) { return ending == other; };
     if (std::none_of(std::begin(kTaken), std::end(kTaken), is)) {
         return;

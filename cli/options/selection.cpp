@@ -9,16 +9,9 @@
 
 namespace cli {
 
-using scan::chooseFields;
-using scan::Field;
-using scan::findField;
-using scan::Role;
-using scan::Scan;
-using scan::Sweep;
-
-std::vector<const Sweep*> findSweeps(const Scan& scan, std::optional<int> number) {
-    std::vector<const Sweep*> found;
-    for (const Sweep& sweep : scan.sweeps) {
+std::vector<const scan::Sweep*> findSweeps(const scan::Scan& scan, std::optional<int> number) {
+    std::vector<const scan::Sweep*> found;
+    for (const scan::Sweep& sweep : scan.sweeps) {
         if (!number || sweep.number == *number) {
             found.push_back(&sweep);
         }
@@ -30,12 +23,12 @@ std::vector<const Sweep*> findSweeps(const Scan& scan, std::optional<int> number
     return found;
 }
 
-const Sweep& findSweep(const Scan& scan, std::optional<int> number) {
+const scan::Sweep& findSweep(const scan::Scan& scan, std::optional<int> number) {
     return *findSweeps(scan, number).front();
 }
 
-const Sweep& findOnlySweep(const Scan& scan, std::optional<int> number) {
-    const std::vector<const Sweep*> found = findSweeps(scan, number);
+const scan::Sweep& findOnlySweep(const scan::Scan& scan, std::optional<int> number) {
+    const std::vector<const scan::Sweep*> found = findSweeps(scan, number);
     if (found.size() > 1) {
         throw std::runtime_error("holds " + std::to_string(found.size()) +
                                  " sweeps, but this format stores one: choose with --sweep");
@@ -43,14 +36,14 @@ const Sweep& findOnlySweep(const Scan& scan, std::optional<int> number) {
     return *found.front();
 }
 
-const Field& chooseField(const Sweep& sweep, const std::string& name) {
+const scan::Field& chooseField(const scan::Sweep& sweep, const std::string& name) {
     if (!name.empty()) {
-        return findField(sweep, name);
+        return scan::findField(sweep, name);
     }
     if (sweep.fields.empty()) {
         throw std::runtime_error("holds no field");
     }
-    const Field* reflectivity = chooseFields(sweep, {})[Role::kZhh];
+    const scan::Field* reflectivity = scan::chooseFields(sweep, {})[scan::Role::kZhh];
     return reflectivity != nullptr ? *reflectivity : sweep.fields.front();
 }
 

@@ -5,12 +5,13 @@
 #include <cmath>
 #include <numbers>
 
+#include "scan/angles.h"
+
 namespace cli {
 
 namespace {
 
 constexpr Rgb kInk{0x22, 0x22, 0x22}, kFrameColour{0x55, 0x55, 0x55};
-constexpr double kTau = 2.0 * std::numbers::pi;
 
 double xOf(const Frame& frame, const View& view, double xKm) {
     return frame.x + (xKm - view.left) / (view.right - view.left) * frame.width;
@@ -28,7 +29,7 @@ void line(const Canvas& canvas, double x0, double y0, double x1, double y1) {
 
 void circle(const Canvas& canvas, double x, double y, double radius) {
     cairo_new_sub_path(canvas.context());
-    cairo_arc(canvas.context(), x, y, radius, 0.0, kTau);
+    cairo_arc(canvas.context(), x, y, radius, 0.0, scan::kTwoPi);
 }
 
 void paintImage(const Canvas& canvas, const Frame& frame, const Image& image) {
@@ -139,8 +140,8 @@ void drawAzimuths(const Canvas& canvas, const Frame& frame, const View& view) {
     const double radius = view.maxRangeKm * frame.width / (view.right - view.left);
     cairo_set_line_width(canvas.context(), 0.07 * frame.em);
     for (int azimuth = 0; azimuth < 360; azimuth += 30) {
-        const double east = std::sin(azimuth / 360.0 * kTau),
-                     north = std::cos(azimuth / 360.0 * kTau);
+        const double east = std::sin(azimuth / 360.0 * scan::kTwoPi),
+                     north = std::cos(azimuth / 360.0 * scan::kTwoPi);
         canvas.setColour(kInk, 0.2);
         line(canvas, x, y, x + radius * east, y - radius * north);
         canvas.setColour(kInk);

@@ -5,15 +5,13 @@
 #include <cairo-svg.h>
 
 #include <algorithm>
-#include <cctype>
 #include <cstdio>
-#include <filesystem>
 #include <new>
-#include <numbers>
 #include <stdexcept>
 
-#include "picture/picture.h"
+#include "scan/angles.h"
 #include "scan/formats/writing/output_file.h"
+#include "scan/text.h"
 
 namespace cli {
 
@@ -21,14 +19,6 @@ namespace {
 
 /* Height of the capitals of common sans-serif fonts, relative to the font size. */
 constexpr double kCapitalHeight = 0.72;
-
-std::string endingOf(const std::string& path) {
-    std::string ending = std::filesystem::path(path).extension().string();
-    for (char& c : ending) {
-        c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-    }
-    return ending;
-}
 
 cairo_status_t append(void* closure, const unsigned char* data, unsigned int length) {
     try {
@@ -92,7 +82,7 @@ std::string withinFont(cairo_t* context, std::string text) {
 }  // namespace
 
 void checkPictureEnding(const std::string& path) {
-    const std::string ending = endingOf(path);
+    const std::string ending = scan::endingOf(path);
     if (ending == ".png" || ending == ".svg" || ending == ".pdf") {
         return;
     }
@@ -101,7 +91,7 @@ void checkPictureEnding(const std::string& path) {
 
 Canvas::Canvas(const std::string& path, int width, int height) : path_(path) {
     checkPictureEnding(path);
-    surface_.reset(createSurface(endingOf(path), width, height, bytes_));
+    surface_.reset(createSurface(scan::endingOf(path), width, height, bytes_));
     context_.reset(cairo_create(surface_.get()));
     requireSuccess(cairo_status(context()));
     setColour({0xff, 0xff, 0xff});
@@ -130,7 +120,7 @@ void Canvas::text(double x, double y, const std::string& text, const TextStyle& 
     cairo_save(context());
     cairo_translate(context(), x, y);
     if (style.upwards) {
-        cairo_rotate(context(), -std::numbers::pi / 2.0);
+        cairo_rotate(context(), -scan::kPi / 2.0);
     }
     cairo_move_to(context(), -style.anchorX * width, style.anchorY * kCapitalHeight * style.size);
     if (style.halo) {

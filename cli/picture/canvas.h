@@ -55,6 +55,9 @@ class Canvas {
     std::unique_ptr<cairo_t, Destroy> context_;
 };
 
+/* Throws std::invalid_argument when the ending of path names no picture format. */
+void checkPictureEnding(const std::string& path);
+
 }  // namespace cli
 
 #endif

@@ -3,16 +3,15 @@
 
 #include <algorithm>
 #include <cmath>
-#include <numbers>
 #include <numeric>
+
+#include "scan/angles.h"
+#include "scan/quantile.h"
 
 namespace cli {
 
-using scan::Sweep;
-
 namespace {
 
-constexpr double kDegree = std::numbers::pi / 180.0;
 constexpr double kEffectiveEarthKm = 6371.0 * 4.0 / 3.0;
 constexpr int kBins = 7200;  // a twentieth of a degree
 constexpr double kWidestStepDeg = 12.0;
@@ -24,12 +23,12 @@ double onCircle(double deg) {
 }
 
 /* A single gate whose spacing is unknown is drawn one kilometre long. */
-double spacingKm(const Sweep& sweep) {
+double spacingKm(const scan::Sweep& sweep) {
     const double km = sweep.gateSpacingM / 1000.0;
     return km > 0.0 && std::isfinite(km) ? km : 1.0;
 }
 
-double firstGateKm(const Sweep& sweep) {
+double firstGateKm(const scan::Sweep& sweep) {
     return std::isfinite(sweep.firstGateM) ? sweep.firstGateM / 1000.0 : 0.0;
 }
 
@@ -50,24 +49,24 @@ double usualStep(const std::vector<double>& sorted) {
     if (steps.empty()) {
         return 0.0;
     }
-    std::nth_element(steps.begin(), steps.begin() + steps.size() / 2, steps.end());
-    return std::min(steps[steps.size() / 2], kWidestStepDeg);
+    return std::min(scan::upperMedian(std::move(steps)), kWidestStepDeg);
 }
 
 }  // namespace
 
-double sweepRangeKm(const Sweep& sweep) {
+double sweepRangeKm(const scan::Sweep& sweep) {
     return std::max(firstGateKm(sweep) + (sweep.ngates - 0.5) * spacingKm(sweep),
                     0.5 * spacingKm(sweep));
 }
 
-View rangeHeightView(const Sweep& sweep, double maxRangeKm) {
+View rangeHeightView(const scan::Sweep& sweep, double maxRangeKm) {
     View view{true, maxRangeKm, 0.0, maxRangeKm, 0.0, 1.0};
     for (const double elevation : sweep.elevationDeg) {
         if (!std::isfinite(elevation)) {
             continue;
         }
-        view.top = std::max(view.top, beamHeightKm(maxRangeKm, elevation * kDegree));
+        view.top =
+            std::max(view.top, beamHeightKm(maxRangeKm, elevation * scan::kRadiansPerDegree));
         if (elevation > 90.0) {
             view.left = -maxRangeKm;  // past the zenith, to the other horizon
         }
@@ -76,7 +75,7 @@ View rangeHeightView(const Sweep& sweep, double maxRangeKm) {
     return view;
 }
 
-GateFinder::GateFinder(const Sweep& sweep, const View& view, double beamWidthDeg)
+GateFinder::GateFinder(const scan::Sweep& sweep, const View& view, double beamWidthDeg)
     : rayAt_(kBins, -1),
       rhi_(view.rhi),
       maxRangeKm_(view.maxRangeKm),
@@ -132,7 +131,7 @@ std::ptrdiff_t GateFinder::find(double xKm, double yKm) const {
     if (rangeKm > maxRangeKm_) {
         return -1;
     }
-    const double bin = angleRad / (2.0 * std::numbers::pi) * kBins;
+    const double bin = angleRad / scan::kTwoPi * kBins;
     const int ray = rayAt_[static_cast<int>(bin < 0.0 ? bin + kBins : bin) % kBins];
     const double gate = (rangeKm - firstGateKm_) / spacingKm_ + 0.5;
     if (ray < 0 || gate < 0.0 || gate >= ngates_) {

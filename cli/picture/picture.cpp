@@ -13,12 +13,6 @@
 
 namespace cli {
 
-using scan::DateTime;
-using scan::Field;
-using scan::printable;
-using scan::Scan;
-using scan::Sweep;
-
 namespace {
 
 constexpr int kNarrowestPanelPx = 240, kWidestPicturePx = 10000;
@@ -89,7 +83,8 @@ Layout layOut(bool rhi, int widthPx, std::size_t panels) {
     return rhi ? rangeHeightLayout(width, panels) : planLayout(width, panels);
 }
 
-View viewOf(const Canvas& canvas, const Layout& layout, const Sweep& sweep, double maxRangeKm) {
+View viewOf(const Canvas& canvas, const Layout& layout, const scan::Sweep& sweep,
+            double maxRangeKm) {
     const double range = maxRangeKm > 0.0 ? maxRangeKm : sweepRangeKm(sweep);
     if (!std::isfinite(range)) {
         throw std::invalid_argument("the largest range must be finite");
@@ -101,10 +96,11 @@ View viewOf(const Canvas& canvas, const Layout& layout, const Sweep& sweep, doub
     return {false, range, -reach, reach, -reach, reach};
 }
 
-std::string titleOf(const Scan& scan) {
-    const std::string radar = printable(scan.radarName), site = printable(scan.siteName);
+std::string titleOf(const scan::Scan& scan) {
+    const std::string radar = scan::printable(scan.radarName),
+                      site = scan::printable(scan.siteName);
     if (radar.empty() && site.empty()) {
-        return printable(std::filesystem::path(scan.path).filename().string());
+        return scan::printable(std::filesystem::path(scan.path).filename().string());
     }
     if (radar.empty() || site.empty() || radar == site) {
         return radar.empty() ? site : radar;
@@ -112,11 +108,11 @@ std::string titleOf(const Scan& scan) {
     return radar + ", " + site;
 }
 
-std::string subtitleOf(const Scan& scan, const Sweep& sweep) {
+std::string subtitleOf(const scan::Scan& scan, const scan::Sweep& sweep) {
     char angle[64], time[64] = "";
     std::snprintf(angle, sizeof angle, "%s %.1f\u00b0", sweep.rhi ? "azimuth" : "elevation",
                   sweep.fixedAngleDeg);
-    const DateTime& t = scan.time;
+    const scan::DateTime& t = scan.time;
     if (t.year > 1900) {  // 1900: the file does not say
         std::snprintf(time, sizeof time, "   %04d-%02d-%02d %02d:%02d:%02d UTC", t.year, t.month,
                       t.day, t.hour, t.minute, t.second);
@@ -124,7 +120,8 @@ std::string subtitleOf(const Scan& scan, const Sweep& sweep) {
     return std::string(sweep.rhi ? "Height against range, " : "Plan position, ") + angle + time;
 }
 
-void drawTitle(const Canvas& canvas, const Layout& layout, const Scan& scan, const Sweep& sweep) {
+void drawTitle(const Canvas& canvas, const Layout& layout, const scan::Scan& scan,
+               const scan::Sweep& sweep) {
     const Frame& frame = layout.axes.front();
     const double width = layout.width - frame.x - kRightEm * layout.em;
     canvas.textWithin(width, frame.x, 2.7 * layout.em, titleOf(scan),
@@ -134,7 +131,7 @@ void drawTitle(const Canvas& canvas, const Layout& layout, const Scan& scan, con
 }
 
 std::vector<Image> imagesOf(const Canvas& canvas, const Layout& layout, const View& view,
-                            const GateFinder& finder, const std::vector<Field>& fields,
+                            const GateFinder& finder, const std::vector<scan::Field>& fields,
                             const std::vector<Quantity>& quantities) {
     const Frame& frame = layout.axes.front();
     double scale = canvas.isBitmap() ? 1.0 : kVectorOversampling;
@@ -145,7 +142,7 @@ std::vector<Image> imagesOf(const Canvas& canvas, const Layout& layout, const Vi
                      static_cast<int>(frame.height * scale));
 }
 
-void requireShapes(const Sweep& sweep, const std::vector<Field>& fields) {
+void requireShapes(const scan::Sweep& sweep, const std::vector<scan::Field>& fields) {
     if (fields.empty()) {
         throw std::invalid_argument("there is no field to draw");
     }
@@ -158,11 +155,11 @@ void requireShapes(const Sweep& sweep, const std::vector<Field>& fields) {
     if (angles != rays) {
         throw std::invalid_argument("the sweep needs one angle per ray");
     }
-    for (const Field& field : fields) {
+    for (const scan::Field& field : fields) {
         if (field.values.size() == gates) {
             continue;
         }
-        throw std::invalid_argument("field " + printable(field.name) +
+        throw std::invalid_argument("field " + scan::printable(field.name) +
                                     " is not of the sweep's size");
     }
 }
@@ -179,13 +176,14 @@ void drawPanel(const Canvas& canvas, const Frame& axes, const View& view, const 
 
 }  // namespace
 
-void drawPanels(const Scan& scan, const Sweep& sweep, const std::vector<Field>& fields,
-                const PictureOptions& options, const std::string& path) {
+void drawPanels(const scan::Scan& scan, const scan::Sweep& sweep,
+                const std::vector<scan::Field>& fields, const PictureOptions& options,
+                const std::string& path) {
     checkPictureEnding(path);
     requireShapes(sweep, fields);
     std::vector<Quantity> quantities;
     quantities.reserve(fields.size());
-    for (const Field& field : fields) {
+    for (const scan::Field& field : fields) {
         quantities.push_back(quantityOf(field, sweep, options));
     }
     for (std::size_t i = 0; i < std::min(fields.size(), options.headings.size()); ++i) {
@@ -203,14 +201,15 @@ void drawPanels(const Scan& scan, const Sweep& sweep, const std::vector<Field>& 
     canvas.save();
 }
 
-void drawClasses(const Scan& scan, const Sweep& sweep, const Field& field,
+void drawClasses(const scan::Scan& scan, const scan::Sweep& sweep, const scan::Field& field,
                  const std::vector<float>& classes, const PictureOptions& options,
                  const std::string& path) {
     drawPanels(scan, sweep, {field, {"CCl", "", classes}}, options, path);
 }
 
-void drawReasons(const Scan& scan, const Sweep& sweep, const scan::ClassifiedSweep& result,
-                 const PictureOptions& options, const std::string& path) {
+void drawReasons(const scan::Scan& scan, const scan::Sweep& sweep,
+                 const scan::ClassifiedSweep& result, const PictureOptions& options,
+                 const std::string& path) {
     drawPanels(scan, sweep,
                {*result.fields[scan::Role::kZhh],
                 {"CCl", "", result.classes},

@@ -4,28 +4,14 @@
 #ifndef CLI_PICTURE_PICTURE_H
 #define CLI_PICTURE_PICTURE_H
 
-#include <limits>
 #include <string>
 #include <vector>
 
+#include "picture/quantity.h"
 #include "scan/classes/classify_sweep.h"
 #include "scan/scan.h"
 
 namespace cli {
-
-/* Names of fields that have their own way of being drawn: the probability of precipitation, and
- * what decided the class of each gate (index of the input; 9 the neighbourhood). */
-inline constexpr char kProbabilityField[] = "Probability of precipitation";
-inline constexpr char kReasonField[] = "Deciding input";
-
-struct PictureOptions {
-    int widthPx = 0;        // of the whole picture; 0: 1000 for one panel, 900 for each of several
-    double maxRangeKm = 0;  // outermost range drawn; 0: the end of the last gate
-    /* Ends of the colour scale; NaN: the usual range of the quantity. Classes have no scale. */
-    double displayMin = std::numeric_limits<double>::quiet_NaN();
-    double displayMax = std::numeric_limits<double>::quiet_NaN();
-    std::vector<std::string> headings;  // one per panel, instead of the quantity's name
-};
 
 /*
  * One panel per field, side by side, with a shared title: PNG, SVG or PDF by the ending of path.
@@ -51,9 +37,6 @@ void drawClasses(const scan::Scan& scan, const scan::Sweep& sweep, const scan::F
 void drawReasons(const scan::Scan& scan, const scan::Sweep& sweep,
                  const scan::ClassifiedSweep& result, const PictureOptions& options,
                  const std::string& path);
-
-/* Throws std::invalid_argument when the ending of path names no picture format. */
-void checkPictureEnding(const std::string& path);
 
 }  // namespace cli
 

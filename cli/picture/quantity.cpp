@@ -11,37 +11,30 @@
 
 #include "scan/class_codes.h"
 #include "scan/fields/role.h"
+#include "scan/quantile.h"
 #include "scan/text.h"
 
 namespace cli {
 
-using scan::Field;
-using scan::isClassField;
-using scan::printable;
-using scan::Role;
-using scan::roleInfo;
-using scan::roleOfName;
-using scan::Sweep;
-
 namespace {
 
 struct Shown {
-    Role role;
+    scan::Role role;
     Palette palette;
     double low, high;
 };
 
 /* Usual ends of the scale: wide enough for most weather, narrow enough to show its structure. */
 constexpr Shown kShown[] = {
-    {Role::kZhh, Palette::kReflectivity, -10.0, 70.0},
-    {Role::kZdr, Palette::kSequential, -2.0, 6.0},
-    {Role::kPdp, Palette::kSequential, 0.0, 360.0},
-    {Role::kRhv, Palette::kSequential, 0.5, 1.0},
-    {Role::kVel, Palette::kDiverging, -30.0, 30.0},
-    {Role::kWid, Palette::kSequential, 0.0, 8.0},
-    {Role::kLdr, Palette::kSequential, -40.0, 0.0},
-    {Role::kPdf, Palette::kSequential, 0.0, 1.0},
-    {Role::kKdp, Palette::kSequential, -1.0, 7.0},
+    {scan::Role::kZhh, Palette::kReflectivity, -10.0, 70.0},
+    {scan::Role::kZdr, Palette::kSequential, -2.0, 6.0},
+    {scan::Role::kPdp, Palette::kSequential, 0.0, 360.0},
+    {scan::Role::kRhv, Palette::kSequential, 0.5, 1.0},
+    {scan::Role::kVel, Palette::kDiverging, -30.0, 30.0},
+    {scan::Role::kWid, Palette::kSequential, 0.0, 8.0},
+    {scan::Role::kLdr, Palette::kSequential, -40.0, 0.0},
+    {scan::Role::kPdf, Palette::kSequential, 0.0, 1.0},
+    {scan::Role::kKdp, Palette::kSequential, -1.0, 7.0},
 };
 
 using Ends = std::pair<double, double>;
@@ -58,9 +51,8 @@ Ends robustEnds(const std::vector<float>& values) {
         return {0.0, 1.0};
     }
     const auto at = [&](double share) {
-        const auto nth = valid.begin() + static_cast<std::ptrdiff_t>(share * (valid.size() - 1));
-        std::nth_element(valid.begin(), nth, valid.end());
-        return static_cast<double>(*nth);
+        return static_cast<double>(
+            scan::valueOfRank(valid, scan::rankOfShare(share, valid.size())));
     };
     const double low = at(0.02), high = at(0.98);
     const double margin = std::max(1.0, 0.1 * std::abs(low));  // less would be lost in rounding
@@ -83,22 +75,23 @@ Ends extremes(const std::vector<float>& values) {
 }
 
 /* The scales of phase and velocity depend on the radar's range of angles and Nyquist velocity. */
-Ends usualEnds(const Shown& shown, const Field& field, const Sweep& sweep) {
-    if (shown.role == Role::kPdp) {
+Ends usualEnds(const Shown& shown, const scan::Field& field, const scan::Sweep& sweep) {
+    if (shown.role == scan::Role::kPdp) {
         const auto [low, high] = extremes(field.values);
         if (low < -1.0) {
             return {-180.0, 180.0};
         }
         return {0.0, high > 180.0 ? 360.0 : 180.0};
     }
-    if (shown.role == Role::kVel && sweep.nyquist > 0.0 && std::isfinite(sweep.nyquist)) {
+    if (shown.role == scan::Role::kVel && sweep.nyquist > 0.0 && std::isfinite(sweep.nyquist)) {
         return {-sweep.nyquist, sweep.nyquist};
     }
     return {shown.low, shown.high};
 }
 
-ColourScale scaleOf(const Field& field, const Sweep& sweep, const PictureOptions& options) {
-    const Role role = roleOfName(field.name);
+ColourScale scaleOf(const scan::Field& field, const scan::Sweep& sweep,
+                    const PictureOptions& options) {
+    const scan::Role role = scan::roleOfName(field.name);
     const auto* shown = std::find_if(std::begin(kShown), std::end(kShown),
                                      [&](const Shown& row) { return row.role == role; });
     const bool known = shown != std::end(kShown);
@@ -150,9 +143,10 @@ bool ColourScale::colour(float value, Rgb& result) const {
     return true;
 }
 
-Quantity quantityOf(const Field& field, const Sweep& sweep, const PictureOptions& options) {
-    const std::string name = printable(field.name);
-    if (isClassField(field)) {
+Quantity quantityOf(const scan::Field& field, const scan::Sweep& sweep,
+                    const PictureOptions& options) {
+    const std::string name = scan::printable(field.name);
+    if (scan::isClassField(field)) {
         return {"Classes", "", ColourScale()};
     }
     if (field.name == kReasonField) {
@@ -161,14 +155,14 @@ Quantity quantityOf(const Field& field, const Sweep& sweep, const PictureOptions
     if (field.name == kProbabilityField) {
         return {name, "", ColourScale(Palette::kSequential, 0.0, 1.0)};
     }
-    const Role role = roleOfName(field.name);
-    Quantity quantity{name, printable(field.units), scaleOf(field, sweep, options)};
-    if (role == Role::kNone) {
+    const scan::Role role = scan::roleOfName(field.name);
+    Quantity quantity{name, scan::printable(field.units), scaleOf(field, sweep, options)};
+    if (role == scan::Role::kNone) {
         return quantity;
     }
-    quantity.heading = std::string(roleInfo(role).text) + " (" + name + ")";
+    quantity.heading = std::string(scan::roleInfo(role).text) + " (" + name + ")";
     quantity.heading[0] = static_cast<char>(std::toupper(quantity.heading[0]));
-    quantity.units = roleInfo(role).units;
+    quantity.units = scan::roleInfo(role).units;
     return quantity;
 }
 

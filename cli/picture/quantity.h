@@ -3,13 +3,28 @@
 #define CLI_PICTURE_QUANTITY_H
 
 #include <array>
+#include <limits>
 #include <string>
 #include <vector>
 
 #include "picture/palette.h"
-#include "picture/picture.h"
+#include "scan/scan.h"
 
 namespace cli {
+
+/* Names of fields that have their own way of being drawn: the probability of precipitation, and
+ * what decided the class of each gate (index of the input; 9 the neighbourhood). */
+inline constexpr char kProbabilityField[] = "Probability of precipitation";
+inline constexpr char kReasonField[] = "Deciding input";
+
+struct PictureOptions {
+    int widthPx = 0;        // of the whole picture; 0: 1000 for one panel, 900 for each of several
+    double maxRangeKm = 0;  // outermost range drawn; 0: the end of the last gate
+    /* Ends of the colour scale; NaN: the usual range of the quantity. Classes have no scale. */
+    double displayMin = std::numeric_limits<double>::quiet_NaN();
+    double displayMax = std::numeric_limits<double>::quiet_NaN();
+    std::vector<std::string> headings;  // one per panel, instead of the quantity's name
+};
 
 /* From a value to its colour. NaN has none, nor has a number that is not a class code. */
 class ColourScale {

@@ -8,8 +8,6 @@
 
 namespace cli {
 
-using scan::Field;
-
 namespace {
 
 constexpr int kSide = 3;
@@ -40,8 +38,8 @@ struct PixelSum {
     }
 };
 
-void addRow(const Field& field, const ColourScale& scale, const std::vector<std::ptrdiff_t>& places,
-            std::vector<PixelSum>& sums) {
+void addRow(const scan::Field& field, const ColourScale& scale,
+            const std::vector<std::ptrdiff_t>& places, std::vector<PixelSum>& sums) {
     for (std::size_t i = 0; i < places.size(); ++i) {
         Rgb colour;
         if (places[i] < 0 || !scale.colour(field.values[places[i]], colour)) {
@@ -53,7 +51,7 @@ void addRow(const Field& field, const ColourScale& scale, const std::vector<std:
 
 }  // namespace
 
-std::vector<Image> rasterise(const std::vector<Field>& fields,
+std::vector<Image> rasterise(const std::vector<scan::Field>& fields,
                              const std::vector<Quantity>& quantities, const GateFinder& finder,
                              const View& view, int width, int height) {
     std::vector<Image> images(fields.size(), {width, height, {}});

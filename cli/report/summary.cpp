@@ -9,19 +9,6 @@
 
 namespace cli {
 
-using scan::Calibration;
-using scan::ClassifiedSweep;
-using scan::ConstantSource;
-using scan::DateTime;
-using scan::describeInputs;
-using scan::kRoleCount;
-using scan::NoiseEvidence;
-using scan::Role;
-using scan::roleInfo;
-using scan::Scan;
-using scan::Sweep;
-using scan::takesPart;
-
 namespace {
 
 void printLabel(const char* label) {
@@ -59,39 +46,39 @@ void printSpeed(long gates, double seconds) {
     std::printf("%.2f ms, %.1f million gates/s\n", 1000 * seconds, rate);
 }
 
-void printFieldsUsed(const ClassifiedSweep& result) {
+void printFieldsUsed(const scan::ClassifiedSweep& result) {
     printLabel("fields");
     bool first = true;
-    for (int i = 0; i < kRoleCount; ++i) {
-        const auto role = static_cast<Role>(i);
-        if (!result.fields[role] || !takesPart(role, result.mask)) {
+    for (int i = 0; i < scan::kRoleCount; ++i) {
+        const auto role = static_cast<scan::Role>(i);
+        if (!result.fields[role] || !scan::takesPart(role, result.mask)) {
             continue;
         }
-        std::printf("%s%s %s", first ? "" : ", ", roleInfo(role).key,
+        std::printf("%s%s %s", first ? "" : ", ", scan::roleInfo(role).key,
                     forTerminal(result.fields[role]->name).c_str());
         first = false;
     }
     std::printf("\n");
     printLabel("inputs");
-    std::printf("%s\n", describeInputs(result.mask).c_str());
+    std::printf("%s\n", scan::describeInputs(result.mask).c_str());
 }
 
-void printEstimate(const Calibration& calibration) {
+void printEstimate(const scan::Calibration& calibration) {
     constexpr char kOverride[] = "(override with --radar-constant)";
     switch (calibration.evidence) {
-        case NoiseEvidence::kNoiseGates:
+        case scan::NoiseEvidence::kNoiseGates:
             std::printf(
                 "no calibration constant in the file: estimated %.1f dB from the noise in "
                 "the scan %s\n",
                 calibration.radarConstantDb, kOverride);
             return;
-        case NoiseEvidence::kLowerEnvelope:
+        case scan::NoiseEvidence::kLowerEnvelope:
             std::printf(
                 "no calibration constant in the file: the noise seems to have been removed; "
                 "estimated %.1f dB from the weakest echo %s\n",
                 calibration.radarConstantDb, kOverride);
             return;
-        case NoiseEvidence::kNothing:
+        case scan::NoiseEvidence::kNothing:
             std::printf(
                 "no calibration constant in the file and too few values to estimate one: "
                 "every value counts as echo %s\n",
@@ -99,13 +86,13 @@ void printEstimate(const Calibration& calibration) {
     }
 }
 
-void printCalibration(const ClassifiedSweep& result) {
+void printCalibration(const scan::ClassifiedSweep& result) {
     printLabel("calibration");
-    if (result.source == ConstantSource::kEstimate) {
+    if (result.source == scan::ConstantSource::kEstimate) {
         printEstimate(result.calibration);
     } else {
         std::printf("%.1f dB, %s\n", result.calibration.radarConstantDb,
-                    result.source == ConstantSource::kUser ? "as given" : "from the file");
+                    result.source == scan::ConstantSource::kUser ? "as given" : "from the file");
     }
     printLabel("echo");
     if (result.calibration.minSnrDb < -300) {
@@ -117,7 +104,7 @@ void printCalibration(const ClassifiedSweep& result) {
 
 }  // namespace
 
-void Totals::add(const ClassifiedSweep& result) {
+void Totals::add(const scan::ClassifiedSweep& result) {
     precipitation += result.precipitation;
     groundClutter += result.groundClutter;
     seaClutter += result.seaClutter;
@@ -127,14 +114,14 @@ void Totals::add(const ClassifiedSweep& result) {
     ++sweeps;
 }
 
-void printScanLine(const Scan& scan) {
-    const DateTime& t = scan.time;
+void printScanLine(const scan::Scan& scan) {
+    const scan::DateTime& t = scan.time;
     std::printf("%s: %s, %04d-%02d-%02d %02d:%02d:%02d, %zu sweep%s\n",
                 forTerminal(scan.path).c_str(), scan.format.c_str(), t.year, t.month, t.day, t.hour,
                 t.minute, t.second, scan.sweeps.size(), scan.sweeps.size() == 1 ? "" : "s");
 }
 
-void printSweep(const Sweep& sweep, const ClassifiedSweep& result) {
+void printSweep(const scan::Sweep& sweep, const scan::ClassifiedSweep& result) {
     std::printf("  sweep %d: %s %.1f deg, %d ray%s x %d gates of %.0f m\n", sweep.number,
                 sweep.rhi ? "RHI" : "PPI", sweep.fixedAngleDeg, sweep.nrays,
                 sweep.nrays == 1 ? "" : "s", sweep.ngates, sweep.gateSpacingM);

@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "scan/fields/value_summary.h"
+#include "scan/quantile.h"
 #include "scan/scan.h"
 
 namespace scan {
@@ -58,18 +59,11 @@ float noEchoMarker(const std::vector<float>& values) {
     const auto sharing = std::count(values.begin(), values.end(), summary.lowest);
     const bool marker =
         static_cast<double>(sharing) > kMarkerShare * static_cast<double>(summary.count);
-    return marker ? summary.lowest : std::numeric_limits<float>::quiet_NaN();
-}
-
-/* Index of a quantile among so many sorted values. */
-std::ptrdiff_t rankOf(double share, std::size_t count) {
-    return static_cast<std::ptrdiff_t>(share * static_cast<double>(count - 1));
+    return marker ? summary.lowest : kNoValue;
 }
 
 double quantile(Values values, double share) {
-    const auto at = values.begin() + rankOf(share, values.size());
-    std::nth_element(values.begin(), at, values.end());
-    return *at;
+    return valueOfRank(values, rankOfShare(share, values.size()));
 }
 
 std::size_t binOf(double level) {
@@ -89,8 +83,7 @@ double levelOfRank(const Ring& ring, const std::vector<std::uint16_t>& bins, std
             values.push_back(ring.levels[i]);
         }
     }
-    std::nth_element(values.begin(), values.begin() + rank, values.end());
-    return values[static_cast<std::size_t>(rank)];
+    return valueOfRank(values, static_cast<std::size_t>(rank));
 }
 
 void fillDistribution(Ring& ring) {
@@ -102,7 +95,8 @@ void fillDistribution(Ring& ring) {
         ++ring.inBin[bin];
     }
     const auto quantileOf = [&](double share) {
-        return levelOfRank(ring, bins, rankOf(share, bins.size()));
+        return levelOfRank(ring, bins,
+                           static_cast<std::ptrdiff_t>(rankOfShare(share, bins.size())));
     };
     ring.median = quantileOf(kMedianShare);
     ring.weak = quantileOf(kWeakShare);
@@ -150,8 +144,7 @@ std::vector<Ring> collectRings(std::vector<float> reflectivity,
     const float marker = noEchoMarker(reflectivity);
     std::replace_if(
         reflectivity.begin(), reflectivity.end(),
-        [marker](float value) { return value == marker || value == kNoRainDbz; },
-        std::numeric_limits<float>::quiet_NaN());
+        [marker](float value) { return value == marker || value == kNoRainDbz; }, kNoValue);
     const auto present = std::count_if(reflectivity.begin(), reflectivity.end(),
                                        [](float value) { return std::isfinite(value); });
     const int count = static_cast<int>(
@@ -206,8 +199,7 @@ bool isWeather(const Ring& ring, double peak) {
         count += counts ? 1 : 0;
         low += counts & (ring.correlation[i] <= kWeatherCorrelation) ? 1 : 0;
     }
-    return count >= kMinValues / 2 &&
-           static_cast<std::ptrdiff_t>(low) <= rankOf(kMedianShare, count);
+    return count >= kMinValues / 2 && low <= rankOfShare(kMedianShare, count);
 }
 
 /* Noise has a tail below its peak, unlike weak echo that a threshold cuts off; a tall peak needs

@@ -7,7 +7,6 @@
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
-#include <limits>
 #include <utility>
 
 #include "clutterclassifier/classifier.hpp"
@@ -15,11 +14,10 @@
 #include "scan/classes/remove_isolated.h"
 #include "scan/fields/missing.h"
 #include "scan/fields/oddities.h"
+#include "scan/scan.h"
 
 namespace scan {
 namespace {
-
-constexpr float kNoValue = std::numeric_limits<float>::quiet_NaN();
 
 /* The fields that take part. Gates without a value hold what means "nothing known" there. */
 class Fields {

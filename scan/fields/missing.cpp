@@ -1,7 +1,7 @@
 /* missing.cpp - fill values by role. */
 #include "scan/fields/missing.h"
 
-#include <limits>
+#include "scan/scan.h"
 
 namespace scan {
 namespace {
@@ -15,7 +15,7 @@ float fillValue(Role role) {
     if (role == Role::kZhh) {
         return kNoEcho;
     }
-    return role == Role::kPdf ? 0.5f : std::numeric_limits<float>::quiet_NaN();
+    return role == Role::kPdf ? 0.5f : kNoValue;
 }
 
 void replaceMissing(Role role, std::vector<float>& values) {

@@ -11,7 +11,7 @@
 
 #include "scan/fields/role.h"
 #include "scan/fields/value_summary.h"
-#include "scan/median.h"
+#include "scan/quantile.h"
 
 namespace scan {
 namespace {

@@ -8,6 +8,8 @@
 #include <cstring>
 #include <limits>
 
+#include "scan/scan.h"
+
 namespace scan {
 namespace {
 
@@ -45,7 +47,7 @@ Lanes gather(const std::vector<float>& values, float low, float high) {
         lanes.add(values.data() + i, low, high);
     }
     float rest[kLanes];
-    std::fill(rest, rest + kLanes, std::numeric_limits<float>::quiet_NaN());
+    std::fill(rest, rest + kLanes, kNoValue);
     std::copy(values.begin() + static_cast<std::ptrdiff_t>(whole), values.end(), rest);
     lanes.add(rest, low, high);
     return lanes;

@@ -1,7 +1,6 @@
 /* Recognises the format and calls its reader. */
 #include "scan/formats/read_scan.h"
 
-#include <limits>
 #include <stdexcept>
 
 #include "clutterclassifier/clutterclassifier.h"
@@ -13,6 +12,7 @@
 #include "scan/formats/polar/read_polar.h"
 #include "scan/formats/record/read_record.h"
 #include "scan/formats/uf/read_uf.h"
+#include "scan/scan.h"
 
 namespace scan {
 namespace {
@@ -49,7 +49,7 @@ void hideValue(float noEcho, float* values, std::uint8_t* gates, std::size_t cou
     for (std::size_t i = 0; i < count; ++i) {
         const bool silent = values[i] == noEcho;
         gates[i] = silent;
-        values[i] = silent ? std::numeric_limits<float>::quiet_NaN() : values[i];
+        values[i] = silent ? kNoValue : values[i];
     }
 }
 

@@ -4,9 +4,10 @@
 #include <cmath>
 #include <cstdlib>
 #include <fstream>
-#include <limits>
 #include <sstream>
 #include <stdexcept>
+
+#include "scan/scan.h"
 
 namespace scan {
 namespace {
@@ -39,7 +40,7 @@ void appendPair(const std::string& line, int number, Points& points) {
         char* end = nullptr;
         values.push_back(std::strtof(word.c_str(), &end));
         if (*end != '\0') {
-            values.back() = std::numeric_limits<float>::quiet_NaN();
+            values.back() = kNoValue;
         }
     }
     if (values.empty()) {

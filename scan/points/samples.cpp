@@ -3,20 +3,19 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 #include <stdexcept>
 #include <string>
 #include <utility>
 
+#include "scan/angles.h"
 #include "scan/fields/find_field.h"
 #include "scan/formats/record/write_record.h"
-#include "scan/median.h"
+#include "scan/quantile.h"
+#include "scan/scan.h"
 
 namespace scan {
 namespace {
 
-constexpr double kDegreesPerRadian = 180.0 / 3.14159265358979323846;
-constexpr float kNoValue = std::numeric_limits<float>::quiet_NaN();
 /* Single rays, and rays too close together to have a step, still reach this far. */
 constexpr double kMinReachDeg = 1.0;
 

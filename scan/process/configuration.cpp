@@ -14,6 +14,8 @@
 #include <sstream>
 #include <stdexcept>
 
+#include "scan/classes/inputs.h"
+#include "scan/process/process_options.h"
 #include "scan/text.h"
 
 namespace scan {
@@ -35,13 +37,13 @@ constexpr double kMinInt = std::numeric_limits<int>::min();
 constexpr double kAboveZero = std::numeric_limits<double>::denorm_min();
 
 constexpr Setting kSettings[] = {
-    {"WHAT2DO", Kind::kInt, "255", 0, 255,
+    {"WHAT2DO", Kind::kInt, "255", 0, kAllStages,
      "stages, added up: 1 classification, 2 offset of ZDR, 4 smoothing, 8 attenuation, "
      "16 rain rate, 32 reflectivity from rain rate, 64 rain rate from reflectivity, "
      "128 blanking (the library's own default: 0)"},
     {"CLUTTER_MFS", Kind::kWord, "", 0, 0,
      "directory of the membership functions, with its last /"},
-    {"CLUTTER_ALG", Kind::kShort, "255", 0, 511,
+    {"CLUTTER_ALG", Kind::kShort, "255", 0, kAllInputs,
      "inputs of the classification, added up: textures of 1 Z, 2 ZDR, 4 phase, 8 correlation; "
      "16 velocity, 32 LDR, 64 clutter likelihood, 128 correlation, 256 width"},
     {"GATES2AVE_ZHH", Kind::kWindow, "7", 0, kWidestWindow, "smoothing window of Z, gates"},

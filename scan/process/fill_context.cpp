@@ -5,13 +5,12 @@
 #include <cstddef>
 
 #include "clutterclassifier/clutterclassifier.h"
+#include "scan/angles.h"
 #include "scan/fields/missing.h"
 #include "scan/fields/oddities.h"
 
 namespace scan {
 namespace {
-
-constexpr double kRadiansPerDegree = 3.14159265358979323846 / 180;
 
 constexpr struct {
     Role role;

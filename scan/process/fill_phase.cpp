@@ -6,7 +6,7 @@
 #include <cstddef>
 #include <utility>
 
-#include "scan/median.h"
+#include "scan/quantile.h"
 
 namespace scan {
 namespace {

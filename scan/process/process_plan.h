@@ -2,7 +2,7 @@
 #ifndef SCAN_PROCESS_PROCESS_PLAN_H
 #define SCAN_PROCESS_PROCESS_PLAN_H
 
-#include "scan/process/process_sweep.h"
+#include "scan/process/process_options.h"
 
 namespace scan {
 

@@ -1,19 +1,16 @@
 /* processed_fields.cpp - the table of results, and their gaps. */
 #include "scan/process/processed_fields.h"
 
-#include <algorithm>
 #include <cstddef>
-#include <limits>
-#include <utility>
+#include <span>
 
 #include "clutterclassifier/clutterclassifier.h"
 #include "scan/fields/missing.h"
-#include "scan/process/process_sweep.h"
+#include "scan/process/process_options.h"
+#include "scan/scan.h"
 
 namespace scan {
 namespace {
-
-constexpr float kNoValue = std::numeric_limits<float>::quiet_NaN();
 
 /* Results: the record's name, its name and scale in Universal Format, and the stages of which one
  * must have run. */
@@ -57,7 +54,7 @@ const Field* sourceOf(Cpluvek Crres::*record, const FieldChoice& fields, Role& r
 }
 
 void clearGaps(const Sweep& sweep, const FieldChoice& fields, bool blanked, Cpluvek Crres::*record,
-               float invalid, std::vector<float>& values) {
+               float invalid, std::span<float> values) {
     Role role = Role::kNone;
     const Field* source = sourceOf(record, fields, role);
     for (std::size_t i = 0; i < values.size(); ++i) {
@@ -81,11 +78,9 @@ std::vector<Field> takeFields(const Sweep& sweep, const FieldChoice& source, int
         if (!record.data || (row.stages && !(what & row.stages))) {
             continue;
         }
-        Field field{row.name, row.units, {}, row.wordsPerUnit};
-        field.values.assign(record.data, record.data + gates);
-        clearGaps(sweep, source, blanked, row.record, context.invalidvalue, field.values);
-        std::copy(field.values.begin(), field.values.end(), record.data);
-        fields.push_back(std::move(field));
+        const std::span<float> values(record.data, gates);
+        clearGaps(sweep, source, blanked, row.record, context.invalidvalue, values);
+        fields.push_back({row.name, row.units, {values.begin(), values.end()}, row.wordsPerUnit});
     }
     return fields;
 }

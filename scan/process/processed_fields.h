@@ -2,6 +2,7 @@
 #ifndef SCAN_PROCESS_PROCESSED_FIELDS_H
 #define SCAN_PROCESS_PROCESSED_FIELDS_H
 
+#include <string>
 #include <vector>
 
 #include "scan/fields/field_choice.h"
@@ -15,6 +16,10 @@ namespace scan {
  * have, or that are past the end of a ray have no value; they hold NaN in the records too. */
 std::vector<Field> takeFields(const Sweep& sweep, const FieldChoice& source, int what,
                               Crres& context);
+
+/* What a field of a processed sweep is called in Universal Format; null where that format cannot
+ * hold it. */
+const char* ufNameOf(const std::string& recordName);
 
 }  // namespace scan
 

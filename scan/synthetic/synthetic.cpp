@@ -13,9 +13,9 @@
 #include <cmath>
 #include <complex>
 #include <limits>
-#include <numbers>
 #include <stdexcept>
 
+#include "scan/angles.h"
 #include "scan/synthetic/synthetic_scene.h"
 
 namespace scan {
@@ -24,8 +24,6 @@ namespace {
 
 using Complex = std::complex<double>;
 
-constexpr double kPi = std::numbers::pi;
-constexpr double kDegree = kPi / 180.0;
 constexpr int kSamples = 16;  // independent samples a ray: rain then scatters by 1.1 dB, 1.4 deg
 /* The beam moves on while a ray is sampled, and the receiver's filter is not a box. */
 constexpr double kLeakDb = -10.0;
@@ -51,7 +49,7 @@ struct Moments {
         v += vertical;
         cross += power * fromDb(echo.ldrDb);
         hv += std::polar(echo.correlation * std::sqrt(power * vertical),
-                         (echo.phaseDeg + propagationDeg) * kDegree);
+                         (echo.phaseDeg + propagationDeg) * kRadiansPerDegree);
         lag1 +=
             std::polar(power * std::exp(-0.5 * spread * spread), kPi * echo.velocity / kNyquist);
     }
@@ -86,7 +84,7 @@ void writeCovariance(const Moments& m, std::size_t i, SyntheticScan& scan, Rando
     const Estimate estimate = drawEstimate(m, random);
     scan.zhh[i] = toDb(estimate.h);
     scan.zdr[i] = toDb(estimate.h / estimate.v);
-    scan.phidp[i] = std::arg(estimate.hv) / kDegree;
+    scan.phidp[i] = std::arg(estimate.hv) / kRadiansPerDegree;
     scan.rhohv[i] = std::min(1.0, std::abs(estimate.hv) / std::sqrt(estimate.h * estimate.v));
 }
 
@@ -147,7 +145,7 @@ struct Place {
 
 Place placeOf(const SyntheticScan& scan, int ray, int gate) {
     /* The first gate is one spacing out, as in the library. */
-    return {std::max(gate, 1) * kSpacingM / 1000.0, scan.azimuthDeg[ray] * kDegree};
+    return {std::max(gate, 1) * kSpacingM / 1000.0, scan.azimuthDeg[ray] * kRadiansPerDegree};
 }
 
 Random randomOf(std::uint64_t seed, int stream, int ray) {

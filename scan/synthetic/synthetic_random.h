@@ -11,6 +11,8 @@
 #include <cstdint>
 #include <numbers>
 
+#include "scan/angles.h"
+
 namespace scan {
 
 /* The finaliser of splitmix64: a good hash of 64 bits. */
@@ -34,7 +36,7 @@ class Random {
     /* Complex normal of mean 0 and mean square 1 (Box-Muller). */
     std::complex<double> complexNormal() {
         const double amplitude = std::sqrt(-std::log(uniform()));
-        return std::polar(amplitude, 2.0 * std::numbers::pi * uniform());
+        return std::polar(amplitude, kTwoPi * uniform());
     }
 
     double normal() { return std::numbers::sqrt2 * complexNormal().real(); }

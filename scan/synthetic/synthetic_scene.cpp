@@ -9,13 +9,13 @@
 
 #include <algorithm>
 #include <cmath>
-#include <numbers>
+
+#include "scan/angles.h"
 
 namespace scan {
 
 namespace {
 
-constexpr double kPi = std::numbers::pi;
 constexpr int kCells = 30, kTowers = 45, kSpecks = 220, kSpokes = 2;
 
 double addPowersDb(double a, double b) {
@@ -36,7 +36,7 @@ Weather::Weather(std::uint64_t seed)
       microphysics_(seed + 4, 8.0, 2, 0.5) {
     Random random(seed);
     windSpeed_ = random.uniform(10.0, 14.0);
-    windFromRad_ = random.uniform(0.0, 2.0 * kPi);
+    windFromRad_ = random.uniform(0.0, kTwoPi);
     /* Two cells in three lie in a line across the scan, the others anywhere. */
     const double lineRad = random.uniform(0.0, kPi), lineKm = random.uniform(25.0, 55.0);
     for (int i = 0; i < kCells; ++i) {

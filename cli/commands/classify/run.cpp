@@ -17,19 +17,11 @@
 
 namespace cli {
 
-using scan::ClassForm;
-using scan::ClassifiedSweep;
-using scan::Field;
-using scan::Role;
-using scan::Sweep;
-using scan::SweepClasses;
-using scan::WrittenFiles;
-
 struct ClassifyRun::Work {
     std::unique_ptr<Cufrw> words;
     scan::Scan scan;
-    std::vector<const Sweep*> sweeps;
-    std::vector<ClassifiedSweep> results;
+    std::vector<const scan::Sweep*> sweeps;
+    std::vector<scan::ClassifiedSweep> results;
 };
 
 namespace {
@@ -76,7 +68,7 @@ void ClassifyRun::classifyFile(const Job& job) {
     Work work;
     work.scan = readInput(*job.input, work.words, call_.read);
     work.sweeps = findSweeps(work.scan, call_.sweep);
-    for (const Sweep* sweep : work.sweeps) {
+    for (const scan::Sweep* sweep : work.sweeps) {
         const std::size_t done = work.results.size();
         if (jobs_.size() < 2) {
             progress_.show(static_cast<int>(done), static_cast<int>(work.sweeps.size()),
@@ -91,7 +83,7 @@ void ClassifyRun::classifyFile(const Job& job) {
 }
 
 void ClassifyRun::report(const Work& work) {
-    for (const ClassifiedSweep& result : work.results) {
+    for (const scan::ClassifiedSweep& result : work.results) {
         totals_.add(result);
     }
     if (call_.quiet) {
@@ -104,29 +96,29 @@ void ClassifyRun::report(const Work& work) {
     }
 }
 
-std::vector<SweepClasses> ClassifyRun::classesOf(Work& work) const {
-    std::vector<SweepClasses> classes;
+std::vector<scan::SweepClasses> ClassifyRun::classesOf(Work& work) const {
+    std::vector<scan::SweepClasses> classes;
     for (std::size_t s = 0; s < work.sweeps.size(); ++s) {
-        const ClassifiedSweep& result = work.results[s];
+        const scan::ClassifiedSweep& result = work.results[s];
         classes.push_back({work.sweeps[s], &result.classes, certaintyFields(result)});
     }
     return classes;
 }
 
 /* The scan's own sweeps are cleaned: what was classified is no longer needed. */
-WrittenFiles ClassifyRun::clean(const Job& job, Work& work) const {
-    std::vector<SweepClasses> classes = classesOf(work);
+scan::WrittenFiles ClassifyRun::clean(const Job& job, Work& work) const {
+    std::vector<scan::SweepClasses> classes = classesOf(work);
     for (std::size_t s = 0; s < classes.size(); ++s) {
         classes[s].cleaned = cleanSweep(work.scan.sweeps[s], *classes[s].classes, *call_.clean);
     }
-    ClassForm form = form_;
+    scan::ClassForm form = form_;
     form.history = historyOfCleaning(*call_.clean);
     work.scan.history = scan::extendedHistory(work.scan.history, form.history);
     return writeCleaned(job.output, work.scan, work.words.get(), classes, form);
 }
 
 void ClassifyRun::write(const Job& job, Work& work) const {
-    std::vector<Field> before;
+    std::vector<scan::Field> before;
     if (!job.plot.empty() && call_.clean) {
         before = reflectivities(work);
     } else if (!job.plot.empty()) {
@@ -135,7 +127,7 @@ void ClassifyRun::write(const Job& job, Work& work) const {
     if (job.output.empty()) {
         return;
     }
-    const WrittenFiles written =
+    const scan::WrittenFiles written =
         call_.clean ? clean(job, work)
                     : writeClasses(job.output, work.scan, work.words.get(), classesOf(work), form_);
     if (!before.empty()) {
@@ -149,19 +141,19 @@ void ClassifyRun::write(const Job& job, Work& work) const {
 }
 
 /* As they were read; a copy, since cleaning changes them. */
-std::vector<Field> ClassifyRun::reflectivities(const Work& work) {
-    std::vector<Field> fields;
-    for (const ClassifiedSweep& result : work.results) {
-        fields.push_back(*result.fields[Role::kZhh]);
+std::vector<scan::Field> ClassifyRun::reflectivities(const Work& work) {
+    std::vector<scan::Field> fields;
+    for (const scan::ClassifiedSweep& result : work.results) {
+        fields.push_back(*result.fields[scan::Role::kZhh]);
     }
     return fields;
 }
 
 void ClassifyRun::drawCleaned(const Job& job, const Work& work,
-                              const std::vector<Field>& before) const {
+                              const std::vector<scan::Field>& before) const {
     const std::vector<std::string> paths = scan::sweepPaths(job.plot, work.scan, work.sweeps);
     for (std::size_t s = 0; s < paths.size(); ++s) {
-        const Field& after = *work.results[s].fields[Role::kZhh];
+        const scan::Field& after = *work.results[s].fields[scan::Role::kZhh];
         drawPanels(work.scan, *work.sweeps[s], {before[s], after},
                    {.headings = {before[s].name + " as measured", after.name + " cleaned"}},
                    paths[s]);
@@ -174,9 +166,9 @@ void ClassifyRun::drawCleaned(const Job& job, const Work& work,
 void ClassifyRun::draw(const Job& job, const Work& work) const {
     const std::vector<std::string> paths = scan::sweepPaths(job.plot, work.scan, work.sweeps);
     for (std::size_t s = 0; s < paths.size(); ++s) {
-        const ClassifiedSweep& result = work.results[s];
-        drawClasses(work.scan, *work.sweeps[s], *result.fields[Role::kZhh], result.classes, {},
-                    paths[s]);
+        const scan::ClassifiedSweep& result = work.results[s];
+        drawClasses(work.scan, *work.sweeps[s], *result.fields[scan::Role::kZhh], result.classes,
+                    {}, paths[s]);
     }
     if (!call_.quiet) {
         announce(paths);

@@ -8,6 +8,8 @@
 #include <string>
 #include <vector>
 
+#include "scan/quantile.h"
+
 namespace cli {
 
 namespace {
@@ -34,9 +36,7 @@ double reachDeg(const std::vector<double>& anglesDeg) {
     for (std::size_t i = 1; i < anglesDeg.size(); ++i) {
         steps.push_back(distanceDeg(anglesDeg[i], anglesDeg[i - 1]));
     }
-    const auto middle = steps.begin() + static_cast<std::ptrdiff_t>(steps.size() / 2);
-    std::nth_element(steps.begin(), middle, steps.end());
-    return std::max(kMinReachDeg, *middle);
+    return std::max(kMinReachDeg, scan::upperMedian(std::move(steps)));
 }
 
 int gatesOf(const scan::Sweep& sweep, int ray) {

@@ -12,8 +12,6 @@
 
 namespace cli {
 
-using scan::Input;
-
 namespace {
 
 const char* nameOfClass(int code) {
@@ -52,14 +50,14 @@ std::string format(const char* pattern, Values... values) {
 
 /* The inputs in use, with their shares. */
 struct Row {
-    const Input* input;
+    const scan::Input* input;
     const clutter_input_share* share;
 };
 
 std::vector<Row> rowsOf(const clutter_explanation& why) {
     std::vector<Row> rows;
     for (std::size_t i = 0; i < scan::inputs().size(); ++i) {
-        const Input& input = scan::inputs()[i];
+        const scan::Input& input = scan::inputs()[i];
         if ((why.inputs & input.info->bit) != 0) {
             rows.push_back({&input, &why.input[i]});
         }

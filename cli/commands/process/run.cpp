@@ -21,17 +21,12 @@
 
 namespace cli {
 
-using scan::Field;
-using scan::OutputFile;
-using scan::ProcessedSweep;
-using scan::Sweep;
-
 namespace {
 
 namespace fs = std::filesystem;
 
 bool isUniversalFormat(const std::string& path) {
-    return scan::lowerCase(fs::path(path).extension().string()) == ".uf";
+    return scan::endingOf(path) == ".uf";
 }
 
 }  // namespace
@@ -66,18 +61,18 @@ void ProcessRun::readPointList() {
     }
 }
 
-ProcessedSweep ProcessRun::process(const Sweep& sweep) {
+scan::ProcessedSweep ProcessRun::process(const scan::Sweep& sweep) {
     progress_.clear();
     if (call_.quiet) {
         const scan::QuietLibrary quiet;  // it prints its stages to standard output
         return processSweep(scan_, sweep, options_);
     }
-    ProcessedSweep processed = processSweep(scan_, sweep, options_);
+    scan::ProcessedSweep processed = processSweep(scan_, sweep, options_);
     report(sweep, processed);
     return processed;
 }
 
-void ProcessRun::report(const Sweep& sweep, const ProcessedSweep& processed) const {
+void ProcessRun::report(const scan::Sweep& sweep, const scan::ProcessedSweep& processed) const {
     if ((processed.what & scan::kClassifyStage) != 0) {
         printSweep(sweep, processed.classified);
     } else {
@@ -113,9 +108,9 @@ void ProcessRun::write() {
     const std::vector<std::string> pictures = pathsFor(picturePath(call_, input_));
     const auto writer =
         isUniversalFormat(call_.output) ? writeProcessedWords : writeProcessedRecords;
-    std::vector<std::unique_ptr<OutputFile>> files;
+    std::vector<std::unique_ptr<scan::OutputFile>> files;
     for (std::size_t s = 0; s < outputs.size(); ++s) {
-        files.push_back(std::make_unique<OutputFile>(outputs[s]));
+        files.push_back(std::make_unique<scan::OutputFile>(outputs[s]));
         const std::vector<std::string> notes = writer(*files.back(), scan_, processed_[s]);
         if (!call_.quiet) {
             printNotes(notes);
@@ -136,8 +131,8 @@ void ProcessRun::write() {
     }
 }
 
-void ProcessRun::draw(const ProcessedSweep& processed, const std::string& path) const {
-    std::vector<Field> fields;
+void ProcessRun::draw(const scan::ProcessedSweep& processed, const std::string& path) const {
+    std::vector<scan::Field> fields;
     for (const std::string& name : call_.plot) {
         fields.push_back(processedField(processed, name));
     }

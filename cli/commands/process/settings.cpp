@@ -15,9 +15,6 @@
 
 namespace cli {
 
-using scan::Configuration;
-using scan::ConfigurationProblem;
-
 namespace {
 
 /* The settings that the program needs itself. */
@@ -27,10 +24,10 @@ struct Settings {
     std::string membership;
 };
 
-Configuration examine(const std::string& path) {
-    Configuration configuration =
+scan::Configuration examine(const std::string& path) {
+    scan::Configuration configuration =
         naming(path, [&] { return scan::examineConfigurationFile(path); });
-    for (const ConfigurationProblem& problem : configuration.problems) {
+    for (const scan::ConfigurationProblem& problem : configuration.problems) {
         std::fprintf(stderr, "%s:%d: %s\n", forTerminal(path).c_str(), problem.line,
                      forTerminal(problem.text).c_str());
     }
@@ -42,8 +39,8 @@ Settings readSettings(const std::string& path) {
     if (path.empty()) {
         return settings;
     }
-    const Configuration pairs = examine(path);
-    for (const ConfigurationProblem& problem : pairs.problems) {
+    const scan::Configuration pairs = examine(path);
+    for (const scan::ConfigurationProblem& problem : pairs.problems) {
         if (problem.fatal) {
             throw FileError(path + ": contains invalid settings");
         }
@@ -107,7 +104,7 @@ void printConfiguration() {
 }
 
 void checkConfiguration(const std::string& path) {
-    const Configuration configuration = examine(path);
+    const scan::Configuration configuration = examine(path);
     if (!configuration.problems.empty()) {
         throw CommandFailed{};
     }

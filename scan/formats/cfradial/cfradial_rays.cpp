@@ -7,15 +7,14 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 #include <stdexcept>
 
 #include "scan/formats/cfradial/cfradial_time.h"
+#include "scan/scan.h"
 
 namespace scan::cfradial {
 namespace {
 
-constexpr float kNoValue = std::numeric_limits<float>::quiet_NaN();
 constexpr double kEvenShare = 0.05;  // of a gate, that ranges may differ from even ones
 
 std::vector<double> required(const netcdf::Group& group, const char* name, std::size_t count,

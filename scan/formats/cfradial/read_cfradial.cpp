@@ -11,6 +11,7 @@
 #include "scan/formats/cfradial/cfradial_rays.h"
 #include "scan/formats/cfradial/cfradial_sweeps.h"
 #include "scan/formats/cfradial/cfradial_time.h"
+#include "scan/quantile.h"
 
 namespace scan::cfradial {
 namespace {
@@ -19,12 +20,6 @@ constexpr double kLightSpeedMPerS = 299792458;
 
 bool isRhi(const std::string& mode) {
     return mode.find("rhi") != std::string::npos || mode == "elevation_surveillance";
-}
-
-double middle(std::vector<double> values) {
-    const auto at = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
-    std::nth_element(values.begin(), at, values.end());
-    return *at;
 }
 
 void addSweep(const Slice& slice, const Rays& rays, const std::vector<StackedField>& fields,
@@ -36,7 +31,7 @@ void addSweep(const Slice& slice, const Rays& rays, const std::vector<StackedFie
     fillSweep(rays, slice.begin, slice.end, sweep);
     sweep.fixedAngleDeg = std::isfinite(slice.fixedAngleDeg)
                               ? slice.fixedAngleDeg
-                              : middle(sweep.rhi ? sweep.azimuthDeg : sweep.elevationDeg);
+                              : upperMedian(sweep.rhi ? sweep.azimuthDeg : sweep.elevationDeg);
     if (!(sweep.gateSpacingM > 0)) {
         scan.damage.push_back("The gate spacing of sweep " + std::to_string(sweep.number) +
                               " is not known: the sweep is left out.");

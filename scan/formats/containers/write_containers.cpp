@@ -69,7 +69,7 @@ bool isContainerEnding(const std::string& ending) {
 
 WrittenFiles writeContainer(const std::string& path, const Scan& scan,
                             const std::vector<SweepClasses>& classes, const ClassForm& form) {
-    const Container& container = *find(lowerCase(std::filesystem::path(path).extension().string()));
+    const Container& container = *find(endingOf(path));
     const Containers& module = containers();
     OutputFile file(path);
     WrittenFiles written{{path}, {}};

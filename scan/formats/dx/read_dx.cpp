@@ -3,12 +3,12 @@
 
 #include <algorithm>
 #include <iterator>
-#include <limits>
 #include <memory>
 #include <stdexcept>
 
 #include "clutterclassifier/clutterclassifier.h"
 #include "scan/formats/record/read_record.h"
+#include "scan/scan.h"
 
 namespace scan {
 namespace {
@@ -28,8 +28,7 @@ void markNoEcho(Field& field, bool keep) {
     if (keep) {
         return;
     }
-    std::replace(field.values.begin(), field.values.end(), kNoEchoDbz,
-                 std::numeric_limits<float>::quiet_NaN());
+    std::replace(field.values.begin(), field.values.end(), kNoEchoDbz, kNoValue);
 }
 
 }  // namespace

@@ -3,13 +3,14 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 #include <stdexcept>
+
+#include "scan/quantile.h"
+#include "scan/scan.h"
 
 namespace scan::nexrad {
 namespace {
 
-constexpr float kNoValue = std::numeric_limits<float>::quiet_NaN();
 constexpr double kMaxRangeM = 1e6;
 
 struct KnownMoment {
@@ -196,10 +197,7 @@ void fillRays(std::span<const Radial> radials, std::optional<double> fixed, Swee
         sweep.elevationDeg.push_back(radial.elevationDeg);
         sweep.rayTimeS.push_back(radial.timeS);
     }
-    std::vector<double> sorted = sweep.elevationDeg;
-    const auto middle = sorted.begin() + static_cast<std::ptrdiff_t>(sorted.size() / 2);
-    std::nth_element(sorted.begin(), middle, sorted.end());
-    sweep.fixedAngleDeg = fixed.value_or(*middle);
+    sweep.fixedAngleDeg = fixed.value_or(upperMedian(sweep.elevationDeg));
 }
 
 std::string coarseMoments(std::span<const Radial> radials, const Gates& common) {

@@ -7,7 +7,6 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
-#include <limits>
 #include <stdexcept>
 
 #include "scan/calendar.h"
@@ -15,12 +14,12 @@
 #include "scan/formats/odim/odim_levels.h"
 #include "scan/formats/odim/odim_names.h"
 #include "scan/formats/odim/odim_rays.h"
+#include "scan/scan.h"
 
 namespace scan::odim {
 namespace {
 
 constexpr double kLightSpeedMPerS = 299792458;
-constexpr float kNoValue = std::numeric_limits<float>::quiet_NaN();
 
 /* 10 for "dataset10" and "dataset"; 0 if it is something else. */
 int numberOf(const std::string& name, const std::string& prefix) {

@@ -13,6 +13,7 @@
 #include "scan/formats/odim/odim_classes.h"
 #include "scan/formats/writing/history.h"
 #include "scan/formats/writing/plain_values.h"
+#include "scan/quantile.h"
 
 namespace scan::odim {
 namespace {
@@ -127,9 +128,7 @@ double halfWidthDeg(const std::vector<double>& angles) {
     if (steps.empty()) {
         return 0.5;
     }
-    const auto middle = steps.begin() + static_cast<std::ptrdiff_t>(steps.size() / 2);
-    std::nth_element(steps.begin(), middle, steps.end());
-    return *middle / 2;
+    return upperMedian(std::move(steps)) / 2;
 }
 
 void writeAngles(const hdf5::Writer& how, const char* start, const char* stop,

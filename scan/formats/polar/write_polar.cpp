@@ -9,6 +9,7 @@
 
 #include "clutterclassifier/clutterclassifier.h"
 #include "formats/polar/layout.h"
+#include "scan/angles.h"
 #include "scan/formats/record/write_record.h"
 #include "scan/formats/writing/checked_words.h"
 #include "scan/text.h"
@@ -22,7 +23,6 @@ constexpr double kMaxWord = 65535;  // the words of the header have no sign
 
 /* Values of a record outside these ends would wrap; they become 0, which is "unknown". */
 void checkHeader(Cpluvek& record, CheckedWords& checked) {
-    constexpr double kDegreesPerRadian = 180 / 3.14159265358979323846;
     const struct {
         const char* what;
         float& value;

@@ -8,6 +8,8 @@
 #include <limits>
 #include <optional>
 
+#include "scan/scan.h"
+
 namespace scan {
 
 /* value = raw * gain + offset, in double precision, rounded once. */
@@ -46,7 +48,7 @@ class Decoder {
         const auto value = static_cast<float>(raw * gain_ + offset_);
         const int marked = int{nodata_.matches(raw)} | int{missing_.matches(raw)};
         const int absent = marked & int{!undetect_.matches(raw)};
-        return absent != 0 ? std::numeric_limits<float>::quiet_NaN() : value;
+        return absent != 0 ? kNoValue : value;
     }
 
   private:

@@ -8,6 +8,7 @@
 #include <fstream>
 #include <stdexcept>
 
+#include "scan/angles.h"
 #include "scan/fields/role.h"
 
 namespace scan {
@@ -15,7 +16,6 @@ namespace {
 
 constexpr std::uintmax_t kSmallestBlockBytes = 1060;
 constexpr int kCountOffset = 64;
-constexpr double kDegreesPerRadian = 180.0 / 3.14159265358979323846;
 
 /* The library fills an array that must be large enough: the file's own count, once it is possible.
  */

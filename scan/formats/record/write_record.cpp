@@ -8,6 +8,7 @@
 #include <memory>
 
 #include "clutterclassifier/clutterclassifier.h"
+#include "scan/angles.h"
 #include "scan/class_codes.h"
 #include "scan/fields/role.h"
 #include "scan/formats/writing/plain_values.h"
@@ -17,8 +18,6 @@ namespace scan {
 
 namespace {
 
-constexpr double kPi = 3.14159265358979323846;
-constexpr double kRadiansPerDegree = kPi / 180;
 constexpr int kStoredAsByte = 2;
 
 template <std::size_t N>

@@ -11,8 +11,6 @@
 #include "scan/class_codes.h"
 #include "scan/fields/role.h"
 #include "scan/fields/value_summary.h"
-#include "scan/formats/uf/make_words.h"
-#include "scan/formats/uf/write_uf.h"
 #include "scan/text.h"
 
 namespace scan {

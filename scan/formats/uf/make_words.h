@@ -12,8 +12,6 @@ struct Cufray;
 
 namespace scan {
 
-constexpr int kMaxFields = 20;  // of a ray
-
 /* Position of a field among the first count of a ray; -1 when it is not there. */
 int findField(const Cufray& ray, int count, const std::string& name);
 

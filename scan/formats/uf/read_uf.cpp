@@ -3,23 +3,20 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdint>
-#include <filesystem>
-#include <fstream>
-#include <limits>
 #include <optional>
 #include <stdexcept>
 
 #include "clutterclassifier/clutterclassifier.h"
 #include "scan/fields/role.h"
-#include "scan/median.h"
+#include "scan/formats/uf/framing.h"
+#include "scan/quantile.h"
+#include "scan/scan.h"
 
 namespace scan {
 namespace {
 
 constexpr double kUnitsPerDegree = 64;
 constexpr int kModeRhi = 3;
-constexpr float kNoValue = std::numeric_limits<float>::quiet_NaN();
 
 /* A few long rays among very many short ones would be padded to far more than the file holds. */
 constexpr std::size_t kMaxPadding = 16;
@@ -218,62 +215,6 @@ void fillSite(const Cufray& ray, Scan& scan) {
     }
 }
 
-/* What the framing holds: the year as it is in the file, and how the file ends. */
-struct Framing {
-    int year = 0;
-    std::uintmax_t bytesLeft = 0;  // after the last whole record
-    bool lacksLastLength = false;  // which the last record is read without
-};
-
-std::uint32_t bigEndian(const unsigned char* bytes, int count) {
-    std::uint32_t value = 0;
-    for (int i = 0; i < count; ++i) {
-        value = value << 8 | bytes[i];
-    }
-    return value;
-}
-
-Framing readFraming(const std::string& path) {
-    constexpr std::uintmax_t kYearOffset = 4 + 2 * 25;
-    constexpr std::uint32_t kSmallestRecordBytes = 114;
-    Framing framing;
-    framing.bytesLeft = std::filesystem::file_size(path);
-    std::ifstream file(path, std::ios::binary);
-    unsigned char head[kYearOffset + 2];
-    if (file.read(reinterpret_cast<char*>(head), sizeof head)) {
-        framing.year = static_cast<int>(bigEndian(head + kYearOffset, 2));
-    }
-    std::uintmax_t begin = 0;
-    while (file.seekg(static_cast<std::streamoff>(begin)),
-           file.read(reinterpret_cast<char*>(head), 4)) {
-        const std::uint32_t length = bigEndian(head, 4);
-        if (length < kSmallestRecordBytes || length + 4ULL > framing.bytesLeft) {
-            break;
-        }
-        framing.lacksLastLength = length + 8ULL > framing.bytesLeft;
-        const std::uintmax_t held = std::min<std::uintmax_t>(length + 8ULL, framing.bytesLeft);
-        begin += held;
-        framing.bytesLeft -= held;
-    }
-    return framing;
-}
-
-void checkFraming(const std::string& path, Scan& scan) {
-    const Framing framing = readFraming(path);
-    if (framing.year < 100) {
-        scan.oddities.push_back("The year has two digits: " + std::to_string(framing.year) +
-                                ", read as " + std::to_string(scan.time.year) + ".");
-    }
-    if (framing.bytesLeft > 0) {
-        scan.damage.push_back(std::to_string(framing.bytesLeft) +
-                              " bytes after the last whole record were left unread: the file is "
-                              "cut short, or something was appended.");
-    }
-    if (framing.lacksLastLength) {
-        scan.damage.push_back("The file ends within the last record's closing length.");
-    }
-}
-
 /* Records between which something else was put, or was lost, are read as rays all the same. */
 void addForeignRecords(const Cufrw& words, Scan& scan) {
     const auto foreign = std::count_if(words.rays, words.rays + words.nrays, [](const Cufray& ray) {
@@ -369,7 +310,7 @@ Scan readUniversalFormat(const std::string& path, std::unique_ptr<Cufrw>& words)
     const auto constant = radarConstantOf(words->rays[0], words->rays[0].nfields);
     scan.hasRadarConstant = constant.has_value();
     scan.radarConstantDb = constant.value_or(0);
-    checkFraming(path, scan);
+    addFramingNotes(path, scan);
     addForeignRecords(*words, scan);
     addRayOddities(*words, scan);
     addScaleOddities(*words, scan);

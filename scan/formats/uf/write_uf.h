@@ -12,9 +12,6 @@ class Cufrw;
 
 namespace scan {
 
-/* Name of the class field. */
-constexpr char kClassFieldName[] = "CC";
-
 /*
  * Adds the classes to the rays of a file that was read, words, and writes it. Without words, the
  * rays are made from the sweeps. Everything that was read stays; gates without a class hold the

@@ -10,7 +10,7 @@
 
 #include <vector>
 
-#include "corrections/attenuation/attenuation_search.h"
+#include "corrections/attenuation/trials.h"
 
 namespace clutter::corrections {
 
