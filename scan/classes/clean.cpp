@@ -4,7 +4,6 @@
 #include <algorithm>
 #include <cmath>
 #include <iterator>
-#include <limits>
 #include <stdexcept>
 #include <string_view>
 
@@ -41,7 +40,7 @@ void blank(Field& field, const std::vector<std::uint8_t>& gates) {
     for (std::size_t i = 0; i < gates.size(); ++i) {
         if (gates[i] != 0 && !std::isnan(field.values[i])) {
             field.noEchoGates[i] = 1;
-            field.values[i] = std::numeric_limits<float>::quiet_NaN();
+            field.values[i] = kNoValue;
         }
     }
 }

@@ -4,7 +4,6 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
-#include <limits>
 #include <memory>
 
 #include "clutterclassifier/clutterclassifier.h"
@@ -44,7 +43,7 @@ std::vector<float> recordValues(const Field& field) {
     if (field.noEchoGates.empty() || roleOfName(field.name) != Role::kZhh) {
         return field.values;
     }
-    return plainValues(field, std::numeric_limits<float>::quiet_NaN(), kNoRainDbz);
+    return plainValues(field, kNoValue, kNoRainDbz);
 }
 
 }  // namespace
