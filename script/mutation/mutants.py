@@ -147,7 +147,7 @@ def _removed_nan_branches(text: str):
     for match in re.finditer(r"!\(([\w.\[\]>-]+) (<|>|<=|>=) ([\w.\[\]>-]+)\)", code):
         turned = f"({match[1]} {OPPOSITES[match[2]][0]} {match[3]})"
         yield match.start(), match.end(), turned, "NaN branch removed"
-    for match in re.finditer(r"\b([\w.]+) (!=|==) \1\b(?![\w.\[(])", code):
+    for match in re.finditer(r"(?<![\w.>])([\w.]+) (!=|==) \1\b(?![\w.\[(])", code):
         yield match.start(), match.end(), "false" if match[2] == "!=" else "true", "NaN branch removed"
 
 

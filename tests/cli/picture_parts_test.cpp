@@ -179,6 +179,11 @@ TEST(GateFinder, DrawsALoneRayAsWideAsItsBeam) {
     EXPECT_EQ(findPolar(finder, 359.1, 3.0), 3);
     EXPECT_EQ(findPolar(finder, 1.2, 3.0), -1);
     EXPECT_EQ(findPolar(finder, 180.0, 3.0), -1);
+    for (const double unlikely : {0.0, 12.0}) {  // counts as one degree
+        const GateFinder narrow(sweepOf({0.0}, 10, 0.0), mapOf(10.0), unlikely);
+        EXPECT_EQ(findPolar(narrow, 0.4, 3.0), 3);
+        EXPECT_EQ(findPolar(narrow, 0.6, 3.0), -1);
+    }
 }
 
 /* Forward along the beam and back again: height and ground distance by the cosine and sine rules
