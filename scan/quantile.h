@@ -17,7 +17,7 @@ Value valueOfRank(std::vector<Value>& values, std::size_t index) {
     return *at;
 }
 
-/* Index of a quantile among so many sorted values, at least one; share is from 0 to 1. */
+/* Index of a quantile among this many sorted values, at least one; share is from 0 to 1. */
 inline std::size_t rankOfShare(double share, std::size_t count) {
     return static_cast<std::size_t>(share * static_cast<double>(count - 1));
 }

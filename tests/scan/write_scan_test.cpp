@@ -15,7 +15,7 @@
 namespace scan {
 namespace {
 
-/* One ray of so many gates, with everything that a file may say of it. */
+/* One ray of this many gates, with everything that a file may say of it. */
 Scan smallScan(int ngates) {
     Scan scan;
     scan.radarName = "RADAR";

@@ -32,9 +32,9 @@ def test_unfolding_adds_a_circle_after_the_jump(lowest):
     classes = np.zeros(folded.shape)
     classes[2, 100] = cc.NOISE
     result = cc.unfold_phase(folded, classes)
-    behind = phidp[0] >= lowest + 360
-    np.testing.assert_allclose(result[0, behind], phidp[0, behind], rtol=1e-5)
-    assert ((result[0] != phidp[0].astype(np.float32)) & ~behind).sum() <= 6
+    beyond = phidp[0] >= lowest + 360
+    np.testing.assert_allclose(result[0, beyond], phidp[0, beyond], rtol=1e-5)
+    assert ((result[0] != phidp[0].astype(np.float32)) & ~beyond).sum() <= 6
     np.testing.assert_array_equal(result[1], folded[1].astype(np.float32))
     assert result[2, 100] == np.float32(folded[2, 100]) != result[0, 100]
 
