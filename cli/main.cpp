@@ -75,6 +75,7 @@ int main(int argc, char** argv) try {
     cli::addExportCommand(app);
     cli::addConvertCommand(app);
     cli::addRepackCommand(app);
+    cli::addMembershipCommand(app);
     cli::addDemoCommand(app);
     const int code = runCommand(app, argc, argv);
     if (!flushOutput() && code == 0) {

@@ -16,6 +16,7 @@ void addExplainCommand(CLI::App& app);
 void addExportCommand(CLI::App& app);
 void addExtractCommand(CLI::App& app);
 void addInfoCommand(CLI::App& app);
+void addMembershipCommand(CLI::App& app);
 void addPlotCommand(CLI::App& app);
 void addProcessCommand(CLI::App& app);
 void addRepackCommand(CLI::App& app);
