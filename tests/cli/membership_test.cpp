@@ -37,8 +37,7 @@ TEST_F(Membership, TrainWritesADirectoryThatClassifies) {
         << "with the other tables as they were";
     expectRefusals({
         {train, 1, "exists and is not an empty directory"},
-        {"membership train " + scan_ + " --label 'RH<0.97' -o " + out + "2", 1,
-         "942 of clutter"},
+        {"membership train " + scan_ + " --label 'RH<0.97' -o " + out + "2", 1, "942 of clutter"},
         {"membership train " + scan_ + " --label 'RH<' -o " + out + "2", 2, "is not a number"},
         {"membership train " + scan_ + " --label XX -o " + out + "2", 1, "XX"},
         {"membership", 2, "subcommand"},
