@@ -3,9 +3,11 @@
 
 #include <cstdint>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "clutterclassifier/clutterclassifier.h"
+#include "scan/formats/polar/write_polar.h"
 #include "scan/formats/read_scan.h"
 #include "scan/formats/record/write_record.h"
 #include "scan/formats/uf/write_uf.h"
@@ -89,6 +91,57 @@ TEST(WriteScan, ASingleGateIsAScan) {
     ASSERT_EQ(held.ReadDataFromFile(directory.file("scan.plv").c_str()), 1);
     const std::vector<float> limits(held.axislimits, held.axislimits + 6);
     EXPECT_EQ(limits, (std::vector<float>{-250, 250, 100, -250, 250, 100}));
+}
+
+/* The header has words of 16 bits without a sign, each of its own unit. */
+TEST(WriteScan, PolarDataNoteEveryNumberThatTheirHeaderCannotHold) {
+    const clutter::test::TempDir directory;
+    const auto notesOf = [&](Scan scan) {
+        OutputFile file(directory.file("scan.pol"));
+        return writePolarData(file, scan, scan.sweeps[0], scan.sweeps[0].fields[0], 1814);
+    };
+    Scan small = smallScan(2);
+    small.longitudeDeg = 7.25;
+    small.hasRadarConstant = true;
+    small.radarConstantDb = 40;
+    EXPECT_EQ(notesOf(small), std::vector<std::string>{});
+    const struct {
+        const char* what;
+        double highest;
+        void (*set)(Scan& scan, double value);
+    } kWords[] = {
+        {"longitude", 360, [](Scan& scan, double value) { scan.longitudeDeg = value; }},
+        {"latitude", 90, [](Scan& scan, double value) { scan.latitudeDeg = value; }},
+        {"height", 65535, [](Scan& scan, double value) { scan.altitudeM = value; }},
+        {"radar constant", 6553.5, [](Scan& scan, double value) { scan.radarConstantDb = value; }},
+        {"wavelength", 65.535, [](Scan& scan, double value) { scan.wavelengthM = value; }},
+        {"beam width", 655.35, [](Scan& scan, double value) { scan.beamWidthDeg = value; }},
+        {"pulse length", 65535,
+         [](Scan& scan, double value) { scan.operation.pulseLengthM = static_cast<float>(value); }},
+        {"rate of turn", 182,
+         [](Scan& scan, double value) {
+             scan.operation.turnsPerMinute = static_cast<float>(value);
+         }},
+        {"number of pulses", 65535,
+         [](Scan& scan, double value) { scan.operation.pulsesPerRay = static_cast<float>(value); }},
+        {"pulse repetition", 65535,
+         [](Scan& scan, double value) {
+             scan.operation.pulsesPerSecond = static_cast<float>(value);
+         }},
+        {"Nyquist velocity", 655.35,
+         [](Scan& scan, double value) { scan.sweeps[0].nyquist = value; }},
+    };
+    for (const auto& word : kWords) {
+        for (const auto& [share, fits] : {std::pair{-0.1, false}, {0.99, true}, {1.01, false}}) {
+            Scan scan = small;
+            word.set(scan, share * word.highest);
+            const std::vector<std::string> notes = notesOf(scan);
+            EXPECT_EQ(notes.size(), fits ? 0u : 1u) << word.what << " " << share;
+            if (!notes.empty()) {
+                EXPECT_NE(notes[0].find(word.what), std::string::npos) << notes[0];
+            }
+        }
+    }
 }
 
 }  // namespace
