@@ -26,7 +26,7 @@ struct Field {
     int wordsPerUnit = 0;  // the finest that Universal Format keeps it; 0: what its quantity needs
     /* value of gates that were measured and have no echo */
     std::optional<float> noEcho = std::nullopt;
-    std::string place = "";  // group of an ODIM_H5 file that holds it; "" elsewhere
+    std::string place = {};  // group of an ODIM_H5 file that holds it; "" elsewhere
     /* 1 where the value for "no echo" was replaced by NaN; empty when none was. */
     std::vector<std::uint8_t> noEchoGates = {};
 };

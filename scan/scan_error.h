@@ -20,7 +20,7 @@ class ScanError : public std::runtime_error {
     ScanError(Failure failure, const std::string& reason)
         : std::runtime_error(reason), failure_(failure) {}
 
-    Failure failure() const { return failure_; }
+    [[nodiscard]] Failure failure() const { return failure_; }
 
   private:
     Failure failure_;

@@ -54,7 +54,7 @@ struct Source {
     Cpluvek record;
     bool grid = false;
 
-    std::size_t size() const {
+    [[nodiscard]] std::size_t size() const {
         return static_cast<std::size_t>(record.nrays) * static_cast<std::size_t>(record.ngates);
     }
 };

@@ -42,7 +42,7 @@ class Source {
     Source& operator=(const Source&) = delete;
 
     /* Bytes read into piece; 0 at the end. */
-    std::size_t read(std::vector<char>& piece) const {
+    [[nodiscard]] std::size_t read(std::vector<char>& piece) const {
         ssize_t count = 0;
         do {
             count = ::read(descriptor_, piece.data(), piece.size());

@@ -26,17 +26,17 @@ class InputFile {
     InputFile& operator=(InputFile&&) = delete;
 
     /* The input as the user gave it; "-" is "<standard input>". */
-    const std::string& name() const { return name_; }
+    [[nodiscard]] const std::string& name() const { return name_; }
 
     /* The beginning of the names of results: the file's name without its ending. */
-    std::string stem() const;
+    [[nodiscard]] std::string stem() const;
 
     /* The path to read from, as often as needed. Throws std::runtime_error for a terminal, another
      * device, or a pipe that holds too much. */
-    const std::string& path() const;
+    [[nodiscard]] const std::string& path() const;
 
   private:
-    std::string copy() const;
+    [[nodiscard]] std::string copy() const;
 
     std::string given_, name_;
     mutable std::string path_, failure_;  // both empty: not needed yet

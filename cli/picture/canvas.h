@@ -29,12 +29,12 @@ class Canvas {
      * a PNG, points elsewhere. */
     Canvas(const std::string& path, int width, int height);
 
-    cairo_t* context() const { return context_.get(); }
-    bool isBitmap() const;
+    [[nodiscard]] cairo_t* context() const { return context_.get(); }
+    [[nodiscard]] bool isBitmap() const;
 
     void setColour(Rgb colour, double opacity = 1.0) const;
     void text(double x, double y, const std::string& text, const TextStyle& style) const;
-    double textWidth(const std::string& text, const TextStyle& style) const;
+    [[nodiscard]] double textWidth(const std::string& text, const TextStyle& style) const;
     /* As text(), but smaller where the text would be wider than width. */
     void textWithin(double width, double x, double y, const std::string& text,
                     TextStyle style) const;

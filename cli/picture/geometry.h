@@ -33,7 +33,7 @@ class GateFinder {
     GateFinder(const scan::Sweep& sweep, const View& view, double beamWidthDeg);
 
     /* Index into the values of a field, or -1. */
-    std::ptrdiff_t find(double xKm, double yKm) const;
+    [[nodiscard]] std::ptrdiff_t find(double xKm, double yKm) const;
 
   private:
     void spreadRays(const std::vector<double>& angleDeg, double beamWidthDeg);

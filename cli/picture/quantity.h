@@ -32,7 +32,7 @@ class ColourScale {
     ColourScale() = default;  // of classes
     ColourScale(Palette palette, double low, double high);
     static ColourScale ofReasons();
-    bool colour(float value, Rgb& result) const;
+    [[nodiscard]] bool colour(float value, Rgb& result) const;
 
     bool classes = true;   // of class codes
     bool reasons = false;  // of what decided a class

@@ -31,7 +31,7 @@ struct PixelSum {
         ++count;
     }
 
-    std::uint32_t packed() const {
+    [[nodiscard]] std::uint32_t packed() const {
         constexpr unsigned kAll = kSide * kSide;
         const auto mean = [](unsigned sum) { return (sum + kAll / 2) / kAll; };
         return mean(255 * count) << 24 | mean(red) << 16 | mean(green) << 8 | mean(blue);

@@ -2,6 +2,7 @@
  * Takes file names apart: site, elevation and time of polar data files, the name without its
  * directory, stamps of 14 digits. The input is the name.
  */
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -53,7 +54,7 @@ void takeStamp(std::string text) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     std::string text(reinterpret_cast<const char*>(data), size);
-    text = text.c_str();  // a C text ends at its first zero
+    text.resize(std::min(text.find('\0'), text.size()));  // a C text ends at its first zero
     takeTags(text);
     takeName(text);
     takeStamp(text);

@@ -21,7 +21,8 @@ constexpr int kMaxFields = 20;
 void requireSameRay(const Cufray& a, const Cufray& b) {
     require(a.nfields == b.nfields && a.ngates == b.ngates, "a ray keeps its fields and gates");
     require(a.azimuth == b.azimuth && a.elevation == b.elevation, "a ray keeps its direction");
-    require(std::equal(a.data, a.data + a.nfields * a.ngates, b.data), "a ray keeps its words");
+    require(std::equal(a.data, a.data + std::ptrdiff_t{a.nfields} * a.ngates, b.data),
+            "a ray keeps its words");
 }
 
 void requireSameRecords(Cufrw& written, Cufrw& read, int fields) {

@@ -34,7 +34,7 @@ class Fields {
                     plan.calibration.radarConstantDb, plan.calibration.minSnrDb);
     }
 
-    const clutter_scan& scan() const { return scan_.c; }
+    [[nodiscard]] const clutter_scan& scan() const { return scan_.c; }
 
   private:
     void take(Role role, const std::vector<float>& values) {

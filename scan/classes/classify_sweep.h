@@ -22,7 +22,7 @@ struct ClassifiedSweep : ClassificationPlan {
     long seaClutter = 0, turbineClutter = 0;
     long withoutValue = 0;  // of the noise: gates without a reflectivity
     double seconds = 0;     // classification alone
-    long gates() const {
+    [[nodiscard]] long gates() const {
         return precipitation + groundClutter + seaClutter + turbineClutter + noise;
     }
 };

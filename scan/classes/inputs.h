@@ -15,7 +15,7 @@ struct Input {
     const clutter_input_info* info;
     Role role;
 
-    int bit() const { return static_cast<int>(info->bit); }
+    [[nodiscard]] int bit() const { return static_cast<int>(info->bit); }
 };
 
 /* All of them, in the order of their bits. */

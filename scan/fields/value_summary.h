@@ -12,7 +12,7 @@ struct ValueSummary {
     long count = 0;  // of the gates that have a value
     float lowest = 0, highest = 0;
     double shareInRange = 1;  // of them, within the ends of the role
-    bool constant() const { return count > 0 && lowest == highest; }
+    [[nodiscard]] bool constant() const { return count > 0 && lowest == highest; }
 };
 ValueSummary summarise(const std::vector<float>& values, Role role);
 

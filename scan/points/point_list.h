@@ -11,7 +11,7 @@ namespace scan {
 /* Where values are wanted: range in m and azimuth in degrees, or x and y in m. */
 struct Points {
     std::vector<float> first, second;
-    std::size_t size() const { return first.size(); }
+    [[nodiscard]] std::size_t size() const { return first.size(); }
 };
 
 /* Reads a regular file or a pipe with two numbers on each line that is not blank. Throws

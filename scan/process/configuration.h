@@ -22,7 +22,7 @@ struct Configuration {
     std::vector<std::string> keys;  // known ones, in the file's order
     std::vector<ConfigurationProblem> problems;
 
-    bool names(const std::string& key) const;
+    [[nodiscard]] bool names(const std::string& key) const;
 };
 
 /* Looks through the text of a configuration file. */

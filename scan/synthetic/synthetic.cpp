@@ -139,8 +139,8 @@ SyntheticScan emptyScan(int nrays, int ngates) {
 
 struct Place {
     double rangeKm, azimuthRad;
-    double xKm() const { return rangeKm * std::sin(azimuthRad); }
-    double yKm() const { return rangeKm * std::cos(azimuthRad); }
+    [[nodiscard]] double xKm() const { return rangeKm * std::sin(azimuthRad); }
+    [[nodiscard]] double yKm() const { return rangeKm * std::cos(azimuthRad); }
 };
 
 Place placeOf(const SyntheticScan& scan, int ray, int gate) {

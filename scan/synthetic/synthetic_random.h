@@ -62,7 +62,7 @@ class SmoothPattern {
     SmoothPattern(std::uint64_t seed, double sizeKm, int octaves, double roughness)
         : seed_(mixBits(seed)), sizeKm_(sizeKm), octaves_(octaves), roughness_(roughness) {}
 
-    double at(double xKm, double yKm) const {
+    [[nodiscard]] double at(double xKm, double yKm) const {
         double sum = 0.0, variance = 0.0, height = 1.0, frequency = 1.0 / sizeKm_;
         for (int octave = 0; octave < octaves_; ++octave) {
             sum += height * lattice(xKm * frequency, yKm * frequency, octave);
@@ -75,14 +75,14 @@ class SmoothPattern {
     }
 
   private:
-    double corner(std::int64_t i, std::int64_t j, int octave) const {
+    [[nodiscard]] double corner(std::int64_t i, std::int64_t j, int octave) const {
         const auto key = static_cast<std::uint64_t>(i) * 0x9e3779b97f4a7c15u +
                          static_cast<std::uint64_t>(j) * 0xc2b2ae3d27d4eb4fu +
                          static_cast<std::uint64_t>(octave);
         return static_cast<double>(mixBits(key ^ seed_) >> 11) * 0x1p-52 - 1.0;
     }
 
-    double lattice(double x, double y, int octave) const {
+    [[nodiscard]] double lattice(double x, double y, int octave) const {
         const double x0 = std::floor(x), y0 = std::floor(y);
         const double u = smoothStep(x - x0), v = smoothStep(y - y0);
         const auto i = static_cast<std::int64_t>(x0), j = static_cast<std::int64_t>(y0);

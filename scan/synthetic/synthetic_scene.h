@@ -27,7 +27,7 @@ inline constexpr double kNoiseDbzAt1Km = -36.0;
 class Weather {
   public:
     explicit Weather(std::uint64_t seed);
-    Echo at(double xKm, double yKm, double azimuthRad, double rangeKm) const;
+    [[nodiscard]] Echo at(double xKm, double yKm, double azimuthRad, double rangeKm) const;
 
     /* One-way specific differential phase of rain, degrees per km. */
     static double kdp(double dBZ);
@@ -36,7 +36,7 @@ class Weather {
     struct Cell {
         double xKm, yKm, peakDbz, radiusKm, stretch, angleRad;
     };
-    double reflectivity(double xKm, double yKm) const;
+    [[nodiscard]] double reflectivity(double xKm, double yKm) const;
 
     SmoothPattern region_, bands_, ripple_, microphysics_;
     std::vector<Cell> cells_;
@@ -49,10 +49,11 @@ class Clutter {
     Clutter(std::uint64_t seed, int nrays, int ngates, double spacingKm);
 
     /* Draws the echo of one gate: two calls for the same gate differ. */
-    Echo draw(int ray, int gate, double xKm, double yKm, double rangeKm, Random& random) const;
+    [[nodiscard]] Echo draw(int ray, int gate, double xKm, double yKm, double rangeKm,
+                            Random& random) const;
 
     /* 0..1: how often a clutter map of other days shows clutter at this place. */
-    double mapped(double xKm, double yKm, double rangeKm) const;
+    [[nodiscard]] double mapped(double xKm, double yKm, double rangeKm) const;
 
   private:
     enum class Kind { kTower, kSpeck, kInterference };
@@ -61,9 +62,9 @@ class Clutter {
         double excessDb;  // tower: dBZ; else above the noise
         double velocity;
     };
-    double terrain(double xKm, double yKm, double rangeKm) const;
-    Echo drawTerrain(double excess, double xKm, double yKm, Random& random) const;
-    Echo drawTarget(const Target& target, double rangeKm, Random& random) const;
+    [[nodiscard]] double terrain(double xKm, double yKm, double rangeKm) const;
+    [[nodiscard]] Echo drawTerrain(double excess, double xKm, double yKm, Random& random) const;
+    [[nodiscard]] Echo drawTarget(const Target& target, double rangeKm, Random& random) const;
     void place(const Target& target, int ray, int gate, int rays, int gates);
 
     int nrays_, ngates_;

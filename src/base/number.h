@@ -27,6 +27,13 @@ Integer truncateAndWrap(double value) {
     return static_cast<Integer>(static_cast<std::int64_t>(wrapped));
 }
 
+/* The remainder of a division that rounds down: rays wrap around the circle. */
+template <class Integer>
+constexpr Integer floorModulo(Integer value, Integer divisor) {
+    const Integer remainder = value % divisor;
+    return remainder < 0 ? remainder + divisor : remainder;
+}
+
 /* The nearest float; an infinity for values that round past the largest one. */
 inline float roundToFloat(double value) {
     constexpr float kLargest = std::numeric_limits<float>::max();

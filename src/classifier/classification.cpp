@@ -7,6 +7,7 @@
 #include <cstddef>
 
 #include "base/kernel.h"
+#include "base/number.h"
 
 namespace clutter::classifier {
 namespace {
@@ -16,11 +17,6 @@ CLUTTER_KERNEL void addRows(const float* __restrict a, const float* __restrict b
     for (int g = 0; g < n; ++g) {
         sums[g] = a[g] + b[g];
     }
-}
-
-int floorModulo(int value, int divisor) {
-    const int remainder = value % divisor;
-    return remainder < 0 ? remainder + divisor : remainder;
 }
 
 }  // namespace
@@ -51,7 +47,7 @@ Classification::Classification(const MembershipSet& set, const Request& request,
 }
 
 EvidenceRow& Classification::rowOf(int logicalRay) {
-    return ring_[static_cast<std::size_t>(floorModulo(logicalRay, ahead_ + 1))];
+    return ring_[static_cast<std::size_t>(base::floorModulo(logicalRay, ahead_ + 1))];
 }
 
 void Classification::enter(int logicalRay) {
@@ -62,7 +58,7 @@ void Classification::enter(int logicalRay) {
         }
         return;
     }
-    const int ray = floorModulo(logicalRay, request_.rays);
+    const int ray = base::floorModulo(logicalRay, request_.rays);
     EvidenceRow& row = rowOf(logicalRay);
     evidence_.compute(ray, row);
     if (neighbourhood_) {

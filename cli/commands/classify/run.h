@@ -28,8 +28,8 @@ class ClassifyRun {
     void classifyFile(const Job& job);
     void report(const Work& work);
     void write(const Job& job, Work& work) const;
-    std::vector<scan::SweepClasses> classesOf(Work& work) const;
-    scan::WrittenFiles clean(const Job& job, Work& work) const;
+    [[nodiscard]] std::vector<scan::SweepClasses> classesOf(Work& work) const;
+    [[nodiscard]] scan::WrittenFiles clean(const Job& job, Work& work) const;
     static std::vector<scan::Field> reflectivities(const Work& work);
     void drawCleaned(const Job& job, const Work& work,
                      const std::vector<scan::Field>& before) const;

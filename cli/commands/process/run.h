@@ -24,7 +24,7 @@ class ProcessRun {
     void readPointList();
     scan::ProcessedSweep process(const scan::Sweep& sweep);
     void report(const scan::Sweep& sweep, const scan::ProcessedSweep& processed) const;
-    std::vector<std::string> pathsFor(const std::string& path) const;
+    [[nodiscard]] std::vector<std::string> pathsFor(const std::string& path) const;
     void write();
     void draw(const scan::ProcessedSweep& processed, const std::string& path) const;
     void sample();

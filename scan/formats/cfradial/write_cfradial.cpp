@@ -124,7 +124,7 @@ class StackWriter {
         return static_cast<std::size_t>(gates);
     }
 
-    std::size_t pointCount() const {
+    [[nodiscard]] std::size_t pointCount() const {
         std::size_t points = 0;
         for (const Sweep& sweep : scan_.sweeps) {
             for (std::size_t r = 0; r < static_cast<std::size_t>(sweep.nrays); ++r) {
@@ -212,12 +212,12 @@ class StackWriter {
         file_.doubles("ray_gate_spacing", {time_}, spacing).text("units", "meters");
     }
 
-    netcdf::Dimensions shape() const {
+    [[nodiscard]] netcdf::Dimensions shape() const {
         return ragged_ ? netcdf::Dimensions{points_} : netcdf::Dimensions{time_, range_};
     }
 
     /* One value for all sweeps, if they agree. */
-    float commonNoEcho(const std::string& name) const {
+    [[nodiscard]] float commonNoEcho(const std::string& name) const {
         float common = NAN;
         for (const Sweep& sweep : scan_.sweeps) {
             const Field* field = find(sweep, name);

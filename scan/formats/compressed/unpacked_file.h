@@ -15,7 +15,7 @@ class UnpackedFile {
     UnpackedFile(const UnpackedFile&) = delete;
     UnpackedFile& operator=(const UnpackedFile&) = delete;
 
-    const std::string& path() const { return path_; }
+    [[nodiscard]] const std::string& path() const { return path_; }
 
   private:
     void add(const unsigned char* bytes, std::size_t size) const;

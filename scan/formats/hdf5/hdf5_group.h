@@ -18,33 +18,33 @@ class Group {
   public:
     Group(Handle handle, std::string path) : handle_(std::move(handle)), path_(std::move(path)) {}
 
-    const std::string& path() const { return path_; }
-    hid_t id() const { return handle_.get(); }
+    [[nodiscard]] const std::string& path() const { return path_; }
+    [[nodiscard]] hid_t id() const { return handle_.get(); }
 
     /* "dataset1/where/nbins"; name alone in the file itself. */
-    std::string pathOf(const std::string& name) const {
+    [[nodiscard]] std::string pathOf(const std::string& name) const {
         return path_.empty() ? name : path_ + "/" + name;
     }
 
     /* Names of what is in the file itself: links to other files are left out. */
-    std::vector<std::string> children() const;
+    [[nodiscard]] std::vector<std::string> children() const;
 
     /* Whether there is something of that name in the file itself. */
-    bool holds(const std::string& name) const;
+    [[nodiscard]] bool holds(const std::string& name) const;
 
     /* Nothing if there is no such group in this file. */
-    std::optional<Group> find(const std::string& name) const;
+    [[nodiscard]] std::optional<Group> find(const std::string& name) const;
 
-    bool has(const std::string& attribute) const;
+    [[nodiscard]] bool has(const std::string& attribute) const;
 
     /* Attributes. Numbers may be integers or floats of any size and order, scalars or arrays, or
      * text that holds numbers ("0.5" or "0:1,1:2"). Nothing where there is none that can be used.
      */
-    std::optional<double> number(const std::string& attribute) const;
-    std::vector<double> numbers(const std::string& attribute) const;
+    [[nodiscard]] std::optional<double> number(const std::string& attribute) const;
+    [[nodiscard]] std::vector<double> numbers(const std::string& attribute) const;
 
     /* Fixed or variable length, ended or filled by NUL or blanks. */
-    std::optional<std::string> text(const std::string& attribute) const;
+    [[nodiscard]] std::optional<std::string> text(const std::string& attribute) const;
 
   private:
     Handle handle_;

@@ -27,7 +27,7 @@ class Handle {
         }
     }
 
-    hid_t get() const { return id_; }
+    [[nodiscard]] hid_t get() const { return id_; }
     explicit operator bool() const { return id_ >= 0; }
 
   private:

@@ -23,7 +23,7 @@ struct Variable {
     std::vector<std::string> dimensions;
     std::vector<std::size_t> shape;
 
-    std::size_t count() const;
+    [[nodiscard]] std::size_t count() const;
 };
 
 /* Neither text nor a type of the file's own. */
@@ -44,37 +44,40 @@ struct OpenFile {
 class Group {
   public:
     /* The groups directly in it, by name. */
-    std::vector<Group> groups() const;
-    std::optional<Group> find(const std::string& name) const;
-    const std::string& name() const { return name_; }
+    [[nodiscard]] std::vector<Group> groups() const;
+    [[nodiscard]] std::optional<Group> find(const std::string& name) const;
+    [[nodiscard]] const std::string& name() const { return name_; }
 
     /* In the order of the file. */
-    std::vector<Variable> variables() const;
-    std::optional<Variable> variable(const std::string& name) const;
+    [[nodiscard]] std::vector<Variable> variables() const;
+    [[nodiscard]] std::optional<Variable> variable(const std::string& name) const;
 
     /* An attribute of a variable, or of the group where there is none. */
-    std::optional<double> number(const std::string& attribute,
-                                 const Variable* variable = nullptr) const;
-    std::string text(const std::string& attribute, const Variable* variable = nullptr) const;
+    [[nodiscard]] std::optional<double> number(const std::string& attribute,
+                                               const Variable* variable = nullptr) const;
+    [[nodiscard]] std::string text(const std::string& attribute,
+                                   const Variable* variable = nullptr) const;
 
     /* All values of a variable, unpacked, NaN where missing; empty if there is no such variable of
      * numbers. Throws std::runtime_error when it cannot be read, or is larger than the budget. */
-    std::vector<double> numbers(const std::string& variable, ValueBudget& budget) const;
+    [[nodiscard]] std::vector<double> numbers(const std::string& variable,
+                                              ValueBudget& budget) const;
 
     /* The first of them that there is. */
-    std::optional<double> firstNumber(std::initializer_list<const char*> variables,
-                                      ValueBudget& budget) const;
+    [[nodiscard]] std::optional<double> firstNumber(std::initializer_list<const char*> variables,
+                                                    ValueBudget& budget) const;
 
     /* The texts of a variable of characters or strings, one for each of its first dimension. */
-    std::vector<std::string> texts(const std::string& variable, ValueBudget& budget) const;
+    [[nodiscard]] std::vector<std::string> texts(const std::string& variable,
+                                                 ValueBudget& budget) const;
 
     /* Values of a variable, decoded as packing says. */
-    std::vector<float> values(const Variable& variable, const Packing& packing,
-                              ValueBudget& budget) const;
+    [[nodiscard]] std::vector<float> values(const Variable& variable, const Packing& packing,
+                                            ValueBudget& budget) const;
 
     /* scale_factor, add_offset, _FillValue (or the default of the type), missing_value, _Undetect.
      */
-    Packing packingOf(const Variable& variable) const;
+    [[nodiscard]] Packing packingOf(const Variable& variable) const;
 
   private:
     friend Group openFile(const std::string& path);

@@ -41,8 +41,8 @@ struct Gates {
     double spacingM = 0;
     int count = 0;
 
-    double beginM() const { return firstM - spacingM / 2; }
-    double endM() const { return beginM() + count * spacingM; }
+    [[nodiscard]] double beginM() const { return firstM - spacingM / 2; }
+    [[nodiscard]] double endM() const { return beginM() + count * spacingM; }
     bool operator==(const Gates&) const = default;
 };
 

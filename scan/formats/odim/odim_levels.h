@@ -22,19 +22,19 @@ class Level {
     /* outer: the level around it; null for the file. */
     Level(const hdf5::Group& group, const Level* outer);
 
-    const hdf5::Group& group() const { return *group_; }
+    [[nodiscard]] const hdf5::Group& group() const { return *group_; }
 
     /* Nearest level that has a usable one; nothing if there is none. */
-    std::optional<double> number(Folder folder, const char* name) const;
-    std::optional<std::string> text(Folder folder, const char* name) const;
-    std::vector<double> numbers(Folder folder, const char* name) const;
+    [[nodiscard]] std::optional<double> number(Folder folder, const char* name) const;
+    [[nodiscard]] std::optional<std::string> text(Folder folder, const char* name) const;
+    [[nodiscard]] std::vector<double> numbers(Folder folder, const char* name) const;
 
     /* The same, of the names that releases of the format gave it. */
-    std::optional<double> firstNumber(Folder folder,
-                                      std::initializer_list<const char*> names) const;
+    [[nodiscard]] std::optional<double> firstNumber(Folder folder,
+                                                    std::initializer_list<const char*> names) const;
 
   private:
-    const std::optional<hdf5::Group>& at(Folder folder) const {
+    [[nodiscard]] const std::optional<hdf5::Group>& at(Folder folder) const {
         return folders_[static_cast<int>(folder)];
     }
 

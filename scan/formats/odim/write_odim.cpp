@@ -158,12 +158,12 @@ class SweepWriter {
         }
     }
 
-    std::vector<float> inOrder(const std::vector<float>& values) const {
+    [[nodiscard]] std::vector<float> inOrder(const std::vector<float>& values) const {
         return rolled(values, rays_, first_);
     }
 
   private:
-    std::vector<double> perRay(const std::vector<double>& values) const {
+    [[nodiscard]] std::vector<double> perRay(const std::vector<double>& values) const {
         return rolled(values, rays_, first_);
     }
 
@@ -192,7 +192,7 @@ class SweepWriter {
         where.whole("a1gate", firstInTime());
     }
 
-    long firstInTime() const {
+    [[nodiscard]] long firstInTime() const {
         if (sweep_.rayTimeS.empty()) {
             return 0;
         }

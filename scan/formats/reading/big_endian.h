@@ -18,15 +18,15 @@ class BigEndian {
     BigEndian() = default;
     BigEndian(const std::uint8_t* bytes, std::size_t size) : bytes_(bytes), size_(size) {}
 
-    const std::uint8_t* bytes() const { return bytes_; }
-    std::size_t size() const { return size_; }
-    bool failed() const { return failed_; }
-    bool holds(std::size_t at, std::size_t count) const {
+    [[nodiscard]] const std::uint8_t* bytes() const { return bytes_; }
+    [[nodiscard]] std::size_t size() const { return size_; }
+    [[nodiscard]] bool failed() const { return failed_; }
+    [[nodiscard]] bool holds(std::size_t at, std::size_t count) const {
         return at <= size_ && count <= size_ - at;
     }
 
     /* From at on, count bytes at most. */
-    BigEndian part(std::size_t at, std::size_t count = SIZE_MAX) const {
+    [[nodiscard]] BigEndian part(std::size_t at, std::size_t count = SIZE_MAX) const {
         if (at >= size_) {
             return {bytes_ + size_, 0};
         }

@@ -27,7 +27,7 @@ class Mark {
     explicit Mark(const std::optional<double>& mark)
         : value_(mark.value_or(std::numeric_limits<double>::quiet_NaN())),
           single_(static_cast<double>(static_cast<float>(value_))) {}
-    bool matches(double raw) const { return (raw == value_) | (raw == single_); }
+    [[nodiscard]] bool matches(double raw) const { return (raw == value_) | (raw == single_); }
 
   private:
     double value_, single_;

@@ -18,8 +18,8 @@ struct RecordArray {
     std::unique_ptr<Cpluvek[]> records;
     int count = 0;
 
-    bool isGrid() const { return records[0].coordtype == 2; }
-    std::vector<std::string> names() const;
+    [[nodiscard]] bool isGrid() const { return records[0].coordtype == 2; }
+    [[nodiscard]] std::vector<std::string> names() const;
 };
 
 /* Polar or Cartesian. Throws std::runtime_error with the reason. */

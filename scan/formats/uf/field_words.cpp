@@ -8,6 +8,7 @@
 #include <stdexcept>
 
 #include "formats/uf/fields.h"
+#include "formats/uf/layout.h"
 #include "scan/class_codes.h"
 #include "scan/fields/role.h"
 #include "scan/fields/value_summary.h"
@@ -119,7 +120,7 @@ std::vector<FieldWords> planFields(const Scan& scan, CheckedWords& checked) {
             }
         }
     }
-    if (plan.size() > kMaxFields) {
+    if (plan.size() > clutter::formats::kMaxFields) {
         throw std::runtime_error("a Universal Format ray holds 20 fields, and there are " +
                                  std::to_string(plan.size()));
     }

@@ -12,7 +12,6 @@
 namespace scan {
 
 constexpr short kMissingWord = -32768;
-constexpr int kMaxFields = 20;  // of a ray
 
 /* One field of all sweeps. */
 struct FieldWords {

@@ -11,6 +11,7 @@
 #include <stdexcept>
 
 #include "clutterclassifier/clutterclassifier.h"
+#include "formats/uf/layout.h"
 #include "scan/class_codes.h"
 #include "scan/formats/uf/field_words.h"
 #include "scan/formats/uf/make_words.h"
@@ -108,7 +109,7 @@ const float* valuesFor(const SweepClasses* classes, std::size_t index, std::size
 void requireRoom(const Cufrw& words, int count, const std::vector<AddedField>& added) {
     const auto more = std::count_if(added.begin(), added.end(),
                                     [](const AddedField& field) { return field.earlier < 0; });
-    if (count + more > kMaxFields) {
+    if (count + more > static_cast<int>(clutter::formats::kMaxFields)) {
         throw std::runtime_error("holds " + std::to_string(count) +
                                  " fields already: no room for the classes");
     }

@@ -21,8 +21,8 @@ class CheckedWords {
     short word(const char* what, double value, double perUnit = 1);
 
     void note(const std::string& sentence);
-    const std::string& kind() const { return kind_; }
-    const std::vector<std::string>& notes() const { return notes_; }
+    [[nodiscard]] const std::string& kind() const { return kind_; }
+    [[nodiscard]] const std::vector<std::string>& notes() const { return notes_; }
 
   private:
     std::string kind_;

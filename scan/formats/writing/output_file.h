@@ -21,8 +21,8 @@ class OutputFile {
     OutputFile(const OutputFile&) = delete;
     OutputFile& operator=(const OutputFile&) = delete;
 
-    const std::string& target() const { return target_; }
-    const std::string& temporary() const { return temporary_; }
+    [[nodiscard]] const std::string& target() const { return target_; }
+    [[nodiscard]] const std::string& temporary() const { return temporary_; }
 
     /* Throws std::runtime_error when the file cannot take the target's name. */
     void commit();

@@ -28,7 +28,7 @@ struct SweepClasses {
 struct ClassForm {
     bool serviceCodes = false;  // the codes that weather services share, in place of the library's
     bool asQuantity = false;    // ODIM_H5: also as a quantity among the data
-    std::string history = "";   // a line for the history of a file that is copied
+    std::string history = {};   // a line for the history of a file that is copied
 };
 
 /* Files that were written, and what their format could not hold. */

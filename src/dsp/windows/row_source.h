@@ -8,13 +8,6 @@
 
 namespace clutter::dsp {
 
-/* The remainder of a division that rounds down: rays wrap around the circle. */
-template <class Integer>
-constexpr Integer floorModulo(Integer value, Integer divisor) {
-    const Integer remainder = value % divisor;
-    return remainder < 0 ? remainder + divisor : remainder;
-}
-
 struct PolarShape {
     int ngates;
     int nrays;

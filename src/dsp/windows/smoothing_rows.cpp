@@ -7,13 +7,14 @@
 #include <cstddef>
 
 #include "base/kernel.h"
+#include "base/number.h"
 
 namespace clutter::dsp {
 namespace {
 
 /* NaN in a masked gate must not reach a sum: select, do not multiply. Returns whether any gate is
  * unmasked. */
-CLUTTER_KERNEL bool selectUnmasked(const float* values, const float* mask, int n,
+CLUTTER_KERNEL bool separateMasked(const float* values, const float* mask, int n,
                                    float* __restrict selected, float* __restrict lanes) {
     int any = 0;
     for (int g = 0; g < n; ++g) {
@@ -59,13 +60,13 @@ SmoothingRows::SmoothingRows(const SmoothingInput& input, int pad, PowerKernel p
 void SmoothingRows::prepare(std::int64_t logicalRay) {
     const auto [ngates, nrays] = input_.shape;
     const bool again = logicalRay >= nrays;
-    const int ray = static_cast<int>(floorModulo<std::int64_t>(logicalRay, nrays));
+    const int ray = static_cast<int>(base::floorModulo<std::int64_t>(logicalRay, nrays));
     const std::ptrdiff_t offset = input_.shape.offset(ray);
     const float* values = (again ? headValues_.data() : input_.values) + offset;
     const float* mask = (again ? headMask_.data() : input_.mask) + offset;
-    SmoothingRow& row = rows_[static_cast<std::size_t>(floorModulo(logicalRay, capacity_))];
+    SmoothingRow& row = rows_[static_cast<std::size_t>(base::floorModulo(logicalRay, capacity_))];
     row.any =
-        selectUnmasked(values, mask, ngates, row.values.data() + pad_, row.lanes.data() + pad_);
+        separateMasked(values, mask, ngates, row.values.data() + pad_, row.lanes.data() + pad_);
     repeatEdges(row.values, pad_);
     repeatEdges(row.lanes, pad_);
     if (powers_ == nullptr) {
@@ -87,7 +88,7 @@ void SmoothingRows::moveTo(int ray) {
             prepare(r);
         }
     }
-    first_ = floorModulo(ray - half, capacity_);
+    first_ = base::floorModulo(ray - half, capacity_);
 }
 
 bool SmoothingRows::any() const {

@@ -8,6 +8,7 @@
 #include <cstddef>
 
 #include "base/kernel.h"
+#include "base/number.h"
 
 namespace clutter::dsp {
 namespace {
@@ -161,7 +162,7 @@ RayRing::RayRing(PolarShape shape, Window window)
 }
 
 int RayRing::slotIndex(int logicalRay) const {
-    return floorModulo(logicalRay, capacity_);
+    return base::floorModulo(logicalRay, capacity_);
 }
 
 float* RayRing::slot(int logicalRay) const {
@@ -177,7 +178,7 @@ void RayRing::moveTo(int ray, Prepare prepare) {
     const int last = holdsScan ? capacity_ - 1 : ray + half;
     if (!holdsScan || ray_ < 0) {
         for (int r = first; r <= last; ++r) {
-            prepare(floorModulo(r, shape_.nrays), r, slot(r));
+            prepare(base::floorModulo(r, shape_.nrays), r, slot(r));
         }
     }
     ray_ = ray;
