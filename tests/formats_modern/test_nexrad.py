@@ -108,6 +108,13 @@ def test_damaged_records_are_left_out(tmp_path, damage, sentence):
     assert any(sentence in text for text in scan.damage)
 
 
+@pytest.mark.parametrize("elevations, numbers", [([1, 3], [1, 3]), ([2, 1], [1, 2]), ([1, 2, 1], [1, 2, 3])])
+def test_sweeps_have_the_numbers_of_their_elevations_while_these_rise(tmp_path, elevations, numbers):
+    messages = [message31(azimuth, [REF], number) for number in elevations for azimuth in (0, 1)]
+    (tmp_path / "v").write_bytes(volume(messages, 0))
+    assert [sweep.number for sweep in dump(tmp_path / "v").sweeps] == numbers
+
+
 def test_a_moment_ends_with_its_message(tmp_path):
     def cut(message):
         """The message, eight bytes shorter as its header has it, too."""
