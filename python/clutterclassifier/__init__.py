@@ -48,10 +48,10 @@ __all__ = [
 if TYPE_CHECKING:
     from types import ModuleType
 
-    from . import accessor, backends, plot, pyart, sweeps
+    from . import accessor, backends, membership, plot, pyart, sweeps
 
 if when_imported("xarray", f"{__name__}.accessor"):  # modules that are imported when they are first used
-    __all__ += ["accessor", "backends", "plot", "pyart", "sweeps"]
+    __all__ += ["accessor", "backends", "membership", "plot", "pyart", "sweeps"]
 
 
 def __getattr__(name: str) -> ModuleType:

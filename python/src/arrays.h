@@ -62,6 +62,7 @@ void bindPhase(py::module_& module);
 void bindAttenuation(py::module_& module);
 void bindRain(py::module_& module);
 void bindBeam(py::module_& module);
+void bindMembership(py::module_& module);
 
 }  // namespace python
 

@@ -13,4 +13,5 @@ PYBIND11_MODULE(_core, module) {
     python::bindAttenuation(module);
     python::bindRain(module);
     python::bindBeam(module);
+    python::bindMembership(module);
 }
