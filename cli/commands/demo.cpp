@@ -5,10 +5,13 @@
 #include <algorithm>
 #include <charconv>
 #include <chrono>
+#include <cmath>
 #include <cstdint>
 #include <cstdio>
 #include <functional>
+#include <limits>
 #include <memory>
+#include <new>
 #include <numeric>
 #include <stdexcept>
 #include <utility>
@@ -52,12 +55,14 @@ void keepText(void* text, const char* message) {
     *static_cast<std::string*>(text) += message;
 }
 
-/* The entry point has no status: what it prints is why it did not classify. */
+/* The entry point has no status: what it prints is why it did not classify. It prints nothing when
+ * memory is short, and then leaves the classes untouched. */
 double classifyOnce(scan::SyntheticScan& scan, const std::string& directory, int mask,
                     std::vector<double>& classes) {
     double params[3] = {scan.radarConstantDb, scan.minSnrDb, static_cast<double>(mask)};
     std::string complaint;
     const clutter::MessageSink listening(&keepText, &complaint);
+    classes.assign(classes.size(), std::numeric_limits<double>::quiet_NaN());
     const auto start = std::chrono::steady_clock::now();
     clutterclassifier(directory.c_str(), scan.nrays, scan.ngates, scan.zhh.data(), scan.zdr.data(),
                       scan.phidp.data(), scan.rhohv.data(), scan.velocity.data(), scan.ldr.data(),
@@ -66,6 +71,9 @@ double classifyOnce(scan::SyntheticScan& scan, const std::string& directory, int
     const auto end = std::chrono::steady_clock::now();
     if (!complaint.empty()) {
         throw std::runtime_error(complaint.substr(0, complaint.find('\n')));
+    }
+    if (std::isnan(classes.front())) {
+        throw std::bad_alloc();
     }
     return std::chrono::duration<double>(end - start).count();
 }

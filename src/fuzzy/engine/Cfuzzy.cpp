@@ -21,8 +21,9 @@ namespace {
 
 constexpr const char* kPathTooLong = "/dev/null/path-too-long";
 
-std::unique_ptr<Cvars[]> makeVariables(int count, int functions) {
-    std::unique_ptr<Cvars[]> variables(new Cvars[static_cast<std::size_t>(count)]);
+std::unique_ptr<Cvars[]> makeVariables(int wanted, int functions) {
+    const auto count = static_cast<std::size_t>(std::max(wanted, 0));
+    std::unique_ptr<Cvars[]> variables(new Cvars[count]);
     std::for_each_n(variables.get(), count,
                     [functions](Cvars& variable) { variable.CreateMFSspace(functions); });
     return variables;
@@ -63,8 +64,8 @@ Cfuzzy::Cfuzzy(int ninputs_, int nmfs_in, int noutputs_, int nmfs_out)
       data(nullptr) {
     // Owned until all of them are there: the destructor does not run after a failed allocation.
     const auto count = static_cast<std::size_t>(ninputs);
-    auto freshInputs = makeVariables(ninputs, nmfs_in);
-    auto freshOutputs = makeVariables(noutputs, nmfs_out);
+    auto freshInputs = makeVariables(ninputs_, nmfs_in);
+    auto freshOutputs = makeVariables(noutputs_, nmfs_out);
     std::unique_ptr<double[]> freshWeights(new double[count]);
     std::fill_n(freshWeights.get(), ninputs, 1.0);
     data = new float*[count]();
