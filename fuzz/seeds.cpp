@@ -2,8 +2,12 @@
  * seeds.cpp - small sound inputs for every fuzzer, made by the library's own writers where there
  * are some: clutterclassifier_fuzz_seeds DIRECTORY fills one directory a target.
  */
+#include <bzlib.h>
+#include <zlib.h>
+
 #include <cstdio>
 #include <filesystem>
+#include <memory>
 #include <random>
 #include <string>
 #include <vector>
@@ -14,6 +18,7 @@
 #include "formats/german_dx_bytes.h"
 #include "formats/polar_bytes.h"
 #include "formats/uf_bytes.h"
+#include "fuzz/support/nexrad_bytes.h"
 #include "scan/formats/write_classes.h"
 #include "scan/process/configuration.h"
 #include "scan/scan.h"
@@ -47,6 +52,38 @@ void seedFile(const std::string& target, const ByteVector& bytes, const ByteVect
     seed(target, bytes, leading);
     for (const unsigned char choice : {16, 64 + 48 + 3, 128 + 16, 192 + 48}) {
         seed("scan_file", bytes, {choice});
+    }
+}
+
+/* --- compressed files --- */
+
+ByteVector gzipped(const std::string& scratch, const ByteVector& bytes) {
+    const std::string path = scratch + "/packed";
+    const std::unique_ptr<gzFile_s, int (*)(gzFile)> file(gzopen(path.c_str(), "wb"), gzclose);
+    gzwrite(file.get(), bytes.data(), static_cast<unsigned>(bytes.size()));
+    gzflush(file.get(), Z_FINISH);
+    return readFile(path);
+}
+
+ByteVector bzipped(const ByteVector& bytes) {
+    constexpr int kSmallBlocks = 1, kQuiet = 0, kUsualWork = 0;
+    auto size = static_cast<unsigned>(bytes.size() + bytes.size() / 100 + 600);
+    ByteVector packed(size);
+    ByteVector plain = bytes;
+    BZ2_bzBuffToBuffCompress(reinterpret_cast<char*>(packed.data()), &size,
+                             reinterpret_cast<char*>(plain.data()),
+                             static_cast<unsigned>(plain.size()), kSmallBlocks, kQuiet, kUsualWork);
+    packed.resize(size);
+    return packed;
+}
+
+/* Whole, compressed twice, and two members one after the other. */
+void writeCompressed(const std::string& scratch) {
+    const ByteVector file = clutter::test::ufFile({clutter::test::ufRay({{"DZ", {100, 200}}})});
+    for (const ByteVector& packed :
+         {gzipped(scratch, file), bzipped(file), gzipped(scratch, bzipped(file)),
+          clutter::fuzz::joined({bzipped(file), bzipped(file)})}) {
+        seed("scan_file", packed, {16});
     }
 }
 
@@ -139,8 +176,9 @@ void makePolarData() {
         std::size_t gateBytes;
     };
     std::mt19937 random(1);
-    for (const Product& product : {Product{2111, 2}, Product{2112, 4}, Product{2211, 8},
-                                   Product{2212, 8}, Product{2213, 10}, Product{2214, 10}}) {
+    for (const Product& product :
+         {Product{2111, 2}, Product{2122, 4}, Product{2141, 4}, Product{2211, 9}, Product{2211, 10},
+          Product{2212, 8}, Product{2213, 10}, Product{2214, 8}}) {
         const auto file =
             clutter::test::randomPolarFile(product.code, product.gateBytes, false, 3, 6, random);
         for (const unsigned char layout : {0, 1, 2, 7}) {
@@ -179,6 +217,27 @@ void writePolarData(const std::string& scratch) {
 void makeGermanDx() {
     for (const int bins : {100, 128}) {
         seedFile("german_dx", clutter::test::dxFile(bins));
+    }
+}
+
+/* Both kinds of radials, plain and in compressed records. */
+void makeNexrad() {
+    using namespace clutter::fuzz;
+    const ByteVector codes = {0, 1, 2, 66, 255, 130};
+    const auto moments = {nexradMoment("REF", codes), nexradMoment("PHI", codes, true)};
+    const ByteVector header = nexradVolumeHeader();
+    const ByteVector radials = joined(
+        {nexradPlan(), nexradRadial(359, 1, 3, moments), nexradRadial(0, 1, 1, moments),
+         nexradRadial(7, 2, 0, {nexradMoment("VEL", codes)}), nexradRadial(8, 2, 4, moments)});
+    const ByteVector record = bzipped(radials);
+    const auto length = static_cast<unsigned>(record.size());
+    for (const ByteVector& volume :
+         {joined({header, radials}),
+          joined({header, nexradOldRadial(0, 1), nexradOldRadial(182, 1), nexradOldRadial(0, 2)}),
+          joined({header, BigEndianBytes(4).u32(0, length).bytes(), record,
+                  BigEndianBytes(4).u32(0, -length).bytes(), record})}) {
+        seed("nexrad", volume);
+        seed("scan_file", volume, {16});
     }
 }
 
@@ -243,6 +302,8 @@ int main(int argc, char** argv) {
     makePolarData();
     writePolarData(scratch.path());
     makeGermanDx();
+    makeNexrad();
+    writeCompressed(scratch.path());
     makeTexts();
     makeProfiles();
     copyMembership();

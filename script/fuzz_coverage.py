@@ -15,7 +15,8 @@ import sys
 # Where bytes and texts from outside are taken apart.
 READERS = re.compile(
     r"src/(formats/|dsp/files/|base/(file|text|regular_file|byte_cursor)|model/field_record_file"
-    r"|driver/configuration|fuzzy/membership|corrections/vertical_profile|classifier/membership_set)"
+    r"|driver/configuration|fuzzy/functions/membership|corrections/vertical_profile"
+    r"|classifier/functions/(membership_set|strict_table))"
     r"|scan/(formats/|fields/|points/|process/configuration)")
 WRITERS = re.compile(r"/write|output|make_words|[a-z]_writer")
 

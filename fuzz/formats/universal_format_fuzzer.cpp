@@ -3,6 +3,8 @@
  * again: words, geometry and converted values are the same.
  */
 #include <algorithm>
+#include <array>
+#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -10,6 +12,7 @@
 #include "clutterclassifier/Cpluvek.h"
 #include "clutterclassifier/Cufrw.h"
 #include "fuzz/support/input_file.h"
+#include "fuzz/support/input_values.h"
 #include "fuzz/support/require.h"
 
 namespace {
@@ -45,9 +48,40 @@ void writeAndRead(Cufrw& made, std::string out) {
     requireSameRecords(made, read, made.rays[0].nfields);
 }
 
+template <class Word>
+std::array<unsigned char, sizeof(Word)> bytesOf(Word word) {
+    return std::bit_cast<std::array<unsigned char, sizeof(Word)>>(word);
+}
+
+/* Words change their byte order, one by one as in a row. */
+template <class Word>
+void requireSwapped(Cufrw& uf, Word word) {
+    Word swapped = word;
+    uf.endian_swap(swapped);
+    for (std::size_t byte = 0; byte < sizeof word; ++byte) {
+        require(bytesOf(swapped)[byte] == bytesOf(word)[sizeof word - 1 - byte], "bytes reversed");
+    }
+}
+
+void swapWords(const std::uint8_t* data, std::size_t size) {
+    InputValues values(data, size);
+    const auto word = [&] { return values.byte() << 8 | values.byte(); };
+    Cufrw uf;
+    requireSwapped(uf, static_cast<unsigned short>(word()));
+    requireSwapped(uf, static_cast<short>(word()));
+    requireSwapped(uf, static_cast<unsigned>(word()) << 16 | static_cast<unsigned>(word()));
+    requireSwapped(uf, static_cast<int>(static_cast<unsigned>(word()) << 16));
+    short row[3] = {static_cast<short>(word()), static_cast<short>(word()), 258};
+    const short first = row[0];
+    uf.endian_swap(row, 3);
+    uf.endian_swap(row[0]);
+    require(row[0] == first && row[2] == 513, "a row of words as each of them");
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    swapWords(data, size);
     std::string in = inputFile(data, size);
     std::string out = scratch().file("written");
     Cufrw uf;

@@ -1,9 +1,13 @@
 /*
  * Reads a column file with and without times, writes it, reads what was written and writes that
  * again: sizes and text are the same. Numbers are read column by column and written row by row.
+ * Then its values in every other way of writing.
  */
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
+#include <filesystem>
 #include <memory>
 #include <string>
 
@@ -14,9 +18,10 @@
 
 namespace {
 
+using namespace clutter;
 using namespace clutter::fuzz;
 
-constexpr int kOverwrite = 1;
+constexpr int kOverwrite = 1, kAppend = 0;
 constexpr int kSixDigits = 0;
 
 struct Table {
@@ -52,17 +57,59 @@ void writeAndRead(const Table& table) {
     requireSameText(first, third);
 }
 
-void readWithTimes(std::string path, const Table& table) {
+/* Fewer digits, appended, as one column, as in memory: as many values as there were. */
+void writeOtherwise(const Table& table) {
+    std::string path = scratch().file("otherwise");
+    const int cells = table.rows * table.columns;
+    for (const int precision : {-1, 1, 2, 3}) {
+        CDSP().SaveDataToFile(path.data(), nullptr, table.values, table.rows, table.columns,
+                              precision == -1 ? kOverwrite : kAppend, precision);
+    }
+    Table back;
+    require(back.read(path) == 1 && back.rows == 4 * table.rows, "rows are appended");
+    std::string column = scratch().file("column");
+    std::filesystem::remove(column);
+    CDSP().SaveArrayOnFile(table.values, cells, column.data());
+    require(back.read(column) == 1 && back.rows == cells && back.columns == 1, "one value a line");
+    CDSP().savedata2binary(column.data(), table.values, cells, kOverwrite);
+    const test::ByteVector bytes = test::readFile(column);
+    require(bytes.size() == sizeof(float) * static_cast<std::size_t>(cells) &&
+                std::memcmp(bytes.data(), table.values, bytes.size()) == 0,
+            "values as in memory");
+}
+
+struct TimedTable {
     float* values = nullptr;
     unsigned* times = nullptr;
     int rows = 0, columns = 0;
-    CDSP().LoadDataFromFile(path.data(), &times, &values, rows, columns, -1.0f);
-    if (table.columns >= 6) {
-        require(rows == table.rows && columns == table.columns - 6, "six columns are the time");
-        require(sameBits(values, table.values + 6 * rows, rows * columns), "the others are values");
+
+    explicit TimedTable(std::string path) {
+        CDSP().LoadDataFromFile(path.data(), &times, &values, rows, columns, -1.0f);
     }
-    delete[] values;
-    delete[] times;
+    ~TimedTable() {
+        delete[] values;
+        delete[] times;
+    }
+    TimedTable(const TimedTable&) = delete;
+    TimedTable& operator=(const TimedTable&) = delete;
+};
+
+void readWithTimes(const std::string& in, const Table& table) {
+    const TimedTable timed(in);
+    if (table.columns < 6) {
+        return;
+    }
+    const int rows = timed.rows, columns = timed.columns;
+    require(rows == table.rows && columns == table.columns - 6, "six columns are the time");
+    require(sameBits(timed.values, table.values + 6 * rows, rows * columns), "others are values");
+    if (!isSmall(rows, columns) || !allFinite(timed.values, rows, columns)) {
+        return;
+    }
+    std::string path = scratch().file("timed");
+    CDSP().SaveDataToFile(path.data(), timed.times, timed.values, rows, columns, kOverwrite, 3);
+    const TimedTable back(path);
+    require(back.rows == rows && back.columns == columns, "a table keeps its sizes");
+    require(std::equal(back.times, back.times + rows, timed.times), "times come back as written");
 }
 
 }  // namespace
@@ -74,6 +121,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     readWithTimes(in, table);
     if (isSmall(table.rows, table.columns) && allFinite(table.values, table.rows, table.columns)) {
         writeAndRead(table);
+        writeOtherwise(table);
     }
     return 0;
 }

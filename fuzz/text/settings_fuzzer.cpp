@@ -36,9 +36,9 @@ std::size_t complaints(std::string path) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    const std::string text(reinterpret_cast<const char*>(data), size);
-    const std::size_t unknown = complaints(inputFile(data, size));
-    const scan::Configuration examined = scan::examineConfiguration(text);
+    const std::string path = inputFile(data, size);
+    const std::size_t unknown = complaints(path);
+    const scan::Configuration examined = scan::examineConfigurationFile(path);
     // After a missing value the library takes keys for values. The examination goes on with the
     // next key, so that the problems differ: only that there is one can be compared.
     require(unknown == 0 || !examined.problems.empty(), "an unknown key is a problem");
