@@ -3,6 +3,7 @@
  * are some: clutterclassifier_fuzz_seeds DIRECTORY fills one directory a target.
  */
 #include <bzlib.h>
+#include <netcdf.h>
 #include <zlib.h>
 
 #include <cstdio>
@@ -19,10 +20,11 @@
 #include "formats/polar_bytes.h"
 #include "formats/uf_bytes.h"
 #include "fuzz/support/nexrad_bytes.h"
+#include "fuzz/support/small_scan.h"
+#include "scan/formats/hdf5/hdf5_handle.h"
 #include "scan/formats/write_classes.h"
 #include "scan/process/configuration.h"
 #include "scan/scan.h"
-#include "scan/synthetic/synthetic.h"
 #include "support/directories.h"
 #include "support/temp_dir.h"
 
@@ -89,53 +91,59 @@ void writeCompressed(const std::string& scratch) {
 
 /* --- scans --- */
 
-constexpr int kRays = 8;
-constexpr int kGates = 20;
-
-std::vector<float> narrowed(const std::vector<double>& values) {
-    return {values.begin(), values.end()};
-}
-
-scan::Scan syntheticScan() {
-    const scan::SyntheticScan made = scan::makeSyntheticScan(5, kRays, kGates);
-    scan::Sweep sweep;
-    sweep.nrays = kRays;
-    sweep.ngates = kGates;
-    sweep.azimuthDeg = made.azimuthDeg;
-    sweep.elevationDeg.assign(kRays, made.elevationDeg);
-    sweep.fixedAngleDeg = made.elevationDeg;
-    sweep.gateSpacingM = made.gateSpacingM;
-    sweep.firstGateM = made.rangeM[0];
-    sweep.nyquist = made.nyquist;
-    sweep.fields = {{"DZ", "dBZ", narrowed(made.zhh)},      {"DR", "dB", narrowed(made.zdr)},
-                    {"PH", "deg", narrowed(made.phidp)},    {"RH", "-", narrowed(made.rhohv)},
-                    {"VR", "m/s", narrowed(made.velocity)}, {"CC", "-", made.truth}};
-    scan::Scan scan;
-    scan.beamWidthDeg = 1;
-    scan.latitudeDeg = 50.5;
-    scan.longitudeDeg = 7.25;
-    scan.sweeps = {sweep};
-    return scan;
-}
-
 void writeScans(const std::string& scratch) {
-    scan::Scan scan = syntheticScan();
+    scan::Scan scan = clutter::fuzz::smallScan();
     for (const char* ending : {".uf", ".plv"}) {
         const std::string path = scratch + "/scan" + ending;
         scan::writeScan(path, scan);
         seedFile(ending == std::string(".uf") ? "universal_format" : "field_record",
                  readFile(path));
     }
-    for (const char* ending : {".h5", ".nc", ".nc4"}) {
-        const std::string path = scratch + "/scan" + ending;
-        scan::writeScan(path, scan);
-        seed("containers", readFile(path));
-    }
     scan.sweeps.push_back(scan.sweeps[0]);
     scan.sweeps[1].number = 1;
     scan.sweeps[1].fields.pop_back();
     scan::writeScan(scratch + "/volume.uf", scan);
     seedFile("universal_format", readFile(scratch + "/volume.uf"));
+}
+
+/* The same file in the classic model of NetCDF, without what that cannot hold. */
+void copyToClassic(const std::string& from, const std::string& to, int model) {
+    const scan::hdf5::QuietErrors quiet;
+    int in = -1, out = -1, dimensions = 0, variables = 0, attributes = 0;
+    nc_open(from.c_str(), NC_NOWRITE, &in);
+    nc_create(to.c_str(), NC_CLOBBER | model, &out);
+    nc_inq(in, &dimensions, &variables, &attributes, nullptr);
+    for (int i = 0; i < dimensions; ++i) {
+        char name[NC_MAX_NAME + 1];
+        std::size_t length = 0;
+        int id = -1;
+        nc_inq_dim(in, i, name, &length);
+        nc_def_dim(out, name, i == 0 ? NC_UNLIMITED : length, &id);
+    }
+    for (int i = 0; i < attributes; ++i) {
+        char name[NC_MAX_NAME + 1];
+        nc_inq_attname(in, NC_GLOBAL, i, name);
+        nc_copy_att(in, NC_GLOBAL, name, out, NC_GLOBAL);
+    }
+    for (int i = 0; i < variables; ++i) {
+        nc_copy_var(in, i, out);
+    }
+    nc_close(in);
+    nc_close(out);
+}
+
+/* Of HDF5 files the fuzzer makes its own and changes their content; of classic ones the bytes. */
+void writeContainers(const std::string& scratch) {
+    std::mt19937 random(4);
+    for (unsigned char choice = 0; choice < 12; ++choice) {
+        seed("containers", clutter::test::randomBytes(6 * choice, random), {choice});
+    }
+    const std::string whole = scratch + "/scan.nc", classic = scratch + "/classic.nc";
+    scan::writeScan(whole, clutter::fuzz::smallScan());
+    for (const int model : {NC_CLASSIC_MODEL, NC_64BIT_OFFSET, NC_64BIT_DATA}) {
+        copyToClassic(whole, classic, model);
+        seed("containers", readFile(classic), {3});
+    }
 }
 
 /* Records of few gates, stored as bytes, words and floats. */
@@ -297,6 +305,7 @@ int main(int argc, char** argv) {
     directory = argv[1];
     const clutter::test::TempDir scratch;
     writeScans(scratch.path());
+    writeContainers(scratch.path());
     writeRecords(scratch.path());
     makeUniversalFormat();
     makePolarData();
