@@ -194,10 +194,11 @@ bool isWeather(const Ring& ring, double peak) {
     std::size_t count = 0;
     std::size_t low = 0;
     for (std::size_t i = 0; i < ring.correlation.size(); ++i) {
-        const bool counts = std::isfinite(ring.correlation[i]) &
-                            (std::abs(ring.levels[i] - peak) <= kPeakHalfWidthDb);
-        count += counts ? 1 : 0;
-        low += counts & (ring.correlation[i] <= kWeatherCorrelation) ? 1 : 0;
+        const unsigned known = std::isfinite(ring.correlation[i]) ? 1 : 0;
+        const unsigned near = std::abs(ring.levels[i] - peak) <= kPeakHalfWidthDb ? 1 : 0;
+        const unsigned weather = ring.correlation[i] <= kWeatherCorrelation ? 1 : 0;
+        count += known & near;
+        low += known & near & weather;
     }
     return count >= kMinValues / 2 && low <= rankOfShare(kMedianShare, count);
 }

@@ -137,8 +137,9 @@ void countClasses(const Sweep& sweep, ClassifiedSweep& result) {
     result.turbineClutter += count(kTurbineClutter);
     result.noise += count(kNoise);
     for (std::size_t i = 0; i < classes.size(); ++i) {
-        result.withoutValue +=
-            !std::isnan(classes[i]) & isMissing(Role::kZhh, reflectivity.values[i]) ? 1 : 0;
+        const int classified = std::isnan(classes[i]) ? 0 : 1;
+        const int missing = isMissing(Role::kZhh, reflectivity.values[i]) ? 1 : 0;
+        result.withoutValue += classified & missing;
     }
 }
 
