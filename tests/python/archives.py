@@ -55,7 +55,7 @@ def failures(out: Path) -> dict[str, str]:
     path = out / "failures.csv"
     if not path.exists():
         return {}
-    with open(path, newline="") as table:
+    with open(path, newline="", encoding="utf-8", errors="surrogateescape") as table:
         return {Path(row["file"]).name: row["reason"] for row in csv.DictReader(table)}
 
 

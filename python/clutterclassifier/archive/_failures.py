@@ -54,11 +54,10 @@ def _open(path: str, mode: str) -> IO[str]:
 
 
 def _read(path: str) -> list[tuple[str, ...]]:
-    try:
-        with _open(path, "r") as table:
-            rows = [tuple(row) for row in csv.reader(table)]
-    except FileNotFoundError:
-        return []
+    rows: list[tuple[str, ...]] = []
+    # A table that is damaged is read up to the damage.
+    with contextlib.suppress(FileNotFoundError, csv.Error), _open(path, "r") as table:
+        rows.extend(tuple(row) for row in csv.reader(table))
     return [row for row in rows if len(row) == len(_HEADER) and row != _HEADER]
 
 

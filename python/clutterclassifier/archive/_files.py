@@ -10,6 +10,7 @@ import stat
 from collections.abc import Iterator
 from typing import Any
 
+from ._pattern import identity
 from ._progress import printable
 
 #: Names of files that are not complete yet: short, so that an output may have the longest name.
@@ -36,9 +37,9 @@ def read_stamp(output: str) -> dict[str, Any] | None:
     try:
         with by_descriptor(output) as path, netCDF4.Dataset(path) as file:
             found = {name: file.getncattr(name) for name in STAMP_NAMES}
-    except (OSError, AttributeError, RuntimeError, UnicodeError):
+        return {name: value if isinstance(value, str) else int(value) for name, value in found.items()}
+    except (OSError, AttributeError, RuntimeError, UnicodeError, TypeError, ValueError, OverflowError):
         return None
-    return {name: value if isinstance(value, str) else int(value) for name, value in found.items()}
 
 
 def is_current(output: str, wanted: dict[str, Any]) -> bool:
@@ -118,9 +119,16 @@ def open_unlinked(path: str, flags: int) -> int:
 
 
 def remove_temporaries(folder: str) -> int:
-    """Removes the files that killed workers left, at any depth; returns their number."""
+    """Removes the files that killed workers left, at any depth; returns their number.
+
+    Folders that are links are followed, as they are when outputs are written.
+    """
     removed = 0
-    for here, _, names in os.walk(folder):
+    known = {identity(folder)}
+    for here, inner, names in os.walk(folder, followlinks=True):
+        found = {name: identity(os.path.join(here, name)) for name in inner}
+        inner[:] = [name for name in inner if found[name] not in known]
+        known.update(found.values())
         for name in filter(_TEMPORARY.fullmatch, names):
             with contextlib.suppress(OSError):
                 os.unlink(os.path.join(here, name))
