@@ -146,9 +146,7 @@ void addFieldOddity(const Sweep& sweep, const Field& field, Findings& out) {
 }
 
 void addSite(Scan& scan) {
-    const bool onEarth =
-        std::abs(scan.latitudeDeg) <= 90 && scan.longitudeDeg >= -180 && scan.longitudeDeg <= 360;
-    if (!onEarth) {
+    if (!liesOnEarth(scan)) {
         scan.oddities.push_back("The site lies outside the Earth's coordinates.");
     }
 }
@@ -166,6 +164,11 @@ void addUnknownNames(Scan& scan) {
 }
 
 }  // namespace
+
+bool liesOnEarth(const Scan& scan) {
+    return std::abs(scan.latitudeDeg) <= 90 && scan.longitudeDeg >= -180 &&
+           scan.longitudeDeg <= 360;
+}
 
 double largestAzimuthGapDeg(const Sweep& sweep) {
     const std::vector<double> steps = azimuthSteps(sweep);

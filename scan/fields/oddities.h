@@ -14,6 +14,9 @@ double largestAzimuthGapDeg(const Sweep& sweep);
 /* Whether the rays close a circle, so that the last one is a neighbour of the first. */
 bool closesCircle(const Sweep& sweep);
 
+/* Whether the coordinates of the radar are those of a place on the Earth. */
+bool liesOnEarth(const Scan& scan);
+
 /* Appends what the scan alone shows: coverage, order, ray lengths, values. */
 void addOddities(Scan& scan);
 

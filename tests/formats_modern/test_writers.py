@@ -96,6 +96,14 @@ def test_round_trips_of_real_files(tmp_path, name, ending):
     check_same(dump(real(name)), dump(target), ending)
 
 
+@pytest.mark.parametrize("ending", ENDINGS)
+def test_a_site_outside_the_earth_is_reported(tmp_path, ending):
+    make_odim(tmp_path / "in", [("where", "lat", 66645.5)])
+    notes = write(tmp_path / "in", "--convert", tmp_path / f"out{ending}")
+    assert "outside the Earth's coordinates and is written as it is: 66645.5 N" in notes
+    assert dump(tmp_path / f"out{ending}").lat == pytest.approx(66645.5)
+
+
 def codes_of(sweep):
     codes = np.resize([0, 3, 5], sweep.rays * sweep.gates).astype(float).reshape(sweep.rays, sweep.gates)
     codes[0, 0] = np.nan

@@ -2,10 +2,12 @@
 #include "scan/formats/containers/write_containers.h"
 
 #include <algorithm>
+#include <cstdio>
 #include <filesystem>
 #include <iterator>
 #include <memory>
 
+#include "scan/fields/oddities.h"
 #include "scan/formats/compressed/unpacked_file.h"
 #include "scan/formats/containers/containers.h"
 #include "scan/formats/reading/recognise.h"
@@ -61,6 +63,18 @@ bool copyInput(const Scan& scan, const OutputFile& file) {
     return true;
 }
 
+/* These formats hold any number as a latitude. */
+void noteSite(const Scan& scan, WrittenFiles& written) {
+    if (!liesOnEarth(scan)) {
+        char site[80];
+        std::snprintf(site, sizeof site, "%g N, %g E", scan.latitudeDeg, scan.longitudeDeg);
+        written.notes.push_back(
+            "the site lies outside the Earth's coordinates and is written as "
+            "it is: " +
+            std::string(site));
+    }
+}
+
 }  // namespace
 
 bool isContainerEnding(const std::string& ending) {
@@ -76,6 +90,9 @@ WrittenFiles writeContainer(const std::string& path, const Scan& scan,
     const bool copied = !classes.empty() && isSameFormat(scan, container) && copyInput(scan, file);
     written.notes = copied ? (module.*container.add)(file.temporary(), classes, form)
                            : (module.*container.write)(file.temporary(), scan, classes, form);
+    if (!copied) {
+        noteSite(scan, written);
+    }
     file.commit();
     return written;
 }
