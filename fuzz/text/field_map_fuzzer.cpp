@@ -9,6 +9,7 @@
 #include <string>
 
 #include "fuzz/support/require.h"
+#include "scan/class_codes.h"
 #include "scan/classes/classify_sweep.h"
 #include "scan/fields/field_map.h"
 #include "scan/fields/role.h"

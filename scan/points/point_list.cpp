@@ -7,6 +7,7 @@
 #include <sstream>
 #include <stdexcept>
 
+#include "scan/opened_file.h"
 #include "scan/scan.h"
 
 namespace scan {
@@ -56,7 +57,7 @@ void appendPair(const std::string& line, int number, Points& points) {
 }  // namespace
 
 Points readPoints(const std::string& path) {
-    std::ifstream file(path);
+    std::ifstream file = openToRead(path);
     Points points;
     std::string line;
     for (int number = 1; readLine(file, number, line); ++number) {
@@ -65,7 +66,7 @@ Points readPoints(const std::string& path) {
             throw std::runtime_error("holds more than " + std::to_string(kMaxLines) + " lines");
         }
     }
-    if (!file.is_open() || file.bad()) {
+    if (file.bad()) {
         throw std::runtime_error("cannot be read");
     }
     if (points.size() == 0) {

@@ -15,6 +15,7 @@
 #include <stdexcept>
 
 #include "scan/classes/inputs.h"
+#include "scan/opened_file.h"
 #include "scan/process/process_options.h"
 #include "scan/text.h"
 
@@ -283,9 +284,9 @@ Configuration examineConfigurationFile(const std::string& path) {
     if (size > kLargestFile) {
         throw std::runtime_error("is too large for a configuration file");
     }
-    std::ifstream file(path, std::ios::binary);
+    std::ifstream file = openToRead(path);
     const std::string text{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-    if (!file.is_open() || file.bad()) {
+    if (file.bad()) {
         throw std::runtime_error("cannot be read");
     }
     return examineConfiguration(text);

@@ -91,6 +91,42 @@ TEST_F(Output, OutputKeepsPermissionsAndTakesAnyName) {
     EXPECT_EQ(filesIn(directory_.path()).size(), 3u) << "nothing else is left behind";
 }
 
+/* Others may write to the directory, too: a name that they could foresee may lead elsewhere. */
+TEST_F(Output, NoForeseeableLinkIsWrittenThrough) {
+    const std::string victim = directory_.file("victim"), out = directory_.file("out.csv");
+    writeFile(victim, {});
+    for (const char* name : {".part$$", ".tmp", ".part", "~"}) {
+        const std::string link = out + name;
+        EXPECT_EQ(runCommand("ln -s victim " + link + "; exec " + kProgram + " classify -q " +
+                             scan_ + " -o " + out)
+                      .code,
+                  0);
+        EXPECT_EQ(fs::file_size(victim), 0u) << name;
+    }
+    EXPECT_GT(fs::file_size(out), 0u);
+}
+
+/* With few files that may be open at a time: the result, or a reason and no result. */
+TEST_F(Output, TooManyOpenFilesNeverChangeAResult) {
+    const std::string out = directory_.file("out.csv"), packed = scan_ + ".gz";
+    ASSERT_EQ(runCommand("gzip -c " + scan_ + " >" + packed).code, 0);
+    ASSERT_EQ(runProgram("classify -q " + scan_ + " -o " + out).code, 0);
+    const ByteVector right = readFile(out);
+    for (const std::string& input : {scan_, packed}) {
+        for (int limit = 4; limit < 8; ++limit) {
+            fs::remove(out);
+            const Outcome outcome = runCommand("ulimit -n " + std::to_string(limit) + "; exec " +
+                                               kProgram + " classify -q " + input + " -o " + out);
+            if (outcome.code == 0) {
+                EXPECT_EQ(readFile(out), right) << limit;
+            } else {
+                EXPECT_THAT(outcome.out, HasSubstr("Too many open files"));
+                EXPECT_FALSE(fs::exists(out)) << limit;
+            }
+        }
+    }
+}
+
 /* Devices, pipes and links are no files to be replaced. */
 TEST_F(Output, OutputTakesThePlaceOfFilesOnly) {
     const std::string pipe = directory_.path() + "/pipe", link = directory_.path() + "/link",

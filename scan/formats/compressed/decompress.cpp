@@ -8,6 +8,8 @@
 #ifdef CLUTTERCLASSIFIER_HAS_COMPRESSION
 #include <bzlib.h>
 #include <zlib.h>
+
+#include "scan/opened_file.h"
 #endif
 
 namespace scan {
@@ -38,7 +40,7 @@ using File = std::unique_ptr<std::FILE, int (*)(std::FILE*)>;
 File openFile(const std::string& path) {
     File file(std::fopen(path.c_str(), "rb"), std::fclose);
     if (!file) {
-        throw std::runtime_error("cannot be opened");
+        failReading(path, "cannot be opened");
     }
     return file;
 }
@@ -46,7 +48,7 @@ File openFile(const std::string& path) {
 void unpackGzip(const std::string& path, Limit limit, const Sink& sink) {
     const std::unique_ptr<gzFile_s, int (*)(gzFile)> file(gzopen(path.c_str(), "rb"), gzclose);
     if (!file) {
-        throw std::runtime_error("cannot be opened");
+        failReading(path, "cannot be opened");
     }
     gzbuffer(file.get(), kPieceBytes);
     std::vector<std::uint8_t> piece(kPieceBytes);

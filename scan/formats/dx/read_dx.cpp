@@ -8,6 +8,7 @@
 
 #include "clutterclassifier/clutterclassifier.h"
 #include "scan/formats/record/read_record.h"
+#include "scan/opened_file.h"
 #include "scan/scan.h"
 
 namespace scan {
@@ -37,7 +38,7 @@ Scan readGermanDx(const std::string& path, bool keepNoEcho) {
     const auto radar = std::make_unique<CGermanRadar>();
     std::string name = path;
     if (radar->readbinaryfile(name.data()) != 1) {
-        throw std::runtime_error("is not a complete German DX file");
+        failReading(path, "is not a complete German DX file");
     }
     if (!holdsRays(*radar)) {
         throw std::runtime_error("has a first ray of neither 100 nor 128 bins");

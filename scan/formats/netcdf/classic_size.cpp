@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "scan/formats/reading/big_endian.h"
+#include "scan/opened_file.h"
 
 namespace scan::netcdf {
 namespace {
@@ -106,7 +107,7 @@ class Header {
 bool isCutShort(const std::string& path) {
     const std::uint64_t fileBytes = std::filesystem::file_size(path);
     std::vector<std::uint8_t> head(std::min<std::uint64_t>(fileBytes, kMaxHeaderBytes));
-    std::ifstream file(path, std::ios::binary);
+    std::ifstream file = openToRead(path);
     file.read(reinterpret_cast<char*>(head.data()), static_cast<std::streamsize>(head.size()));
     const bool classic = file && head.size() > 4 && head[0] == 'C' && head[1] == 'D';
     return classic && Header(head, fileBytes).exceedsFile();

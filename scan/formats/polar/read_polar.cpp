@@ -11,6 +11,7 @@
 #include "clutterclassifier/clutterclassifier.h"
 #include "formats/polar/packing.h"
 #include "scan/formats/record/read_record.h"
+#include "scan/opened_file.h"
 #include "scan/scan_error.h"
 
 namespace scan {
@@ -26,7 +27,7 @@ bool needsLayout(int product) {
     return product == kPaddedProduct || product == 2212;
 }
 
-void requireRead(int result) {
+void requireRead(const std::string& path, int result) {
     if (result == 1) {
         return;
     }
@@ -34,7 +35,7 @@ void requireRead(int result) {
         throw std::runtime_error("holds an unknown product");
     }
     if (result == 0) {
-        throw std::runtime_error("cannot be read");
+        failReading(path, "cannot be read");
     }
     throw std::runtime_error(
         "has no rays or gates, or declares more of them than its bytes can hold");
@@ -82,7 +83,7 @@ Scan readPolarData(const std::string& path, int layout) {
     Cpluvek records[kMaxFields];
     CThuPolDaFor polar;
     std::string name = path;
-    requireRead(polar.ReadPolarData(name.data(), records, layout, 1));
+    requireRead(path, polar.ReadPolarData(name.data(), records, layout, 1));
     const int product = records[0].radarid;
     if (layout == 0 && needsLayout(product)) {
         throw ScanError(Failure::kLayoutNeeded,

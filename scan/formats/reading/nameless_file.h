@@ -10,6 +10,8 @@
 #include <string>
 #include <vector>
 
+#include "scan/opened_file.h"
+
 namespace scan {
 
 /* The HDF5 library resolves links before it opens a file, and so cannot open one. */
@@ -21,7 +23,7 @@ inline bool isNameless(const std::string& path) {
 
 inline std::vector<std::uint8_t> bytesOf(const std::string& path) {
     std::vector<std::uint8_t> bytes(std::filesystem::file_size(path));
-    std::ifstream file(path, std::ios::binary);
+    std::ifstream file = openToRead(path);
     file.read(reinterpret_cast<char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
     if (!file) {
         throw std::runtime_error("cannot be read");

@@ -1,12 +1,12 @@
 /* Formats by their first bytes: a table where fixed bytes are enough, and a few judgements. */
 #include "scan/formats/reading/recognise.h"
 
-#include <cerrno>
-#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <stdexcept>
 #include <string_view>
+
+#include "scan/opened_file.h"
 
 namespace scan {
 namespace {
@@ -108,11 +108,7 @@ Recognised recogniseFile(const std::string& path) {
     if (std::filesystem::is_directory(path, ignored)) {
         throw std::runtime_error("is a directory");
     }
-    errno = 0;
-    std::ifstream file(path, std::ios::binary);
-    if (!file) {
-        throw std::runtime_error(errno ? std::strerror(errno) : "cannot be opened");
-    }
+    std::ifstream file = openToRead(path);
     char head[kHeadBytes];
     file.read(head, sizeof head);
     if (file.gcount() == 0) {

@@ -10,6 +10,7 @@
 
 #include "scan/angles.h"
 #include "scan/fields/role.h"
+#include "scan/opened_file.h"
 
 namespace scan {
 namespace {
@@ -20,7 +21,7 @@ constexpr int kCountOffset = 64;
 /* The library fills an array that must be large enough: the file's own count, once it is possible.
  */
 int countRecords(const std::string& path) {
-    std::ifstream file(path, std::ios::binary);
+    std::ifstream file = openToRead(path);
     std::int32_t count = 0;
     file.seekg(kCountOffset);
     file.read(reinterpret_cast<char*>(&count), sizeof count);
@@ -121,7 +122,7 @@ RecordArray loadRecords(const std::string& path) {
     array.records.reset(new Cpluvek[static_cast<std::size_t>(array.count)]);
     const Cpluvek& first = array.records[0];
     if (array.records[0].ReadDataFromFile(path.c_str()) != 1) {
-        throw std::runtime_error("is cut short or damaged");
+        failReading(path, "is cut short or damaged");
     }
     if (first.nrays < 1 || first.ngates < 1) {
         throw std::runtime_error("holds no rays or no gates");

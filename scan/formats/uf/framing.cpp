@@ -8,6 +8,7 @@
 #include <fstream>
 
 #include "scan/formats/reading/big_endian.h"
+#include "scan/opened_file.h"
 
 namespace scan {
 namespace {
@@ -26,6 +27,9 @@ Framing readFraming(const std::string& path) {
     std::ifstream file;
     file.rdbuf()->pubsetbuf(nullptr, 0);  // a buffer would be filled anew for each record
     file.open(path, std::ios::binary);
+    if (!file) {
+        failReading(path, "cannot be opened");
+    }
     std::uint8_t head[kYearOffset + 2];
     if (file.read(reinterpret_cast<char*>(head), sizeof head)) {
         framing.year = BigEndian(head, sizeof head).u16(kYearOffset);

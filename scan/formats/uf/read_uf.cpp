@@ -9,6 +9,7 @@
 #include "clutterclassifier/clutterclassifier.h"
 #include "scan/fields/role.h"
 #include "scan/formats/uf/framing.h"
+#include "scan/opened_file.h"
 #include "scan/quantile.h"
 #include "scan/scan.h"
 
@@ -292,10 +293,10 @@ Scan readUniversalFormat(const std::string& path, std::unique_ptr<Cufrw>& words)
     words = std::make_unique<Cufrw>();
     std::string name = path;
     if (words->readfile(name.data()) != 1) {
-        throw std::runtime_error(
-            "is a damaged Universal Format file: its first record is not "
-            "whole, a record declares more gates than it holds, or more than "
-            "20 fields");
+        failReading(path,
+                    "is a damaged Universal Format file: its first record is not "
+                    "whole, a record declares more gates than it holds, or more than "
+                    "20 fields");
     }
     if (words->nrays < 1) {
         throw std::runtime_error("holds no rays");
