@@ -269,6 +269,7 @@ void makeTexts() {
     seed("field_map", "ZD=zdr,ZT=zhh,XX=none");
     seed("field_map", "zhh-texture,zdr-texture,vel,pdf");
     seed("field_map", "textures");
+    seed("field_map", "precipitation,noise,clutter");
     seed("settings", scan::exampleConfiguration("/tables/"));
     seed("settings", "WHAT2DO 31 a_Z-R 200 b_Z-R 1.6 nonsense 3");
 }

@@ -1,16 +1,19 @@
 /*
- * Takes a user's words: maps of fields, lists of inputs, names of fields and anything to be
- * printed. The input is the text; what it means, written and taken again, means the same.
+ * Takes a user's words: maps of fields, lists of inputs and classes, names of fields and anything
+ * to be printed. The input is the text; what it means, written and taken again, means the same.
  */
+#include <algorithm>
 #include <cctype>
 #include <cstddef>
 #include <cstdint>
+#include <iterator>
 #include <stdexcept>
 #include <string>
 
 #include "fuzz/support/require.h"
 #include "scan/class_codes.h"
 #include "scan/classes/classify_sweep.h"
+#include "scan/classes/clean.h"
 #include "scan/fields/field_map.h"
 #include "scan/fields/role.h"
 #include "scan/text.h"
@@ -46,6 +49,18 @@ void takeInputs(const std::string& text) {
     }
 }
 
+void takeClasses(const std::string& text) {
+    try {
+        for (const float code : scan::parseClasses(text)) {
+            require(std::find(std::begin(scan::kClassCodes), std::end(scan::kClassCodes), code) !=
+                        std::end(scan::kClassCodes),
+                    "a class is one of five");
+        }
+    } catch (const std::invalid_argument& error) {
+        require(error.what()[0] != '\0', "a refusal has a reason");
+    }
+}
+
 void takeName(const std::string& text) {
     require(scan::roleOfName(text) == scan::roleOfName(scan::lowerCase(text)), "case is the same");
     for (const char c : scan::printable(text)) {
@@ -60,6 +75,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     text = text.c_str();  // a command line's text ends at its first zero
     takeMap(text);
     takeInputs(text);
+    takeClasses(text);
     takeName(text);
     return 0;
 }
