@@ -39,7 +39,7 @@ def test_trained_functions_classify_another_scan(scans: list[xr.Dataset], tmp_pa
     assert membership.check(tmp_path / "mine") == []
     other = cc.synthetic_scan(3, nrays=90, ngates=300)
     found = sweeps.classify(other, inputs=INPUTS, membership=tmp_path / "mine").CLASS
-    for echo, least in ((cc.GROUND_CLUTTER, 0.7), (cc.PRECIPITATION, 0.97)):
+    for echo, least in ((cc.GROUND_CLUTTER, 0.95), (cc.PRECIPITATION, 0.8)):
         assert (found == echo).values[other.TRUTH == echo].mean() > least
     sweeps.classify(other, membership=tmp_path / "mine")  # with the tables of all other inputs
 
