@@ -26,6 +26,7 @@ struct Field {
     int wordsPerUnit = 0;  // the finest that Universal Format keeps it; 0: what its quantity needs
     /* value of gates that were measured and have no echo */
     std::optional<float> noEcho = std::nullopt;
+    std::string task = {};   // of a quality field of ODIM_H5: what made it; "" for a moment
     std::string place = {};  // group of an ODIM_H5 file that holds it; "" elsewhere
     /* 1 where the value for "no echo" was replaced by NaN; empty when none was. */
     std::vector<std::uint8_t> noEchoGates = {};

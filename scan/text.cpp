@@ -13,7 +13,10 @@ std::string lowerCase(std::string text) {
 }
 
 std::string endingOf(const std::string& path) {
-    return lowerCase(std::filesystem::path(path).extension().string());
+    const std::filesystem::path name(path);
+    const std::string ending = lowerCase(name.extension().string());
+    const bool packed = ending == ".gz" && lowerCase(name.stem().extension().string()) == ".uf";
+    return packed ? ".uf" : ending;
 }
 
 std::string printable(const std::string& text) {

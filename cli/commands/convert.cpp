@@ -63,6 +63,10 @@ void writeAsRecords(const scan::Scan& scan, const scan::OutputFile& file) {
     if (sweep.rhi) {
         printNote(scan::lostElevationsNote("a field record file"));
     }
+    const std::string names = scan::shortNamesNote(sweep.fields);
+    if (!names.empty()) {
+        printNote(names);
+    }
     scan::writeRecords(file, scan, sweep, sweep.fields);
 }
 

@@ -14,8 +14,9 @@ namespace cli {
 
 void requireEnding(const std::string& option, const std::string& path,
                    std::initializer_list<const char*> theirs) {
-    constexpr const char* kTaken[] = {".uf",  ".csv", ".asc", ".bin", ".pol",  ".dx", ".png",
-                                      ".svg", ".pdf", ".h5",  ".hdf", ".hdf5", ".nc", ".nc4"};
+    constexpr const char* kTaken[] = {".uf",  ".csv", ".asc", ".bin", ".pol", ".dx",
+                                      ".png", ".svg", ".pdf", ".h5",  ".hdf", ".hdf5",
+                                      ".nc",  ".nc4", ".gz",  ".bz2"};
     const std::string ending = scan::endingOf(path);
     const auto is = [&](const char* other) { return ending == other; };
     if (std::none_of(std::begin(kTaken), std::end(kTaken), is)) {

@@ -36,7 +36,7 @@ class AnyFormatBackend(BackendEntrypoint):
     >>> xr.open_dataset("scan.uf", engine=AnyFormatBackend, group="sweep_1")  # doctest: +SKIP
     """
 
-    description = "Open Universal Format, German DX, polar data and field record files of radars"
+    description = "Open radar files: ODIM_H5, CfRadial, NEXRAD Level 2, Universal Format and others"
 
     open_dataset_parameters: ClassVar[Any] = (
         "filename_or_obj", "drop_variables", "group", "layout", "names", "mask_and_scale",
@@ -44,6 +44,9 @@ class AnyFormatBackend(BackendEntrypoint):
 
     #: The one format, as a key of `readers.FORMATS`; empty for all.
     format: ClassVar[str] = ""
+
+    #: How the attribute ``source_format`` of its sweeps begins; for formats that share their containers.
+    source: ClassVar[str] = ""
 
     def guess_can_open(self, filename_or_obj: Any) -> bool:
         """Whether a file is certainly of the engine's format. Never raises."""
@@ -68,6 +71,7 @@ class AnyFormatBackend(BackendEntrypoint):
         sweep = sweep_number(group)
         self._require(filename_or_obj)
         dataset = readers.read_sweep(filename_or_obj, sweep, layout=layout, names=names)
+        self._require_source(filename_or_obj, dataset)
         return _without(dataset, drop_variables)
 
     def open_groups_as_dict(self, filename_or_obj: Any, *,
@@ -77,6 +81,7 @@ class AnyFormatBackend(BackendEntrypoint):
         times of the volume as ``"/"``."""
         self._require(filename_or_obj)
         sweeps = readers.read(filename_or_obj, layout=layout, names=names)
+        self._require_source(filename_or_obj, sweeps[0])
         groups = {f"/sweep_{at}": _without(sweep, drop_variables) for at, sweep in enumerate(sweeps)}
         return {"/": _root(sweeps)} | groups
 
@@ -90,13 +95,18 @@ class AnyFormatBackend(BackendEntrypoint):
         if not os.path.isfile(path):
             return False
         found = readers.recognise(path)
-        if found in (None, "hdf5", "netcdf") or self.format not in ("", found):  # others open these
-            return False
+        if self.source or found in (None, "hdf5", "netcdf") or self.format not in ("", found):
+            return False  # other engines open these containers too: ours are asked for by name
         return found != "uf" or _has_whole_record(path)
 
     def _require(self, path: Any) -> None:
         if self.format:
             readers.require_format(path, self.format)
+
+    def _require_source(self, path: Any, sweep: xr.Dataset) -> None:
+        found = sweep.attrs["source_format"]
+        if not found.startswith(self.source):
+            raise ValueError(f"{os.fsdecode(path)}: is not {self.source}, but {found}")
 
 
 class UniversalFormatBackend(AnyFormatBackend):
@@ -125,6 +135,27 @@ class FieldRecordBackend(AnyFormatBackend):
 
     description = "Open field record files of radars"
     format = "record"
+
+
+class NexradBackend(AnyFormatBackend):
+    """Engine ``"clutterclassifier-nexrad"``: NEXRAD Level 2."""
+
+    description = "Open NEXRAD Level 2 files of radars"
+    format = "nexrad"
+
+
+class OdimBackend(AnyFormatBackend):
+    """Engine ``"clutterclassifier-odim"``: ODIM_H5."""
+
+    description = "Open ODIM_H5 files of radars"
+    source = "ODIM_H5"
+
+
+class CfRadialBackend(AnyFormatBackend):
+    """Engine ``"clutterclassifier-cfradial"``: CfRadial, releases 1 and 2."""
+
+    description = "Open CfRadial files of radars"
+    source = "CfRadial"
 
 
 def sweep_number(group: str | int | None) -> int:

@@ -9,6 +9,7 @@
 
 #include "arrays.h"
 #include "scan/class_codes.h"
+#include "scan/classes/clean.h"
 #include "scan/fields/field_choice.h"
 #include "scan/fields/oddities.h"
 #include "scan/fields/role.h"
@@ -123,6 +124,7 @@ py::dict sweepDict(scan::Sweep& sweep) {
     result["ngates"] = sweep.ngates;
     result["azimuth"] = ownedArray(std::move(sweep.azimuthDeg));
     result["elevation"] = ownedArray(std::move(sweep.elevationDeg));
+    result["ray_time"] = ownedArray(std::move(sweep.rayTimeS));
     return result;
 }
 
@@ -192,6 +194,7 @@ void bindScans(py::module_& module) {
         },
         py::arg("path"));
     module.def("read_scan", &readScan, py::arg("path"), py::arg("polar_layout"));
+    module.def("is_spoiled_by_clutter", &scan::isSpoiledByClutter, py::arg("name"));
     module.def("synthetic_scan", &syntheticScan, py::arg("seed"), py::arg("nrays"),
                py::arg("ngates"));
 }

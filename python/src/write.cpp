@@ -1,12 +1,14 @@
 // write.cpp - sweeps as files, by the rules of the program's output option.
 #include <algorithm>
 #include <cstddef>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "arrays.h"
 #include "scan/class_codes.h"
+#include "scan/formats/read_scan.h"
 #include "scan/formats/write_classes.h"
 #include "scan/quiet_library.h"
 
@@ -24,6 +26,7 @@ scan::Field fieldOf(const py::dict& given) {
     field.name = py::cast<std::string>(given["name"]);
     field.units = py::cast<std::string>(given["units"]);
     field.values = vectorOf<float>(given["values"]);
+    field.noEcho = py::cast<std::optional<float>>(given["no_echo"]);
     return field;
 }
 
@@ -38,6 +41,8 @@ scan::Sweep sweepOf(const py::dict& given) {
     sweep.ngates = py::cast<int>(given["ngates"]);
     sweep.gateSpacingM = py::cast<double>(given["gate_spacing"]);
     sweep.firstGateM = py::cast<double>(given["first_gate"]);
+    sweep.mode = py::cast<std::string>(given["mode"]);
+    sweep.rayTimeS = vectorOf<double>(given["ray_time"]);
     sweep.nyquist = py::cast<double>(given["nyquist_velocity"]);
     for (const py::handle& field : given["fields"]) {
         sweep.fields.push_back(fieldOf(py::cast<py::dict>(field)));
@@ -59,6 +64,7 @@ scan::Scan scanOf(const py::dict& given) {
     for (const py::handle& sweep : given["sweeps"]) {
         scan.sweeps.push_back(sweepOf(py::cast<py::dict>(sweep)));
     }
+    scan::hideNoEcho(scan);
     return scan;
 }
 

@@ -52,7 +52,7 @@ std::vector<Field*> chosenFields(Sweep& sweep, const std::vector<std::string>& n
         const bool named = std::any_of(names.begin(), names.end(), [&](const std::string& wanted) {
             return lowerCase(wanted) == name;
         });
-        if (names.empty() ? isSpoiledByClutter(field) : named) {
+        if (names.empty() ? isSpoiledByClutter(name) && !isClassField(field) : named) {
             chosen.push_back(&field);
         }
     }
@@ -96,11 +96,11 @@ std::vector<float> parseClasses(const std::string& names) {
     return codes;
 }
 
-bool isSpoiledByClutter(const Field& field) {
-    const std::string name = lowerCase(field.name);
+bool isSpoiledByClutter(const std::string& field) {
+    const std::string name = lowerCase(field);
     const auto begins = [&](std::string_view prefix) { return name.rfind(prefix, 0) == 0; };
     const auto is = [&](std::string_view whole) { return name == whole; };
-    return roleOfName(name) != Role::kPdf && !isClassField(field) &&
+    return roleOfName(name) != Role::kPdf &&
            std::none_of(std::begin(kSignalNames), std::end(kSignalNames), begins) &&
            std::none_of(std::begin(kSignalLetters), std::end(kSignalLetters), is);
 }

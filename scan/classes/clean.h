@@ -19,9 +19,10 @@ struct CleanOptions {
  * std::invalid_argument. */
 std::vector<float> parseClasses(const std::string& names);
 
-/* Whether echo of clutter makes a field wrong. It does not where the field is about the signal or
- * the clutter itself: quality index, signal-to-noise ratio, correction, clutter mask, classes. */
-bool isSpoiledByClutter(const Field& field);
+/* Whether echo of clutter makes a field of that name wrong. It does not where the field is about
+ * the signal or the clutter itself: quality index, signal-to-noise ratio, correction, clutter mask.
+ */
+bool isSpoiledByClutter(const std::string& name);
 
 /*
  * Gates of other classes than those that stay hold no echo afterwards, as after reading a format

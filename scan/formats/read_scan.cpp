@@ -53,21 +53,7 @@ void hideValue(float noEcho, float* values, std::uint8_t* gates, std::size_t cou
     }
 }
 
-/* Gates without an echo have no value: their place is kept. Formats that always leave the value in
- * place are those of the library itself. */
-void hideNoEcho(Scan& scan) {
-    for (Sweep& sweep : scan.sweeps) {
-        for (Field& field : sweep.fields) {
-            if (!field.noEcho) {
-                continue;
-            }
-            field.noEchoGates.resize(field.values.size());
-            hideValue(*field.noEcho, field.values.data(), field.noEchoGates.data(),
-                      field.values.size());
-        }
-    }
-}
-
+/* Formats that always leave the value in place are those of the library itself. */
 bool marksNoEcho(FileFormat format) {
     return format == FileFormat::kHdf5 || format == FileFormat::kNetcdf ||
            format == FileFormat::kNexrad;
@@ -92,6 +78,19 @@ Scan readUnpacked(const std::string& path, std::unique_ptr<Cufrw>& words,
 }
 
 }  // namespace
+
+void hideNoEcho(Scan& scan) {
+    for (Sweep& sweep : scan.sweeps) {
+        for (Field& field : sweep.fields) {
+            if (!field.noEcho) {
+                continue;
+            }
+            field.noEchoGates.resize(field.values.size());
+            hideValue(*field.noEcho, field.values.data(), field.noEchoGates.data(),
+                      field.values.size());
+        }
+    }
+}
 
 Scan readScan(const std::string& path, std::unique_ptr<Cufrw>& words, const ReadOptions& options) {
     words.reset();

@@ -30,6 +30,9 @@ Scan readScan(const std::string& path, const ReadOptions& options = {});
 Scan readScan(const std::string& path, std::unique_ptr<Cufrw>& words,
               const ReadOptions& options = {});
 
+/* Gates that hold their field's value for "no echo" lose it; their place is kept. */
+void hideNoEcho(Scan& scan);
+
 }  // namespace scan
 
 #endif

@@ -75,6 +75,15 @@ void noteElevations(const Sweeps& sweeps, WrittenFiles& written) {
     }
 }
 
+/* About records of all fields. */
+void noteLosses(const Sweeps& sweeps, WrittenFiles& written) {
+    noteElevations(sweeps, written);
+    const std::string names = sweeps.empty() ? "" : shortNamesNote(sweeps.front()->fields);
+    if (!names.empty()) {
+        written.notes.push_back(names);
+    }
+}
+
 }  // namespace
 
 std::vector<std::string> sweepPaths(const std::string& path, const Scan& scan,
@@ -155,7 +164,7 @@ WrittenFiles writeCleaned(const std::string& path, const Scan& scan, Cufrw* word
             fields.insert(fields.end(), certainty.begin(), certainty.end());
             writeRecords(file, scan, *sweeps[i], fields);
         });
-    noteElevations(sweeps, written);
+    noteLosses(sweeps, written);
     return written;
 }
 
@@ -182,7 +191,7 @@ WrittenFiles writeScan(const std::string& path, const Scan& scan) {
         writeEach(path, scan, sweeps, [&](const OutputFile& file, std::size_t i) {
             writeRecords(file, scan, *sweeps[i], sweeps[i]->fields);
         });
-    noteElevations(sweeps, written);
+    noteLosses(sweeps, written);
     return written;
 }
 

@@ -107,6 +107,19 @@ def test_ragged_rays(tmp_path):
     np.testing.assert_array_equal(rhi.values["V"], [[10], [11], [NAN]])
 
 
+START = 1305888848
+
+
+@pytest.mark.parametrize("units, zero, unit", [
+    ("seconds since 2011-05-20 10:54:08", START, 1), ("s since 2011-05-20 10:54:08.5 UTC", START + 0.5, 1),
+    ("milliseconds since 2011-05-20T10:54:08Z", START, 1e-3), ("microseconds since 2011-05-20T10:54:08Z", START, 1e-6),
+    ("minutes since 2011-05-20T10:54:08Z", START, 60), ("hours since 2011-05-20", START - 39248, 3600),
+    ("days since 2011-5-20 00:00:00", START - 39248, 86400)])
+def test_units_of_time(tmp_path, units, zero, unit):
+    path = make(tmp_path / "a.nc", change=lambda file: file["time"].setncattr_string("units", units))
+    np.testing.assert_allclose(dump(path).sweeps[0].time, zero + np.array([0.5, 1, 0]) * unit, rtol=0, atol=1e-6)
+
+
 def test_modes_may_be_missing(tmp_path):
     ppi, rhi = dump(make(tmp_path / "a.nc", modes=None)).sweeps
     assert (ppi.rhi, rhi.rhi) == (0, 1)

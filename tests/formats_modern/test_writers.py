@@ -35,6 +35,8 @@ def made(tmp_path, kind):
     elif kind == "one gate":
         one = moment("REF", np.array([66], "u1"), 2, 66)
         path.write_bytes(volume([message31(azimuth, [one]) for azimuth in range(0, 360, 2)]))
+    elif kind == "numbered alike":
+        make_cfradial(path, change=lambda file: file["sweep_number"].__setitem__(slice(None), 0))
     elif kind == "ragged":
         def change(file):
             variable(file, "ray_n_gates", ("time",), [5, 2, 3, 1, 2, 3])
@@ -112,6 +114,7 @@ def codes_of(sweep):
 
 @pytest.mark.parametrize("ending, kind, model", [
     (".h5", "odim", ""), (".nc", "cfradial", "NETCDF4"), (".nc", "cfradial", "NETCDF3_64BIT_DATA"), (".nc", "ragged", ""),
+    (".nc", "numbered alike", ""), (".nc", "cfradial", "NETCDF3_CLASSIC"),
     (".nc4", "group", ""), (".h5", "nexrad", ""), (".nc", "nexrad", ""), (".nc4", "odim", "")])
 def test_classes_beside_what_was_there(tmp_path, ending, kind, model):
     if kind == "group":

@@ -69,14 +69,14 @@ def class_variable(dims: tuple[str, str], values: NDArray[np.uint8], long_name: 
 
 def sweep_dataset(fields: Mapping[str, xr.Variable], *, azimuth: NDArray[np.float64],
                   elevation: NDArray[np.float64], range: NDArray[np.float64], gate_spacing: float,
-                  time: datetime | None, latitude: float, longitude: float, altitude: float,
+                  time: datetime | NDArray[np.datetime64] | None, latitude: float, longitude: float, altitude: float,
                   fixed_angle: float, sweep_number: int = 0, rhi: bool = False,
                   sector: bool = False, attrs: Mapping[str, Any] | None = None) -> xr.Dataset:
     """One sweep with its coordinates and the variables that describe the scanning."""
     import xarray as xr
 
     ray = "elevation" if rhi else "azimuth"
-    times = np.full(azimuth.shape, np.datetime64(time or "NaT", "ns"))
+    times = time if isinstance(time, np.ndarray) else np.full(azimuth.shape, np.datetime64(time or "NaT", "ns"))
     coords = {
         "azimuth": (ray, azimuth, _AZIMUTH),
         "elevation": (ray, elevation, _ELEVATION),

@@ -8,6 +8,7 @@ from datetime import datetime, timedelta
 from typing import TYPE_CHECKING, Any, Union
 
 import numpy as np
+from numpy.typing import NDArray
 
 from .. import _core
 from .._model.echo import MISSING, EchoClass
@@ -26,6 +27,9 @@ FORMATS = {"uf": "Universal Format", "dx": "German DX", "polar": "polar data", "
 #: Packings of polar data files, for files that do not record theirs.
 LAYOUTS = (252, 260, 280)
 
+#: Of nanoseconds in 64 bits, counted from 1970.
+_LATEST_SECOND = 9e9
+
 #: Units of the files as CfRadial spells them.
 _UNITS = {"deg": "degrees", "m/s": "m s-1", "deg/km": "degrees per kilometer", "mm/h": "mm h-1"}
 
@@ -41,7 +45,7 @@ def recognise(path: Path) -> str | None:
     Returns
     -------
     str or None
-        A key of `FORMATS`: ``"uf"``, ``"dx"``, ``"polar"`` or ``"record"``; None for any other file.
+        A key of `FORMATS`; None for any other file.
 
     Raises
     ------
@@ -251,7 +255,7 @@ def _sweep(scan: dict[str, Any], at: int, names: Mapping[str, str] | None) -> xr
         {name: _variable(name, dims, field) for name, field in zip(chosen, fields)},
         azimuth=sweep["azimuth"], elevation=sweep["elevation"],
         range=sweep["first_gate"] + gates * sweep["gate_spacing"],
-        gate_spacing=sweep["gate_spacing"], time=_time(scan["time"]), latitude=latitude,
+        gate_spacing=sweep["gate_spacing"], time=_ray_times(sweep["ray_time"], scan["time"]), latitude=latitude,
         longitude=longitude, altitude=altitude, fixed_angle=sweep["fixed_angle"], sweep_number=at,
         rhi=sweep["rhi"], sector=not sweep["closed"], attrs=_attributes(scan, sweep))
 
@@ -299,6 +303,14 @@ def _site(scan: dict[str, Any]) -> tuple[float, float, float]:
     if place[:2] != (0.0, 0.0):
         return place
     return np.nan, np.nan, place[2] or np.nan
+
+
+def _ray_times(seconds: NDArray[np.float64], scan: tuple[int, int, int, int, int, int]
+               ) -> NDArray[np.datetime64] | datetime | None:
+    """The time of each ray, in microseconds; that of the scan where the file has no others."""
+    if seconds.size == 0 or not np.isfinite(seconds).all() or np.abs(seconds).max() > _LATEST_SECOND:
+        return _time(scan)
+    return np.round(seconds * 1e6).astype(np.int64).astype("datetime64[us]").astype("datetime64[ns]")
 
 
 def _time(numbers: tuple[int, int, int, int, int, int]) -> datetime | None:

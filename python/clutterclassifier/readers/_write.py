@@ -28,7 +28,7 @@ _CLASS_NAME = "CCl"
 _SITE = ("latitude", "longitude", "altitude")
 
 #: Endings of other formats: a field record of such a name would mislead.
-_FOREIGN = (".asc", ".bin", ".dx", ".hdf", ".pdf", ".png", ".pol", ".svg", ".zarr")
+_FOREIGN = (".asc", ".bin", ".bz2", ".dx", ".gz", ".hdf", ".pdf", ".png", ".pol", ".svg", ".zarr")
 
 #: Endings of formats that have CfRadial's names.
 _MODERN = (".h5", ".nc", ".nc4")
@@ -40,7 +40,7 @@ def write(sweeps: Sweeps, path: Path) -> list[str]:
     =========  =============================================================================
     ending     file
     =========  =============================================================================
-    ``.uf``    Universal Format: one file with all sweeps and all fields
+    ``.uf``    Universal Format: one file with all sweeps and all fields; ``.uf.gz`` compressed
     ``.h5``    ODIM_H5: one file with all sweeps and all fields
     ``.nc``    CfRadial: one file with all sweeps and all fields
     ``.csv``   comma-separated table of the classes, one file a sweep
@@ -90,7 +90,8 @@ def write(sweeps: Sweeps, path: Path) -> list[str]:
     import xarray as xr
 
     name = as_file_name(path)
-    ending = os.path.splitext(os.fsdecode(name))[1].lower()
+    plain = os.fsdecode(name).lower()
+    ending = ".uf" if plain.endswith(".uf.gz") else os.path.splitext(plain)[1]
     if ending in _FOREIGN:
         raise ValueError(f"path: a {ending} file cannot be written here, but .uf, .csv or, for a field "
                          "record, .plv")
@@ -160,8 +161,27 @@ def _sweep(ds: xr.Dataset, at: int, ending: str) -> dict[str, Any]:
     return {**angles, "number": int(number), "rhi": rhi, "ngates": ds.sizes[RANGE], "gate_spacing": spacing,
             "fixed_angle": float(np.median(angles[still]) if fixed is None else fixed),
             "first_gate": float(np.ravel(ds[RANGE].values)[0]),
+            "mode": _mode(ds), "ray_time": _ray_times(ds, rays),
             "nyquist_velocity": float(ds.attrs.get("nyquist_velocity", 0.0)),
             "fields": [_field(field.transpose(rays, RANGE), ending) for field in fields]}
+
+
+def _mode(ds: xr.Dataset) -> str:
+    """As CfRadial names it; empty where the dataset does not say."""
+    mode = ds.get("sweep_mode")
+    if mode is None or mode.size != 1 or mode.dtype.kind not in "OSU":
+        return ""
+    text = mode.values.item()
+    return text.decode() if isinstance(text, bytes) else str(text)
+
+
+def _ray_times(ds: xr.Dataset, rays: str) -> NDArray[np.float64]:
+    """Seconds since 1970 of each ray; none where the rays have no times of their own."""
+    time = ds["time"] if "time" in ds.variables else None
+    if time is None or time.dims != (rays,) or time.dtype.kind != "M" or np.isnat(time.values).any():
+        return np.empty(0)
+    seconds = time.values.astype("datetime64[ns]").astype(np.int64) / 1e9
+    return seconds if np.ptp(seconds) > 0 else np.empty(0)
 
 
 def _angle(source: xr.DataArray | None, name: str, rays: str, count: int, at: int) -> NDArray[np.float64]:
@@ -172,14 +192,15 @@ def _angle(source: xr.DataArray | None, name: str, rays: str, count: int, at: in
 
 
 def _field(field: xr.DataArray, ending: str) -> dict[str, Any]:
+    from ..sweeps._apply import no_echo_value
     from ..sweeps._codes import CLASS, library_codes
 
     if field.name == CLASS:
         codes = library_codes(field).values
         values = np.where(codes == MISSING, np.float32(np.nan), codes.astype(np.float32))
-        return {"name": _CLASS_NAMES.get(ending, _CLASS_NAME), "units": "-",
+        return {"name": _CLASS_NAMES.get(ending, _CLASS_NAME), "units": "-", "no_echo": None,
                 "values": np.ascontiguousarray(values)}
     raw, units = field.attrs.get("raw_name"), field.attrs.get("units", "")
     name = raw if raw and ending not in _MODERN else field.name
-    return {"name": str(name), "units": str(units),
+    return {"name": str(name), "units": str(units), "no_echo": no_echo_value(field),
             "values": np.ascontiguousarray(field.values, np.float32)}

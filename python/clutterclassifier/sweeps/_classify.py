@@ -10,6 +10,7 @@ import numpy as np
 import xarray as xr
 from numpy.typing import NDArray
 
+from .. import _core
 from .._arrays.classify import (ARRAYS, InputSelection, Membership, Options, check_options, classify_scans,
                                 parse_inputs)
 from .._model.echo import MISSING, PRECIPITATION, Inputs
@@ -188,7 +189,8 @@ def refuse_keywords(step: str, keywords: Collection[str], why: str) -> None:
 
 def clean(ds: xr.Dataset, *, keep: ClassSelection = PRECIPITATION, classes: xr.DataArray | None = None,
           **keywords: Any) -> xr.Dataset:
-    """The sweep with clutter and noise blanked: all its fields of floating-point numbers become NaN there.
+    """The sweep with clutter and noise blanked: its fields of floating-point numbers become NaN there,
+    except those about the signal itself (signal-to-noise ratio, quality index, clutter mask).
 
     Parameters
     ----------
@@ -233,6 +235,8 @@ def clean(ds: xr.Dataset, *, keep: ClassSelection = PRECIPITATION, classes: xr.D
     blanked = {}
     for key, field in ds.data_vars.items():
         if key in (name, CLASS) or not has_gates(field) or field.dtype.kind != "f":
+            continue
+        if not _core.is_spoiled_by_clutter(str(field.attrs.get("raw_name", key))):
             continue
         blanked[key] = field.where(stays).transpose(..., *field.dims)
         blanked[key].attrs = field.attrs | {"history": extended(field, history)}

@@ -131,10 +131,13 @@ Addition stackedAddition(const netcdf::Group& file, const std::vector<SweepClass
     const std::optional<std::size_t> points = raggedCount(file, rays);
     Addition addition = emptyAddition(file, classes.front(), points.has_value(),
                                       points.value_or(rays.count * rays.maxGates));
+    std::map<int, int> taken;
     for (const SweepClasses& entry : classes) {
+        int earlier = taken[entry.sweep->number]++;
         const auto slice = std::find_if(slices.begin(), slices.end(), [&](const Slice& known) {
             return known.number == entry.sweep->number &&
-                   known.end - known.begin == static_cast<std::size_t>(entry.sweep->nrays);
+                   known.end - known.begin == static_cast<std::size_t>(entry.sweep->nrays) &&
+                   earlier-- == 0;
         });
         if (slice == slices.end()) {
             failMissing(*entry.sweep);
@@ -145,10 +148,12 @@ Addition stackedAddition(const netcdf::Group& file, const std::vector<SweepClass
     return addition;
 }
 
+/* earlier: how many sweeps of that number come before it; writers do number them all alike. */
 Addition groupAddition(const std::vector<netcdf::Group>& groups, const SweepClasses& entry,
-                       ValueBudget& budget) {
+                       int earlier, ValueBudget& budget) {
     for (std::size_t i = 0; i < groups.size(); ++i) {
-        if (sweepNumber(groups[i], static_cast<int>(i), budget) != entry.sweep->number) {
+        if (sweepNumber(groups[i], static_cast<int>(i), budget) != entry.sweep->number ||
+            earlier-- > 0) {
             continue;
         }
         const Rays rays = readRays(groups[i], budget);
@@ -169,8 +174,9 @@ std::vector<Addition> additionsFor(const std::string& path,
         return {stackedAddition(file, classes, budget)};
     }
     std::vector<Addition> additions;
+    std::map<int, int> taken;
     for (const SweepClasses& entry : classes) {
-        additions.push_back(groupAddition(groups, entry, budget));
+        additions.push_back(groupAddition(groups, entry, taken[entry.sweep->number]++, budget));
     }
     return additions;
 }

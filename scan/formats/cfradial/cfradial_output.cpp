@@ -75,6 +75,9 @@ void writeTop(const netcdf::Writer& file, const Scan& scan, const char* conventi
         .text("standard_name", "altitude")
         .text("units", "meters")
         .text("positive", "up");
+    if (!scan.source.empty()) {
+        file.text("odim_source", scan.source);
+    }
     const int volume = 0;
     file.wholes("volume_number", {}, {&volume, 1});
     if (scan.wavelengthM > 0) {
@@ -145,6 +148,19 @@ void describeCertainty(const netcdf::VariableWriter& variable, const Field& fiel
         .text("coordinates", kCoordinates)
         .text("is_quality_field", "true")
         .text("qualified_variables", kClassName);
+}
+
+void writePulses(const netcdf::Writer& group, int time, std::size_t rays,
+                 const Operation& operation) {
+    const auto write = [&](const char* name, double seconds, const char* units) {
+        if (seconds > 0) {
+            group.doubles(name, {time}, std::vector<double>(rays, seconds)).text("units", units);
+        }
+    };
+    write("pulse_width", operation.pulseLengthM / kLightSpeedMPerS, "seconds");
+    write("prt", operation.pulsesPerSecond > 0 ? 1.0 / operation.pulsesPerSecond : 0, "seconds");
+    write("n_samples", operation.pulsesPerRay, "1");
+    write("scan_rate", operation.turnsPerMinute * 6.0, "degrees per second");
 }
 
 std::string modeOf(const Sweep& sweep) {

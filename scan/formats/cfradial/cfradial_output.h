@@ -33,6 +33,10 @@ void describeField(const netcdf::VariableWriter& variable, const Field& field, f
 void describeClasses(const netcdf::VariableWriter& variable, const ClassForm& form);
 void describeCertainty(const netcdf::VariableWriter& variable, const Field& field);
 
+/* Pulse width, repetition time, samples and rate of turn, of each ray. */
+void writePulses(const netcdf::Writer& group, int time, std::size_t rays,
+                 const Operation& operation);
+
 std::string modeOf(const Sweep& sweep);
 
 /* The classes of a sweep; null if it has none. */

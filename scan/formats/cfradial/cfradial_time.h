@@ -40,11 +40,20 @@ inline std::optional<TimeUnits> parseTimeUnits(const std::string& text) {
         return std::nullopt;
     }
     const std::string unit = text.substr(0, since);
-    const double seconds = unit.rfind("milli", 0) == 0 || unit == "ms" ? 1e-3
-                           : unit.rfind("d", 0) == 0                   ? kSecondsPerDay
-                           : unit.rfind("h", 0) == 0                   ? 3600
-                           : unit.rfind("m", 0) == 0                   ? 60
-                                                                       : 1;
+    struct Known {
+        const char* prefix;
+        double seconds;
+    };
+    constexpr Known kUnits[] = {{"milli", 1e-3},       {"ms", 1e-3},   {"micro", 1e-6},
+                                {"us", 1e-6},          {"nano", 1e-9}, {"ns", 1e-9},
+                                {"d", kSecondsPerDay}, {"h", 3600},    {"m", 60}};
+    double seconds = 1;
+    for (const Known& known : kUnits) {
+        if (unit.rfind(known.prefix, 0) == 0) {
+            seconds = known.seconds;
+            break;
+        }
+    }
     return TimeUnits{*zero, seconds};
 }
 

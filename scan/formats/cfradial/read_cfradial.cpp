@@ -78,6 +78,7 @@ void fillSite(const netcdf::Group& file, ValueBudget& budget, Scan& scan) {
     scan.radarName = file.text("instrument_name");
     scan.siteName = file.text("site_name");
     scan.history = file.text("history");
+    scan.source = file.text("odim_source");
     scan.latitudeDeg = file.firstNumber({"latitude"}, budget).value_or(0);
     scan.longitudeDeg = file.firstNumber({"longitude"}, budget).value_or(0);
     scan.altitudeM = file.firstNumber({"altitude"}, budget).value_or(0);
@@ -95,6 +96,10 @@ void fillSite(const netcdf::Group& file, ValueBudget& budget, Scan& scan) {
 /* Parameters are at the top in release 1, in groups in release 2. */
 void fillRadar(const netcdf::Group& file, ValueBudget& budget, Scan& scan) {
     std::vector<netcdf::Group> places = {file};
+    const std::vector<netcdf::Group> sweeps = sweepGroups(file);
+    if (!sweeps.empty()) {
+        places.push_back(sweeps.front());
+    }
     for (const char* name : {"radar_parameters", "instrument_parameters", "radar_calibration"}) {
         const auto group = file.find(name);
         if (group) {
@@ -111,13 +116,17 @@ void fillRadar(const netcdf::Group& file, ValueBudget& budget, Scan& scan) {
         if (frequency && *frequency > 0) {
             scan.wavelengthM = kLightSpeedMPerS / *frequency;
         }
-        const auto pulse = number({"pulse_width"});
-        if (pulse && *pulse > 0) {
-            scan.operation.pulseLengthM = static_cast<float>(*pulse * kLightSpeedMPerS);
-        }
+        const auto known = [&](const char* name, float& value, double unit) {
+            const auto found = number({name});
+            value = found && *found > 0 ? static_cast<float>(*found * unit) : value;
+        };
+        Operation& operation = scan.operation;
+        known("pulse_width", operation.pulseLengthM, kLightSpeedMPerS);
+        known("n_samples", operation.pulsesPerRay, 1);
+        known("scan_rate", operation.turnsPerMinute, 1.0 / 6);
         const auto interval = number({"prt"});
         if (interval && *interval > 0) {
-            scan.operation.pulsesPerSecond = static_cast<float>(1 / *interval);
+            operation.pulsesPerSecond = static_cast<float>(1 / *interval);
         }
         const auto base = number({"r_calib_base_dbz_1km_hc", "base_1km_hc", "base_dbz_1km_hc"});
         if (base) {

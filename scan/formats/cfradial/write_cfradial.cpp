@@ -180,6 +180,7 @@ class StackWriter {
         if (*std::max_element(nyquists.begin(), nyquists.end()) > 0) {
             file_.doubles("nyquist_velocity", {time_}, nyquists).text("units", "meters per second");
         }
+        writePulses(file_, time_, rayCount(scan_), scan_.operation);
         const double latest = *std::max_element(times.begin(), times.end());
         const DateTime end = dateTimeOf(secondsOf(scan_.time) + std::max(0.0, std::ceil(latest)));
         file_.texts("time_coverage_start", {text_}, kTextWidth, {momentText(scan_.time)});
@@ -336,6 +337,7 @@ void writeGroup(const netcdf::Writer& group, const Scan& scan, const Sweep& swee
         const std::vector<double> nyquist(static_cast<std::size_t>(sweep.nrays), sweep.nyquist);
         group.doubles("nyquist_velocity", {time}, nyquist).text("units", "meters per second");
     }
+    writePulses(group, time, static_cast<std::size_t>(sweep.nrays), scan.operation);
     if (hasShortRays(sweep)) {
         group.wholes("ray_n_gates", {time}, sweep.rayGates);
     }

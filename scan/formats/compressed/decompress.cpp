@@ -123,6 +123,8 @@ void unpackBzip2File(std::FILE* file, Limit limit, const Sink& sink) {
 
 }  // namespace
 
+void requireBzip2() {}
+
 bool unpackBzip2(const std::uint8_t* bytes, std::size_t size, std::size_t maxBytes,
                  std::vector<std::uint8_t>& out) {
     bz_stream stream{};
@@ -158,21 +160,44 @@ void unpackFile(const std::string& path, std::uint64_t maxBytes, const Sink& sin
     }
 }
 
+void packFile(const std::string& from, const std::string& to) {
+    const File source = openFile(from);
+    const std::unique_ptr<gzFile_s, int (*)(gzFile)> target(gzopen(to.c_str(), "wb"), gzclose);
+    std::vector<std::uint8_t> piece(kPieceBytes);
+    std::size_t count = 0;
+    bool good = target != nullptr;
+    while (good && (count = std::fread(piece.data(), 1, piece.size(), source.get())) > 0) {
+        good = gzwrite(target.get(), piece.data(), static_cast<unsigned>(count)) ==
+               static_cast<int>(count);
+    }
+    if (!good || gzflush(target.get(), Z_FINISH) != Z_OK) {
+        throw std::runtime_error("cannot write a compressed file");
+    }
+}
+
 #else
 
 namespace {
 
 constexpr char kMissing[] =
-    "is compressed, and this build was made without zlib and bzip2 (CLUTTERCLASSIFIER_COMPRESSION)";
+    "which this build leaves out: configure it with CLUTTERCLASSIFIER_COMPRESSION=ON";
 
+}
+
+void requireBzip2() {
+    throw std::runtime_error(std::string("the records of NEXRAD Level 2 need bzip2, ") + kMissing);
 }
 
 bool unpackBzip2(const std::uint8_t*, std::size_t, std::size_t, std::vector<std::uint8_t>&) {
-    throw std::runtime_error(kMissing);
+    return false;
 }
 
 void unpackFile(const std::string&, std::uint64_t, const Sink&) {
-    throw std::runtime_error(kMissing);
+    throw std::runtime_error(std::string("compressed files need zlib and bzip2, ") + kMissing);
+}
+
+void packFile(const std::string&, const std::string&) {
+    throw std::runtime_error(std::string("compressed files need zlib, ") + kMissing);
 }
 
 #endif

@@ -48,7 +48,9 @@ const Containers& load() {
 }
 #else
 const Containers& load() {
-    throw std::runtime_error("needs the libraries of HDF5 and NetCDF, which this build leaves out");
+    throw std::runtime_error(
+        "ODIM_H5 and CfRadial need the libraries of HDF5 and NetCDF, which this build leaves out: "
+        "configure it with CLUTTERCLASSIFIER_CONTAINERS=ON");
 }
 #endif
 

@@ -91,6 +91,7 @@ Records readRecords(const std::string& path) {
         records.blocks.emplace_back(rest.bytes(), rest.bytes() + rest.size());
         return records;
     }
+    requireBzip2();
     std::vector<char> whole;
     records.blocks = unpackAll(splitRecords(rest, records), whole);
     const auto damaged = std::count(whole.begin(), whole.end(), 0);

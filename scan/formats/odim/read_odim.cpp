@@ -151,6 +151,10 @@ class SweepReader {
             return;
         }
         field.place = group->path();
+        if (name.rfind("quality", 0) == 0) {
+            const std::optional<hdf5::Group> how = group->find("how");
+            field.task = how ? how->text("task").value_or("unknown") : "unknown";
+        }
         field.name = unique(nameOf(level, *group, name), sweep);
         field.units = unitsOf(field.name);
         field.noEcho = noEchoOf(packing);

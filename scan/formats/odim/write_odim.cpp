@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <iterator>
 
 #include "scan/calendar.h"
 #include "scan/formats/hdf5/hdf5_writer.h"
@@ -148,14 +149,18 @@ class SweepWriter {
           rays_(static_cast<std::size_t>(sweep.nrays)),
           first_(firstRay(sweep)) {}
 
-    void write() const {
+    /* Returns the numbers of groups that are left. */
+    FreeNumbers write() const {
         writeWhat();
         writeWhere();
         writeHow();
-        int number = 0;
+        FreeNumbers next;
         for (const Field& field : sweep_.fields) {
-            writeField(group_.group("data" + std::to_string(++number)), field);
+            writeField(field.task.empty() ? "data" + std::to_string(next.data++)
+                                          : "quality" + std::to_string(next.quality++),
+                       field);
         }
+        return next;
     }
 
     [[nodiscard]] std::vector<float> inOrder(const std::vector<float>& values) const {
@@ -221,7 +226,11 @@ class SweepWriter {
         }
     }
 
-    void writeField(const hdf5::Writer& group, const Field& field) const {
+    void writeField(const std::string& name, const Field& field) const {
+        const hdf5::Writer group = group_.group(name);
+        if (!field.task.empty()) {
+            group.group("how").text("task", field.task);
+        }
         const float noEcho = noEchoMarkOf(field);
         const hdf5::Writer what = group.group("what");
         what.text("quantity", field.name);
@@ -248,12 +257,36 @@ const SweepClasses* entryOf(const Sweep& sweep, const std::vector<SweepClasses>&
     return nullptr;
 }
 
+bool isUsual(const std::string& mode) {
+    const char* const kept[] = {"", "azimuth_surveillance", "rhi", "vertical_pointing"};
+    return std::find(std::begin(kept), std::end(kept), mode) != std::end(kept);
+}
+
 std::vector<std::string> lost(const Scan& scan) {
     std::vector<std::string> notes;
     if (std::any_of(scan.sweeps.begin(), scan.sweeps.end(), hasShortRays)) {
         notes.push_back(
             "ODIM_H5 has no rays of different lengths: shorter rays are padded with missing "
             "gates.");
+    }
+    std::string numbers, modes;
+    for (std::size_t i = 0; i < scan.sweeps.size(); ++i) {
+        const Sweep& sweep = scan.sweeps[i];
+        const int position = static_cast<int>(i) + 1;
+        const bool counted = sweep.number == position || sweep.number == position - 1;
+        if (!counted) {
+            numbers.append(" ").append(std::to_string(sweep.number));
+        }
+        if (!isUsual(sweep.mode) && modes.find(sweep.mode) == std::string::npos) {
+            modes.append(" ").append(sweep.mode);
+        }
+    }
+    if (!numbers.empty()) {
+        notes.push_back("ODIM_H5 counts sweeps from 1: their numbers are lost:" + numbers + ".");
+    }
+    if (!modes.empty()) {
+        notes.push_back("ODIM_H5 has no name for the mode of some sweeps, which is lost:" + modes +
+                        ".");
     }
     return notes;
 }
@@ -269,10 +302,9 @@ std::vector<std::string> writeOdim(const std::string& path, const Scan& scan,
     for (const Sweep& sweep : scan.sweeps) {
         const hdf5::Writer dataset = file.group("dataset" + std::to_string(++number));
         const SweepWriter writer(dataset, scan, sweep);
-        writer.write();
+        const FreeNumbers free = writer.write();
         const SweepClasses* entry = entryOf(sweep, classes);
         if (entry) {
-            const FreeNumbers free = {static_cast<int>(sweep.fields.size()) + 1, 1};
             writeClasses(dataset, free, *entry, form,
                          [&](const std::vector<float>& values) { return writer.inOrder(values); });
         }

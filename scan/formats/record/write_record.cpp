@@ -46,7 +46,46 @@ std::vector<float> recordValues(const Field& field) {
     return plainValues(field, kNoValue, kNoRainDbz);
 }
 
+constexpr std::size_t kNameBytes = 10;  // that the file keeps
+
+/* For roles in the order of their enumeration. */
+constexpr const char* kShortNames[kRoleCount] = {"DBZH",  "ZDR", "PHIDP", "RHOHV", "VRADH",
+                                                 "WRADH", "LDR", "CMAP",  "KDP"};
+
+/* Names as the file keeps them, each once: a long one gives way to the usual name of its role. */
+std::vector<std::string> namesInFile(const std::vector<Field>& fields) {
+    std::vector<std::string> names;
+    const auto taken = [&](const std::string& name) {
+        return std::find(names.begin(), names.end(), name) != names.end();
+    };
+    for (const Field& field : fields) {
+        std::string name = field.name;
+        const Role role = roleOfName(name);
+        if (name.size() > kNameBytes && role != Role::kNone) {
+            name = kShortNames[static_cast<int>(role)];
+        }
+        name = name.substr(0, kNameBytes);
+        for (char digit = '2'; taken(name) && digit <= '9'; ++digit) {
+            name = name.substr(0, kNameBytes - 2).append("_") + digit;
+        }
+        names.push_back(name);
+    }
+    return names;
+}
+
 }  // namespace
+
+std::string shortNamesNote(const std::vector<Field>& fields) {
+    const std::vector<std::string> names = namesInFile(fields);
+    std::string list;
+    for (std::size_t i = 0; i < fields.size(); ++i) {
+        if (names[i] != fields[i].name) {
+            list.append(list.empty() ? "" : ", ").append(fields[i].name).append(" is ");
+            list.append(names[i]);
+        }
+    }
+    return list.empty() ? "" : "a field record file keeps names of ten characters: " + list;
+}
 
 void fillFieldRecord(const Scan& scan, const Sweep& sweep, const std::string& name,
                      const std::string& units, const std::vector<float>& values, Cpluvek& record) {
@@ -99,9 +138,11 @@ void writeRecords(const OutputFile& file, const Scan& scan, const Sweep& sweep,
                   const std::vector<Field>& fields) {
     const auto count = static_cast<int>(fields.size());
     const std::unique_ptr<Cpluvek[]> records(new Cpluvek[std::max<std::size_t>(fields.size(), 1)]);
+    const std::vector<std::string> names = namesInFile(fields);
     for (int f = 0; f < count; ++f) {
         const Field& field = fields[static_cast<std::size_t>(f)];
-        fillFieldRecord(scan, sweep, field.name, field.units, recordValues(field), records[f]);
+        fillFieldRecord(scan, sweep, names[static_cast<std::size_t>(f)], field.units,
+                        recordValues(field), records[f]);
         records[f].recindex = f;
         records[f].nrecords = count;
     }

@@ -19,6 +19,9 @@ void fillFieldRecord(const Scan& scan, const Sweep& sweep, const std::string& na
 /* "<kind> cannot hold the elevations ...": a note about a kind of file that keeps one elevation. */
 std::string lostElevationsNote(const char* kind);
 
+/* Which names are shorter there than in the scan; "" where none is. */
+std::string shortNamesNote(const std::vector<Field>& fields);
+
 /* A field record file with one record a field. */
 void writeRecords(const OutputFile& file, const Scan& scan, const Sweep& sweep,
                   const std::vector<Field>& fields);

@@ -13,6 +13,7 @@
 #include "clutterclassifier/clutterclassifier.h"
 #include "formats/uf/layout.h"
 #include "scan/class_codes.h"
+#include "scan/formats/compressed/decompress.h"
 #include "scan/formats/uf/field_words.h"
 #include "scan/formats/uf/make_words.h"
 #include "scan/text.h"
@@ -120,7 +121,7 @@ void requireRoom(const Cufrw& words, int count, const std::vector<AddedField>& a
     }
 }
 
-void save(Cufrw& words, const OutputFile& file) {
+void saveWords(Cufrw& words, const OutputFile& file) {
     std::string name = file.temporary();
     requireWritten(file, [&] {
         const bool closed = words.write2file(name.data()) == 0;
@@ -131,6 +132,16 @@ void save(Cufrw& words, const OutputFile& file) {
         errno = reason;
         return closed && !error && size > 0;
     });
+}
+
+/* Compressed where the name ends in .gz. */
+void save(Cufrw& words, const OutputFile& file) {
+    if (lowerCase(std::filesystem::path(file.target()).extension().string()) != ".gz") {
+        return saveWords(words, file);
+    }
+    const OutputFile plain(file.target());  // never takes the name
+    saveWords(words, plain);
+    packFile(plain.temporary(), file.temporary());
 }
 
 /* at: index of the ray's first gate among the values of its sweep. */

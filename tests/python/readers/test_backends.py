@@ -80,7 +80,9 @@ def test_names_are_those_that_are_installed():
                           (Path(__file__).parents[3] / "python/pyproject.toml").read_text(), re.M)
     assert ("clutterclassifier", "AnyFormatBackend") in declared
     for name, engine in declared:
-        assert NAMES[name.removeprefix("clutterclassifier")].__name__ == engine
+        known = NAMES | {"-nexrad": backends.NexradBackend, "-odim": backends.OdimBackend,
+                         "-cfradial": backends.CfRadialBackend}
+        assert known[name.removeprefix("clutterclassifier")].__name__ == engine
 
 
 def test_guess_is_careful(paths, tmp_path, volume):
@@ -170,3 +172,15 @@ def test_datatree_where_xarray_has_one(volume, monkeypatch):
     monkeypatch.delattr(xr, "DataTree")
     with pytest.raises(NotImplementedError, match="clutterclassifier.read"):
         backends.AnyFormatBackend().open_datatree(volume)
+
+
+@pytest.mark.parametrize("ending, engine", [(".h5", backends.OdimBackend), (".nc", backends.CfRadialBackend),
+                                            (".nc4", backends.CfRadialBackend)])
+def test_formats_within_containers_are_asked_for_by_name(ending, engine, tmp_path):
+    [path] = cc.write(cc.synthetic_scan(5, nrays=36, ngates=40), tmp_path / f"scan{ending}")
+    sweep = xr.open_dataset(path, engine=engine)
+    assert sweep.DBZH.shape == (36, 40)
+    other = backends.CfRadialBackend if engine is backends.OdimBackend else backends.OdimBackend
+    with pytest.raises(ValueError, match=f"is not {other.source}, but {engine.source}"):
+        xr.open_dataset(path, engine=other)
+    assert not engine().guess_can_open(path)

@@ -42,6 +42,23 @@ def test_one_file_holds_the_volume(name, tmp_path):
         same_gates(read, ds, 0.0101)
 
 
+@pytest.mark.parametrize("ending", [".h5", ".nc", ".nc4"])
+def test_no_echo_and_the_times_of_rays_are_kept(ending, tmp_path):
+    made = volume()
+    for ds in made:
+        ds["DBZH"] = ds.DBZH.where(ds.DBZH > 0, -32.5).where(ds.range > 2000)
+        ds.DBZH.attrs["_Undetect"] = -32.5
+        ds["time"] = ds.time.copy(data=ds.time.values + np.arange(ds.time.size) * np.timedelta64(1500000, "us"))
+    [path] = cc.write(made, tmp_path / f"volume{ending}")
+    for read, ds in zip(cc.read(path), made, strict=True):
+        np.testing.assert_array_equal(read.DBZH, ds.DBZH.astype(np.float32))
+        assert read.DBZH.attrs["_Undetect"] == -32.5
+        np.testing.assert_array_equal(read.time, ds.time)
+    with pytest.warns(UserWarning, match="no mark of no echo"):
+        [packed] = cc.write(made, tmp_path / "volume.uf.gz")
+    assert np.isnan(cc.read(packed)[0].DBZH.values[made[0].DBZH.values == -32.5]).all()
+
+
 def test_field_records_hold_a_sweep_each(tmp_path):
     written = cc.write((ds.chunk() for ds in volume()), tmp_path / "scan.plv")
     assert [os.path.basename(name) for name in written] == ["scan_sweep1.plv", "scan_sweep2.plv"]
