@@ -54,6 +54,8 @@ TEST(ClassifySweep, TakesTheInputsThatExistAndNamesThoseThatWereAskedFor) {
         }
         EXPECT_EQ(plan.notes, notes) << row.mask;
     }
+    EXPECT_TRUE(takesPart(Role::kZdr, 2) && takesPart(Role::kZhh, 2));
+    EXPECT_FALSE(takesPart(Role::kZdr, 1) || takesPart(Role::kVel, 2));
     EXPECT_EQ(describeInputs(511), "textures of zhh zdr pdp rhv; vel ldr pdf rhv wid");
     EXPECT_EQ(describeInputs(128), "rhv");
     EXPECT_EQ(describeInputs(2), "textures of zdr");

@@ -38,6 +38,8 @@ TEST(ConfigurationCheck, ReportsWhatIsWrongAndWhere) {
         {"\nFREEZING_LEVEL\n3km", "3! FREEZING_LEVEL: 3km is not a number\n"},
         {"FREEZING_LEVEL nan", "1! FREEZING_LEVEL: nan is not a number\n"},
         {"ZDR_BIAS 0,2", "1! ZDR_BIAS: 0,2 is not a number\n"},
+        {"ZDR_BIAS inf", "1! ZDR_BIAS: inf is not a number\n"},
+        {"ZDR_BIAS 1e999", "1! ZDR_BIAS: 1e999 is not a number\n"},
         {"WHAT2DO 1.0", "1! WHAT2DO: 1.0 is not a whole number\n"},
         // Beyond the table, but read all the same.
         {"WHAT2DO 256", "1: WHAT2DO: 256 is not within 0 to 255\n"},
