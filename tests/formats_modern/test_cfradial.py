@@ -1,5 +1,6 @@
 """CfRadial 1 and 2: what writers of the format do, in made files; real files against netCDF4."""
 
+import h5py
 import netCDF4
 import numpy as np
 import pytest
@@ -177,6 +178,14 @@ def test_no_cut_crashes_and_none_of_the_last_values_are_invented(tmp_path, model
         (tmp_path / "cut.nc").write_bytes(whole[:length])
         with pytest.raises(ValueError, match="damaged|cannot be read|is missing|holds no sweeps|neither"):
             dump(tmp_path / "cut.nc")
+
+
+def test_circles_of_groups_end(tmp_path):
+    make(tmp_path / "in")
+    with h5py.File(tmp_path / "in", "r+") as file:
+        file.create_group("sweep_1")["again"] = file["/"]
+    with pytest.raises(ValueError, match="linked in circles"):
+        dump(tmp_path / "in")
 
 
 def test_declared_sizes_are_not_believed(tmp_path):

@@ -42,6 +42,7 @@ std::optional<Scan> readAsOdim(const std::string& path) {
         if (file.find("scan0") && file.find("what")) {
             throw std::runtime_error("is a GAMIC" + std::string(kConvert));
         }
+        hdf5::requireTree(file);
         return std::nullopt;
     }
     return odim::readOdim(file, budget);
@@ -65,9 +66,12 @@ auto guarded(Arguments... arguments) {
 const char* endingOf(const std::string& path) {
     const std::lock_guard<std::mutex> lock(oneAtATime());
     const hdf5::QuietErrors quiet;
-    const bool hdf5 = H5Fis_hdf5(path.c_str()) > 0;
-    if (hdf5 && odim::isOdim(hdf5::openFile(path))) {
-        return ".h5";
+    if (H5Fis_hdf5(path.c_str()) > 0) {
+        const hdf5::Group file = hdf5::openFile(path);
+        if (odim::isOdim(file)) {
+            return ".h5";
+        }
+        hdf5::requireTree(file);
     }
     return cfradial::hasSweepGroups(netcdf::openFile(path)) ? ".nc4" : ".nc";
 }

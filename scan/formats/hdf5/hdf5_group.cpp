@@ -8,6 +8,7 @@
 #include <stdexcept>
 
 #include "scan/formats/reading/nameless_file.h"
+#include "scan/opened_file.h"
 
 namespace scan::hdf5 {
 namespace {
@@ -169,6 +170,17 @@ std::optional<std::string> Group::text(const std::string& attribute) const {
     return textOf(handle.get(), type.get());
 }
 
+void requireTree(const Group& root) {
+    const auto isShared = [](hid_t, const char*, const H5O_info_t* object, void*) -> herr_t {
+        return object->type == H5O_TYPE_GROUP && object->rc > 1 ? 1 : 0;
+    };
+    if (H5Ovisit(root.id(), H5_INDEX_NAME, H5_ITER_NATIVE, isShared, nullptr) != 0) {
+        throw std::runtime_error(
+            "is a damaged HDF5 file: its groups are linked in circles or not "
+            "whole");
+    }
+}
+
 Group openFile(const std::string& path) {
     constexpr std::size_t kGrowthBytes = 1 << 20;
     const Handle access(H5Pcreate(H5P_FILE_ACCESS));
@@ -182,7 +194,7 @@ Group openFile(const std::string& path) {
     const Handle file(H5Fopen(name, H5F_ACC_RDONLY, access.get()));
     Handle root(file ? H5Gopen2(file.get(), "/", H5P_DEFAULT) : -1);
     if (!root) {
-        throw std::runtime_error("is a damaged HDF5 file: it is cut short or not whole");
+        failReading(path, "is a damaged HDF5 file: it is cut short or not whole");
     }
     return Group(std::move(root), "");
 }

@@ -51,6 +51,10 @@ class Group {
     std::string path_;
 };
 
+/* The NetCDF library walks through all groups and would not come back from a circle. Throws
+ * std::runtime_error for a group with more than one link. */
+void requireTree(const Group& root);
+
 /* Opens a file to be read; throws std::runtime_error if it is not an HDF5 file or damaged. */
 Group openFile(const std::string& path);
 
