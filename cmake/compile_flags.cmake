@@ -18,8 +18,16 @@ add_compile_options(
 set(CMAKE_POSITION_INDEPENDENT_CODE ON)
 include(CheckPIESupported)
 check_pie_supported(LANGUAGES C CXX)
-add_compile_options(-fstack-protector-strong)
-add_link_options(-Wl,-z,relro -Wl,-z,now)
+if(CMAKE_SYSTEM_NAME STREQUAL Linux)
+  add_compile_options(-fstack-protector-strong)
+  add_link_options(-Wl,-z,relro -Wl,-z,now)
+elseif(EMSCRIPTEN)
+  # Exceptions are the language of scan/. Everyone's processor has the vector instructions.
+  add_compile_options(-fexceptions -msimd128)
+  add_link_options(-fexceptions)
+  # Debian's tools for JavaScript lie there, and not every node looks for them.
+  set(CMAKE_CXX_LINKER_LAUNCHER ${CMAKE_COMMAND} -E env NODE_PATH=/usr/share/nodejs)
+endif()
 if(CLUTTERCLASSIFIER_SANITIZE)
   add_compile_options(-fsanitize=${CLUTTERCLASSIFIER_SANITIZE} -fno-omit-frame-pointer
                       -fno-sanitize-recover=all)

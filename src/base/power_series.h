@@ -9,8 +9,9 @@
 #ifndef CLUTTER_BASE_POWER_SERIES_H
 #define CLUTTER_BASE_POWER_SERIES_H
 
-#include <bit>
 #include <cstdint>
+
+#include "base/bit_cast.h"
 
 namespace clutter::base {
 
@@ -52,8 +53,8 @@ inline double powerOfTen(double y) {
     const double rounded = y * kLog2Of10 + kRounder;
     const double whole = rounded - kRounder;
     const double x = y * kLn10 - whole * kLn2;
-    const std::uint64_t exponent = std::bit_cast<std::uint64_t>(rounded) << kMantissaBits;
-    return std::bit_cast<double>(std::bit_cast<std::uint64_t>(expSeries(x)) + exponent);
+    const std::uint64_t exponent = bitCast<std::uint64_t>(rounded) << kMantissaBits;
+    return bitCast<double>(bitCast<std::uint64_t>(expSeries(x)) + exponent);
 }
 
 /* ln m = 2 (s + s^3/3 + s^5/5 + ...), s = (m - 1) / (m + 1), for m within 1/sqrt(2) .. sqrt(2). */
@@ -74,10 +75,10 @@ inline double logSeries(double m) {
 
 /* 10 log10(x) of a normal number: x = m 2^e, m within 1/sqrt(2) .. sqrt(2). */
 inline double decibels(double x) {
-    const std::uint64_t bits = std::bit_cast<std::uint64_t>(x);
+    const std::uint64_t bits = bitCast<std::uint64_t>(x);
     const std::uint64_t biased = (bits + (kOneBits - kRootHalfBits)) >> kMantissaBits;
-    const double m = std::bit_cast<double>(bits - (biased << kMantissaBits) + kOneBits);
-    const double e = std::bit_cast<double>(biased | kTwoTo52Bits) - (kTwoTo52 + kExponentBias);
+    const double m = bitCast<double>(bits - (biased << kMantissaBits) + kOneBits);
+    const double e = bitCast<double>(biased | kTwoTo52Bits) - (kTwoTo52 + kExponentBias);
     return e * (10.0 * kLog10Of2) + logSeries(m) * kTenPerLn10;
 }
 

@@ -9,6 +9,8 @@
 #include <cstring>
 #include <limits>
 
+#include "base/charconv.h"
+
 namespace clutter::base {
 namespace {
 
@@ -107,7 +109,7 @@ double parseNumber(std::string_view token) {
     }
     const auto format = hex ? std::chars_format::hex : std::chars_format::general;
     const auto [end, error] =
-        std::from_chars(digits.data(), digits.data() + digits.size(), value, format);
+        base::from_chars(digits.data(), digits.data() + digits.size(), value, format);
     if (error == std::errc::invalid_argument) {
         return hex && negative ? -0.0 : 0.0;
     }

@@ -3,8 +3,9 @@
  */
 #include "base/text_writer.h"
 
-#include <charconv>
 #include <cstddef>
+
+#include "base/charconv.h"
 
 namespace clutter::base {
 
@@ -17,7 +18,7 @@ constexpr int kDigitsOfG = 6;
 
 void append(std::string& out, double value, std::chars_format format, int precision) {
     char digits[kMaxNumberChars];
-    const auto end = std::to_chars(digits, digits + sizeof digits, value, format, precision).ptr;
+    const auto end = base::to_chars(digits, digits + sizeof digits, value, format, precision).ptr;
     out.append(digits, end);
 }
 

@@ -5,9 +5,9 @@
 #ifndef SCAN_FORMATS_READING_BIG_ENDIAN_H
 #define SCAN_FORMATS_READING_BIG_ENDIAN_H
 
-#include <bit>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <string>
 
 namespace scan {
@@ -37,7 +37,12 @@ class BigEndian {
     std::uint16_t u16(std::size_t at) { return static_cast<std::uint16_t>(number(at, 2)); }
     std::int16_t i16(std::size_t at) { return static_cast<std::int16_t>(u16(at)); }
     std::uint32_t u32(std::size_t at) { return number(at, 4); }
-    float f32(std::size_t at) { return std::bit_cast<float>(u32(at)); }
+    float f32(std::size_t at) {
+        const std::uint32_t bits = u32(at);
+        float value;
+        std::memcpy(&value, &bits, sizeof value);
+        return value;
+    }
     std::string text(std::size_t at, std::size_t count) {
         failed_ |= !holds(at, count);
         return failed_ ? "" : std::string(reinterpret_cast<const char*>(bytes_ + at), count);

@@ -5,6 +5,7 @@
 #define CLUTTER_BASE_FILES_FILE_H
 
 #include <cstddef>
+#include <cstdint>
 #include <cstdio>
 #include <memory>
 #include <optional>
@@ -28,7 +29,7 @@ using File = std::unique_ptr<std::FILE, CloseStream>;
 
 /* Larger files are not read. The first bound is for files of known size, the second for pipes and
  * devices, which may be endless. */
-constexpr std::size_t kMaxFileBytes = std::size_t{4} << 30;
+constexpr std::uint64_t kMaxFileBytes = std::uint64_t{4} << 30;  // also where sizes have 32 bits
 constexpr std::size_t kMaxStreamBytes = std::size_t{1} << 28;
 
 /*

@@ -9,11 +9,11 @@
  */
 #include "classifier/evidence/log_ratio.h"
 
-#include <bit>
 #include <cmath>
 #include <cstdint>
 #include <limits>
 
+#include "base/bit_cast.h"
 #include "base/kernel.h"
 
 namespace clutter::classifier {
@@ -32,13 +32,13 @@ CLUTTER_KERNEL bool logRatiosOfNormals(const double* __restrict above,
                                        int n) {
     int strange = 0;
     for (int j = 0; j < n; ++j) {
-        const auto a = std::bit_cast<std::uint64_t>(above[j]);
-        const auto b = std::bit_cast<std::uint64_t>(below[j]);
+        const auto a = base::bitCast<std::uint64_t>(above[j]);
+        const auto b = base::bitCast<std::uint64_t>(below[j]);
         const auto highA = static_cast<std::uint32_t>(a >> 32);
         const auto highB = static_cast<std::uint32_t>(b >> 32);
         strange |= highA - kMinNormal < kNormals && highB - kMinNormal < kNormals ? 0 : 1;
-        const double mantissaA = std::bit_cast<double>((a & kMantissa) | kOne);
-        const double mantissaB = std::bit_cast<double>((b & kMantissa) | kOne);
+        const double mantissaA = base::bitCast<double>((a & kMantissa) | kOne);
+        const double mantissaB = base::bitCast<double>((b & kMantissa) | kOne);
         const bool large = mantissaA > kRootOfTwo * mantissaB;
         const bool small = kRootOfTwo * mantissaA < mantissaB;
         const double ma = large ? 0.5 * mantissaA : mantissaA;
@@ -72,7 +72,7 @@ CLUTTER_KERNEL void probabilitiesOf(const float* __restrict margins, float* __re
         const float series =
             1.0f +
             r * (1.0f + r * (1.0f / 2 + r * (1.0f / 6 + r * (1.0f / 24 + r * (1.0f / 120)))));
-        const auto scale = std::bit_cast<float>(static_cast<std::uint32_t>(power + 127) << 23);
+        const auto scale = base::bitCast<float>(static_cast<std::uint32_t>(power + 127) << 23);
         out[j] = 1.0f / (1.0f + series * scale);
     }
 }

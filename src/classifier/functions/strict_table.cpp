@@ -3,12 +3,12 @@
  */
 #include "classifier/functions/strict_table.h"
 
-#include <charconv>
 #include <cmath>
 #include <cstddef>
 #include <string_view>
 #include <vector>
 
+#include "base/charconv.h"
 #include "base/files/regular_file.h"
 #include "base/text.h"
 #include "classifier/functions/refusal.h"
@@ -48,7 +48,7 @@ class Numbers {
         }
         const std::string_view digits = token->substr((*token)[0] == '+' ? 1 : 0);
         const auto [end, error] =
-            std::from_chars(digits.data(), digits.data() + digits.size(), value);
+            base::from_chars(digits.data(), digits.data() + digits.size(), value);
         if (error != std::errc() || end != digits.data() + digits.size() || !std::isfinite(value)) {
             refuse(path_, line_, quoted(*token) + " is not a finite number");
         }

@@ -3,11 +3,11 @@
  */
 #include "corrections/attenuation/trial_lanes.h"
 
-#include <bit>
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
 
+#include "base/bit_cast.h"
 #include "base/kernel.h"
 #include "base/power_series.h"
 
@@ -31,8 +31,8 @@ inline double powerOfTwo(double x) {
     p = p * f + kPower[2];
     p = p * f + kPower[1];
     p = p * f + kPower[0];
-    const std::uint64_t whole = std::bit_cast<std::uint64_t>(shifted) << kMantissaBits;
-    return std::bit_cast<double>(std::bit_cast<std::uint64_t>(p) + whole);
+    const std::uint64_t whole = base::bitCast<std::uint64_t>(shifted) << kMantissaBits;
+    return base::bitCast<double>(base::bitCast<std::uint64_t>(p) + whole);
 }
 
 /* Advances a group from one gate to another. */

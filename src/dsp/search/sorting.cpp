@@ -9,6 +9,8 @@
 #include <cstdint>
 #include <vector>
 
+#include "base/bit_cast.h"
+
 namespace clutter::dsp {
 namespace {
 
@@ -52,7 +54,7 @@ class CountTree {
 
 /* Ordered like the value; equal for 0.0 and -0.0. Not for NaN. */
 std::uint32_t orderedBits(float value) {
-    const auto bits = std::bit_cast<std::uint32_t>(value == 0.0f ? 0.0f : value);
+    const auto bits = base::bitCast<std::uint32_t>(value == 0.0f ? 0.0f : value);
     constexpr std::uint32_t kSign = 0x80000000u;
     return (bits & kSign) != 0 ? ~bits : bits | kSign;
 }
