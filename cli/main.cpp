@@ -14,20 +14,6 @@
 
 namespace {
 
-constexpr char kFooter[] =
-    "Examples:\n"
-    "  clutterclassifier demo\n"
-    "  clutterclassifier info scan.uf\n"
-    "  clutterclassifier clean volume.h5 -o rain.h5\n"
-    "  clutterclassifier classify scan.uf -o classes.uf --plot classes.png\n"
-    "  clutterclassifier explain scan.uf --at 271.5,32\n"
-    "  clutterclassifier process scan.uf --config settings.txt -o processed.uf\n"
-    "  clutterclassifier plot scan.uf --field DZ -o reflectivity.svg\n"
-    "  clutterclassifier extract scan.uf gauges.txt\n"
-    "  clutterclassifier export scan.uf --field DZ -o reflectivity.csv\n"
-    "\n"
-    "Run a command with --help for its options.";
-
 int runCommand(CLI::App& app, int argc, char** argv) {
     try {
         app.parse(argc, argv);
@@ -55,28 +41,11 @@ bool flushOutput() {
 
 int main(int argc, char** argv) try {
     scan::removeTemporariesWhenInterrupted();
-    CLI::App app(
-        "Tells precipitation from ground clutter and noise in dual-polarisation radar "
-        "scans.",
-        "clutterclassifier");
-    app.set_version_flag("--version", "clutterclassifier " CLUTTERCLASSIFIER_VERSION);
-    app.require_subcommand(0, 1);
-    app.footer(kFooter);
+    CLI::App app;
+    cli::addProgram(app);
     app.failure_message([](const CLI::App*, const CLI::Error& error) {
         return "clutterclassifier: " + cli::forTerminal(error.what()) + " (see --help)\n";
     });
-    cli::addClassifyCommand(app);
-    cli::addCleanCommand(app);
-    cli::addExplainCommand(app);
-    cli::addInfoCommand(app);
-    cli::addPlotCommand(app);
-    cli::addProcessCommand(app);
-    cli::addExtractCommand(app);
-    cli::addExportCommand(app);
-    cli::addConvertCommand(app);
-    cli::addRepackCommand(app);
-    cli::addMembershipCommand(app);
-    cli::addDemoCommand(app);
     const int code = runCommand(app, argc, argv);
     if (!flushOutput() && code == 0) {
         std::fprintf(stderr, "clutterclassifier: cannot write to standard output\n");

@@ -1,4 +1,4 @@
-/* commands.h - the commands of the program, each added to its command line by one function. */
+/* commands.h - the command line of the program: each command is added by one function. */
 #ifndef CLI_COMMANDS_COMMANDS_H
 #define CLI_COMMANDS_COMMANDS_H
 
@@ -7,6 +7,9 @@ class App;
 }
 
 namespace cli {
+
+/* Description, examples and all commands, in their order. */
+void addProgram(CLI::App& app);
 
 void addClassifyCommand(CLI::App& app);
 void addCleanCommand(CLI::App& app);
