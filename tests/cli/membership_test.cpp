@@ -41,9 +41,15 @@ TEST_F(Membership, TrainWritesADirectoryThatClassifies) {
         {"membership train " + scan_ + " --label 'RH<' -o " + out + "2", 2, "is not a number"},
         {"membership train " + scan_ + " --label XX -o " + out + "2", 1, "XX"},
         {"membership", 2, "subcommand"},
+        {"membership plot " + out + " -o sheet.txt", 2, "must end in .png"},
+        {"membership plot /nowhere -o " + out + ".png", 1, "holds no pair"},
         {"membership check /nowhere", 1, "No such file"},
     });
     EXPECT_FALSE(std::filesystem::exists(out + "2"));
+    const std::string sheet = directory_.file("sheet.svg");
+    ASSERT_EQ(
+        runProgram("membership plot " + out + " " + kMembershipDirectory + " -o " + sheet).code, 0);
+    EXPECT_GT(std::filesystem::file_size(sheet), 20000u);
 }
 
 }  // namespace

@@ -5,9 +5,11 @@
 #include <filesystem>
 #include <stdexcept>
 #include <string>
+#include <utility>
 
 #include "clutterclassifier/classifier.hpp"
 #include "scan/membership/check.h"
+#include "scan/membership/pairs.h"
 #include "support/directories.h"
 #include "support/membership_files.h"
 #include "support/temp_dir.h"
@@ -95,6 +97,23 @@ TEST(MembershipCheck, LooksAtTheDirectoryAsAWhole) {
     EXPECT_THAT(all, HasSubstr("cal_mf_sZhh_turclut.dat is missing"));
     EXPECT_THAT(all, HasSubstr("cal_mf_LDR_clutter.dat: is not a regular file"));
     EXPECT_EQ(check.errors(), 3);
+}
+
+TEST(Pairs, AreThoseThatAreWholeAndDecideSomewhere) {
+    EXPECT_EQ(scan::readPairs(kMembershipDirectory).size(), 8u);
+    const TempDir directory;
+    EXPECT_THROW(scan::readPairs(directory.path()), std::runtime_error);
+    writeText(directory.file("cal_mf_sZhh_clutter.dat"), "-9 .5 0 .1 4 .9 100 .5 1e6 .5");
+    writeText(directory.file("cal_mf_sZhh_precipi.dat"), "-9 .5 0 .9 4 .1 50 .2 100 .5 1e6 .5");
+    writeText(directory.file("cal_mf_Vel_precipi.dat"), "0 .5 1 .9");
+    const auto pairs = scan::readPairs(directory.path());
+    ASSERT_EQ(pairs.size(), 1u);
+    EXPECT_EQ(scan::decidingRange(pairs[0]), std::pair(0.0, 50.0));
+    EXPECT_DOUBLE_EQ(scan::degreeAt(pairs[0].clutter, 2), 0.5);
+    EXPECT_DOUBLE_EQ(scan::degreeAt(pairs[0].clutter, 4), 0.9);
+    EXPECT_DOUBLE_EQ(scan::degreeAt(pairs[0].clutter, -1e9), 0.5);
+    writeText(directory.file("cal_mf_Vel_clutter.dat"), "0 .5\n1 x");
+    EXPECT_THROW(scan::readPairs(directory.path()), std::runtime_error);
 }
 
 }  // namespace

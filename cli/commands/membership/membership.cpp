@@ -13,6 +13,7 @@ void addMembershipCommand(CLI::App& app) {
     command->require_subcommand(1);
     addCheckCommand(*command);
     addTrainCommand(*command);
+    addSheetCommand(*command);
 }
 
 }  // namespace cli

@@ -10,6 +10,7 @@ namespace cli {
 
 void addCheckCommand(CLI::App& membership);
 void addTrainCommand(CLI::App& membership);
+void addSheetCommand(CLI::App& membership);
 
 }  // namespace cli
 
