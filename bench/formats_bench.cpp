@@ -63,7 +63,7 @@ herr_t readData(hid_t group, const char* name, const H5O_info_t* info, void* arr
 void readBareHdf5(const std::string& path) {
     const hid_t file = H5Fopen(path.c_str(), H5F_ACC_RDONLY, H5P_DEFAULT);
     Arrays arrays;
-    H5Ovisit(file, H5_INDEX_NAME, H5_ITER_INC, readData, &arrays);
+    H5Ovisit2(file, H5_INDEX_NAME, H5_ITER_INC, readData, &arrays, H5O_INFO_BASIC);
     H5Fclose(file);
 }
 
