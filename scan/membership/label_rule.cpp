@@ -1,12 +1,12 @@
 /* label_rule.cpp - parses and applies conditions. */
 #include "scan/membership/label_rule.h"
 
-#include <charconv>
 #include <cmath>
 #include <cstddef>
 #include <stdexcept>
 
 #include "scan/fields/find_field.h"
+#include "scan/membership/table_file.h"
 
 namespace scan {
 namespace {
@@ -27,11 +27,9 @@ std::string trimmed(const std::string& text) {
     return text.substr(begin, text.find_last_not_of(' ') - begin + 1);
 }
 
-double parseNumber(const std::string& text) {
+double numberOf(const std::string& text) {
     double number = 0;
-    const char* end = text.data() + text.size();
-    const auto [at, error] = std::from_chars(text.data(), end, number);
-    if (error != std::errc() || at != end || !std::isfinite(number)) {
+    if (!parseNumber(text, number)) {
         throw std::invalid_argument("\"" + text + "\" is not a number");
     }
     return number;
@@ -50,7 +48,7 @@ GateCondition::GateCondition(const std::string& text) {
     if (!anyValue_) {
         above_ = condition[sign] == '>';
         orEqual_ = sign + 1 < condition.size() && condition[sign + 1] == '=';
-        number_ = parseNumber(trimmed(condition.substr(sign + (orEqual_ ? 2 : 1))));
+        number_ = numberOf(trimmed(condition.substr(sign + (orEqual_ ? 2 : 1))));
         const auto minus = field_.find('-');
         if (minus != std::string::npos) {
             minus_ = trimmed(field_.substr(minus + 1));

@@ -5,13 +5,14 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <charconv>
 #include <cmath>
 #include <cstddef>
 #include <cstdio>
 #include <cstring>
 #include <fstream>
 #include <iterator>
+#include <locale>
+#include <sstream>
 
 #include "scan/formats/writing/output_file.h"
 #include "scan/text.h"
@@ -46,13 +47,6 @@ std::vector<Token> tokensOf(const std::string& bytes) {
     return tokens;
 }
 
-bool parseNumber(const std::string& text, double& value) {
-    const char* begin = text.data() + (text.size() > 1 && text[0] == '+' ? 1 : 0);
-    const char* end = text.data() + text.size();
-    const auto [at, error] = std::from_chars(begin, end, value);
-    return error == std::errc() && at == end && std::isfinite(value);
-}
-
 std::string quoted(const std::string& token) {
     std::string text = "\"";
     text += printable(token.substr(0, kMaxShown));
@@ -83,6 +77,14 @@ std::string readBytes(const std::string& path, TableFile& table, const std::stri
 }
 
 }  // namespace
+
+bool parseNumber(const std::string& text, double& value) {
+    std::istringstream stream(text);
+    stream.imbue(std::locale::classic());
+    stream >> value;
+    return !stream.fail() && stream.peek() == std::istringstream::traits_type::eof() &&
+           std::isfinite(value);
+}
 
 std::string tableFileName(const std::string& tag, TableClass tableClass) {
     return "cal_mf_" + tag + "_" + kSuffixes[static_cast<int>(tableClass)] + ".dat";

@@ -14,6 +14,9 @@ constexpr int kTableClasses = 4;
 /* "cal_mf_sZhh_clutter.dat" */
 std::string tableFileName(const std::string& tag, TableClass tableClass);
 
+/* Whether a text is a finite number and nothing else, in any locale. */
+bool parseNumber(const std::string& text, double& value);
+
 struct TablePoint {
     double x;
     double degree;
