@@ -30,6 +30,7 @@ struct Field {
     std::string place = {};  // group of an ODIM_H5 file that holds it; "" elsewhere
     /* 1 where the value for "no echo" was replaced by NaN; empty when none was. */
     std::vector<std::uint8_t> noEchoGates = {};
+    bool leavesOutNoEcho = false;  // by its format, gates without a value have no echo
 };
 
 /* Rays of one sweep number, padded to the longest. */

@@ -36,9 +36,10 @@ void addFieldOptions(CLI::App& command, ClassifyArguments& arguments) {
     command.add_option("--map", arguments.map,
                        "Roles of fields, whatever their names: ZD=zdr,ZT=zhh,CM=pdf,XX=none");
     command
-        .add_option("--min-snr", arguments.minSnrDb,
-                    "Lowest signal-to-noise ratio of an echo, dB (default: 10; 0 where noise "
-                    "seems removed already)")
+        .add_option(
+            "--min-snr", arguments.minSnrDb,
+            "Lowest signal-to-noise ratio of an echo, dB (default: 10; every value where the "
+            "noise was removed before)")
         ->check(isFinite);
     command
         .add_option("--radar-constant", arguments.radarConstantDb,
@@ -78,8 +79,8 @@ scan::ClassifyOptions classifyOptionsFrom(const ClassifyArguments& arguments) {
         options.mask = parsed("--inputs", [&] { return scan::parseInputs(arguments.inputs); });
     }
     options.map = parsed("--map", [&] { return scan::parseFieldMap(arguments.map); });
-    options.minSnrDb = arguments.minSnrDb;
-    options.radarConstantDb = arguments.radarConstantDb;
+    options.noise.minSnrDb = arguments.minSnrDb;
+    options.noise.radarConstantDb = arguments.radarConstantDb;
     return options;
 }
 

@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <string>
 
+#include "report/notes.h"
 #include "report/terminal.h"
 
 namespace cli {
@@ -63,42 +64,16 @@ void printFieldsUsed(const scan::ClassifiedSweep& result) {
     std::printf("%s\n", scan::describeInputs(result.mask).c_str());
 }
 
-void printEstimate(const scan::Calibration& calibration) {
-    constexpr char kOverride[] = "(override with --radar-constant)";
-    switch (calibration.evidence) {
-        case scan::NoiseEvidence::kNoiseGates:
-            std::printf(
-                "no calibration constant in the file: estimated %.1f dB from the noise in "
-                "the scan %s\n",
-                calibration.radarConstantDb, kOverride);
-            return;
-        case scan::NoiseEvidence::kLowerEnvelope:
-            std::printf(
-                "no calibration constant in the file: the noise seems to have been removed; "
-                "estimated %.1f dB from the weakest echo %s\n",
-                calibration.radarConstantDb, kOverride);
-            return;
-        case scan::NoiseEvidence::kNothing:
-            std::printf(
-                "no calibration constant in the file and too few values to estimate one: "
-                "every value counts as echo %s\n",
-                kOverride);
-    }
-}
-
-void printCalibration(const scan::ClassifiedSweep& result) {
-    printLabel("calibration");
-    if (result.source == scan::ConstantSource::kEstimate) {
-        printEstimate(result.calibration);
-    } else {
-        std::printf("%.1f dB, %s\n", result.calibration.radarConstantDb,
-                    result.source == scan::ConstantSource::kUser ? "as given" : "from the file");
-    }
+void printNoiseFloor(const scan::NoiseFloor& noise) {
+    printLabel("noise");
+    const char* hint =
+        noise.source == scan::NoiseSource::kEstimate ? " (override with --radar-constant)" : "";
+    std::printf("%s%s\n", forTerminal(describeNoise(noise)).c_str(), hint);
     printLabel("echo");
-    if (result.calibration.minSnrDb < -300) {
+    if (noise.minSnrDb < -300) {
         std::printf("wherever there is a value\n");
     } else {
-        std::printf("where SNR >= %.1f dB\n", result.calibration.minSnrDb);
+        std::printf("where SNR >= %.1f dB\n", noise.minSnrDb);
     }
 }
 
@@ -126,17 +101,23 @@ void printSweep(const scan::Sweep& sweep, const scan::ClassifiedSweep& result) {
                 sweep.rhi ? "RHI" : "PPI", sweep.fixedAngleDeg, sweep.nrays,
                 sweep.nrays == 1 ? "" : "s", sweep.ngates, sweep.gateSpacingM);
     printFieldsUsed(result);
-    printCalibration(result);
-    for (const std::string& note : result.notes) {
-        printLabel("note");
-        std::printf("%s\n", forTerminal(note).c_str());
-    }
+    printNoiseFloor(result.noiseFloor);
+    printRemarks(result);
     std::string remark;
     if (result.withoutValue > 0) {
         remark = "  (" + std::to_string(result.withoutValue) + " without a reflectivity)";
     }
     printClasses(result, remark);
     printSpeed(result.gates(), result.seconds);
+}
+
+void printRemarks(const scan::ClassificationPlan& plan) {
+    for (const std::string& warning : plan.warnings) {
+        printDetail("warning", warning);
+    }
+    for (const std::string& note : plan.notes) {
+        printDetail("note", note);
+    }
 }
 
 void printTotals(const Totals& totals) {

@@ -21,6 +21,9 @@ void printScanLine(const scan::Scan& scan);
 
 void printSweep(const scan::Sweep& sweep, const scan::ClassifiedSweep& result);
 
+/* What makes a result doubtful, then what else is worth knowing. */
+void printRemarks(const scan::ClassificationPlan& plan);
+
 /* Prints nothing for a single sweep, whose own lines say it all. */
 void printTotals(const Totals& totals);
 

@@ -54,8 +54,8 @@ scan::LabelledScan labelled(const py::dict& given, const scan::ClassifyOptions& 
     }
     scan::ClassifyOptions options = common;
     options.mask = py::cast<int>(given["inputs"]);
-    options.radarConstantDb = py::cast<double>(given["radar_constant"]);
-    options.minSnrDb = py::cast<double>(given["min_snr"]);
+    options.noise.radarConstantDb = py::cast<double>(given["radar_constant"]);
+    options.noise.minSnrDb = py::cast<double>(given["min_snr"]);
     for (const auto& [key, value] : py::cast<py::dict>(given["fields"])) {
         const auto name = py::cast<std::string>(key);
         const auto array = py::cast<Array<float>>(value);

@@ -49,8 +49,8 @@ Array<std::uint8_t> asClasses(const std::vector<float>& values, py::ssize_t rays
     return array;
 }
 
-const char* sourceName(scan::ConstantSource source) {
-    return source == scan::ConstantSource::kEstimate ? "estimate" : "argument";
+const char* sourceName(scan::NoiseSource source) {
+    return source == scan::NoiseSource::kEstimate ? "estimate" : "argument";
 }
 
 // Every field has the role of its key, whatever it holds.
@@ -99,9 +99,9 @@ py::dict resultOf(const scan::ProcessedSweep& processed) {
     result["notes"] = classified.notes;
     result["stages"] = processed.what;
     result["inputs"] = classified.mask;
-    result["radar_constant"] = classified.calibration.radarConstantDb;
-    result["min_snr"] = classified.calibration.minSnrDb;
-    result["source"] = sourceName(classified.source);
+    result["radar_constant"] = classified.noiseFloor.radarConstantDb;
+    result["min_snr"] = classified.noiseFloor.minSnrDb;
+    result["source"] = sourceName(classified.noiseFloor.source);
     result["freezing_level"] = processed.freezingLevelM;
     result["seed"] = processed.seed;
     return result;
@@ -120,8 +120,8 @@ py::dict process(const std::string& membership, const Fields& fields, double spa
     options.seed = seed;
     options.classify.membership = membership;
     options.classify.mask = inputs;
-    options.classify.minSnrDb = minSnr;
-    options.classify.radarConstantDb = radarConstant;
+    options.classify.noise.minSnrDb = minSnr;
+    options.classify.noise.radarConstantDb = radarConstant;
     options.classify.removeIsolated = true;
     options.classify.neighbourhood = {neighbourhood.first, neighbourhood.second};
     options.classify.map = rolesOf(fields);

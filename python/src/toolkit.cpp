@@ -8,7 +8,7 @@
 #include "arrays.h"
 #include "clutterclassifier/clutterclassifier.h"
 #include "loan.h"
-#include "scan/classes/calibration.h"
+#include "scan/noise/estimate_noise.h"
 
 namespace python {
 namespace {
@@ -117,12 +117,13 @@ py::tuple estimateRadarConstant(const Array<float>& zhh, const OptionalArray<flo
             const auto scanOf = [&](const float* field) {
                 return std::vector<float>(field + s * size.gates(), field + (s + 1) * size.gates());
             };
-            const scan::Calibration calibration = scan::estimateCalibration(
-                scanOf(values(zhh)), rhohv ? scanOf(values(rhohv)) : std::vector<float>(),
-                size.nrays, size.ngates, spacing);
-            constant[s] = calibration.radarConstantDb;
-            ratio[s] = calibration.minSnrDb;
-            found[s] = static_cast<int>(calibration.evidence);
+            const std::vector<float> reflectivity = scanOf(values(zhh));
+            const auto correlation = rhohv ? scanOf(values(rhohv)) : std::vector<float>();
+            const scan::NoiseEstimate estimate = scan::estimateNoise(
+                {{reflectivity, rhohv ? &correlation : nullptr, size.nrays, size.ngates, spacing}});
+            constant[s] = estimate.radarConstantDb;
+            ratio[s] = estimate.minSnrDb;
+            found[s] = static_cast<int>(estimate.evidence);
         }
     }
     return py::make_tuple(constants, ratios, evidence);

@@ -30,13 +30,39 @@ class Fields {
                 take(role, plan.fields[role]->values);
             }
         }
+        hideNoise(sweep, plan);
         scan_.noise(static_cast<double>(static_cast<float>(sweep.gateSpacingM)),
-                    plan.calibration.radarConstantDb, plan.calibration.minSnrDb);
+                    plan.noiseFloor.radarConstantDb,
+                    plan.noiseFloor.snr ? kEveryValue : plan.noiseFloor.minSnrDb);
     }
 
     [[nodiscard]] const clutter_scan& scan() const { return scan_.c; }
 
   private:
+    void hide(Role role, const std::vector<std::uint8_t>& gates) {
+        std::vector<float>& values = filled_[static_cast<int>(role)];
+        for (std::size_t i = 0; i < values.size(); ++i) {
+            values[i] = gates[i] ? fillValue(role) : values[i];
+        }
+    }
+
+    /* A field of signal-to-noise ratios decides gate by gate. Of a weak echo, the noise makes the
+     * polarimetric quantities as rough as those of clutter. */
+    void hideNoise(const Sweep& sweep, const ClassificationPlan& plan) {
+        const NoiseFloor& noise = plan.noiseFloor;
+        const Field& reflectivity = *plan.fields[Role::kZhh];
+        if (noise.polarimetricSnrDb > noise.minSnrDb) {
+            const std::vector<std::uint8_t> weak =
+                gatesBelow(noise.polarimetricSnrDb, noise, sweep, reflectivity);
+            for (Role role : {Role::kZdr, Role::kPdp, Role::kRhv}) {
+                hide(role, weak);
+            }
+        }
+        if (noise.snr) {
+            hide(Role::kZhh, gatesBelow(noise.minSnrDb, noise, sweep, reflectivity));
+        }
+    }
+
     void take(Role role, const std::vector<float>& values) {
         std::vector<float>& filled = filled_[static_cast<int>(role)];
         filled = values;
@@ -67,6 +93,7 @@ class Fields {
                 scan_.likelihood(filled);
                 break;
             case Role::kKdp:
+            case Role::kSnr:
             case Role::kNone:
                 break;
         }

@@ -1,4 +1,4 @@
-/* plan.cpp - chooses inputs and calibration. */
+/* plan.cpp - chooses fields and inputs. */
 #include "scan/classes/plan.h"
 
 #include "scan/scan_error.h"
@@ -6,26 +6,13 @@
 namespace scan {
 namespace {
 
-void planCalibration(const Scan& scan, const Sweep& sweep, const ClassifyOptions& options,
-                     ClassificationPlan& plan) {
-    Calibration& calibration = plan.calibration;
-    calibration.minSnrDb = kEchoSnrDb;
-    if (options.radarConstantDb) {
-        plan.source = ConstantSource::kUser;
-        calibration.radarConstantDb = *options.radarConstantDb;
-    } else if (scan.hasRadarConstant) {
-        plan.source = ConstantSource::kFile;
-        calibration.radarConstantDb = scan.radarConstantDb;
-    } else {
-        plan.source = ConstantSource::kEstimate;
-        const Field* rhv = plan.fields[Role::kRhv];
-        calibration = estimateCalibration(plan.fields[Role::kZhh]->values,
-                                          rhv ? rhv->values : std::vector<float>(), sweep.nrays,
-                                          sweep.ngates, sweep.gateSpacingM);
-    }
-    if (options.minSnrDb) {
-        calibration.minSnrDb = *options.minSnrDb;
-    }
+void planNoise(const Scan& scan, const Sweep& sweep, const ClassifyOptions& options,
+               ClassificationPlan& plan) {
+    NoiseEstimates own(scan, options.map);
+    plan.noiseFloor = findNoiseFloor(scan, sweep, plan.fields, options.noise,
+                                     options.estimates ? *options.estimates : own);
+    plan.warnings.insert(plan.warnings.end(), plan.noiseFloor.warnings.begin(),
+                         plan.noiseFloor.warnings.end());
 }
 
 /* The inputs that were asked for, without a velocity that says nothing about clutter. */
@@ -90,7 +77,7 @@ ClassificationPlan planClassification(const Scan& scan, const Sweep& sweep,
             plan.notes.push_back(note);
         }
     }
-    planCalibration(scan, sweep, options, plan);
+    planNoise(scan, sweep, options, plan);
     return plan;
 }
 

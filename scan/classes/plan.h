@@ -6,10 +6,10 @@
 #include <string>
 #include <vector>
 
-#include "scan/classes/calibration.h"
 #include "scan/classes/inputs.h"
 #include "scan/fields/field_choice.h"
 #include "scan/fields/field_map.h"
+#include "scan/noise/noise_floor.h"
 #include "scan/scan.h"
 
 namespace scan {
@@ -22,8 +22,8 @@ struct Window {
 struct ClassifyOptions {
     std::string membership;   // directory of the membership functions
     std::optional<int> mask;  // inputs that were asked for; none: all that the sweep has
-    std::optional<double> minSnrDb;
-    std::optional<double> radarConstantDb;
+    GivenNoise noise;
+    NoiseEstimates* estimates = nullptr;  // of the scan; null: made for the one sweep anew
     int textureGates = 5;
     int textureRays = 3;
     Window neighbourhood = {5, 3};  // over which the textures' verdict is averaged
@@ -33,14 +33,12 @@ struct ClassifyOptions {
     FieldMap map;
 };
 
-enum class ConstantSource { kUser, kFile, kEstimate };
-
 struct ClassificationPlan {
     FieldChoice fields;  // points into the sweep
     int mask = 0;        // inputs that take part
-    ConstantSource source = ConstantSource::kUser;
-    Calibration calibration;
+    NoiseFloor noiseFloor;
     std::vector<std::string> notes;
+    std::vector<std::string> warnings;  // why the result may be wrong
 };
 
 /* Throws ScanError with the reason when the sweep cannot be classified. */

@@ -20,6 +20,7 @@ constexpr RoleInfo kRoles[kRoleCount + 1] = {
     {"ldr", "linear depolarisation ratio", "dB", -60, 20},
     {"pdf", "clutter likelihood", "", 0, 1},
     {"kdp", "specific differential phase", "deg/km", -60, 100},
+    {"snr", "signal-to-noise ratio", "dB", -100, 150},
     {"-", "", "", -INFINITY, INFINITY},
 };
 
@@ -95,6 +96,14 @@ constexpr KnownName kKnownNames[] = {
     {"kd", Role::kKdp},
     {"kdp", Role::kKdp},
     {"specific_differential_phase", Role::kKdp},
+    {"snrh", Role::kSnr},
+    {"snr", Role::kSnr},
+    {"sn", Role::kSnr},
+    {"signal_noise_ratio_h", Role::kSnr},
+    {"signal_noise_ratio", Role::kSnr},
+    {"signal_to_noise_ratio", Role::kSnr},
+    {"snrhc", Role::kSnr},
+    {"snr_h", Role::kSnr},
 };
 
 }  // namespace

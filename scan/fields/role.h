@@ -7,7 +7,7 @@
 
 namespace scan {
 
-enum class Role { kZhh, kZdr, kPdp, kRhv, kVel, kWid, kLdr, kPdf, kKdp, kNone };
+enum class Role { kZhh, kZdr, kPdp, kRhv, kVel, kWid, kLdr, kPdf, kKdp, kSnr, kNone };
 constexpr int kRoleCount = static_cast<int>(Role::kNone);
 
 struct RoleInfo {

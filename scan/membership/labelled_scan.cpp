@@ -34,16 +34,29 @@ void forRays(const LabelledScan& scan, int ray, int half, Visit visit) {
 }
 
 std::vector<std::uint8_t> findEchoes(const Sweep& sweep, const ClassificationPlan& plan) {
-    const std::vector<float>& zhh = plan.fields[Role::kZhh]->values;
-    std::vector<std::uint8_t> echo(zhh.size());
-    const auto gates = static_cast<std::size_t>(sweep.ngates);
-    for (std::size_t i = 0; i < zhh.size(); ++i) {
-        const double gate = std::max<double>(1.0, static_cast<double>(i % gates));
-        const double loss = 20 * std::log10(gate * sweep.gateSpacingM / 1000);
-        const double snr = static_cast<double>(zhh[i]) - loss + plan.calibration.radarConstantDb;
-        echo[i] = !isMissing(Role::kZhh, zhh[i]) && snr >= plan.calibration.minSnrDb ? 1 : 0;
+    const Field& zhh = *plan.fields[Role::kZhh];
+    std::vector<std::uint8_t> echo =
+        gatesBelow(plan.noiseFloor.minSnrDb, plan.noiseFloor, sweep, zhh);
+    for (std::size_t i = 0; i < echo.size(); ++i) {
+        echo[i] = !isMissing(Role::kZhh, zhh.values[i]) && echo[i] == 0 ? 1 : 0;
     }
     return echo;
+}
+
+/* The field of an input as the classification takes it. */
+std::vector<float> valuesOf(Role role, const Sweep& sweep, const ClassificationPlan& plan) {
+    std::vector<float> values = plan.fields[role]->values;
+    replaceMissing(role, values);
+    const NoiseFloor& noise = plan.noiseFloor;
+    const bool polarimetric = role == Role::kZdr || role == Role::kPdp || role == Role::kRhv;
+    if (polarimetric && noise.polarimetricSnrDb > noise.minSnrDb) {
+        const std::vector<std::uint8_t> weak =
+            gatesBelow(noise.polarimetricSnrDb, noise, sweep, *plan.fields[Role::kZhh]);
+        for (std::size_t i = 0; i < values.size(); ++i) {
+            values[i] = weak[i] ? fillValue(role) : values[i];
+        }
+    }
+    return values;
 }
 
 /* The texture of a field; masked rays keep the ends of a sector apart. */
@@ -117,8 +130,7 @@ LabelledScan labelledScan(const Scan& scan, const Sweep& sweep, const ClassifyOp
         if ((plan.mask & input.bit()) == 0 || input.info->tag == nullptr) {
             continue;
         }
-        std::vector<float> values = plan.fields[input.role]->values;
-        replaceMissing(input.role, values);
+        std::vector<float> values = valuesOf(input.role, sweep, plan);
         const Window window = {options.textureGates, options.textureRays};
         result.inputs[i] =
             input.info->texture != 0 ? textureOf(result, std::move(values), window) : values;

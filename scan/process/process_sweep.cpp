@@ -61,8 +61,8 @@ void fill(const Sweep& sweep, const ClassificationPlan& plan, Crres& context) {
     fillContext(sweep, plan.fields, reachOf(sweep, context), context);
     fillWith(context.freezinglevel, context, context.fzl);
     fillWith(0.0f, context, context.rain);
-    context.zhh.radarconst = static_cast<float>(plan.calibration.radarConstantDb);
-    context.minsnr = static_cast<float>(plan.calibration.minSnrDb);
+    context.zhh.radarconst = static_cast<float>(plan.noiseFloor.radarConstantDb);
+    context.minsnr = static_cast<float>(plan.noiseFloor.minSnrDb);
 }
 
 /* Gates without a class count as noise. */

@@ -43,7 +43,7 @@ TEST_F(Classify, ClassifiesAScanWithoutAnySetting) {
     const Outcome outcome = runProgram("classify " + scan_ + " -o " + output);
     ASSERT_EQ(outcome.code, 0) << outcome.out;
     EXPECT_THAT(outcome.out, HasSubstr("zhh DZ, zdr DR, pdp PH, rhv RH"));
-    EXPECT_THAT(outcome.out, HasSubstr("no calibration constant in the file: estimated"));
+    EXPECT_THAT(outcome.out, HasSubstr("estimated: constant "));
     EXPECT_THAT(outcome.out, HasSubstr("million gates/s"));
     const scan::Scan classes = scan::readScan(output);
     const scan::Field& field = classes.sweeps.at(0).fields.at(0);
@@ -233,7 +233,7 @@ TEST_F(Classify, TheEndsOfASectorDoNotMeet) {
     const scan::Scan sector = scan::readScan(scan_);
     scan::ClassifyOptions options;
     options.membership = kMembershipDirectory;
-    options.radarConstantDb = 60;
+    options.noise.radarConstantDb = 60;
     options.neighbourhood = {};
     const std::vector<float> classes =
         scan::classifySweep(sector, sector.sweeps.at(0), options).classes;

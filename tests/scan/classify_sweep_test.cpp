@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cmath>
 #include <limits>
 #include <optional>
 #include <string>
@@ -73,7 +75,7 @@ TEST(ClassifySweep, AveragesOverTheNeighbourhoodAndExplainsItself) {
     sweep.elevationDeg.assign(9, 1.0);
     ClassifyOptions options;
     options.membership = kMembershipDirectory;
-    options.radarConstantDb = 60;
+    options.noise.radarConstantDb = 60;
     const ClassifiedSweep averaged = classifySweep({}, sweep, options);
     options.neighbourhood = {};
     const ClassifiedSweep alone = classifySweep({}, sweep, options);
@@ -108,25 +110,34 @@ TEST(ClassifySweep, AveragesOverTheNeighbourhoodAndExplainsItself) {
         << "no class without tables";
 }
 
-TEST(ClassifySweep, TakesTheNearestCalibration) {
-    const Sweep sweep = sweepOf({"DZ"});
-    Scan scan;
+/* Noise by a field of ratios; weak echo, whose correlation is as rough as that of clutter. */
+TEST(ClassifySweep, HidesNoiseAndThePolarimetryOfWeakEcho) {
+    Sweep sweep = sweepOf({"DZ", "RH", "SNRH", "DR", "PH"});
+    sweep.nrays = 9;
+    sweep.ngates = 40;
+    sweep.azimuthDeg = {0, 1, 2, 3, 4, 5, 6, 7, 8};
+    sweep.elevationDeg.assign(9, 1.0);
+    const auto fill = [&](std::size_t field, auto value) {
+        sweep.fields[field].values.clear();
+        for (int i = 0; i < 360; ++i) {
+            sweep.fields[field].values.push_back(static_cast<float>(value(i)));
+        }
+    };
     ClassifyOptions options;
     options.membership = kMembershipDirectory;
-    const auto expect = [&](ConstantSource source, double constant, double minSnrDb) {
-        const ClassificationPlan plan = planClassification(scan, sweep, options);
-        EXPECT_EQ(plan.source, source);
-        EXPECT_EQ(plan.calibration.radarConstantDb, constant);
-        EXPECT_EQ(plan.calibration.minSnrDb, minSnrDb);
+    fill(0, [](int i) { return 20 * std::log10(std::max(i % 40, 1)) + i % 5; });
+    fill(1, [](int i) { return i % 2 == 0 ? 0.2 : 1; });
+    fill(3, [](int i) { return i % 2 == 0 ? -4 : 4; });
+    fill(4, [](int i) { return i % 2 == 0 ? 0 : 100; });
+    const auto clutterAt = [&](double ratio) {
+        fill(2, [ratio](int i) { return i % 5 + ratio; });
+        return classifySweep({}, sweep, options).groundClutter;
     };
-    expect(ConstantSource::kEstimate, 0, Calibration{}.minSnrDb);
-    scan.hasRadarConstant = true;
-    scan.radarConstantDb = 35;
-    expect(ConstantSource::kFile, 35, kEchoSnrDb);
-    options.radarConstantDb = 40;
-    expect(ConstantSource::kUser, 40, kEchoSnrDb);
-    options.minSnrDb = 7;
-    expect(ConstantSource::kUser, 40, 7);
+    EXPECT_GT(clutterAt(30), clutterAt(3) + 100);
+    fill(2, [](int i) { return i % 5 - 2; });
+    const ClassifiedSweep noisy = classifySweep({}, sweep, options);
+    EXPECT_EQ(noisy.noise, 360);
+    EXPECT_EQ(noisy.withoutValue, 0);
 }
 
 }  // namespace

@@ -68,13 +68,16 @@ void ClassifyRun::classifyFile(const Job& job) {
     Work work;
     work.scan = readInput(*job.input, work.words, call_.read);
     work.sweeps = findSweeps(work.scan, call_.sweep);
+    scan::NoiseEstimates estimates(work.scan, options_.map);
+    scan::ClassifyOptions options = options_;
+    options.estimates = &estimates;
     for (const scan::Sweep* sweep : work.sweeps) {
         const std::size_t done = work.results.size();
         if (jobs_.size() < 2) {
             progress_.show(static_cast<int>(done), static_cast<int>(work.sweeps.size()),
                            job.input->name() + " sweep " + std::to_string(done + 1));
         }
-        work.results.push_back(classifySweep(work.scan, *sweep, options_));
+        work.results.push_back(classifySweep(work.scan, *sweep, options));
     }
     progress_.clear();
     report(work);

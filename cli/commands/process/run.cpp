@@ -40,6 +40,8 @@ void ProcessRun::perform() {
     }
     scan_ = readInput(input_, call_.read);
     sweeps_ = findSweeps(scan_, call_.sweep);
+    scan::NoiseEstimates estimates(scan_, options_.classify.map);
+    options_.classify.estimates = &estimates;
     if (!call_.quiet) {
         printScanLine(scan_);
     }
@@ -77,9 +79,7 @@ void ProcessRun::report(const scan::Sweep& sweep, const scan::ProcessedSweep& pr
         printSweep(sweep, processed.classified);
     } else {
         std::printf("  sweep %d\n", sweep.number);
-        for (const std::string& note : processed.classified.notes) {
-            printDetail("note", note);
-        }
+        printRemarks(processed.classified);
     }
     if ((processed.what & (scan::kAttenuationStage | scan::kRainStage)) != 0) {
         std::printf("    freezing     level %.0f m above the antenna\n", processed.freezingLevelM);

@@ -29,6 +29,7 @@ void markNoEcho(Field& field, bool keep) {
     if (keep) {
         return;
     }
+    field.leavesOutNoEcho = true;
     std::replace(field.values.begin(), field.values.end(), kNoEchoDbz, kNoValue);
 }
 

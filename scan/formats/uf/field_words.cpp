@@ -22,7 +22,7 @@ constexpr int kUsualWordsPerUnit = 100;
 
 /* For roles in the order of their enumeration. */
 constexpr const char* kRoleLetters[kRoleCount] = {"DZ", "DR", "PH", "RH", "VR",
-                                                  "SW", "LD", "CM", "KD"};
+                                                  "SW", "LD", "CM", "KD", "SN"};
 
 /* Quantities between 0 and 1 are kept finer than others. */
 int finestScale(const Field& field) {
