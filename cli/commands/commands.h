@@ -23,6 +23,7 @@ void addMembershipCommand(CLI::App& app);
 void addPlotCommand(CLI::App& app);
 void addProcessCommand(CLI::App& app);
 void addRepackCommand(CLI::App& app);
+void addViewCommand(CLI::App& app);
 
 }  // namespace cli
 

@@ -42,6 +42,7 @@ void addProgram(CLI::App& app) {
     addRepackCommand(app);
     addMembershipCommand(app);
     addDemoCommand(app);
+    addViewCommand(app);
 }
 
 }  // namespace cli

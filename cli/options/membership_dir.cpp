@@ -10,11 +10,12 @@
 
 namespace cli {
 
-namespace {
-
 namespace fs = std::filesystem;
 
-}  // namespace
+fs::path shippedDirectory() {
+    return (scan::ownFile().parent_path().parent_path() / CLUTTERCLASSIFIER_INSTALLED_MEMBERSHIP)
+        .parent_path();
+}
 
 std::string membershipDirectory(const std::string& override) {
     if (!override.empty()) {
@@ -25,8 +26,7 @@ std::string membershipDirectory(const std::string& override) {
         return scan::withSeparator(variable);
     }
     std::error_code error;
-    const fs::path shipped =
-        scan::ownFile().parent_path().parent_path() / CLUTTERCLASSIFIER_INSTALLED_MEMBERSHIP;
+    const fs::path shipped = shippedDirectory() / "membership";
     if (fs::is_directory(shipped, error)) {
         return scan::withSeparator(shipped.string());
     }

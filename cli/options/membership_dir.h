@@ -2,6 +2,7 @@
 #ifndef CLI_OPTIONS_MEMBERSHIP_DIR_H
 #define CLI_OPTIONS_MEMBERSHIP_DIR_H
 
+#include <filesystem>
 #include <string>
 
 namespace cli {
@@ -15,6 +16,9 @@ namespace cli {
  * std::runtime_error when there is none, or when the directory's name is too long for the library.
  */
 std::string membershipDirectory(const std::string& override);
+
+/* Where the files that came with the program are. */
+std::filesystem::path shippedDirectory();
 
 }  // namespace cli
 

@@ -12,9 +12,9 @@ from pathlib import Path
 
 #: Each folder includes those before it only; formats and driver do not know each other.
 FLOORS = ["base", "dsp", "model", "fuzzy", "corrections", "formats driver", "classifier"]
-#: What scan takes from src: tables of constants.
+#: What scan takes from src: tables of constants, and what a standard library may lack.
 SHARED_TABLES = {"src/formats/polar/packing.h", "src/formats/polar/layout.h",
-                 "src/formats/uf/fields.h", "src/formats/uf/layout.h"}
+                 "src/formats/uf/fields.h", "src/formats/uf/layout.h", "src/base/charconv.h"}
 
 
 def read_includes(project: Path) -> dict[str, set[str]]:

@@ -1,0 +1,3 @@
+declare module "studio-module" {
+  export default function createModule<Library>(options: { wasmBinary: Uint8Array }): Promise<Library>;
+}
