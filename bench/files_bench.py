@@ -76,7 +76,7 @@ class Files:
 
     def several(self, *words: str) -> dict[str, Seconds]:
         """A command with one file, and with several."""
-        command = [PROGRAM, *words]
+        command = [PROGRAM, *words, "-j", "1"]
         return {"few": lambda: cpu([*command, str(self.many[0])]),
                 "more": lambda: cpu([*command, *map(str, self.many[:FILES + 1])])}
 

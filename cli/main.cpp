@@ -8,6 +8,7 @@
 #include <string>
 
 #include "commands/commands.h"
+#include "options/did_you_mean.h"
 #include "report/failure.h"
 #include "report/terminal.h"
 #include "scan/formats/writing/output_file.h"
@@ -43,8 +44,9 @@ int main(int argc, char** argv) try {
     scan::removeTemporariesWhenInterrupted();
     CLI::App app;
     cli::addProgram(app);
-    app.failure_message([](const CLI::App*, const CLI::Error& error) {
-        return "clutterclassifier: " + cli::forTerminal(error.what()) + " (see --help)\n";
+    app.failure_message([](const CLI::App* failed, const CLI::Error& error) {
+        return "clutterclassifier: " + cli::forTerminal(error.what() + cli::didYouMean(*failed)) +
+               " (see --help)\n";
     });
     const int code = runCommand(app, argc, argv);
     if (!flushOutput() && code == 0) {

@@ -33,8 +33,8 @@ struct Field {
     bool leavesOutNoEcho = false;  // by its format, gates without a value have no echo
 };
 
-/* Rays of one sweep number, padded to the longest. */
-struct Sweep {
+/* Where the rays and gates of a sweep are, and when. */
+struct SweepGeometry {
     int number = 0;
     bool rhi = false;  // range-height scan: azimuth fixed, elevation moves
     std::string mode;  // as CfRadial names it: "azimuth_surveillance", "sector"; "" unknown
@@ -48,6 +48,10 @@ struct Sweep {
     double gateSpacingM = 0;
     double firstGateM = 0;  // range of the first gate's centre
     double nyquist = 0;     // m/s, 0 unknown
+};
+
+/* Rays of one sweep number, padded to the longest. */
+struct Sweep : SweepGeometry {
     std::vector<Field> fields;
 };
 

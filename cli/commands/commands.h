@@ -24,6 +24,7 @@ void addPlotCommand(CLI::App& app);
 void addProcessCommand(CLI::App& app);
 void addRepackCommand(CLI::App& app);
 void addViewCommand(CLI::App& app);
+void addWatchCommand(CLI::App& app);
 
 }  // namespace cli
 

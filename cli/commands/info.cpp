@@ -3,14 +3,20 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <cmath>
 #include <cstdio>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
 
 #include "options/input_file.h"
+#include "options/input_list.h"
 #include "options/layout_option.h"
+#include "report/documents.h"
 #include "report/failure.h"
+#include "report/in_order.h"
+#include "report/progress.h"
 #include "report/terminal.h"
 #include "scan/fields/oddities.h"
 #include "scan/fields/role.h"
@@ -115,36 +121,87 @@ std::vector<float> gather(const scan::Scan& scan, const std::string& name, std::
     return values;
 }
 
-void printField(const scan::Scan& scan, const scan::Field& field) {
+/* What the values of a field in all sweeps look like. */
+struct FieldLine {
+    scan::Role role;
+    scan::ValueSummary summary;
+    float median;
+    double share;  // of the gates that have a value, per cent
+};
+
+FieldLine lineOf(const scan::Scan& scan, const scan::Field& field) {
     std::size_t gates = 0;
     const scan::Role role = scan::roleOfName(field.name);
     const std::vector<float> values = gather(scan, field.name, gates);
     const scan::ValueSummary summary = scan::summarise(values, role);
     const double share =
         gates > 0 ? 100.0 * static_cast<double>(summary.count) / static_cast<double>(gates) : 0.0;
+    return {role, summary, scan::medianOf(values), share};
+}
+
+void printField(const scan::Scan& scan, const scan::Field& field) {
+    const auto [role, summary, median, share] = lineOf(scan, field);
     std::printf("  %-6s %-4s %-7s", forTerminal(field.name).c_str(), scan::roleInfo(role).key,
                 forTerminal(field.units).c_str());
     if (summary.count > 0) {
-        std::printf(" %9.2f %9.2f %9.2f", summary.lowest, scan::medianOf(values), summary.highest);
+        std::printf(" %9.2f %9.2f %9.2f", summary.lowest, median, summary.highest);
     } else {
         std::printf(" %9s %9s %9s", "-", "-", "-");
     }
     std::printf(" %7.1f %%  %s\n", share, scan::roleInfo(role).text);
 }
 
+/* Each field once, in the order in which the sweeps have them. */
+std::vector<const scan::Field*> fieldsOf(const scan::Scan& scan) {
+    std::vector<const scan::Field*> fields;
+    for (const scan::Sweep& sweep : scan.sweeps) {
+        for (const scan::Field& field : sweep.fields) {
+            if (std::none_of(fields.begin(), fields.end(),
+                             [&](const scan::Field* known) { return known->name == field.name; })) {
+                fields.push_back(&field);
+            }
+        }
+    }
+    return fields;
+}
+
 void printFields(const scan::Scan& scan) {
     std::printf("\n  %-6s %-4s %-7s %9s %9s %9s %9s\n", "field", "role", "units", "lowest",
                 "median", "highest", "present");
-    std::vector<std::string> seen;
-    for (const scan::Sweep& sweep : scan.sweeps) {
-        for (const scan::Field& field : sweep.fields) {
-            if (std::find(seen.begin(), seen.end(), field.name) != seen.end()) {
-                continue;
-            }
-            seen.push_back(field.name);
-            printField(scan, field);
-        }
+    for (const scan::Field* field : fieldsOf(scan)) {
+        printField(scan, *field);
     }
+}
+
+JsonObject fieldObject(const scan::Scan& scan, const scan::Field& field) {
+    const auto [role, summary, median, share] = lineOf(scan, field);
+    const bool any = summary.count > 0;
+    JsonObject object;
+    object.add("name", field.name);
+    object.add("role", scan::roleInfo(role).key);
+    object.add("units", field.units);
+    object.add("lowest", any ? static_cast<double>(summary.lowest) : NAN);
+    object.add("median", any ? static_cast<double>(median) : NAN);
+    object.add("highest", any ? static_cast<double>(summary.highest) : NAN);
+    object.add("present_percent", share);
+    return object;
+}
+
+void printDocument(const scan::Scan& scan) {
+    JsonObject object = scanObject(scan);
+    object.add("radar_constant_db", scan.hasRadarConstant ? scan.radarConstantDb : NAN);
+    std::vector<JsonObject> sweeps;
+    for (const scan::Sweep& sweep : scan.sweeps) {
+        sweeps.push_back(sweepObject(sweep));
+    }
+    object.add("sweeps", sweeps);
+    std::vector<JsonObject> fields;
+    for (const scan::Field* field : fieldsOf(scan)) {
+        fields.push_back(fieldObject(scan, *field));
+    }
+    object.add("fields", fields);
+    object.addList("notes", scan.oddities);
+    object.print();
 }
 
 void printSentences(const char* heading, const std::vector<std::string>& sentences) {
@@ -157,8 +214,19 @@ void printSentences(const char* heading, const std::vector<std::string>& sentenc
     }
 }
 
-void printInfo(const InputFile& input, const scan::ReadOptions& options) {
-    const scan::Scan scan = readInput(input, options);
+struct InfoCall {
+    std::vector<std::string> inputs;
+    scan::ReadOptions read;
+    int jobs = 1;
+    bool json = false;
+};
+
+void printInfo(const InputFile& input, const InfoCall& call) {
+    const scan::Scan scan = readInput(input, call.read);
+    if (call.json) {
+        printDocument(scan);
+        return;
+    }
     printHead(scan);
     printSweeps(scan);
     printFields(scan);
@@ -166,15 +234,45 @@ void printInfo(const InputFile& input, const scan::ReadOptions& options) {
     printSentences("Worth knowing", scan.oddities);
 }
 
-void runInfo(const std::vector<std::string>& names, const scan::ReadOptions& options) {
-    const std::vector<InputFile> inputs(names.begin(), names.end());
-    requireLayoutUsed(options, inputs);
+/* In workers, whose results say whether the file was read. */
+bool runTogether(const InfoCall& call, const std::vector<InputFile>& inputs,
+                 const std::function<bool(std::size_t)>& show) {
     bool good = true;
-    for (const InputFile& input : inputs) {
-        if (&input != &inputs.front()) {
+    Progress progress(true);
+    const auto count = static_cast<int>(inputs.size());
+    progress.show(0, count, inputs.front().name());
+    runInOrder(
+        inputs.size(), call.jobs, [&](std::size_t i) { return show(i) ? "read" : ""; },
+        [&](std::size_t i, const Finished& finished) {
+            progress.clear();
+            printAll(finished);
+            if (!finished.failure.empty()) {
+                reportError(inputs[i].name(), finished.failure);
+            }
+            good &= !finished.result.empty();
+            progress.show(static_cast<int>(i) + 1, count, inputs[i].name());
+        });
+    return good;
+}
+
+void runInfo(const InfoCall& call) {
+    const std::vector<InputFile> inputs = inputFiles(call.inputs);
+    requireLayoutUsed(call.read, inputs);
+    const auto show = [&](std::size_t i) {
+        if (i > 0 && !call.json) {
             std::printf("\n");
         }
-        good &= attempt(input.name(), [&] { printInfo(input, options); });
+        return attempt(inputs[i].name(), [&] {
+            documented(call.json, inputs[i].name(), [&] { printInfo(inputs[i], call); });
+        });
+    };
+    bool good = true;
+    if (call.jobs > 1 && inputs.size() > 1) {
+        good = runTogether(call, inputs, show);
+    } else {
+        for (std::size_t i = 0; i < inputs.size(); ++i) {
+            good &= show(i);
+        }
     }
     if (!good) {
         throw CommandFailed{};
@@ -186,16 +284,17 @@ void runInfo(const std::vector<std::string>& names, const scan::ReadOptions& opt
 void addInfoCommand(CLI::App& app) {
     CLI::App* command =
         app.add_subcommand("info", "Show what a file holds, and what is unusual in it");
-    const auto paths = std::make_shared<std::vector<std::string>>();
-    const auto options = std::make_shared<scan::ReadOptions>();
-    command->add_option("INPUT", *paths, kInputHelp)->required();
-    addLayoutOption(*command, *options);
+    const auto call = std::make_shared<InfoCall>();
+    command->add_option("INPUT", call->inputs, kInputsHelp)->required();
+    addJobsOption(*command, call->jobs);
+    command->add_flag("--json", call->json, "Print one JSON object a file");
+    addLayoutOption(*command, call->read);
     command->footer(
         "Examples:\n"
         "  clutterclassifier info scan.uf\n"
         "  clutterclassifier info *.uf\n"
         "  clutterclassifier info scan.dat --layout 280");
-    command->callback([paths, options] { runInfo(*paths, *options); });
+    command->callback([call] { runInfo(*call); });
 }
 
 }  // namespace cli

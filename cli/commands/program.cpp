@@ -43,6 +43,7 @@ void addProgram(CLI::App& app) {
     addMembershipCommand(app);
     addDemoCommand(app);
     addViewCommand(app);
+    addWatchCommand(app);
 }
 
 }  // namespace cli

@@ -99,8 +99,8 @@ std::vector<std::string> writeProcessedRecords(const scan::OutputFile& file, con
 
 std::vector<std::string> writeProcessedWords(const scan::OutputFile& file, const scan::Scan& scan,
                                              const scan::ProcessedSweep& processed) {
-    scan::Sweep sweep = processed.sweep;
-    sweep.fields.clear();
+    scan::Sweep sweep;
+    static_cast<scan::SweepGeometry&>(sweep) = processed.sweep;
     for (const scan::Field& field : processed.sweep.fields) {
         const char* name = scan::ufNameOf(field.name);
         if (!name) {
@@ -110,12 +110,13 @@ std::vector<std::string> writeProcessedWords(const scan::OutputFile& file, const
         sweep.fields.back().name = name;
     }
     scan::Scan single = scan;
-    single.sweeps.assign(1, sweep);
+    single.sweeps.clear();
+    single.sweeps.push_back(std::move(sweep));
     if (!processed.hasClasses) {
         return scan::writeUniversalFormat(file, single, nullptr);
     }
     std::vector<float> classes = processed.classified.classes;
-    classes.resize(sweep.fields[0].values.size(), NAN);
+    classes.resize(single.sweeps[0].fields[0].values.size(), NAN);
     return scan::writeUniversalFormat(
         file, single, nullptr,
         {{&single.sweeps[0], &classes, certaintyFields(processed.classified)}});

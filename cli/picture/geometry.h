@@ -35,7 +35,15 @@ class GateFinder {
     /* Index into the values of a field, or -1. */
     [[nodiscard]] std::ptrdiff_t find(double xKm, double yKm) const;
 
+    /* find() of n points of one row, at leftKm + (i + 0.5) * stepKm. Angles and ranges are computed
+     * roughly, those of points near the edge of a gate also exactly. */
+    void findRow(double leftKm, double stepKm, int n, double yKm, std::ptrdiff_t* gates) const;
+
   private:
+    static constexpr int kBlock = 256;
+
+    void findQuickly(double leftKm, double stepKm, int first, int n, double yKm,
+                     std::ptrdiff_t* gates) const;
     void spreadRays(const std::vector<double>& angleDeg, double beamWidthDeg);
 
     std::vector<int> rayAt_;  // by angle, in equal steps around the circle; -1: no ray

@@ -12,14 +12,6 @@ namespace {
 
 constexpr int kSide = 3;
 
-void findRow(const GateFinder& finder, const View& view, int width, double yKm,
-             std::vector<std::ptrdiff_t>& places) {
-    const double step = (view.right - view.left) / (width * kSide);
-    for (int i = 0; i < width * kSide; ++i) {
-        places[i] = finder.find(view.left + (i + 0.5) * step, yKm);
-    }
-}
-
 /* Sums of the colours of the points in each pixel, and how many points have one. */
 struct PixelSum {
     unsigned red = 0, green = 0, blue = 0, count = 0;
@@ -62,10 +54,12 @@ std::vector<Image> rasterise(const std::vector<scan::Field>& fields,
     for (auto& row : places) {
         row.resize(static_cast<std::size_t>(width) * kSide);
     }
+    const double columnKm = (view.right - view.left) / (width * kSide);
     const double stepKm = (view.top - view.bottom) / (height * kSide);
     for (int y = 0; y < height; ++y) {
         for (int k = 0; k < kSide; ++k) {
-            findRow(finder, view, width, view.top - (y * kSide + k + 0.5) * stepKm, places[k]);
+            finder.findRow(view.left, columnKm, width * kSide,
+                           view.top - (y * kSide + k + 0.5) * stepKm, places[k].data());
         }
         for (std::size_t f = 0; f < fields.size(); ++f) {
             std::vector<PixelSum> sums(width);

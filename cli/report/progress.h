@@ -3,6 +3,7 @@
 #ifndef CLI_REPORT_PROGRESS_H
 #define CLI_REPORT_PROGRESS_H
 
+#include <chrono>
 #include <string>
 
 namespace cli {
@@ -34,7 +35,10 @@ class Progress {
     };
 
   private:
+    [[nodiscard]] std::string pace(int done, int total) const;
+
     bool active_;
+    std::chrono::steady_clock::time_point begin_ = std::chrono::steady_clock::now();
     bool shown_ = false;
 };
 

@@ -89,6 +89,17 @@ void Totals::add(const scan::ClassifiedSweep& result) {
     ++sweeps;
 }
 
+void Totals::add(const Totals& other) {
+    precipitation += other.precipitation;
+    groundClutter += other.groundClutter;
+    noise += other.noise;
+    seaClutter += other.seaClutter;
+    turbineClutter += other.turbineClutter;
+    seconds += other.seconds;
+    sweeps += other.sweeps;
+    files += other.files;
+}
+
 void printScanLine(const scan::Scan& scan) {
     const scan::DateTime& t = scan.time;
     std::printf("%s: %s, %04d-%02d-%02d %02d:%02d:%02d, %zu sweep%s\n",

@@ -14,6 +14,7 @@ struct Totals {
     double seconds = 0;
     int sweeps = 0, files = 0;
     void add(const scan::ClassifiedSweep& result);
+    void add(const Totals& other);
 };
 
 /* One line for a file, before its sweeps. */

@@ -145,7 +145,7 @@ ProcessedSweep processSweep(const Scan& scan, const Sweep& sweep, const ProcessO
     classified.seconds =
         std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
 
-    out.sweep = sweep;
+    static_cast<SweepGeometry&>(out.sweep) = sweep;
     out.sweep.fields = takeFields(sweep, classified.fields, out.what, context);
     if (out.hasClasses) {
         // Samples of the context hold no value where the files have none.

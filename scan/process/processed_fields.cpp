@@ -40,9 +40,13 @@ constexpr struct {
     {&Crres::ah, "Ah", "AH", "dB/km", 1000, kAttenuationStage},
 };
 
-bool isPastRay(const Sweep& sweep, std::size_t i) {
-    const auto ngates = static_cast<std::size_t>(sweep.ngates);
-    return !sweep.rayGates.empty() && static_cast<int>(i % ngates) >= sweep.rayGates[i / ngates];
+/* Gates past the end of a ray have no value. */
+void clearPastRays(const Sweep& sweep, std::vector<float>& values) {
+    for (std::size_t r = 0; r < sweep.rayGates.size(); ++r) {
+        const auto gates = static_cast<std::ptrdiff_t>(sweep.ngates);
+        const auto ray = values.begin() + static_cast<std::ptrdiff_t>(r) * gates;
+        std::fill(ray + sweep.rayGates[r], ray + gates, kNoValue);
+    }
 }
 
 /* The field of the file that says where a record has a value; null: everywhere. */
@@ -57,12 +61,15 @@ void clearGaps(const Sweep& sweep, const FieldChoice& fields, bool blanked, Cplu
                float invalid, std::span<float> values) {
     Role role = Role::kNone;
     const Field* source = sourceOf(record, fields, role);
-    for (std::size_t i = 0; i < values.size(); ++i) {
-        const bool missing = source && isMissing(role, source->values[i]);
-        if ((blanked && values[i] == invalid) || missing || isPastRay(sweep, i)) {
-            values[i] = kNoValue;
+    if (blanked) {
+        std::replace(values.begin(), values.end(), invalid, kNoValue);
+    }
+    if (source) {
+        for (std::size_t i = 0; i < values.size(); ++i) {
+            values[i] = isMissing(role, source->values[i]) ? kNoValue : values[i];
         }
     }
+    clearPastRays(sweep, values);
 }
 
 }  // namespace

@@ -140,6 +140,28 @@ TEST(GateFinder, FindsTheNearestRayOfAFullCircle) {
     EXPECT_GT(compared, 1700);
 }
 
+TEST(GateFinder, RowsOfPointsAreFoundAsPointsAre) {
+    std::vector<double> azimuthDeg;
+    for (int i = 0; i < 340; ++i) {
+        azimuthDeg.push_back(i + 0.3 * std::sin(7.0 * i));
+    }
+    constexpr int kPoints = 1001;  // one on the axis, where gates and rays have their edges
+    for (const double spacingM : {250.0, 0.004, 60000.0}) {
+        Sweep sweep = sweepOf(azimuthDeg, 100, spacingM);
+        sweep.firstGateM = 1125;
+        const GateFinder finder(sweep, mapOf(25.0), 1.0);
+        for (int row = 0; row < kPoints; row += 4) {
+            const double y = 26.0 - row * 52.0 / (kPoints - 1);
+            std::vector<std::ptrdiff_t> found(kPoints);
+            finder.findRow(-26.0, 52.0 / kPoints, kPoints, y, found.data());
+            for (int i = 0; i < kPoints; ++i) {
+                const double x = -26.0 + (i + 0.5) * (52.0 / kPoints);
+                ASSERT_EQ(found[static_cast<std::size_t>(i)], finder.find(x, y)) << x << ' ' << y;
+            }
+        }
+    }
+}
+
 TEST(GateFinder, LeavesGapsAndRangesWithoutGatesEmpty) {
     std::vector<double> half;
     for (int i = 0; i < 180; ++i) {

@@ -157,7 +157,7 @@ TEST_F(Program, ErrorsAreOneLineWithFileAndReason) {
     expectRefusals({
         {"classify " + directory_.file("absent"), 1, "absent: No such file or directory"},
         {"classify " + text, 1, "text: is of no known format"},
-        {"info " + directory_.path(), 1, "is a directory"},
+        {"plot " + directory_.path() + " -o a.png", 1, "is a directory"},
         {"classify " + scan_ + " --membership /nowhere", 1, "/nowhere/: No such file or directory"},
         {"classify " + scan_ + " --inputs ldr,pdf", 1, "no field for any of the inputs ldr pdf"},
         {"classify " + scan_ + " --map DZ=none", 1, "no reflectivity field"},

@@ -17,7 +17,8 @@ struct ClassifyCall {
     std::string output, plot, format, classes = "ground";
     ClassifyArguments how;
     std::optional<int> sweep;
-    bool removeIsolated = false, certainty = false, quiet = false;
+    int jobs = 1;
+    bool removeIsolated = false, certainty = false, quiet = false, json = false;
     bool classQuantity = false;
     std::string codes = "library";
     std::optional<scan::CleanOptions> clean;  // of the command `clean`

@@ -9,6 +9,7 @@
 #include "commands/classify/jobs.h"
 #include "commands/classify/run.h"
 #include "commands/commands.h"
+#include "options/input_list.h"
 #include "options/layout_option.h"
 #include "options/output_ending.h"
 #include "picture/picture.h"
@@ -22,7 +23,7 @@ constexpr char kFooter[] =
     "Examples:\n"
     "  clutterclassifier classify scan.uf\n"
     "  clutterclassifier classify scan.uf -o classes.uf --plot classes.png\n"
-    "  clutterclassifier classify *.uf -o results/ --format csv\n"
+    "  clutterclassifier classify archive/ -o results/ --format csv -j 4\n"
     "  clutterclassifier classify scan.uf --inputs textures --window 7x3 --neighbourhood off\n"
     "  clutterclassifier classify scan.uf --certainty -o classes.uf\n"
     "  clutterclassifier classify scan.uf --map Z1=zhh,D1=zdr --radar-constant 36.5 --min-snr 10\n"
@@ -64,6 +65,7 @@ void addOutputOptions(CLI::App& command, ClassifyCall& call) {
                      "Also write the probability of precipitation (PR) and the margin (MA)");
     command.add_option("--plot", call.plot,
                        "Draw reflectivity beside classes: PNG, SVG or PDF, or a directory");
+    command.add_flag("--json", call.json, "Print one JSON object a file");
     command.add_flag("-q,--quiet", call.quiet, "Print errors only");
 }
 
@@ -74,13 +76,14 @@ void addClassifyCommand(CLI::App& app) {
         app.add_subcommand("classify", "Tell precipitation, ground clutter and noise apart");
     command->footer(kFooter);
     const auto call = std::make_shared<ClassifyCall>();
-    command->add_option("INPUT", call->inputs, kInputHelp)->required();
+    command->add_option("INPUT", call->inputs, kInputsHelp)->required();
     addOutputOptions(*command, *call);
     addInputOptions(*command, call->how);
     addFieldOptions(*command, call->how);
     addClassesOptions(*command, *call);
     addCodesOptions(*command, *call);
     command->add_option("--sweep", call->sweep, "Only the sweep of this number");
+    addJobsOption(*command, call->jobs);
     addLayoutOption(*command, call->read);
     command->callback([call] {
         requireSoundCall(*call);

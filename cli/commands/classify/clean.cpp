@@ -9,6 +9,7 @@
 #include "commands/classify/jobs.h"
 #include "commands/classify/run.h"
 #include "commands/commands.h"
+#include "options/input_list.h"
 #include "options/layout_option.h"
 #include "options/output_ending.h"
 #include "report/failure.h"
@@ -81,6 +82,7 @@ void addOutputOptions(CLI::App& command, CleanArguments& arguments) {
     command.add_option("--picture", call.plot,
                        "Draw the reflectivity before and after: PNG, SVG or PDF, or a directory");
     addCodesOptions(command, call);
+    command.add_flag("--json", call.json, "Print one JSON object a file");
     command.add_flag("-q,--quiet", call.quiet, "Print errors only");
 }
 
@@ -92,11 +94,12 @@ void addCleanCommand(CLI::App& app) {
     command->footer(kFooter);
     const auto arguments = std::make_shared<CleanArguments>();
     ClassifyCall& call = arguments->call;
-    command->add_option("INPUT", call.inputs, kInputHelp)->required();
+    command->add_option("INPUT", call.inputs, kInputsHelp)->required();
     addOutputOptions(*command, *arguments);
     addInputOptions(*command, call.how);
     addFieldOptions(*command, call.how);
     addClassesOptions(*command, call);
+    addJobsOption(*command, call.jobs);
     addLayoutOption(*command, call.read);
     command->callback([arguments] {
         arguments->call.clean = cleanOptionsFrom(*arguments);

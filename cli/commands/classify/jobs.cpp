@@ -49,9 +49,9 @@ void requireDistinct(const Job& job, std::set<std::string>& taken) {
     }
 }
 
-void requireDirectories(const ClassifyCall& call) {
+void requireDirectories(const ClassifyCall& call, std::size_t inputs) {
     for (const std::string& target : {call.output, call.plot}) {
-        if (call.inputs.size() > 1 && !target.empty() && !isDirectoryName(target)) {
+        if (inputs > 1 && !target.empty() && !isDirectoryName(target)) {
             throw CLI::ValidationError("with several inputs " + target +
                                        " must be a directory (end it in /)");
         }
@@ -66,7 +66,7 @@ bool isDirectoryName(const std::string& path) {
 }
 
 std::vector<Job> planJobs(const ClassifyCall& call, const std::vector<InputFile>& inputs) {
-    requireDirectories(call);
+    requireDirectories(call, inputs.size());
     std::vector<Job> jobs;
     std::set<std::string> taken;
     for (const InputFile& input : inputs) {

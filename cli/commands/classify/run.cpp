@@ -1,16 +1,21 @@
 /* run.cpp - reads, classifies, reports and writes the files of one call of `classify`. */
 #include "commands/classify/run.h"
 
+#include <algorithm>
 #include <cstddef>
+#include <cstring>
 #include <memory>
 #include <string>
 
 #include "clutterclassifier/clutterclassifier.h"
+#include "options/input_list.h"
 #include "options/layout_option.h"
 #include "options/membership_dir.h"
 #include "options/selection.h"
 #include "picture/picture.h"
+#include "report/documents.h"
 #include "report/failure.h"
+#include "report/in_order.h"
 #include "report/notes.h"
 #include "scan/formats/write_classes.h"
 #include "scan/formats/writing/history.h"
@@ -40,7 +45,7 @@ ClassifyRun::ClassifyRun(const ClassifyCall& call)
     : call_(call),
       options_(optionsOf(call)),
       form_{call.codes == "services", call.classQuantity, ""},
-      inputs_(call.inputs.begin(), call.inputs.end()),
+      inputs_(inputFiles(call.inputs)),
       jobs_(planJobs(call, inputs_)),
       progress_(!call.quiet) {
     requireLayoutUsed(call.read, inputs_);
@@ -49,19 +54,63 @@ ClassifyRun::ClassifyRun(const ClassifyCall& call)
 bool ClassifyRun::perform() {
     makeDirectories(call_);
     options_.membership = membershipDirectory(call_.how.membership);
-    bool good = true;
-    for (std::size_t i = 0; i < jobs_.size(); ++i) {
-        const std::string& name = jobs_[i].input->name();
-        progress_.show(static_cast<int>(i), static_cast<int>(jobs_.size()), name);
-        good &= attempt(name, [&] {
-            const Progress::ClearAtEnd clear(progress_);
-            classifyFile(jobs_[i]);
-        });
-    }
-    if (!call_.quiet) {
+    const bool good = call_.jobs > 1 && jobs_.size() > 1 ? performTogether() : performInTurn();
+    if (talks()) {
         printTotals(totals_);
     }
     return good;
+}
+
+bool ClassifyRun::performInTurn() {
+    bool good = true;
+    for (std::size_t i = 0; i < jobs_.size(); ++i) {
+        showProgress(i);
+        good &= tryFile(jobs_[i]);
+    }
+    return good;
+}
+
+/* In workers, whose results are their totals, and whether the file was written. */
+bool ClassifyRun::performTogether() {
+    bool good = true;
+    const auto work = [&](std::size_t i) -> std::string {
+        totals_ = {};
+        const bool done = tryFile(jobs_[i]);
+        const auto* bytes = reinterpret_cast<const char*>(&totals_);
+        return std::string(bytes, sizeof totals_) + (done ? "1" : "0");
+    };
+    const auto finish = [&](std::size_t i, const Finished& finished) {
+        progress_.clear();
+        printAll(finished);
+        if (!finished.failure.empty()) {
+            reportError(jobs_[i].input->name(), finished.failure);
+        }
+        good &= !finished.result.empty() && finished.result.back() == '1';
+        if (!finished.result.empty()) {
+            Totals totals;
+            std::memcpy(&totals, finished.result.data(), sizeof totals);
+            totals_.add(totals);
+        }
+        showProgress(i + 1);
+    };
+    showProgress(0);
+    runInOrder(jobs_.size(), call_.jobs, work, finish);
+    progress_.clear();
+    return good;
+}
+
+bool ClassifyRun::tryFile(const Job& job) {
+    const std::string& name = job.input->name();
+    return attempt(name, [&] {
+        const Progress::ClearAtEnd clear(progress_);
+        documented(call_.json, name, [&] { classifyFile(job); });
+    });
+}
+
+void ClassifyRun::showProgress(std::size_t done) {
+    const std::size_t next = std::min(done, jobs_.size() - 1);
+    progress_.show(static_cast<int>(done), static_cast<int>(jobs_.size()),
+                   jobs_[next].input->name());
 }
 
 void ClassifyRun::classifyFile(const Job& job) {
@@ -81,7 +130,10 @@ void ClassifyRun::classifyFile(const Job& job) {
     }
     progress_.clear();
     report(work);
-    write(job, work);
+    const scan::WrittenFiles written = write(job, work);
+    if (call_.json) {
+        printDocument(work, written);
+    }
     ++totals_.files;
 }
 
@@ -89,7 +141,7 @@ void ClassifyRun::report(const Work& work) {
     for (const scan::ClassifiedSweep& result : work.results) {
         totals_.add(result);
     }
-    if (call_.quiet) {
+    if (!talks()) {
         return noteDamage(work.scan, Beside::kErrors);
     }
     printScanLine(work.scan);
@@ -120,7 +172,7 @@ scan::WrittenFiles ClassifyRun::clean(const Job& job, Work& work) const {
     return writeCleaned(job.output, work.scan, work.words.get(), classes, form);
 }
 
-void ClassifyRun::write(const Job& job, Work& work) const {
+scan::WrittenFiles ClassifyRun::write(const Job& job, Work& work) const {
     std::vector<scan::Field> before;
     if (!job.plot.empty() && call_.clean) {
         before = reflectivities(work);
@@ -128,7 +180,7 @@ void ClassifyRun::write(const Job& job, Work& work) const {
         draw(job, work);
     }
     if (job.output.empty()) {
-        return;
+        return {};
     }
     const scan::WrittenFiles written =
         call_.clean ? clean(job, work)
@@ -136,11 +188,23 @@ void ClassifyRun::write(const Job& job, Work& work) const {
     if (!before.empty()) {
         drawCleaned(job, work, before);
     }
-    if (call_.quiet) {
-        return;
+    if (talks()) {
+        printNotes(written.notes);
+        announce(written.paths);
     }
-    printNotes(written.notes);
-    announce(written.paths);
+    return written;
+}
+
+void ClassifyRun::printDocument(const Work& work, const scan::WrittenFiles& written) const {
+    JsonObject object = scanObject(work.scan);
+    std::vector<JsonObject> sweeps;
+    for (std::size_t s = 0; s < work.sweeps.size(); ++s) {
+        sweeps.push_back(classifiedObject(*work.sweeps[s], work.results[s]));
+    }
+    object.add("sweeps", sweeps);
+    object.addList("outputs", written.paths);
+    object.addList("notes", written.notes);
+    object.print();
 }
 
 /* As they were read; a copy, since cleaning changes them. */
@@ -161,7 +225,7 @@ void ClassifyRun::drawCleaned(const Job& job, const Work& work,
                    {.headings = {before[s].name + " as measured", after.name + " cleaned"}},
                    paths[s]);
     }
-    if (!call_.quiet) {
+    if (talks()) {
         announce(paths);
     }
 }
@@ -173,7 +237,7 @@ void ClassifyRun::draw(const Job& job, const Work& work) const {
         drawClasses(work.scan, *work.sweeps[s], *result.fields[scan::Role::kZhh], result.classes,
                     {}, paths[s]);
     }
-    if (!call_.quiet) {
+    if (talks()) {
         announce(paths);
     }
 }

@@ -2,6 +2,7 @@
 #ifndef CLI_COMMANDS_CLASSIFY_RUN_H
 #define CLI_COMMANDS_CLASSIFY_RUN_H
 
+#include <cstddef>
 #include <vector>
 
 #include "commands/classify/call.h"
@@ -25,9 +26,15 @@ class ClassifyRun {
     /* A scan and its classes; what was read of a Universal Format file is kept for writing. */
     struct Work;
 
+    bool tryFile(const Job& job);
+    bool performInTurn();
+    bool performTogether();
+    void showProgress(std::size_t done);
     void classifyFile(const Job& job);
     void report(const Work& work);
-    void write(const Job& job, Work& work) const;
+    [[nodiscard]] scan::WrittenFiles write(const Job& job, Work& work) const;
+    void printDocument(const Work& work, const scan::WrittenFiles& written) const;
+    [[nodiscard]] bool talks() const { return !call_.quiet && !call_.json; }
     [[nodiscard]] std::vector<scan::SweepClasses> classesOf(Work& work) const;
     [[nodiscard]] scan::WrittenFiles clean(const Job& job, Work& work) const;
     static std::vector<scan::Field> reflectivities(const Work& work);

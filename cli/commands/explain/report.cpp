@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <vector>
 
+#include "report/json.h"
 #include "report/notes.h"
 #include "report/terminal.h"
 #include "scan/classes/inputs.h"
@@ -78,21 +79,6 @@ void printRows(const clutter_explanation& why) {
                     row.share->clutter, row.share->contribution,
                     turningText(row.share->turning_value).c_str());
     }
-}
-
-std::string jsonText(const std::string& text) {
-    std::string quoted = "\"";
-    for (const char c : forTerminal(text)) {
-        quoted += c == '"' || c == '\\' ? std::string("\\") + c : std::string(1, c);
-    }
-    return quoted + "\"";
-}
-
-std::string jsonNumber(double value) {
-    if (std::isinf(value)) {
-        return value > 0 ? "\"inf\"" : "\"-inf\"";
-    }
-    return std::isnan(value) ? "null" : format("%.9g", value);
 }
 
 void printJsonRow(const Row& row, bool last) {

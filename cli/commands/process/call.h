@@ -19,7 +19,7 @@ struct ProcessCall {
     std::optional<int> what, sweep;
     std::optional<double> freezingLevelM;
     std::uint32_t seed = 1;
-    bool certainty = false, printConfig = false, quiet = false;
+    bool certainty = false, printConfig = false, quiet = false, json = false;
     scan::ReadOptions read;
 };
 

@@ -108,6 +108,7 @@ void addOutputOptions(CLI::App& command, ProcessCall& call) {
     command.add_option("--picture", call.picture,
                        "Picture: FILE.png, FILE.svg or FILE.pdf (default: named after OUT, else "
                        "INPUT_processed.png in the working directory)");
+    command.add_flag("--json", call.json, "Print one JSON object for the file");
     command.add_flag("-q,--quiet", call.quiet, "Print errors only");
 }
 

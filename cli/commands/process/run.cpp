@@ -11,6 +11,7 @@
 #include "options/selection.h"
 #include "output/process_output.h"
 #include "picture/picture.h"
+#include "report/documents.h"
 #include "report/failure.h"
 #include "report/notes.h"
 #include "report/summary.h"
@@ -32,7 +33,7 @@ bool isUniversalFormat(const std::string& path) {
 }  // namespace
 
 ProcessRun::ProcessRun(const ProcessCall& call, const InputFile& input)
-    : call_(call), input_(input), options_(processOptionsFrom(call)), progress_(!call.quiet) {}
+    : call_(call), input_(input), options_(processOptionsFrom(call)), progress_(talks()) {}
 
 void ProcessRun::perform() {
     if (!call_.points.empty()) {
@@ -42,10 +43,10 @@ void ProcessRun::perform() {
     sweeps_ = findSweeps(scan_, call_.sweep);
     scan::NoiseEstimates estimates(scan_, options_.classify.map);
     options_.classify.estimates = &estimates;
-    if (!call_.quiet) {
+    if (talks()) {
         printScanLine(scan_);
     }
-    noteDamage(scan_, call_.quiet ? Beside::kErrors : Beside::kResults);
+    noteDamage(scan_, talks() ? Beside::kResults : Beside::kErrors);
     for (std::size_t s = 0; s < sweeps_.size(); ++s) {
         progress_.show(static_cast<int>(s), static_cast<int>(sweeps_.size()),
                        input_.name() + " sweep " + std::to_string(s + 1));
@@ -53,6 +54,23 @@ void ProcessRun::perform() {
     }
     progress_.clear();
     write();
+    if (call_.json) {
+        printDocument();
+    }
+}
+
+void ProcessRun::printDocument() const {
+    JsonObject object = scanObject(scan_);
+    std::vector<JsonObject> sweeps;
+    for (std::size_t s = 0; s < sweeps_.size(); ++s) {
+        JsonObject sweep = classifiedObject(*sweeps_[s], processed_[s].classified);
+        sweep.add("stages", processed_[s].what);
+        sweep.add("freezing_level_m", static_cast<double>(processed_[s].freezingLevelM));
+        sweeps.push_back(sweep);
+    }
+    object.add("sweeps", sweeps);
+    object.addList("outputs", pathsFor(call_.output));
+    object.print();
 }
 
 void ProcessRun::readPointList() {
@@ -65,7 +83,7 @@ void ProcessRun::readPointList() {
 
 scan::ProcessedSweep ProcessRun::process(const scan::Sweep& sweep) {
     progress_.clear();
-    if (call_.quiet) {
+    if (!talks()) {
         const scan::QuietLibrary quiet;  // it prints its stages to standard output
         return processSweep(scan_, sweep, options_);
     }
@@ -112,7 +130,7 @@ void ProcessRun::write() {
     for (std::size_t s = 0; s < outputs.size(); ++s) {
         files.push_back(std::make_unique<scan::OutputFile>(outputs[s]));
         const std::vector<std::string> notes = writer(*files.back(), scan_, processed_[s]);
-        if (!call_.quiet) {
+        if (talks()) {
             printNotes(notes);
         }
     }
@@ -122,7 +140,7 @@ void ProcessRun::write() {
     for (const auto& file : files) {
         file->commit();
     }
-    if (!call_.quiet) {
+    if (talks()) {
         announce(outputs);
         announce(pictures);
     }
@@ -145,7 +163,7 @@ void ProcessRun::sample() {
         std::vector<std::string> written;
         const std::size_t outside =
             appendSamples(prefixes[s], scan_.time, processed_[s], points_, written);
-        if (call_.quiet) {
+        if (!talks()) {
             continue;
         }
         announce(written);

@@ -28,6 +28,8 @@ class ProcessRun {
     void write();
     void draw(const scan::ProcessedSweep& processed, const std::string& path) const;
     void sample();
+    void printDocument() const;
+    [[nodiscard]] bool talks() const { return !call_.quiet && !call_.json; }
 
     const ProcessCall& call_;
     const InputFile& input_;
