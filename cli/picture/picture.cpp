@@ -21,7 +21,7 @@ constexpr double kVectorOversampling = 1.5;  // image pixels per point
 constexpr int kLargestImagePx = 2400;        // of an image in a vector file
 constexpr double kHeadingEm = 2.4;
 
-/* Where everything is drawn. Plan positions are side by side, range-heights one above the other. */
+/* Where everything is drawn. Plan positions are in a grid, range-heights one above the other. */
 struct Layout {
     int width = 0, height = 0;
     double em = 12, titleHeight = 0;
@@ -32,21 +32,32 @@ double emOf(double panelWidth) {
     return std::clamp(panelWidth / 54.0, 8.0, 60.0);
 }
 
+/* Up to three panels are side by side, more in a grid that is about square. */
+std::size_t columnsOf(std::size_t panels) {
+    return panels <= 3
+               ? panels
+               : static_cast<std::size_t>(std::ceil(std::sqrt(static_cast<double>(panels))));
+}
+
 Layout planLayout(int width, std::size_t panels) {
     Layout layout;
     layout.width = width;
-    const double panelWidth = static_cast<double>(width) / panels;
+    const std::size_t columns = columnsOf(panels);
+    const double panelWidth = static_cast<double>(width) / static_cast<double>(columns);
     layout.em = emOf(panelWidth);
     layout.titleHeight = 5.0 * layout.em;
     const double side = std::floor(panelWidth - (kLeftEm + kRightEm) * layout.em);
+    const double belowHeading = side + (kBelowAxesEm + kScaleEm + 1.0) * layout.em;
+    const double rowHeight = kHeadingEm * layout.em + belowHeading;
     for (std::size_t i = 0; i < panels; ++i) {
-        layout.axes.push_back({std::round(i * panelWidth + kLeftEm * layout.em),
-                               std::round(layout.titleHeight + kHeadingEm * layout.em), side, side,
-                               layout.em});
+        const auto column = static_cast<double>(i % columns);
+        const auto row = static_cast<double>(i / columns);
+        layout.axes.push_back(
+            {std::round(column * panelWidth + kLeftEm * layout.em),
+             std::round(layout.titleHeight + row * rowHeight + kHeadingEm * layout.em), side, side,
+             layout.em});
     }
-    const Frame& frame = layout.axes.front();
-    layout.height =
-        static_cast<int>(std::ceil(frame.y + side + (kBelowAxesEm + kScaleEm + 1.0) * layout.em));
+    layout.height = static_cast<int>(std::ceil(layout.axes.back().y + belowHeading));
     return layout;
 }
 
@@ -69,12 +80,13 @@ Layout rangeHeightLayout(int width, std::size_t panels) {
 }
 
 Layout layOut(bool rhi, int widthPx, std::size_t panels) {
-    const int several = kPanelOfSeveralPx * static_cast<int>(panels);
+    const auto columns = static_cast<int>(columnsOf(panels));
+    const int several = kPanelOfSeveralPx * columns;
     int width = rhi ? kRangeHeightPx : panels == 1 ? kSinglePanelPx : several;
     if (widthPx != 0) {
         width = widthPx;
     }
-    const int narrowest = kNarrowestPanelPx * (rhi ? 1 : static_cast<int>(panels));
+    const int narrowest = kNarrowestPanelPx * (rhi ? 1 : columns);
     if (width < narrowest || width > kWidestPicturePx) {
         throw std::invalid_argument("a picture of this many panels must be " +
                                     std::to_string(narrowest) + " to " +
@@ -110,8 +122,11 @@ std::string titleOf(const scan::Scan& scan) {
 
 std::string subtitleOf(const scan::Scan& scan, const scan::Sweep& sweep) {
     char angle[64], time[64] = "";
-    std::snprintf(angle, sizeof angle, "%s %.1f\u00b0", sweep.rhi ? "azimuth" : "elevation",
-                  sweep.fixedAngleDeg);
+    double shown = sweep.fixedAngleDeg;
+    if (sweep.rhi && shown < 0.0) {
+        shown += 360.0;
+    }
+    std::snprintf(angle, sizeof angle, "%s %.1f\u00b0", sweep.rhi ? "azimuth" : "elevation", shown);
     const scan::DateTime& t = scan.time;
     if (t.year > 1900) {  // 1900: the file does not say
         std::snprintf(time, sizeof time, "   %04d-%02d-%02d %02d:%02d:%02d UTC", t.year, t.month,

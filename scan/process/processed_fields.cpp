@@ -1,6 +1,7 @@
 /* processed_fields.cpp - the table of results, and their gaps. */
 #include "scan/process/processed_fields.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <span>
 
@@ -41,7 +42,7 @@ constexpr struct {
 };
 
 /* Gates past the end of a ray have no value. */
-void clearPastRays(const Sweep& sweep, std::vector<float>& values) {
+void clearPastRays(const Sweep& sweep, std::span<float> values) {
     for (std::size_t r = 0; r < sweep.rayGates.size(); ++r) {
         const auto gates = static_cast<std::ptrdiff_t>(sweep.ngates);
         const auto ray = values.begin() + static_cast<std::ptrdiff_t>(r) * gates;
