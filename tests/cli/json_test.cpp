@@ -48,7 +48,7 @@ TEST_F(Json, EveryDocumentHasItsMembers) {
     EXPECT_EQ(membersOf("info --json " + scan_),
               "altitude_m damage[] fields[] fields[].highest fields[].lowest fields[].median "
               "fields[].name fields[].present_percent fields[].role fields[].units file format "
-              "latitude_deg longitude_deg notes[] notes[][] radar radar_constant_db site sweeps[] "
+              "latitude_deg longitude_deg notes[] radar radar_constant_db site sweeps[] "
               "sweeps[].first_gate_m sweeps[].fixed_angle_deg sweeps[].gate_spacing_m "
               "sweeps[].gates sweeps[].mode sweeps[].number sweeps[].nyquist_m_s sweeps[].rays "
               "time\n");
