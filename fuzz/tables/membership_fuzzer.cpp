@@ -7,12 +7,15 @@
 #include <cstdint>
 #include <filesystem>
 #include <iterator>
+#include <stdexcept>
 #include <string>
 
 #include "clutterclassifier/Cfuzzy.h"
 #include "clutterclassifier/classifier.h"
 #include "fuzz/support/input_file.h"
 #include "fuzz/support/require.h"
+#include "scan/membership/pairs.h"
+#include "scan/membership/table_file.h"
 
 namespace {
 
@@ -41,6 +44,26 @@ void evaluate(const std::string& path, bool readable) {
     }
 }
 
+/* The reader that names lines: it finds a fault where the engine does. */
+void examine(const std::string& directory, const std::string& file, bool readable) {
+    const scan::TableFile table = scan::readTableFile(directory, file);
+    require(readable || !table.findings.empty() || table.points.empty(), "a fault is found");
+    for (const scan::TablePoint& point : table.points) {
+        require(std::isfinite(point.x) && std::isfinite(point.degree), "points are numbers");
+        require(point.line > 0, "points have lines");
+        double number = 0;
+        require(scan::parseNumber(std::to_string(point.line), number) && number == point.line,
+                "a line's number is a number");
+    }
+    try {
+        for (const scan::TablePair& pair : scan::readPairs(directory)) {
+            require(!pair.precipitation.empty() && !pair.clutter.empty(), "a pair has points");
+        }
+    } catch (const std::runtime_error&) {
+        // the fault, with its file and line
+    }
+}
+
 /* The same table for both classes of one input. */
 void create(const std::string& path, bool readable) {
     const std::string directory = scratch().file("");
@@ -48,6 +71,7 @@ void create(const std::string& path, bool readable) {
         std::filesystem::copy_file(path, directory + name,
                                    std::filesystem::copy_options::overwrite_existing);
     }
+    examine(directory, "cal_mf_Vel_clutter.dat", readable);
     clutter_classifier* classifier = nullptr;
     clutter_message message;
     const clutter_status status =

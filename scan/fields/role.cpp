@@ -10,7 +10,7 @@
 namespace scan {
 namespace {
 
-constexpr RoleInfo kRoles[kRoleCount + 1] = {
+constexpr RoleInfo kRoles[] = {
     {"zhh", "horizontal reflectivity", "dBZ", -80, 100},
     {"zdr", "differential reflectivity", "dB", -12, 15},
     {"pdp", "differential phase", "deg", -360, 720},
@@ -23,6 +23,7 @@ constexpr RoleInfo kRoles[kRoleCount + 1] = {
     {"snr", "signal-to-noise ratio", "dB", -100, 150},
     {"-", "", "", -INFINITY, INFINITY},
 };
+static_assert(std::size(kRoles) == kRoleCount + 1);
 
 struct KnownName {
     const char* name;  // lower case

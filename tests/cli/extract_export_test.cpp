@@ -230,7 +230,7 @@ TEST_F(Files, WhatCannotBeDoneIsReportedInOneLine) {
     expectRefusals({
         {"extract " + scan_ + " " + empty, 1, "empty.txt: holds no points"},
         {"extract " + scan_ + " " + one, 1, "one.txt: line 1: two numbers"},
-        {"extract " + scan_ + " " + dir_.file("none"), 1, "none: cannot be read"},
+        {"extract " + scan_ + " " + dir_.file("none"), 1, "none: No such file or directory"},
         {"extract " + scan_ + " " + dir_.path(), 1, "cannot be read"},
         {"extract " + dir_.file("none.uf") + " " + list, 1, "none.uf: No such file"},
         {"extract " + scan_ + " " + list + " --fields XX", 1, "has no field XX among: DZ VR"},

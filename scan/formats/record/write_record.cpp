@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <iterator>
 #include <memory>
 
 #include "clutterclassifier/clutterclassifier.h"
@@ -49,8 +50,9 @@ std::vector<float> recordValues(const Field& field) {
 constexpr std::size_t kNameBytes = 10;  // that the file keeps
 
 /* For roles in the order of their enumeration. */
-constexpr const char* kShortNames[kRoleCount] = {"DBZH",  "ZDR", "PHIDP", "RHOHV", "VRADH",
-                                                 "WRADH", "LDR", "CMAP",  "KDP"};
+constexpr const char* kShortNames[] = {"DBZH",  "ZDR", "PHIDP", "RHOHV", "VRADH",
+                                       "WRADH", "LDR", "CMAP",  "KDP",   "SNRH"};
+static_assert(std::size(kShortNames) == kRoleCount);
 
 /* Names as the file keeps them, each once: a long one gives way to the usual name of its role. */
 std::vector<std::string> namesInFile(const std::vector<Field>& fields) {

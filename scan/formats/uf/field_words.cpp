@@ -21,8 +21,8 @@ constexpr double kLargestWord = 32767;
 constexpr int kUsualWordsPerUnit = 100;
 
 /* For roles in the order of their enumeration. */
-constexpr const char* kRoleLetters[kRoleCount] = {"DZ", "DR", "PH", "RH", "VR",
-                                                  "SW", "LD", "CM", "KD", "SN"};
+constexpr const char* kRoleLetters[] = {"DZ", "DR", "PH", "RH", "VR", "SW", "LD", "CM", "KD", "SN"};
+static_assert(std::size(kRoleLetters) == kRoleCount);
 
 /* Quantities between 0 and 1 are kept finer than others. */
 int finestScale(const Field& field) {
