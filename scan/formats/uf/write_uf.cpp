@@ -160,9 +160,10 @@ void addFields(Cufray& ray, int count, const std::vector<AddedField>& added,
     layOut(ray, total);
 }
 
-/* The words of a ray's fields that were cleaned. Readers trim the names. */
-void blank(Cufray& ray, const CleanedFields& cleaned, std::size_t at) {
-    for (int f = 0; f < ray.nfields; ++f) {
+/* The words of a ray's fields that were cleaned. Every ray has as many fields as the first one,
+ * whatever its own header says. Readers trim the names. */
+void blank(Cufray& ray, int count, const CleanedFields& cleaned, std::size_t at) {
+    for (int f = 0; f < count; ++f) {
         const std::string name = printable(ray.table[f].name);
         const bool chosen =
             std::any_of(cleaned.fields.begin(), cleaned.fields.end(),
@@ -210,7 +211,7 @@ std::vector<std::string> writeUniversalFormat(const OutputFile& file, const Scan
             Cufray& ray = words->rays[next++];
             const auto at = static_cast<std::size_t>(r) * static_cast<std::size_t>(sweep.ngates);
             if (entry && words != &made) {
-                blank(ray, entry->cleaned, at);
+                blank(ray, count, entry->cleaned, at);
             }
             addFields(ray, count, added, entry, at);
         }
