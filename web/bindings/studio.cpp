@@ -41,6 +41,7 @@ constexpr float kNoValue = std::numeric_limits<float>::quiet_NaN();
 struct OpenScan {
     scan::Scan scan;
     std::unique_ptr<Cufrw> words;  // of a Universal Format file, to be written back
+    std::unique_ptr<scan::NoiseEstimates> estimates;  // of all sweeps together
 };
 
 std::vector<std::unique_ptr<OpenScan>> openScans;
@@ -197,12 +198,17 @@ std::optional<T> optional(const val& settings, const char* name) {
     return value.as<T>();
 }
 
-scan::ClassifyOptions optionsFrom(const val& settings) {
+scan::ClassifyOptions optionsFrom(int id, const val& settings) {
+    OpenScan& opened = scanOf(id);
+    if (!opened.estimates) {
+        opened.estimates = std::make_unique<scan::NoiseEstimates>(opened.scan, scan::FieldMap());
+    }
     scan::ClassifyOptions options;
+    options.estimates = opened.estimates.get();
     options.membership = settings["membership"].as<std::string>();
     options.mask = optional<int>(settings, "inputs");
-    options.minSnrDb = optional<double>(settings, "minSnr");
-    options.radarConstantDb = optional<double>(settings, "radarConstant");
+    options.noise.minSnrDb = optional<double>(settings, "minSnr");
+    options.noise.radarConstantDb = optional<double>(settings, "radarConstant");
     options.textureGates = settings["textureGates"].as<int>();
     options.textureRays = settings["textureRays"].as<int>();
     options.neighbourhood = {settings["neighbourhoodGates"].as<int>(),
@@ -217,7 +223,7 @@ val classify(int id, int sweep, const val& settings) {
     return answer([&] {
         const scan::Sweep& chosen = sweepOf(id, sweep);
         classifiedSweep = nullptr;
-        result = scan::classifySweep(scanOf(id).scan, chosen, optionsFrom(settings));
+        result = scan::classifySweep(scanOf(id).scan, chosen, optionsFrom(id, settings));
         classifiedSweep = &chosen;
         val made = val::object();
         made.set("precipitation", static_cast<double>(result.precipitation));
@@ -226,10 +232,12 @@ val classify(int id, int sweep, const val& settings) {
         made.set("turbine", static_cast<double>(result.turbineClutter));
         made.set("noise", static_cast<double>(result.noise));
         made.set("inputs", result.mask);
-        made.set("radarConstant", result.calibration.radarConstantDb);
-        made.set("minSnr", result.calibration.minSnrDb);
+        made.set("radarConstant", result.noiseFloor.radarConstantDb);
+        made.set("minSnr", result.noiseFloor.minSnrDb);
         made.set("milliseconds", 1000 * result.seconds);
-        made.set("notes", textsOf(result.notes));
+        std::vector<std::string> notes = result.warnings;
+        notes.insert(notes.end(), result.notes.begin(), result.notes.end());
+        made.set("notes", textsOf(notes));
         return made;
     });
 }
@@ -304,8 +312,8 @@ val gateAt(int id, int sweep, double xKm, double yKm) {
 
 val explain(int id, int sweep, int ray, int gate, const val& settings) {
     return answer([&] {
-        const scan::ExplainedGate explained = scan::explainGate(scanOf(id).scan, sweepOf(id, sweep),
-                                                                optionsFrom(settings), ray, gate);
+        const scan::ExplainedGate explained = scan::explainGate(
+            scanOf(id).scan, sweepOf(id, sweep), optionsFrom(id, settings), ray, gate);
         const clutter_explanation& why = explained.explanation;
         val made = val::object();
         made.set("class", why.gate_class);
@@ -446,7 +454,7 @@ val score(int id, int sweep, const val& settings) {
             throw std::runtime_error("the sweep has no labels");
         }
         const scan::LabelledScan labelled =
-            scan::labelledScan(scanOf(id).scan, chosen, optionsFrom(settings), labels);
+            scan::labelledScan(scanOf(id).scan, chosen, optionsFrom(id, settings), labels);
         scan::LabelCounts counts;
         for (std::size_t i = 0; i < labels.size(); ++i) {
             if (labelled.echo[i] != 0) {
@@ -460,7 +468,7 @@ val score(int id, int sweep, const val& settings) {
 /* Membership functions from the labels, and their scores on rays that took no part. */
 val train(int id, int sweep, const val& settings) {
     return answer([&] {
-        const scan::ClassifyOptions options = optionsFrom(settings);
+        const scan::ClassifyOptions options = optionsFrom(id, settings);
         scan::TrainOptions how;
         how.neighbourhood = options.neighbourhood;
         const scan::Training training = scan::trainMembership(
@@ -500,7 +508,7 @@ val histograms(int id, int sweep, const val& settings, int bins) {
                                           [](float code) { return !std::isnan(code); }) &&
                               labelCodes.size() == result.classes.size();
         const std::vector<float>& codes = labelled ? labelCodes : result.classes;
-        scan::ClassifyOptions options = optionsFrom(settings);
+        scan::ClassifyOptions options = optionsFrom(id, settings);
         options.mask = result.mask;
         const scan::LabelledScan values =
             scan::labelledScan(scanOf(id).scan, chosen, options,
