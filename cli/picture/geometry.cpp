@@ -32,12 +32,6 @@ double firstGateKm(const scan::Sweep& sweep) {
     return std::isfinite(sweep.firstGateM) ? sweep.firstGateM / 1000.0 : 0.0;
 }
 
-double beamHeightKm(double rangeKm, double elevationRad) {
-    return std::hypot(rangeKm * std::cos(elevationRad),
-                      kEffectiveEarthKm + rangeKm * std::sin(elevationRad)) -
-           kEffectiveEarthKm;
-}
-
 /* Median step between neighbours: a few gaps do not change it. */
 double usualStep(const std::vector<double>& sorted) {
     std::vector<double> steps;
@@ -53,6 +47,12 @@ double usualStep(const std::vector<double>& sorted) {
 }
 
 }  // namespace
+
+double beamHeightKm(double rangeKm, double elevationRad) {
+    return std::hypot(rangeKm * std::cos(elevationRad),
+                      kEffectiveEarthKm + rangeKm * std::sin(elevationRad)) -
+           kEffectiveEarthKm;
+}
 
 double sweepRangeKm(const scan::Sweep& sweep) {
     return std::max(firstGateKm(sweep) + (sweep.ngates - 0.5) * spacingKm(sweep),

@@ -20,6 +20,9 @@ struct View {
 /* The view of a range-height sweep: as high as its beams reach, 20 km at most. */
 View rangeHeightView(const scan::Sweep& sweep, double maxRangeKm);
 
+/* Height of the beam above the radar, over an Earth of 4/3 radius. */
+double beamHeightKm(double rangeKm, double elevationRad);
+
 /* The range at the end of the last gate. */
 double sweepRangeKm(const scan::Sweep& sweep);
 

@@ -1,14 +1,10 @@
 /* picture.cpp - looks up gates for pixels, and colours for gates. */
 #include "picture.h"
 
-#include <cmath>
-#include <numbers>
-
 namespace studio {
 namespace {
 
 constexpr char kFieldPrefix[] = "field:";
-constexpr double kEffectiveEarthKm = 6371.0 * 4.0 / 3.0;
 constexpr double kMarginEnd = 8;  // a probability of 0.9997
 
 cli::View wholeView(const scan::Sweep& sweep) {
@@ -61,13 +57,6 @@ std::vector<std::uint8_t> PlaceFinder::image(const std::vector<float>& values,
 
 std::ptrdiff_t findGate(const scan::Sweep& sweep, double beamWidthDeg, double xKm, double yKm) {
     return cli::GateFinder(sweep, wholeView(sweep), beamWidthDeg).find(xKm, yKm);
-}
-
-double beamHeightKm(double rangeKm, double elevationDeg) {
-    const double elevation = elevationDeg * std::numbers::pi / 180;
-    return std::hypot(rangeKm * std::cos(elevation),
-                      kEffectiveEarthKm + rangeKm * std::sin(elevation)) -
-           kEffectiveEarthKm;
 }
 
 cli::Quantity quantityOfLayer(const scan::Sweep& sweep, const std::string& layer) {

@@ -39,9 +39,6 @@ class PlaceFinder {
 /* Index of the gate at a point, or -1. */
 std::ptrdiff_t findGate(const scan::Sweep& sweep, double beamWidthDeg, double xKm, double yKm);
 
-/* Height of the beam above the radar, over an Earth of 4/3 radius. */
-double beamHeightKm(double rangeKm, double elevationDeg);
-
 /* How a layer is shown. */
 cli::Quantity quantityOfLayer(const scan::Sweep& sweep, const std::string& layer);
 

@@ -23,6 +23,7 @@
 #include "clutterclassifier/clutterclassifier.h"
 #include "labels.h"
 #include "picture.h"
+#include "scan/angles.h"
 #include "scan/classes/classify_sweep.h"
 #include "scan/fields/role.h"
 #include "scan/formats/read_scan.h"
@@ -292,7 +293,8 @@ val gateAt(int id, int sweep, double xKm, double yKm) {
         gate.set("elevation", chosen.elevationDeg.at(ray));
         const double rangeKm = (chosen.firstGateM + number * chosen.gateSpacingM) / 1000;
         gate.set("rangeKm", rangeKm);
-        gate.set("heightKm", studio::beamHeightKm(rangeKm, chosen.elevationDeg.at(ray)));
+        gate.set("heightKm",
+                 cli::beamHeightKm(rangeKm, chosen.elevationDeg.at(ray) * scan::kRadiansPerDegree));
         val values = val::array();
         for (const scan::Field& field : chosen.fields) {
             values.call<void>("push", field.values[static_cast<std::size_t>(at)]);

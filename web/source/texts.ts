@@ -1,27 +1,16 @@
-// Every text of the page.
+// Texts that the scripts show; those that never change are in page.html.
 
 export const texts = {
-  title: "Clutter classifier studio",
-  privacy: "Nothing leaves your machine: the page makes no request to any network.",
-  open: "Open files…",
-  sample: "Synthetic scan",
-  drop: "Drop radar files here, or open them. Universal Format, polar data, German DX, field records, .gz, " +
-    "ODIM_H5 and CfRadial (NetCDF-4).",
-  starting: "Starting…",
   reading: (name: string) => `Reading ${name}…`,
   failed: (name: string, reason: string) => `${name}: ${reason}`,
-  scan: "Scan", sweep: "Sweep", panels: "Panels",
   sweepName: (number: number, angle: number) => `${number} (${angle.toFixed(1)}°)`,
   panel: (number: number) => `Panel ${number}`,
   classes: "Classes", probability: "Probability", margin: "Margin", deciding: "Deciding input",
   keepWeather: "keep all weather", removeClutter: "remove all clutter", lean: "Lean",
-  more: "Settings", curves: "Membership functions", takeAway: "Take away",
   inputs: "Inputs", minSnr: "Least signal-to-noise ratio (dB)", radarConstant: "Radar constant (dB)",
   byScan: "by the scan",
   texture: "Texture window (gates x rays)", neighbourhood: "Neighbourhood (gates x rays)", gateByGate: "off",
   allClasses: "Sea and turbine clutter too", removeIsolated: "Remove isolated gates",
-  undo: "Undo", redo: "Redo", reset: "All as at first",
-  compare: "Default set (hold B)",
   counts: (parts: string[]) => parts.join(", "),
   changed: (gates: number) => gates === 0 ? "as the default set" : `${gates} gates differ from the default set`,
   ofEcho: (share: number) => `${(100 * share).toFixed(1)} % of the echo`,
@@ -29,7 +18,6 @@ export const texts = {
     0: "precipitation", 3: "noise", 5: "ground clutter", 6: "sea clutter", 7: "turbine clutter",
   } as Record<number, string>,
   notMeasured: "not measured",
-  why: "Why", whyHint: "Click a gate, or press Enter in a panel, to see why it has its class.",
   contribution: "Contribution", value: "Value", turns: "Turns at",
   neighbours: "neighbourhood",
   verdict: (name: string, probability: number, margin: number) =>
@@ -41,10 +29,7 @@ export const texts = {
   precipitationCurve: "precipitation", clutterCurve: "clutter",
   point: (curve: string, x: number, degree: number) => `${curve} at ${x}: degree ${degree.toFixed(4)}`,
   resetCurve: "As shipped",
-  saveScan: "Classified scan", savePicture: "Picture (PNG)", saveTables: "Membership set (.zip)",
-  saveState: "State", loadState: "Open state…", command: "The command that does the same",
-  saveTablesFirst: "Save the membership set and unpack it into the folder own/.",
-  notPossible: "This format cannot be written for this scan",
+  saveState: "State",   saveTablesFirst: "Save the membership set and unpack it into the folder own/.",
   panelHelp: "Arrow keys move the cursor, plus and minus zoom, Enter explains the gate, 0 shows the whole scan.",
   brush: "Brush", brushOff: "none", brushClutter: "clutter", brushWeather: "weather", brushErase: "erase",
   radius: "Radius (km)", rule: "Rule for clutter", applyRule: "Apply", allClutter: "All echo is clutter",

@@ -10,39 +10,20 @@
 #include <algorithm>
 #include <cstdlib>
 #include <filesystem>
-#include <limits>
 #include <stdexcept>
 
 #include "scan/formats/netcdf/classic_size.h"
 #include "scan/formats/reading/nameless_file.h"
 
 namespace scan::netcdf {
+
+static_assert(kByte == NC_BYTE && kChar == NC_CHAR && kShort == NC_SHORT && kInt == NC_INT &&
+              kFloat == NC_FLOAT && kDouble == NC_DOUBLE && kUnsignedByte == NC_UBYTE &&
+              kUnsignedShort == NC_USHORT && kString == NC_STRING);
+
 namespace {
 
-constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
 constexpr std::size_t kMaxAttributeBytes = 1 << 20;
-
-bool isNumber(int type) {
-    return type != NC_CHAR && type != NC_STRING && type <= NC_STRING;
-}
-
-/* What the library puts where nothing was written; bytes have none. */
-std::optional<double> defaultFill(int type) {
-    switch (type) {
-        case NC_SHORT:
-            return NC_FILL_SHORT;
-        case NC_USHORT:
-            return NC_FILL_USHORT;
-        case NC_INT:
-            return NC_FILL_INT;
-        case NC_FLOAT:
-            return static_cast<double>(NC_FILL_FLOAT);
-        case NC_DOUBLE:
-            return NC_FILL_DOUBLE;
-        default:
-            return std::nullopt;
-    }
-}
 
 std::string trimmed(std::string text) {
     text.resize(std::min(text.find('\0'), text.size()));
@@ -80,22 +61,10 @@ int readAs(int id, const Variable& variable, const Packing& packing, std::vector
 
 }  // namespace
 
-bool isNumeric(const Variable& variable) {
-    return isNumber(variable.type);
-}
-
 OpenFile::~OpenFile() {
     if (open) {
         nc_close(id);
     }
-}
-
-std::size_t Variable::count() const {
-    std::size_t product = 1;
-    for (const std::size_t length : shape) {
-        product = length != 0 && product > SIZE_MAX / length ? SIZE_MAX : product * length;
-    }
-    return product;
 }
 
 void Group::check(int status, const std::string& what) const {
@@ -210,32 +179,10 @@ std::string Group::text(const std::string& attribute, const Variable* variable) 
     return trimmed(std::move(text));
 }
 
-std::vector<double> Group::numbers(const std::string& name, ValueBudget& budget) const {
-    const std::optional<Variable> found = variable(name);
-    if (!found || !isNumber(found->type) || found->count() == 0) {
-        return {};
-    }
-    budget.take(found->count(), 1, name);
-    std::vector<double> values(found->count());
-    check(nc_get_var_double(id_, found->id, values.data()), name);
-    const Packing packing = packingOf(*found);
-    const Mark nodata(packing.nodata), missing(packing.missing);
-    for (double& value : values) {
-        const bool absent = nodata.matches(value) || missing.matches(value);
-        value = absent ? kNan : value * packing.gain + packing.offset;
-    }
+std::vector<double> Group::rawNumbers(const Variable& variable) const {
+    std::vector<double> values(variable.count());
+    check(nc_get_var_double(id_, variable.id, values.data()), variable.name);
     return values;
-}
-
-std::optional<double> Group::firstNumber(std::initializer_list<const char*> names,
-                                         ValueBudget& budget) const {
-    for (const char* name : names) {
-        const std::vector<double> values = numbers(name, budget);
-        if (!values.empty() && std::isfinite(values[0])) {
-            return values[0];
-        }
-    }
-    return std::nullopt;
 }
 
 std::vector<std::string> Group::texts(const std::string& name, ValueBudget& budget) const {
@@ -274,19 +221,6 @@ std::vector<float> Group::values(const Variable& variable, const Packing& packin
                                                    : readAs<double>(id_, variable, packing, values);
     check(status, variable.name);
     return values;
-}
-
-Packing Group::packingOf(const Variable& variable) const {
-    Packing packing;
-    packing.gain = number("scale_factor", &variable).value_or(1);
-    packing.offset = number("add_offset", &variable).value_or(0);
-    packing.nodata = number("_FillValue", &variable);
-    if (!packing.nodata) {
-        packing.nodata = defaultFill(variable.type);
-    }
-    packing.missing = number("missing_value", &variable);
-    packing.undetect = number("_Undetect", &variable);
-    return packing;
 }
 
 Group openFile(const std::string& path) {

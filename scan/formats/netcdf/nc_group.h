@@ -15,6 +15,22 @@
 
 namespace scan::netcdf {
 
+/* Types as NetCDF numbers them. */
+enum Type {
+    kByte = 1,
+    kChar = 2,
+    kShort = 3,
+    kInt = 4,
+    kFloat = 5,
+    kDouble = 6,
+    kUnsignedByte = 7,
+    kUnsignedShort = 8,
+    kString = 12
+};
+
+/* Neither text nor a type of the file's own. */
+bool isNumber(int type);
+
 /* A variable's name, type and shape. */
 struct Variable {
     int id = -1;
@@ -26,7 +42,6 @@ struct Variable {
     [[nodiscard]] std::size_t count() const;
 };
 
-/* Neither text nor a type of the file's own. */
 bool isNumeric(const Variable& variable);
 
 /* Open until its last group is destroyed. */
@@ -84,6 +99,7 @@ class Group {
     Group(std::shared_ptr<const OpenFile> file, int id, std::string name)
         : file_(std::move(file)), id_(id), name_(std::move(name)) {}
     void check(int status, const std::string& what) const;
+    std::vector<double> rawNumbers(const Variable& variable) const;
 
     std::shared_ptr<const OpenFile> file_;  // closes the file when the last group of it goes
     int id_;

@@ -5,9 +5,7 @@
 #include "scan/formats/netcdf/nc_group.h"
 
 #include <algorithm>
-#include <cmath>
 #include <cstdlib>
-#include <limits>
 #include <stdexcept>
 
 #include "containers/tree.h"
@@ -17,11 +15,6 @@ namespace scan::netcdf {
 namespace tree = studio::tree;
 
 namespace {
-
-constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
-constexpr int kTextType = 2;  // as the NetCDF library counts them; the others are numbers
-enum Numbers { kShort = 3, kInt = 4, kFloat = 5, kDouble = 6, kUnsignedShort = 8 };
-constexpr int kByte = 1;
 
 /* Paths of the groups that were met; a group's id is its place here. */
 std::vector<std::string>& paths() {
@@ -42,7 +35,7 @@ std::string below(int id, const std::string& name) {
 int typeOf(const tree::Data& data) {
     using Type = tree::Data::Type;
     if (data.type == Type::kText || data.type == Type::kOther) {
-        return kTextType;
+        return kChar;
     }
     if (data.type == Type::kFloat) {
         return data.bytes <= 4 ? kFloat : kDouble;
@@ -56,23 +49,6 @@ int typeOf(const tree::Data& data) {
     return data.bytes == 4 && data.type == Type::kSigned ? kInt : kDouble;
 }
 
-/* What the NetCDF library puts where nothing was written; bytes have none. */
-std::optional<double> defaultFill(int type) {
-    switch (type) {
-        case kShort:
-            return -32767;
-        case kUnsignedShort:
-            return 65535;
-        case kInt:
-            return -2147483647;
-        case kFloat:
-        case kDouble:
-            return 9.9692099683868690e+36;
-        default:
-            return std::nullopt;
-    }
-}
-
 std::string lastOf(const std::string& path) {
     return path.substr(path.rfind('/') + 1);
 }
@@ -84,20 +60,8 @@ bool isOnlyDimension(const tree::Data& data) {
 
 }  // namespace
 
-bool isNumeric(const Variable& variable) {
-    return variable.type != kTextType;
-}
-
 OpenFile::~OpenFile() {
     paths().clear();
-}
-
-std::size_t Variable::count() const {
-    std::size_t product = 1;
-    for (const std::size_t length : shape) {
-        product *= length;
-    }
-    return product;
 }
 
 std::vector<Group> Group::groups() const {
@@ -170,31 +134,8 @@ std::string Group::text(const std::string& attribute, const Variable* variable) 
     return found && found->isText ? found->text : "";
 }
 
-std::vector<double> Group::numbers(const std::string& name, ValueBudget& budget) const {
-    const std::optional<Variable> found = variable(name);
-    if (!found || !isNumeric(*found) || found->count() == 0) {
-        return {};
-    }
-    budget.take(found->count(), 1, name);
-    std::vector<double> values = tree::numbers(below(id_, name));
-    const Packing packing = packingOf(*found);
-    const Mark nodata(packing.nodata), missing(packing.missing);
-    for (double& value : values) {
-        const bool absent = nodata.matches(value) || missing.matches(value);
-        value = absent ? kNan : value * packing.gain + packing.offset;
-    }
-    return values;
-}
-
-std::optional<double> Group::firstNumber(std::initializer_list<const char*> names,
-                                         ValueBudget& budget) const {
-    for (const char* name : names) {
-        const std::vector<double> values = numbers(name, budget);
-        if (!values.empty() && std::isfinite(values[0])) {
-            return values[0];
-        }
-    }
-    return std::nullopt;
+std::vector<double> Group::rawNumbers(const Variable& variable) const {
+    return tree::numbers(paths()[static_cast<std::size_t>(variable.id)]);
 }
 
 std::vector<std::string> Group::texts(const std::string& name, ValueBudget& budget) const {
@@ -219,19 +160,6 @@ std::vector<float> Group::values(const Variable& variable, const Packing& packin
         throw std::runtime_error(variable.name + " cannot be read");
     }
     return values;
-}
-
-Packing Group::packingOf(const Variable& variable) const {
-    Packing packing;
-    packing.gain = number("scale_factor", &variable).value_or(1);
-    packing.offset = number("add_offset", &variable).value_or(0);
-    packing.nodata = number("_FillValue", &variable);
-    if (!packing.nodata) {
-        packing.nodata = defaultFill(variable.type);
-    }
-    packing.missing = number("missing_value", &variable);
-    packing.undetect = number("_Undetect", &variable);
-    return packing;
 }
 
 Group openFile(const std::string&) {
